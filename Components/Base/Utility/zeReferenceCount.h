@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// Lifetime: the base of hidden implementation objects, the intrusive count and the counted
+/// pointer.
+///
+/// An object of a class derived from ze::ReferenceCount lives as long as the last ze::Reference to
+/// it (or the last manual ref()). The count is a plain integer: an object and everything that
+/// refers to it belong to one thread at a time.
+///
+/// @code
+/// struct Mesh : ze::ReferenceCount {
+///     int vertices = 0;
+/// };
+/// ze::Reference<Mesh> a(new Mesh);
+/// {
+///     ze::Reference<Mesh> b = a;
+///     assert(a->refs() == 2);
+/// }
+/// assert(a->refs() == 1); // deleted when `a` goes
+/// @endcode
+
+#pragma once
+
+#include <utility>
+
+#include "Base/zeBaseExport.h"
+
+namespace ze {
+
+/// Base of every hidden implementation object (the `…Impl` classes). A public class holds a pointer
+/// to one, and deletes it through this virtual destructor if it owns it.
+class ZEBASE_API ImplBase {
+public:
+    virtual ~ImplBase();
+};
+
+/// Base of objects whose lifetime is shared within one thread. A new object has no owner: its count
+/// is 0, and the first ze::Reference brings it to 1. Such objects are made with `new`.
+///
+/// Copying a derived object is safe: the copy is a new object without owners (count 0), and
+/// assignment leaves the counts of both sides alone.
+class ZEBASE_API ReferenceCount {
+public:
+    ReferenceCount() = default;
+    ReferenceCount(const ReferenceCount&) {}
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is assigned, by design.
+    ReferenceCount& operator=(const ReferenceCount&) { return *this; }
+    virtual ~ReferenceCount();
+
+    /// Adds an owner.
+    void ref() const { ++count_; }
+
+    /// Removes an owner; the last one deletes the object.
+    void unref() const {
+        if (--count_ == 0)
+            delete this;
+    }
+
+    /// The number of owners.
+    int refs() const { return count_; }
+
+private:
+    mutable int count_ = 0;
+};
+
+/// The counted pointer: holds one `T*`, where `T` offers ref() and unref() as ze::ReferenceCount
+/// does. Null is legal everywhere. Copying adds an owner; moving hands the ownership over and
+/// leaves the source null.
+template<class T>
+class Reference {
+public:
+    Reference() = default;
+    Reference(T* object) : object_(object) {
+        if (object_)
+            object_->ref();
+    }
+    Reference(const Reference& other) : Reference(other.object_) {}
+    Reference(Reference&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+    ~Reference() {
+        if (object_)
+            object_->unref();
+        object_ = nullptr;
+    }
+
+    /// The new object gains its owner before the old one loses one, so that self-assignment is
+    /// safe.
+    Reference& operator=(const Reference& other) {
+        Reference(other).swap(*this);
+        return *this;
+    }
+    Reference& operator=(Reference&& other) noexcept {
+        Reference(std::move(other)).swap(*this);
+        return *this;
+    }
+
+    void swap(Reference& other) noexcept { std::swap(object_, other.object_); }
+
+    T* get() const { return object_; }
+    T* operator->() const { return object_; }
+    T& operator*() const { return *object_; }
+    explicit operator bool() const { return object_ != nullptr; }
+
+    friend bool operator==(const Reference& a, const Reference& b) = default;
+
+private:
+    T* object_ = nullptr;
+};
+
+} // namespace ze

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/Utility/zeReferenceCount.h"
+
+#include <memory>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct Counted : ze::ReferenceCount {
+    explicit Counted(int& alive) : alive_(alive) { ++alive_; }
+    Counted(const Counted& other) : ReferenceCount(other), alive_(other.alive_) { ++alive_; }
+    ~Counted() override { --alive_; }
+
+    int& alive_;
+};
+
+TEST(Reference, DeletesTheObjectWithItsLastOwner) {
+    int alive = 0;
+    ze::Reference<Counted> a(new Counted(alive));
+    ze::Reference<Counted> b = a;
+    EXPECT_EQ(a->refs(), 2);
+    a = nullptr;
+    EXPECT_EQ(alive, 1);
+    b = ze::Reference<Counted>();
+    EXPECT_EQ(alive, 0);
+}
+
+TEST(Reference, SurvivesAssignmentToItself) {
+    int alive = 0;
+    ze::Reference<Counted> a(new Counted(alive));
+    auto& same = a;
+    a = same;
+    EXPECT_EQ(alive, 1);
+    EXPECT_EQ(a->refs(), 1);
+}
+
+TEST(Reference, KeepsAConstObjectAlive) {
+    int alive = 0;
+    {
+        ze::Reference<const Counted> a(new Counted(alive));
+        EXPECT_EQ(a->refs(), 1);
+    }
+    EXPECT_EQ(alive, 0);
+}
+
+TEST(ReferenceCount, CopyHasNoOwnersAndAssignmentKeepsThem) {
+    int alive = 0;
+    ze::Reference<Counted> a(new Counted(alive));
+    ze::Reference<Counted> b(new Counted(*a));
+    b->ref();
+    static_cast<ze::ReferenceCount&>(*a) = *b;
+    EXPECT_EQ(a->refs(), 1);
+    EXPECT_EQ(b->refs(), 2);
+    b->unref();
+}
+
+TEST(ImplBase, DeletesThroughItsVirtualDestructor) {
+    struct Impl : ze::ImplBase {
+        explicit Impl(bool& gone) : gone_(gone) {}
+        ~Impl() override { gone_ = true; }
+        bool& gone_;
+    };
+    bool gone = false;
+    std::unique_ptr<ze::ImplBase>(new Impl(gone)).reset();
+    EXPECT_TRUE(gone);
+}
+
+} // namespace
