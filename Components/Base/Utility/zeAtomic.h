@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// Two placeholders that old callers still link to. They do nothing: the atomics that work are
+/// zeThread::atomicIncrement and zeThread::atomicDecrement.
+///
+/// @code
+/// int n = 1;
+/// assert(ze::atomic_increment(&n) == 0 && n == 1);
+/// @endcode
+
+#pragma once
+
+#include "Base/zeBaseExport.h"
+
+namespace ze {
+
+/// Does nothing, and returns 0.
+ZEBASE_API int atomic_increment(int* value);
+
+/// Does nothing, and returns 0.
+ZEBASE_API int atomic_decrement(int* value);
+
+} // namespace ze

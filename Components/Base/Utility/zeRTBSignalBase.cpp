@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/Utility/zeRTBSignalBase.h"
+
+#include <memory>
+#include <utility>
+
+namespace zeRTB {
+
+SignalBase::connectionItem::~connectionItem() {
+    delete function;
+}
+
+void SignalBase::connectionItem::detach() {
+    (prev ? prev->next : owner->head_) = next;
+    if (next)
+        next->prev = prev;
+    next = nullptr;
+    prev = nullptr;
+    owner = nullptr;
+}
+
+void SignalBase::connectionItem::destroy() {
+    if (peer) {
+        peer->peer = nullptr; // first, so that the halves do not destroy each other for ever
+        peer->destroy();
+        peer = nullptr;
+    }
+    if (lockCount != 0) {
+        pendingDestroy = true;
+        return;
+    }
+    if (owner)
+        detach();
+    delete this;
+}
+
+SignalBase::~SignalBase() {
+    if (!head_)
+        return;
+    // The destructor of a function object may end other connections of this list: they unlink
+    // themselves from the list of the doomed, and the loop never holds on to a successor.
+    SignalBase doomed;
+    doomed.head_ = std::exchange(head_, nullptr);
+    for (connectionItem* item = doomed.head_; item; item = item->next)
+        item->owner = &doomed;
+    while (connectionItem* item = doomed.head_) {
+        item->detach();
+        item->destroy();
+    }
+}
+
+int SignalBase::numConnections() const {
+    int count = 0;
+    for (const connectionItem* item = head_; item; item = item->next)
+        ++count;
+    return count;
+}
+
+SignalBase::connectionItem* SignalBase::createConnectionItem() {
+    auto* item = new connectionItem(this);
+    item->next = head_;
+    if (head_)
+        head_->prev = item;
+    head_ = item;
+    return item;
+}
+
+SignalBase::Connection* SignalBase::addCallback(FunctionBase* function) {
+    std::unique_ptr<FunctionBase> owned(function);
+    connectionItem* item = createConnectionItem();
+    item->function = owned.release();
+    return item;
+}
+
+SignalBase::Connection* SignalBase::addCallback(FunctionBase* function, SignalClient& client) {
+    std::unique_ptr<FunctionBase> owned(function);
+    connectionItem* clientItem = client.createConnectionItem();
+    connectionItem* item = addCallback(owned.release());
+    item->peer = clientItem;
+    clientItem->peer = item;
+    return item;
+}
+
+void SignalBase::disconnect(Connection* connection) {
+    for (connectionItem* item = head_; item; item = item->next) {
+        if (item == connection) {
+            item->destroy();
+            return;
+        }
+    }
+}
+
+void SignalBase::disconnectInstance(void* instance) {
+    for (connectionItem* item = head_; item;) {
+        item->lock();
+        if (item->function && item->function->isInstance(instance))
+            item->destroy();
+        connectionItem* next = item->next;
+        item->unlock();
+        item = next;
+    }
+}
+
+SignalBase::Connection* SignalBase::findInstance(void* instance) const {
+    for (connectionItem* item = head_; item; item = item->next) {
+        if (!item->pendingDestroy && item->function && item->function->isInstance(instance))
+            return item;
+    }
+    return nullptr;
+}
+
+SignalBase::Connection* SignalBase::findGlobalCallback(void* function) const {
+    for (connectionItem* item = head_; item; item = item->next) {
+        // Connections that wait for destruction count here, unlike in findInstance(): callers ask
+        // whether the function may still be needed.
+        if (item->function && item->function->isGlobalFunction(function))
+            return item;
+    }
+    return nullptr;
+}
+
+} // namespace zeRTB

@@ -1,0 +1,337 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/Utility/zeRTBSignal.h"
+
+#include <functional>
+#include <new>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "Base/Utility/zeRTBAsyncSignal.h"
+
+namespace {
+
+using zeRTB::SignalBase;
+using zeRTB::SignalClient;
+using zeRTB::SignalVoid;
+
+/// A scene of callbacks that write their letter to a log and then do what the case asks for. Counts
+/// the function objects alive, so that each case can say when one goes.
+class SignalScene : public testing::Test {
+protected:
+    class Callback : public zeRTB::FunctionVoid {
+    public:
+        Callback(SignalScene& scene, char letter, std::function<void()> body)
+            : scene_(scene), letter_(letter), body_(std::move(body)) {
+            ++scene_.alive;
+        }
+        ~Callback() override {
+            --scene_.alive;
+            if (onDestroy)
+                onDestroy();
+        }
+        void call() override {
+            scene_.log += letter_;
+            if (body_)
+                body_();
+            scene_.log += '.'; // reads a field: a function deleted while it runs is caught here
+        }
+        bool isInstance(void* instance) override { return instance == &scene_.who[letter_ - 'A']; }
+        bool isGlobalFunction(void* function) override { return isInstance(function); }
+
+        std::function<void()> onDestroy;
+
+    private:
+        SignalScene& scene_;
+        char letter_;
+        std::function<void()> body_;
+    };
+
+    Callback* make(char letter, std::function<void()> body = nullptr) {
+        return new Callback(*this, letter, std::move(body));
+    }
+    SignalBase::Connection* add(char letter, std::function<void()> body = nullptr) {
+        return signal->addCallback(make(letter, std::move(body)));
+    }
+
+    /// What one firing calls: the letters, each followed by a point when its call has returned.
+    std::string fired() {
+        log.clear();
+        signal->send();
+        return log;
+    }
+
+    char who[26] = {}; // addresses to be found by
+    int alive = 0;
+    std::string log;
+    SignalVoid* signal = new SignalVoid;
+    SignalClient* client = new SignalClient;
+    SignalBase::Connection* self = nullptr;
+
+    void TearDown() override {
+        delete signal;
+        delete client;
+        EXPECT_EQ(alive, 0);
+    }
+};
+
+TEST_F(SignalScene, CallsTheNewestConnectionFirst) {
+    EXPECT_EQ(fired(), "");
+    add('A');
+    add('B');
+    add('C');
+    EXPECT_EQ(fired(), "C.B.A.");
+    EXPECT_EQ(signal->numConnections(), 3);
+}
+
+TEST_F(SignalScene, DisconnectsOnlyItsOwnConnections) {
+    auto* a = add('A');
+    auto* b = add('B');
+    SignalVoid other;
+    other.disconnect(a);
+    other.disconnect(nullptr);
+    EXPECT_EQ(fired(), "B.A.");
+    signal->disconnect(b);
+    EXPECT_EQ(alive, 1);
+    signal->disconnect(a);
+    EXPECT_FALSE(signal->isConnected());
+}
+
+TEST_F(SignalScene, ConnectionMadeInsideACallbackWaitsForTheNextFiring) {
+    add('A');
+    add('B', [&] {
+        if (signal->numConnections() == 2)
+            add('N');
+    });
+    EXPECT_EQ(fired(), "B.A.");
+    EXPECT_EQ(fired(), "N.B.A.");
+}
+
+TEST_F(SignalScene, RunningConnectionThatEndsStaysUntilTheFiringLeavesIt) {
+    add('A');
+    self = add('B', [&] {
+        signal->disconnect(self);
+        signal->disconnect(self); // asking twice is harmless
+        EXPECT_EQ(signal->numConnections(), 2);
+        EXPECT_EQ(signal->findInstance(&who['B' - 'A']), nullptr);
+        EXPECT_EQ(signal->findGlobalCallback(&who['B' - 'A']), self) << "unlike findInstance";
+    });
+    EXPECT_EQ(fired(), "B.A.");
+    EXPECT_EQ(signal->numConnections(), 1);
+    EXPECT_EQ(alive, 1);
+}
+
+TEST_F(SignalScene, LastConnectionEndingItselfLeavesTheSignalConnectedMeanwhile) {
+    self = add('A', [&] {
+        signal->disconnect(self);
+        EXPECT_TRUE(signal->isConnected());
+    });
+    EXPECT_EQ(fired(), "A.");
+    EXPECT_FALSE(signal->isConnected());
+}
+
+TEST_F(SignalScene, ConnectionsAheadAndBehindGoAtOnce) {
+    auto* a = add('A');
+    auto* b = add('B');
+    SignalBase::Connection* d = nullptr;
+    add('C', [&] {
+        signal->disconnect(b); // the one that would be next
+        signal->disconnect(d); // the one that has been called
+        EXPECT_EQ(alive, 2);
+    });
+    d = add('D');
+    EXPECT_EQ(fired(), "D.C.A.");
+    signal->disconnect(a);
+}
+
+TEST_F(SignalScene, NestedFiringSkipsWhatEndedAndTheOuterOneGoesOn) {
+    add('A');
+    self = add('B', [&] {
+        if (self->lockCount == 1) {
+            signal->send();
+            EXPECT_EQ(self->lockCount, 1);
+            EXPECT_TRUE(self->pendingDestroy);
+            signal->send(); // no longer calls B
+        } else {
+            EXPECT_EQ(self->lockCount, 2);
+            signal->disconnect(self);
+        }
+    });
+    EXPECT_EQ(fired(), "BB.A.A..A.");
+    EXPECT_EQ(alive, 1);
+}
+
+TEST_F(SignalScene, SignalMayBeDestroyedByItsCallback) {
+    add('A');
+    add('B', [&] {
+        delete signal;
+        signal = nullptr;
+        EXPECT_EQ(alive, 1) << "the running one survives until it returns";
+    });
+    EXPECT_EQ(fired(), "B.");
+    EXPECT_EQ(alive, 0);
+}
+
+TEST_F(SignalScene, SignalMayBeDestroyedInsideANestedFiring) {
+    add('A', [&] {
+        delete signal;
+        signal = nullptr;
+    });
+    self = add('B', [&] {
+        if (self->lockCount == 1)
+            signal->send();
+    });
+    EXPECT_EQ(fired(), "BB.A..");
+}
+
+TEST_F(SignalScene, ClientMayDieInsideTheCallbackItIsTiedTo) {
+    add('A');
+    signal->addCallback(make('B',
+                             [&] {
+                                 delete client;
+                                 client = nullptr;
+                                 EXPECT_EQ(signal->numConnections(), 2);
+                                 EXPECT_EQ(alive, 2);
+                             }),
+                        *client);
+    EXPECT_EQ(fired(), "B.A.");
+    EXPECT_EQ(alive, 1);
+}
+
+TEST_F(SignalScene, TiedConnectionEndsWithWhicheverSideGoesFirst) {
+    struct Case {
+        const char* name;
+        std::function<void()> end;
+    };
+    const Case cases[] = {
+        {"client", [&] { client = (delete client, new SignalClient); }},
+        {"signal", [&] { signal = (delete signal, new SignalVoid); }},
+        {"disconnect", [&] { signal->disconnect(self); }},
+        {"disconnectInstance", [&] { signal->disconnectInstance(&who[0]); }},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        self = signal->addCallback(make('A'), *client);
+        EXPECT_EQ(client->numConnections(), 1);
+        EXPECT_EQ(client->findInstance(&who[0]), nullptr) << "the client's half has no function";
+        client->disconnectInstance(&who[0]);
+        EXPECT_EQ(fired(), "A.");
+        c.end();
+        EXPECT_FALSE(client->isConnected());
+        EXPECT_FALSE(signal->isConnected());
+        EXPECT_EQ(alive, 0);
+    }
+}
+
+TEST_F(SignalScene, DisconnectInstanceEndsAllAndSparesTheRunningOneUntilItReturns) {
+    add('A');
+    add('B');
+    add('A', [&] {
+        signal->disconnectInstance(&who[0]);
+        EXPECT_EQ(alive, 2);
+    });
+    EXPECT_EQ(fired(), "A.B.");
+    EXPECT_EQ(signal->numConnections(), 1);
+}
+
+TEST_F(SignalScene, DyingSignalSurvivesFunctionsThatEndTheirSiblings) {
+    auto* other = new SignalClient;
+    signal->addCallback(make('A'), *other);
+    signal->addCallback(make('B'), *client);
+    auto* last = make('C');
+    last->onDestroy = [&] {
+        delete other;
+        EXPECT_FALSE(signal->isConnected());
+        EXPECT_EQ(alive, 1);
+    };
+    signal->addCallback(last, *client);
+    signal->~SignalVoid();
+    EXPECT_EQ(alive, 0);
+    EXPECT_FALSE(client->isConnected());
+    new (signal) SignalVoid;
+}
+
+struct Base {
+    virtual ~Base() = default;
+    virtual void nothing() { log += "base "; }
+    void one(int n) { log += std::to_string(n) + ' '; }
+    void text(std::string s) { log += s + ' '; }
+    void three(const char* name, void*, int n) { log += name + std::to_string(n) + ' '; }
+
+    std::string log;
+};
+struct Derived : Base {
+    void nothing() override { log += "derived "; }
+};
+
+int globalCalls = 0;
+void global() {
+    ++globalCalls;
+}
+
+TEST(Signal, ConnectsGlobalFunctionsAndMembersOfEveryArity) {
+    Derived listener;
+    SignalVoid none;
+    none.connect(&listener, &Base::nothing); // a base's member, called virtually
+    auto* connection = none.connect(&global);
+    EXPECT_EQ(none.findGlobalCallback(reinterpret_cast<void*>(&global)), connection);
+    EXPECT_NE(none.findInstance(&listener), nullptr);
+    EXPECT_EQ(none.findInstance(reinterpret_cast<void*>(&global)), nullptr);
+    EXPECT_EQ(none.findGlobalCallback(&listener), nullptr);
+    none.send();
+    EXPECT_EQ(globalCalls, 1);
+
+    zeRTB::SignalArg<int> one;
+    one.connect(&listener, &Derived::one);
+    one.send(1);
+
+    zeRTB::SignalArg<std::string> text; // each callback gets a value of its own
+    text.connect(&listener, &Derived::text);
+    text.connect(&listener, &Derived::text);
+    text.send("long enough to lie on the heap");
+
+    zeRTB::Signal3Args<const char*, void*, int> three;
+    three.connect(&listener, &Derived::three);
+    three.send("x", nullptr, 3);
+    EXPECT_EQ(listener.log, "derived 1 long enough to lie on the heap "
+                            "long enough to lie on the heap x3 ");
+
+    SignalClient client;
+    none.connect(client, &global);
+    none.connect(client, &listener, &Base::nothing);
+    one.connect(client, &listener, &Base::one);
+    three.connect(client, &listener, &Base::three);
+    EXPECT_EQ(client.numConnections(), 4);
+}
+
+TEST(Signal, PassesReferencesThrough) {
+    struct Doubler {
+        void twice(int& n) { n *= 2; }
+    } doubler;
+    zeRTB::SignalArg<int&> signal;
+    signal.connect(&doubler, &Doubler::twice);
+    signal.connect(&doubler, &Doubler::twice);
+    int n = 1;
+    signal.send(n);
+    EXPECT_EQ(n, 4);
+}
+
+TEST(AsyncSignal, FiresLaterWithACopyOfTheArgument) {
+    Derived listener;
+    zeRTB::SignalArg<std::string> signal;
+    signal.connect(&listener, &Derived::text);
+    std::string argument = "now";
+    zeRTB::AsyncSignalArg<zeRTB::SignalArg<std::string>> later(&signal, argument);
+    argument = "changed";
+    static_cast<zeRTB::AsyncSignal&>(later).send();
+    later.send();
+    EXPECT_EQ(listener.log, "now now ");
+}
+
+static_assert(sizeof(SignalVoid) == sizeof(void*), "a class can embed many signals");
+static_assert(!std::is_copy_constructible_v<SignalVoid>);
+
+} // namespace
