@@ -1,0 +1,191 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// The text packet format, which a person can read and a text tool can compare. A file is the
+/// header, the registry, and packets:
+///
+///     packet     = "{ " id " " hasReference " " [reference] element* "}\n"
+///     element    = value | chunk | sub-packet
+///     chunk      = "\n  [ " element* "] "
+///     sub-packet = "\n  < " element* "> "
+///
+/// Each value is followed by one blank. Numbers are decimal (float with 7 digits, double with 16, so
+/// that not every bit returns), a bool is 0 or 1, a character its number from 0 to 255, an array its
+/// elements. A string stands between double quotes, with a backslash before each of "\[]{}<> in it;
+/// line ends in it stay as they are.
+///
+/// The decimal point of numbers is that of the process's locale: write and read under one locale,
+/// which must not change within a packet.
+///
+/// @code
+/// #include "Base/IO/ioPacketFile.h"
+/// ioPacketFileAsciiBuffer buffer;
+/// buffer.outputInt(-7);
+/// buffer.outputString(" \"seven\"");
+/// assert(buffer.isValid());
+/// @endcode
+
+#pragma once
+
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+#include "Base/IO/ioPacketFileBuffer.h"
+#include "Base/IO/ioReadContext.h"
+#include "Base/IO/ioWriteContext.h"
+#include "Base/zeBaseExport.h"
+
+/// One packet as text, with one cursor for writing and reading.
+///
+/// The array starts with 50000 bytes, doubles as it must and is kept for the packets that follow. A
+/// packet that cannot be held in memory, or exceeds 2 GiB, becomes invalid and loses its type. What
+/// cannot be parsed reads as 0; whoever lost the place in a packet finds it again at the end of the
+/// chunk, of the sub-packet or of the packet.
+class ZEBASE_API ioPacketFileAsciiBuffer : public ioPacketFileBuffer {
+public:
+    ioPacketFileAsciiBuffer();
+    ~ioPacketFileAsciiBuffer() override;
+
+    void writePacketStart(ioWriteContext* context, int hasReference, ioPacketType* type) override;
+    void writePacketEnd(ioWriteContext* context, ioBufferedStreamOutput& stream) override;
+    void writeChunkStart(ioWriteContext* context) override;
+    void writeChunkEnd(ioWriteContext* context) override;
+    void writeSubPacketStart(ioWriteContext* context) override;
+    void writeSubPacketEnd(ioWriteContext* context) override;
+    int readPacketStart(ioReadContext* context, ioBufferedStreamInput& stream) override;
+    void readPacketEnd(ioReadContext* context) override;
+    void readChunkStart(ioReadContext* context) override;
+    bool isValidChunk() override;
+    void readChunkEnd(ioReadContext* context) override;
+    void readSubPacketStart(ioReadContext* context) override;
+    void readSubPacketEnd(ioReadContext* context) override;
+
+    void outputChar(char byte);
+    void outputCharArray(const char* bytes, int size);
+    void outputString(const char* text);
+    void outputInt(int value);          ///< "%d"
+    void outputUInt(unsigned int value); ///< "%u"
+    void outputLong(long value);         ///< "%ld"
+    void outputULong(unsigned long value); ///< "%lu"
+    /// "%.7g" or "%.16g", by `digits`.
+    void outputReal(double value, int digits);
+    /// One byte of a string, with a backslash before it where it has a meaning of its own.
+    void outputEscaped(char byte);
+
+    long readLong();           ///< as strtol() in base 10, and to the next value
+    unsigned long readULong(); ///< as strtoul() in base 10, and to the next value
+    double readReal();         ///< as strtod(), and to the next value
+    char readEscaped();        ///< the byte that outputEscaped() wrote
+    /// The string between the next two double quotes, valid until the next call on this thread;
+    /// null if there is none.
+    const char* readQuoted();
+
+private:
+    bool resize(int size);
+    char* room(unsigned long size);
+    void append(std::string_view text);
+    bool readText(ioBufferedStreamInput& stream);
+    void advance();
+
+    /// The rest of the packet; empty behind its end.
+    std::string_view rest() const;
+    bool startsWith(std::string_view text) const { return rest().starts_with(text); }
+
+    std::unique_ptr<char[]> text_;
+    int capacity_;
+    int length_ = 0;
+    int position_ = 0;
+    int last_ = -1;
+    int target_;
+    bool validChunk_ = false;
+    bool decimalPoint_ = true; // numbers are written with "." in the current locale
+};
+
+/// Writes files in the text format.
+class ZEBASE_API ioWriteContextAscii : public ioWriteContext {
+public:
+    explicit ioWriteContextAscii(ioBufferedStreamOutput& stream);
+    ~ioWriteContextAscii() override;
+
+    void writeBool(bool value) override;
+    void writeChar(char value) override;
+    void writeUChar(unsigned char value) override;
+    void writeShort(short value) override;
+    void writeUShort(unsigned short value) override;
+    void writeInt(int value) override;
+    void writeUInt(unsigned int value) override;
+    void writeInt64(std::int64_t value) override;
+    void writeUInt64(std::uint64_t value) override;
+    void writeFloat(float value) override;
+    void writeDouble(double value) override;
+    void writeCString(const char* text) override;
+    void writeBoolArray(const bool* values, int count) override;
+    void writeCharArray(const char* values, int count) override;
+    void writeUCharArray(const unsigned char* values, int count) override;
+    void writeShortArray(const short* values, int count) override;
+    void writeUShortArray(const unsigned short* values, int count) override;
+    void writeIntArray(const int* values, int count) override;
+    void writeUIntArray(const unsigned int* values, int count) override;
+    void writeInt64Array(const std::int64_t* values, int count) override;
+    void writeUInt64Array(const std::uint64_t* values, int count) override;
+    void writeFloatArray(const float* values, int count) override;
+    void writeDoubleArray(const double* values, int count) override;
+    void writeRawByte(signed char byte) override;
+    ioHeader getHeader() override;
+
+    // Text into the packet as it is.
+    void outputChar(char byte);
+    void outputCharArray(const char* bytes, int size);
+    void outputInt(int value);
+    void outputUInt(unsigned int value);
+    void outputString(const char* text);
+
+protected:
+    ioPacketFileBuffer* allocPacket() override;
+    void setPacket(ioPacketFileBuffer* packet) override;
+
+private:
+    ioPacketFileAsciiBuffer* buffer_ = nullptr;
+};
+
+/// Reads files in the text format.
+class ZEBASE_API ioReadContextAscii : public ioReadContext {
+public:
+    explicit ioReadContextAscii(ioBufferedStreamInput& stream, ioReadMethod method = ioReadAscii);
+    ~ioReadContextAscii() override;
+
+    bool isValidChunk() override;
+    bool readBool() override;
+    unsigned char readChar() override;
+    unsigned char readUChar() override;
+    short readShort() override;
+    unsigned short readUShort() override;
+    int readInt() override;
+    unsigned int readUInt() override;
+    std::int64_t readInt64() override;
+    std::uint64_t readUInt64() override;
+    float readFloat() override;
+    double readDouble() override;
+    const char* readCString() override;
+    void readBoolArray(bool* values, int count) override;
+    void readCharArray(char* values, int count) override;
+    void readUCharArray(unsigned char* values, int count) override;
+    void readShortArray(short* values, int count) override;
+    void readUShortArray(unsigned short* values, int count) override;
+    void readIntArray(int* values, int count) override;
+    void readUIntArray(unsigned int* values, int count) override;
+    void readInt64Array(std::int64_t* values, int count) override;
+    void readUInt64Array(std::uint64_t* values, int count) override;
+    void readFloatArray(float* values, int count) override;
+    void readDoubleArray(double* values, int count) override;
+    signed char readRawByte() override;
+    int readUnbufferedInt(ioBufferedStreamInput& stream) override;
+
+protected:
+    ioPacketFileBuffer* allocPacket() override;
+    void setPacket(ioPacketFileBuffer* packet) override;
+
+private:
+    ioPacketFileAsciiBuffer* buffer_ = nullptr;
+};

@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// Reading a packet file: the file, its packets, and the values in them.
+///
+/// readFile() reads the registry and calls the type's read() for each packet; there, a client reads
+/// the values of the packet in the order and with the types with which they were written. Get a
+/// context from ioReadContextAlloc().
+///
+/// What read() leaves unread is skipped. What it reads beyond the end of a packet is without
+/// meaning but harmless: no operation touches memory outside the packet's buffer, whatever the file
+/// says. A file can state any number, though: test counts before memory is allocated by them.
+///
+/// Pointers. Every object that packets refer to has a number. The packet that describes it defines
+/// the number (definePacketReference()); packets that refer to it may come earlier or later.
+///
+/// @code
+/// #include "Base/IO/ioPacketFile.h"
+/// struct Node { int value; Node* next; };
+/// void (*read)(ioClientReadContext&) = [](ioClientReadContext& client) {
+///     Node* node = new Node{};
+///     client.definePacketReference(node);
+///     if (client.nextChunk()) {
+///         node->value = client.readInt();
+///         client.readReferenceUsage(&node->next, 0); // filled in when the next node has come
+///     }
+/// };
+/// ioReadPacketByFunction type("node", read);
+/// assert(type.getNumUsages() == 0);
+/// @endcode
+
+#pragma once
+
+#include <cstdint>
+
+#include "Base/IO/ioContext.h"
+#include "Base/IO/ioHeader.h"
+#include "Base/zeBaseExport.h"
+
+class ioBufferedStreamInput;
+class ioClientReadContext;
+
+/// A packet file that is being read. The typed operations are realised by the formats.
+class ZEBASE_API ioReadContext : public ioContext {
+public:
+    /// The stream stays the caller's: open, behind the header, and outliving the context. `method`
+    /// is the one that the header asked for.
+    ioReadContext(ioReadMethod method, ioBufferedStreamInput& stream);
+    ~ioReadContext() override;
+
+    /// Whether the last nextChunk() at this level met a chunk that is not empty.
+    virtual bool isValidChunk() = 0;
+
+    /// Defines the current packet's reference: `pointer` is the object that the packet describes.
+    /// Every location that waits for it is filled in.
+    virtual void definePacketReference(void* pointer);
+
+    /// Reads a reference and returns its object; null for a null pointer, and for an object that has
+    /// not been met yet, of which no note is taken.
+    virtual void* readReferenceUsage();
+    /// The same, and tells the number, by which the object may be asked for later.
+    virtual void* readReferenceUsage(int& reference);
+    /// Reads a reference into the pointer at `location`, now or as soon as the object is defined;
+    /// null until then. The location must stay until the end of the file or the definition. `offset`
+    /// comes back in the reports of references that nothing defined.
+    virtual void readReferenceUsage(void* location, int offset);
+    /// Reads a reference and defines it.
+    virtual void readReferenceDefinition(void* pointer);
+    /// Reads a reference and returns its number.
+    virtual int readReference();
+
+    virtual void defineReference(int reference, void* pointer);
+    /// Defines a further number for an object that has one.
+    virtual void defineReferenceAlias(int reference, void* pointer);
+    /// readReferenceUsage(location, offset) of a number that was read before.
+    virtual void resolveReference(int reference, void* location, int offset);
+    /// Notes that the object is used, so that the end of the file does not report it.
+    virtual void useReference(int reference);
+    virtual void useReference(void* pointer);
+
+    virtual bool readBool() = 0;
+    /// The byte as it was written, unsigned: 200 stays 200.
+    virtual unsigned char readChar() = 0;
+    virtual unsigned char readUChar() = 0;
+    virtual short readShort() = 0;
+    virtual unsigned short readUShort() = 0;
+    virtual int readInt() = 0;
+    virtual unsigned int readUInt() = 0;
+    virtual std::int64_t readInt64() = 0;
+    virtual std::uint64_t readUInt64() = 0;
+    virtual float readFloat() = 0;
+    virtual double readDouble() = 0;
+    /// The text belongs to the context: it lasts until the next packet in a binary file, until the
+    /// next readCString() of any context on this thread in a text file. Null where a text file has
+    /// no string there.
+    virtual const char* readCString() = 0;
+
+    // A count of 0 or less reads nothing.
+    virtual void readBoolArray(bool* values, int count) = 0;
+    virtual void readCharArray(char* values, int count) = 0;
+    virtual void readUCharArray(unsigned char* values, int count) = 0;
+    virtual void readShortArray(short* values, int count) = 0;
+    virtual void readUShortArray(unsigned short* values, int count) = 0;
+    virtual void readIntArray(int* values, int count) = 0;
+    virtual void readUIntArray(unsigned int* values, int count) = 0;
+    virtual void readInt64Array(std::int64_t* values, int count) = 0;
+    virtual void readUInt64Array(std::uint64_t* values, int count) = 0;
+    virtual void readFloatArray(float* values, int count) = 0;
+    virtual void readDoubleArray(double* values, int count) = 0;
+
+    /// The byte that writeRawByte() wrote.
+    virtual signed char readRawByte() = 0;
+    /// An integer straight from the stream, outside any packet, in the form of this format.
+    virtual int readUnbufferedInt(ioBufferedStreamInput& stream) = 0;
+
+    /// Reads a file behind its header up to its end-of-file packet, and then tells the types of
+    /// references that stayed undefined or unused. `ioOK` if the file was complete. What was
+    /// delivered before a failure stays with the client:
+    ///   - `ioError`: there is no registry, or the stream failed;
+    ///   - `ioBadFile`: the list of types or a packet cannot be understood, or the file ends early;
+    ///   - `ioHalted`: halt() was called;
+    ///   - `ioChecksumError`: a checksummed block was damaged.
+    ///
+    /// A packet with a reference whose read() neither defines it nor marks the packet invalid ends
+    /// the process: fatalError(). A text file that is cut between two packets never ends.
+    void readFile(ioClientReadContext& client);
+    /// Reads one packet; a step of readFile(), `ioError` outside it.
+    void readPacket(ioClientReadContext& client);
+
+    /// Reads the header of a further file in the same stream. True if it has this context's method:
+    /// call readFile() again. False is for good. It cannot follow a text file whose writer went
+    /// straight on, as the last packet's newline is still to come. The reference map keeps its
+    /// numbers and the registry its ids: associate new ones where the files are independent.
+    bool reusePacketFile();
+    /// Stops readFile() behind the current packet.
+    void halt() { halted_ = true; }
+
+    /// Skips what is left of the current chunk and goes to the next. False if there is none at this
+    /// level, or it is empty: keep the defaults of the values that it would hold.
+    bool nextChunk();
+    void startSubPacket();
+    /// Skips what is left of the sub-packet.
+    void endSubPacket();
+
+    /// The reference of the current packet; 0 if it has none.
+    int getPacketReference() const { return packetReference_; }
+    /// Packets read so far, without the end-of-file packets.
+    int getPacketsRead() const { return packetsRead_; }
+    void defineReference(int reference, void* pointer, bool alias);
+    /// Tells the types of references that stayed undefined, and of objects that nothing refers to.
+    void resolveRemainingReferences(ioClientReadContext& client);
+
+private:
+    ioBufferedStreamInput* stream_;
+    int packetReference_ = -1;
+    bool referenceDefined_ = false;
+    ioPacketType* eofType_ = nullptr;
+    int packetsRead_ = 0;
+    bool halted_ = false;
+    ioReadMethod method_;
+};
