@@ -50,8 +50,8 @@ public:
     ioContext& operator=(const ioContext&) = delete;
     virtual ~ioContext();
 
-    /// For an object that is being deleted: lookups of its pointer, and of its number, fail from now
-    /// on, and the end of the file does not look at it.
+    /// For an object that is being deleted: lookups of its pointer, and of its number, fail from
+    /// now on, and the end of the file does not look at it.
     virtual void undefineReference(void* pointer);
     virtual void undefineReference(int reference);
 

@@ -3,12 +3,12 @@
 /// @file
 /// Packet files: documents of typed objects that point at one another, in binary or in text.
 ///
-/// A file is a short text header, the list of the packet types that occur in it, the packets, and an
-/// end-of-file packet. A program registers its types (ioPacketRegistry), and for each object that it
-/// saves writes a packet (ioWriteContext); on loading, each type's read() is called with the packets
-/// of that type (ioReadContext). Pointers between objects become small numbers in the file and
-/// pointers again on reading (ioReferenceMap). The same code serves every format; the reader finds
-/// out from the header which one it has, and swaps bytes where it must.
+/// A file is a short text header, the list of the packet types that occur in it, the packets, and
+/// an end-of-file packet. A program registers its types (ioPacketRegistry), and for each object
+/// that it saves writes a packet (ioWriteContext); on loading, each type's read() is called with
+/// the packets of that type (ioReadContext). Pointers between objects become small numbers in the
+/// file and pointers again on reading (ioReferenceMap). The same code serves every format; the
+/// reader finds out from the header which one it has, and swaps bytes where it must.
 ///
 /// This header brings the whole family. Nothing in it throws; failures are in the status of the
 /// context. A context, and what is associated with it, belongs to one thread at a time.

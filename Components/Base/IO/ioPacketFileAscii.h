@@ -9,10 +9,10 @@
 ///     chunk      = "\n  [ " element* "] "
 ///     sub-packet = "\n  < " element* "> "
 ///
-/// Each value is followed by one blank. Numbers are decimal (float with 7 digits, double with 16, so
-/// that not every bit returns), a bool is 0 or 1, a character its number from 0 to 255, an array its
-/// elements. A string stands between double quotes, with a backslash before each of "\[]{}<> in it;
-/// line ends in it stay as they are.
+/// Each value is followed by one blank. Numbers are decimal (float with 7 digits, double with 16,
+/// so that not every bit returns), a bool is 0 or 1, a character its number from 0 to 255, an array
+/// its elements. A string stands between double quotes, with a backslash before each of "\[]{}<> in
+/// it; line ends in it stay as they are.
 ///
 /// The decimal point of numbers is that of the process's locale: write and read under one locale,
 /// which must not change within a packet.
@@ -64,9 +64,9 @@ public:
     void outputChar(char byte);
     void outputCharArray(const char* bytes, int size);
     void outputString(const char* text);
-    void outputInt(int value);          ///< "%d"
-    void outputUInt(unsigned int value); ///< "%u"
-    void outputLong(long value);         ///< "%ld"
+    void outputInt(int value);             ///< "%d"
+    void outputUInt(unsigned int value);   ///< "%u"
+    void outputLong(long value);           ///< "%ld"
     void outputULong(unsigned long value); ///< "%lu"
     /// "%.7g" or "%.16g", by `digits`.
     void outputReal(double value, int digits);

@@ -5,10 +5,9 @@
 /// padding, in the writer's byte order:
 ///
 ///     packet     = id:int32 hasReference:int32 length:int32 body     length counts the body
-///     body       = [reference:uint32] element*                       a reference if hasReference is 1
-///     element    = value | chunk | sub-packet
-///     chunk      = "," length:int32 element*     length counts itself and the elements: empty is 4
-///     sub-packet = "." length:int32 element*
+///     body       = [reference:uint32] element*                       a reference if hasReference
+///     is 1 element    = value | chunk | sub-packet chunk      = "," length:int32 element* length
+///     counts itself and the elements: empty is 4 sub-packet = "." length:int32 element*
 ///
 /// A bool is a byte of 0 or 1, numbers are their bytes in memory, a string its bytes and a 0, an
 /// array its elements without a count, a reference a uint32. The last packet is of the end-of-file
@@ -225,7 +224,7 @@ private:
 class ZEBASE_API ioReadContextBinarySameEndian : public ioReadContextBinary {
 public:
     explicit ioReadContextBinarySameEndian(ioBufferedStreamInput& stream,
-                                        ioReadMethod method = ioReadBinarySameEndian);
+                                           ioReadMethod method = ioReadBinarySameEndian);
     ~ioReadContextBinarySameEndian() override;
 
     short readShort() override;

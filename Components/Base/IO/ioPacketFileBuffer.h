@@ -40,7 +40,8 @@ public:
     virtual ~ioPacketFileBuffer();
 
     /// `hasReference` is 0, or 1 where the body begins with the packet's reference.
-    virtual void writePacketStart(ioWriteContext* context, int hasReference, ioPacketType* type) = 0;
+    virtual void writePacketStart(ioWriteContext* context, int hasReference,
+                                  ioPacketType* type) = 0;
     /// Completes the packet and, if it is still valid, writes it to the stream in one piece.
     virtual void writePacketEnd(ioWriteContext* context, ioBufferedStreamOutput& stream) = 0;
     virtual void writeChunkStart(ioWriteContext* context) = 0;
@@ -85,8 +86,8 @@ public:
     void popSubPacket();
 
     /// Whether a chunk was started at this level and not yet ended.
-    bool isChunkOpen() const { return chunkFlags_[level_] != 0; }
-    void setChunkOpen(bool open) { chunkFlags_[level_] = open; }
+    bool isChunkOpen() const { return chunkFlags_.get()[level_] != 0; }
+    void setChunkOpen(bool open) { chunkFlags_.get()[level_] = open; }
 
 private:
     std::unique_ptr<char[]> chunkFlags_;

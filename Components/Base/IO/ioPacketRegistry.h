@@ -54,13 +54,13 @@ public:
     /// The number of names known, which may exceed the number of ids.
     int numTypes() const;
 
-    /// Registers the built-in types and then the program's own, the first time; the contexts call it
-    /// at the start of each file. A registry that numbers its types, and that nobody added to
+    /// Registers the built-in types and then the program's own, the first time; the contexts call
+    /// it at the start of each file. A registry that numbers its types, and that nobody added to
     /// before, gives the string type id 0 and the end-of-file type id 1.
     void init();
 
-    /// Writes the list of types in the order of their ids, one line each, and the line that ends it;
-    /// only the latter where `withTypes` is false.
+    /// Writes the list of types in the order of their ids, one line each, and the line that ends
+    /// it; only the latter where `withTypes` is false.
     void writeRegistry(ioBufferedStreamOutput& stream, bool withTypes);
 
     /// Reads such a list, which numbers the types of this registry. A name that is unknown gets a

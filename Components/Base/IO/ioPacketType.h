@@ -4,8 +4,8 @@
 /// Packet types: what a kind of saved object is called, and how a packet of it is read.
 ///
 /// Every packet of a file has a type, known by its name. A program makes one ioPacketType for each
-/// kind of object that it saves and hands them to an ioPacketRegistry, which owns them from then on;
-/// on loading, the library calls the type's read() for each packet that it meets. Derive from
+/// kind of object that it saves and hands them to an ioPacketRegistry, which owns them from then
+/// on; on loading, the library calls the type's read() for each packet that it meets. Derive from
 /// ioPacketType, or name a function: ioReadPacketByFunction, ioSimplePacketType.
 ///
 /// A type belongs to one registry, and with it to one thread at a time.
@@ -44,8 +44,8 @@ public:
     /// read() must define it, or call invalidPacket(). The base marks the packet invalid.
     virtual void read(ioClientReadContext& client);
 
-    /// Told at the end of a file: `memory` was defined by a packet of this type and nothing referred
-    /// to it. The base leaves it alone.
+    /// Told at the end of a file: `memory` was defined by a packet of this type and nothing
+    /// referred to it. The base leaves it alone.
     virtual void memoryNotReferenced(ioClientReadContext& client, void* memory);
 
     /// Told at the end of a file: a packet of this type used a reference that nothing defined.

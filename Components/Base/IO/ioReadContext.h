@@ -55,14 +55,14 @@ public:
     /// Every location that waits for it is filled in.
     virtual void definePacketReference(void* pointer);
 
-    /// Reads a reference and returns its object; null for a null pointer, and for an object that has
-    /// not been met yet, of which no note is taken.
+    /// Reads a reference and returns its object; null for a null pointer, and for an object that
+    /// has not been met yet, of which no note is taken.
     virtual void* readReferenceUsage();
     /// The same, and tells the number, by which the object may be asked for later.
     virtual void* readReferenceUsage(int& reference);
     /// Reads a reference into the pointer at `location`, now or as soon as the object is defined;
-    /// null until then. The location must stay until the end of the file or the definition. `offset`
-    /// comes back in the reports of references that nothing defined.
+    /// null until then. The location must stay until the end of the file or the definition.
+    /// `offset` comes back in the reports of references that nothing defined.
     virtual void readReferenceUsage(void* location, int offset);
     /// Reads a reference and defines it.
     virtual void readReferenceDefinition(void* pointer);

@@ -9,7 +9,8 @@
 ///
 /// Values carry neither names nor types in the file: a reader must ask for the same types in the
 /// same order. To let a later version of the program write more, put each group of values in a
-/// chunk (startChunk()): readers skip what they do not know of it, and see which chunks are missing.
+/// chunk (startChunk()): readers skip what they do not know of it, and see which chunks are
+/// missing.
 ///
 /// A packet may be started while another is open. It is complete first, so it lies ahead of the
 /// enclosing one in the file: the way to save an object that the enclosing one refers to.
@@ -101,8 +102,8 @@ public:
     bool isInFile() const { return inFile_; }
 
     /// Opens a packet. `reference` is the address of the object that the packet describes, by which
-    /// other packets refer to it; null for none. A type that is null or unknown gives `ioError`, and
-    /// its packet is dropped.
+    /// other packets refer to it; null for none. A type that is null or unknown gives `ioError`,
+    /// and its packet is dropped.
     void startPacket(const ioPacketType* type, const void* reference);
     /// Costs a search by name: keep the type where many packets are written.
     void startPacket(const char* typeName, const void* reference);
