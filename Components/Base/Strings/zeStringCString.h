@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// The byte string: any bytes, in no particular encoding, terminators included.
+///
+/// A value: copies are independent, and moving copies. Pointers from asChar() and asMultibyte()
+/// stay valid until the next change of the string. A null `const char*` counts as an empty text
+/// everywhere. Distinct objects may be used by different threads at once.
+///
+/// Positions beyond the length throw `std::out_of_range` in insert(), erase(), replace() and
+/// substr(); its text is "basic_string::" and the name of the operation. Element access does not
+/// check.
+///
+/// @code
+/// zeString::CString name("mesh.obj");
+/// name.replace(name.find('.'), zeString::String::npos, ".ze").prepend("new-");
+/// assert(name == "new-mesh.ze");
+/// assert(name.format("%s-%d", "frame", 7) == 7);
+/// @endcode
+
+#pragma once
+
+#include <compare>
+#include <cstdarg>
+
+#include "Base/Strings/zeStringString.h"
+#include "Base/zeBaseExport.h"
+
+namespace zeString {
+
+class CStringImpl;
+
+/// The byte string.
+class ZEBASE_API CString : public String {
+public:
+    CString();
+    CString(const char* text);
+    /// `n` bytes, terminators included; a negative `n` counts as 0.
+    CString(const char* bytes, int n);
+    explicit CString(char c);
+    /// `n` copies of `c`.
+    CString(unsigned int n, char c);
+    CString(const CString& other);
+    ~CString() override;
+
+    CString& operator=(const CString& other);
+    CString& operator=(const char* text);
+    CString& assign(const CString& other);
+    CString& assign(const char* text);
+
+    unsigned int length() const override;
+    unsigned int capacity() const override;
+    unsigned int reserve(unsigned int n) override;
+    /// 0xFFFFFFF9.
+    unsigned int maxSize() const override;
+
+    virtual CString& append(const CString& other);
+    CString& append(const char* text);
+    CString& append(char c);
+    CString& prepend(const CString& other);
+    CString& prepend(const char* text);
+    CString& prepend(char c);
+    CString& insert(unsigned int pos, const CString& other);
+    CString& insert(unsigned int pos, const char* text);
+    CString& insert(unsigned int pos, char c);
+    /// Removes up to `n` characters. An empty string takes any position.
+    CString& erase(unsigned int pos = 0, unsigned int n = npos);
+    /// The same as erase().
+    CString& remove(unsigned int pos = 0, unsigned int n = npos);
+    /// Puts the text in the place of up to `n` characters.
+    CString& replace(unsigned int pos, unsigned int n, const CString& other);
+    CString& replace(unsigned int pos, unsigned int n, const char* text);
+    CString& replace(unsigned int pos, unsigned int n, char c);
+
+    const char* asChar() const;
+    /// The same pointer as asChar().
+    const char* asMultibyte() const;
+    /// The bytes behind asChar(), with the terminator.
+    unsigned int asCharStoreSize() const;
+    unsigned int asMultibyteStoreSize() const;
+    /// A block of asCharStoreSize() bytes from `malloc`, for the caller to free.
+    char* copyAsChar() const;
+    char* copyAsMultibyte() const;
+
+    /// No bounds check; the position of the terminator may be read.
+    char at(unsigned int pos) const;
+    char& at(unsigned int pos);
+    char operator[](unsigned int pos) const;
+    char& operator[](unsigned int pos);
+
+    /// Order by bytes, a shorter string before its continuation: negative, 0 or positive.
+    int compare(const CString& other) const;
+    int compare(const char* text) const;
+    /// Order in the locale (`strcoll`), up to the first terminator.
+    int collate(const CString& other) const;
+    /// compare() of the two texts in lower case.
+    int compareNoCase(const CString& other) const;
+    /// collate() of the two texts in lower case.
+    int collateNoCase(const CString& other) const;
+
+    /// The first occurrence at or after `start`, or npos. An empty text is never found.
+    unsigned int find(const CString& other, unsigned int start = 0) const;
+    unsigned int find(const char* text, unsigned int start = 0) const;
+    unsigned int find(char c, unsigned int start = 0) const;
+    unsigned int find(bool (*predicate)(char), unsigned int start = 0) const;
+    /// The last occurrence that begins at or before `start`, or npos. With a predicate, a `start`
+    /// of length() examines the terminator too, and one above 0x7FFFFFFF other than npos finds
+    /// nothing.
+    unsigned int rfind(const CString& other, unsigned int start = npos) const;
+    unsigned int rfind(const char* text, unsigned int start = npos) const;
+    unsigned int rfind(char c, unsigned int start = npos) const;
+    unsigned int rfind(bool (*predicate)(char), unsigned int start = npos) const;
+
+    /// Removes `c`, or spaces as isSpace() has them, from the front.
+    CString& strip(char c);
+    CString& stripSpaces();
+    /// Removes them from the back.
+    CString& rstrip(char c);
+    CString& rstripSpaces();
+
+    /// Byte by byte: of a multi-byte character only what the locale's single-byte tables say.
+    CString& toLowerCase();
+    CString& toUpperCase();
+
+    /// Replaces the content by a formatted text and returns its length. A format that fails, or
+    /// that produces no text at all, gives npos and keeps the content. The arguments may point into
+    /// this string. `initialSize` is a hint at the size of the result.
+    unsigned int format(const char* fmt, ...) __attribute__((format(printf, 2, 3)));
+    unsigned int vformat(const char* fmt, va_list arguments) __attribute__((format(printf, 2, 0)));
+    unsigned int format(const CString* fmt, ...);
+    unsigned int format(unsigned int initialSize, const char* fmt, ...)
+        __attribute__((format(printf, 3, 4)));
+    unsigned int format(unsigned int initialSize, const CString* fmt, ...);
+
+    CString substr(unsigned int pos, unsigned int n = npos) const;
+    void swap(CString& other) noexcept;
+    /// Whether every byte is ASCII.
+    bool isAscii() const;
+
+    friend bool operator==(const CString& a, const CString& b) { return a.compare(b) == 0; }
+    friend std::strong_ordering operator<=>(const CString& a, const CString& b) {
+        return a.compare(b) <=> 0;
+    }
+
+private:
+    CStringImpl* impl_; ///< owned, never null
+};
+
+/// A copy of `a` with `b` appended.
+ZEBASE_API CString plus(const CString& a, const CString& b);
+/// Appends `b` to `a`.
+ZEBASE_API CString& plusEqual(CString& a, const CString& b);
+
+ZEBASE_API bool equal(const CString& a, const CString& b);
+ZEBASE_API bool equal(const CString& a, const char* b);
+ZEBASE_API bool notEqual(const CString& a, const CString& b);
+ZEBASE_API bool less(const CString& a, const CString& b);
+ZEBASE_API bool greater(const CString& a, const CString& b);
+ZEBASE_API bool lessEqual(const CString& a, const CString& b);
+ZEBASE_API bool greaterEqual(const CString& a, const CString& b);
+
+ZEBASE_API void swap(CString& a, CString& b) noexcept;
+
+} // namespace zeString
+
+extern "C" {
+
+/// A new string for callers outside the class system; released by CString_delete().
+ZEBASE_API zeString::CString* CString_create(const char* text);
+
+/// Destroys a string from CString_create(); null is allowed.
+ZEBASE_API void CString_delete(zeString::CString* string);
+
+} // extern "C"
