@@ -57,11 +57,17 @@ CString::CString(unsigned int n, char c) : impl_(new CStringImpl(n, c)) {}
 
 CString::CString(const CString& other) : String(other), impl_(new CStringImpl(*other.impl_)) {}
 
-CString::~CString() { delete impl_; }
+CString::~CString() {
+    delete impl_;
+}
 
-CString& CString::operator=(const CString& other) { return assign(other); }
+CString& CString::operator=(const CString& other) {
+    return assign(other);
+}
 
-CString& CString::operator=(const char* text) { return assign(text); }
+CString& CString::operator=(const char* text) {
+    return assign(text);
+}
 
 CString& CString::assign(const CString& other) {
     impl_->text = other.impl_->text;
@@ -73,16 +79,22 @@ CString& CString::assign(const char* text) {
     return *this;
 }
 
-unsigned int CString::length() const { return detail::narrowed(impl_->text.size()); }
+unsigned int CString::length() const {
+    return detail::narrowed(impl_->text.size());
+}
 
-unsigned int CString::capacity() const { return detail::narrowed(impl_->text.capacity()); }
+unsigned int CString::capacity() const {
+    return detail::narrowed(impl_->text.capacity());
+}
 
 unsigned int CString::reserve(unsigned int n) {
     impl_->text.reserve(n);
     return capacity();
 }
 
-unsigned int CString::maxSize() const { return 0xFFFFFFF9; }
+unsigned int CString::maxSize() const {
+    return 0xFFFFFFF9;
+}
 
 CString& CString::append(const CString& other) {
     impl_->text.append(other.impl_->text);
@@ -99,11 +111,17 @@ CString& CString::append(char c) {
     return *this;
 }
 
-CString& CString::prepend(const CString& other) { return insert(0, other); }
+CString& CString::prepend(const CString& other) {
+    return insert(0, other);
+}
 
-CString& CString::prepend(const char* text) { return insert(0, text); }
+CString& CString::prepend(const char* text) {
+    return insert(0, text);
+}
 
-CString& CString::prepend(char c) { return insert(0, c); }
+CString& CString::prepend(char c) {
+    return insert(0, c);
+}
 
 CString& CString::insert(unsigned int pos, const CString& other) {
     detail::insert(impl_->text, pos, other.impl_->text);
@@ -125,7 +143,9 @@ CString& CString::erase(unsigned int pos, unsigned int n) {
     return *this;
 }
 
-CString& CString::remove(unsigned int pos, unsigned int n) { return erase(pos, n); }
+CString& CString::remove(unsigned int pos, unsigned int n) {
+    return erase(pos, n);
+}
 
 CString& CString::replace(unsigned int pos, unsigned int n, const CString& other) {
     detail::replace(impl_->text, pos, n, other.impl_->text);
@@ -142,25 +162,45 @@ CString& CString::replace(unsigned int pos, unsigned int n, char c) {
     return *this;
 }
 
-const char* CString::asChar() const { return impl_->text.c_str(); }
+const char* CString::asChar() const {
+    return impl_->text.c_str();
+}
 
-const char* CString::asMultibyte() const { return asChar(); }
+const char* CString::asMultibyte() const {
+    return asChar();
+}
 
-unsigned int CString::asCharStoreSize() const { return length() + 1; }
+unsigned int CString::asCharStoreSize() const {
+    return length() + 1;
+}
 
-unsigned int CString::asMultibyteStoreSize() const { return asCharStoreSize(); }
+unsigned int CString::asMultibyteStoreSize() const {
+    return asCharStoreSize();
+}
 
-char* CString::copyAsChar() const { return detail::copyToMalloc(impl_->text); }
+char* CString::copyAsChar() const {
+    return detail::copyToMalloc(impl_->text);
+}
 
-char* CString::copyAsMultibyte() const { return copyAsChar(); }
+char* CString::copyAsMultibyte() const {
+    return copyAsChar();
+}
 
-char CString::at(unsigned int pos) const { return std::as_const(impl_->text)[pos]; }
+char CString::at(unsigned int pos) const {
+    return std::as_const(impl_->text)[pos];
+}
 
-char& CString::at(unsigned int pos) { return impl_->text[pos]; }
+char& CString::at(unsigned int pos) {
+    return impl_->text[pos];
+}
 
-char CString::operator[](unsigned int pos) const { return at(pos); }
+char CString::operator[](unsigned int pos) const {
+    return at(pos);
+}
 
-char& CString::operator[](unsigned int pos) { return at(pos); }
+char& CString::operator[](unsigned int pos) {
+    return at(pos);
+}
 
 int CString::compare(const CString& other) const {
     return detail::compare<char>(impl_->text, other.impl_->text);
@@ -170,7 +210,9 @@ int CString::compare(const char* text) const {
     return detail::compare<char>(impl_->text, view(text));
 }
 
-int CString::collate(const CString& other) const { return std::strcoll(asChar(), other.asChar()); }
+int CString::collate(const CString& other) const {
+    return std::strcoll(asChar(), other.asChar());
+}
 
 int CString::compareNoCase(const CString& other) const {
     return CString(*this).toLowerCase().compare(CString(other).toLowerCase());
@@ -280,9 +322,13 @@ CString CString::substr(unsigned int pos, unsigned int n) const {
     return result;
 }
 
-void CString::swap(CString& other) noexcept { impl_->text.swap(other.impl_->text); }
+void CString::swap(CString& other) noexcept {
+    impl_->text.swap(other.impl_->text);
+}
 
-bool CString::isAscii() const { return detail::isAsciiOnly(impl_->text); }
+bool CString::isAscii() const {
+    return detail::isAsciiOnly(impl_->text);
+}
 
 CString plus(const CString& a, const CString& b) {
     CString result(a);
@@ -290,26 +336,48 @@ CString plus(const CString& a, const CString& b) {
     return result;
 }
 
-CString& plusEqual(CString& a, const CString& b) { return a.append(b); }
+CString& plusEqual(CString& a, const CString& b) {
+    return a.append(b);
+}
 
-bool equal(const CString& a, const CString& b) { return a.compare(b) == 0; }
+bool equal(const CString& a, const CString& b) {
+    return a.compare(b) == 0;
+}
 
-bool equal(const CString& a, const char* b) { return a.compare(b) == 0; }
+bool equal(const CString& a, const char* b) {
+    return a.compare(b) == 0;
+}
 
-bool notEqual(const CString& a, const CString& b) { return a.compare(b) != 0; }
+bool notEqual(const CString& a, const CString& b) {
+    return a.compare(b) != 0;
+}
 
-bool less(const CString& a, const CString& b) { return a.compare(b) < 0; }
+bool less(const CString& a, const CString& b) {
+    return a.compare(b) < 0;
+}
 
-bool greater(const CString& a, const CString& b) { return a.compare(b) > 0; }
+bool greater(const CString& a, const CString& b) {
+    return a.compare(b) > 0;
+}
 
-bool lessEqual(const CString& a, const CString& b) { return a.compare(b) <= 0; }
+bool lessEqual(const CString& a, const CString& b) {
+    return a.compare(b) <= 0;
+}
 
-bool greaterEqual(const CString& a, const CString& b) { return a.compare(b) >= 0; }
+bool greaterEqual(const CString& a, const CString& b) {
+    return a.compare(b) >= 0;
+}
 
-void swap(CString& a, CString& b) noexcept { a.swap(b); }
+void swap(CString& a, CString& b) noexcept {
+    a.swap(b);
+}
 
 } // namespace zeString
 
-zeString::CString* CString_create(const char* text) { return new zeString::CString(text); }
+zeString::CString* CString_create(const char* text) {
+    return new zeString::CString(text);
+}
 
-void CString_delete(zeString::CString* string) { delete string; }
+void CString_delete(zeString::CString* string) {
+    delete string;
+}

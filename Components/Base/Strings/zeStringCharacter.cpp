@@ -38,14 +38,22 @@ constexpr Range letterModifiers[] = {
     {0xFF5E, 0xFF5E}, {0xFFE0, 0xFFE5}};
 // clang-format on
 
-int byte(char c) { return static_cast<unsigned char>(c); }
+int byte(char c) {
+    return static_cast<unsigned char>(c);
+}
 
-std::wint_t wide(wchar_t c) { return static_cast<std::wint_t>(c); }
+std::wint_t wide(wchar_t c) {
+    return static_cast<std::wint_t>(c);
+}
 
 } // namespace
 
-bool isAscii(char c) { return byte(c) < 0x80; }
-bool isAscii(wchar_t c) { return wide(c) < 0x80; }
+bool isAscii(char c) {
+    return byte(c) < 0x80;
+}
+bool isAscii(wchar_t c) {
+    return wide(c) < 0x80;
+}
 
 bool isAscii(const char* text) {
     if (!text)
@@ -55,31 +63,65 @@ bool isAscii(const char* text) {
     return !*text;
 }
 
-bool isUpper(char c) { return std::isupper(byte(c)) != 0; }
-bool isUpper(wchar_t c) { return std::iswupper(wide(c)) != 0; }
+bool isUpper(char c) {
+    return std::isupper(byte(c)) != 0;
+}
+bool isUpper(wchar_t c) {
+    return std::iswupper(wide(c)) != 0;
+}
 
-bool isLower(char c) { return std::islower(byte(c)) != 0; }
-bool isLower(wchar_t c) { return std::iswlower(wide(c)) != 0; }
+bool isLower(char c) {
+    return std::islower(byte(c)) != 0;
+}
+bool isLower(wchar_t c) {
+    return std::iswlower(wide(c)) != 0;
+}
 
-bool isXDigit(char c) { return std::isxdigit(byte(c)) != 0; }
-bool isXDigit(wchar_t c) { return std::iswxdigit(wide(c)) != 0; }
+bool isXDigit(char c) {
+    return std::isxdigit(byte(c)) != 0;
+}
+bool isXDigit(wchar_t c) {
+    return std::iswxdigit(wide(c)) != 0;
+}
 
-bool isSpace(char c) { return std::isspace(byte(c)) != 0; }
-bool isSpace(wchar_t c) { return std::iswspace(wide(c)) != 0; }
+bool isSpace(char c) {
+    return std::isspace(byte(c)) != 0;
+}
+bool isSpace(wchar_t c) {
+    return std::iswspace(wide(c)) != 0;
+}
 
-bool isCntrl(char c) { return std::iscntrl(byte(c)) != 0; }
-bool isCntrl(wchar_t c) { return std::iswcntrl(wide(c)) != 0; }
+bool isCntrl(char c) {
+    return std::iscntrl(byte(c)) != 0;
+}
+bool isCntrl(wchar_t c) {
+    return std::iswcntrl(wide(c)) != 0;
+}
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isDigit(wchar_t c) { return std::iswdigit(wide(c)) != 0; }
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+bool isDigit(wchar_t c) {
+    return std::iswdigit(wide(c)) != 0;
+}
 
-bool isNewLine(char c) { return (c == 13 || c == 10) && isCntrl(c); }
-bool isNewLine(wchar_t c) { return (c == 13 || c == 10) && isCntrl(c); }
+bool isNewLine(char c) {
+    return (c == 13 || c == 10) && isCntrl(c);
+}
+bool isNewLine(wchar_t c) {
+    return (c == 13 || c == 10) && isCntrl(c);
+}
 
-bool isTab(char c) { return c == 9 && isCntrl(c); }
-bool isTab(wchar_t c) { return c == 9 && isCntrl(c); }
+bool isTab(char c) {
+    return c == 9 && isCntrl(c);
+}
+bool isTab(wchar_t c) {
+    return c == 9 && isCntrl(c);
+}
 
-bool isLetterModifier(char) { return false; }
+bool isLetterModifier(char) {
+    return false;
+}
 
 bool isLetterModifier(wchar_t c) {
     const Range* range =
@@ -88,25 +130,53 @@ bool isLetterModifier(wchar_t c) {
     return range != std::end(letterModifiers) && range->first <= c;
 }
 
-bool isAlnum(char c) { return std::isalnum(byte(c)) != 0; }
-bool isAlnum(wchar_t c) { return std::iswalnum(wide(c)) != 0 || isLetterModifier(c); }
+bool isAlnum(char c) {
+    return std::isalnum(byte(c)) != 0;
+}
+bool isAlnum(wchar_t c) {
+    return std::iswalnum(wide(c)) != 0 || isLetterModifier(c);
+}
 
-bool isAlpha(char c) { return isAlnum(c) && !isDigit(c); }
-bool isAlpha(wchar_t c) { return isAlnum(c) && !isDigit(c); }
+bool isAlpha(char c) {
+    return isAlnum(c) && !isDigit(c);
+}
+bool isAlpha(wchar_t c) {
+    return isAlnum(c) && !isDigit(c);
+}
 
-bool isPunct(char c) { return std::ispunct(byte(c)) != 0; }
-bool isPunct(wchar_t c) { return std::iswpunct(wide(c)) != 0 && !isLetterModifier(c); }
+bool isPunct(char c) {
+    return std::ispunct(byte(c)) != 0;
+}
+bool isPunct(wchar_t c) {
+    return std::iswpunct(wide(c)) != 0 && !isLetterModifier(c);
+}
 
-bool isPrint(char c) { return std::isprint(byte(c)) != 0; }
-bool isPrint(wchar_t c) { return std::iswprint(wide(c)) != 0 || isLetterModifier(c); }
+bool isPrint(char c) {
+    return std::isprint(byte(c)) != 0;
+}
+bool isPrint(wchar_t c) {
+    return std::iswprint(wide(c)) != 0 || isLetterModifier(c);
+}
 
-bool isGraph(char c) { return std::isgraph(byte(c)) != 0; }
-bool isGraph(wchar_t c) { return std::iswgraph(wide(c)) != 0 || isLetterModifier(c); }
+bool isGraph(char c) {
+    return std::isgraph(byte(c)) != 0;
+}
+bool isGraph(wchar_t c) {
+    return std::iswgraph(wide(c)) != 0 || isLetterModifier(c);
+}
 
-char toUpper(char c) { return static_cast<char>(std::toupper(byte(c))); }
-wchar_t toUpper(wchar_t c) { return static_cast<wchar_t>(std::towupper(wide(c))); }
+char toUpper(char c) {
+    return static_cast<char>(std::toupper(byte(c)));
+}
+wchar_t toUpper(wchar_t c) {
+    return static_cast<wchar_t>(std::towupper(wide(c)));
+}
 
-char toLower(char c) { return static_cast<char>(std::tolower(byte(c))); }
-wchar_t toLower(wchar_t c) { return static_cast<wchar_t>(std::towlower(wide(c))); }
+char toLower(char c) {
+    return static_cast<char>(std::tolower(byte(c)));
+}
+wchar_t toLower(wchar_t c) {
+    return static_cast<wchar_t>(std::towlower(wide(c)));
+}
 
 } // namespace zeString

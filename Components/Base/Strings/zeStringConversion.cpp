@@ -104,9 +104,13 @@ unsigned int copyTerminated(const From* src, std::size_t length, To* dest) {
 
 } // namespace
 
-char getDefaultMBChar() { return '?'; }
+char getDefaultMBChar() {
+    return '?';
+}
 
-wchar_t getDefaultWChar() { return L'?'; }
+wchar_t getDefaultWChar() {
+    return L'?';
+}
 
 unsigned int getMultiByteStringSize(wchar_t* dest, const char* src, unsigned int n) {
     return static_cast<unsigned int>(std::mbstowcs(dest, src, n));
@@ -213,10 +217,9 @@ unsigned int UTF8toWCS(const char* src, unsigned int srcLen, wchar_t* dest, unsi
         report(ok, true);
         return static_cast<unsigned int>(*n);
     }
-    const auto written = dest ? iconvWhole(wideIconvName, utf8IconvName, src, bytes, dest,
-                                           destCap * sizeof(wchar_t))
-                              : iconvCount(wideIconvName, utf8IconvName, src, bytes,
-                                           bytes * sizeof(wchar_t));
+    const auto written =
+        dest ? iconvWhole(wideIconvName, utf8IconvName, src, bytes, dest, destCap * sizeof(wchar_t))
+             : iconvCount(wideIconvName, utf8IconvName, src, bytes, bytes * sizeof(wchar_t));
     if (written) {
         report(ok, true);
         return static_cast<unsigned int>(*written / sizeof(wchar_t));

@@ -25,14 +25,20 @@ IString::IString(wchar_t c) : impl_(new IStringImpl(1, c)) {}
 
 IString::IString(unsigned int n, wchar_t c) : impl_(new IStringImpl(n, c)) {}
 
-IString::IString(const IString& other) :
-    String(other), impl_(new IStringImpl(view(other.asWChar()))) {}
+IString::IString(const IString& other)
+    : String(other), impl_(new IStringImpl(view(other.asWChar()))) {}
 
-IString::~IString() { delete impl_; }
+IString::~IString() {
+    delete impl_;
+}
 
-IString& IString::operator=(const IString& other) { return assign(other); }
+IString& IString::operator=(const IString& other) {
+    return assign(other);
+}
 
-IString& IString::operator=(const wchar_t* text) { return assign(text); }
+IString& IString::operator=(const wchar_t* text) {
+    return assign(text);
+}
 
 IString& IString::assign(const IString& other) {
     impl_->wideText = other.impl_->wideText;
@@ -46,16 +52,22 @@ IString& IString::assign(const wchar_t* text) {
     return *this;
 }
 
-unsigned int IString::length() const { return detail::narrowed(impl_->wideText.size()); }
+unsigned int IString::length() const {
+    return detail::narrowed(impl_->wideText.size());
+}
 
-unsigned int IString::capacity() const { return detail::narrowed(impl_->wideText.capacity()); }
+unsigned int IString::capacity() const {
+    return detail::narrowed(impl_->wideText.capacity());
+}
 
 unsigned int IString::reserve(unsigned int n) {
     impl_->wideText.reserve(n);
     return capacity();
 }
 
-unsigned int IString::maxSize() const { return 0xFFFFFFFE; }
+unsigned int IString::maxSize() const {
+    return 0xFFFFFFFE;
+}
 
 IString& IString::append(const IString& other) {
     impl_->wideText.append(other.impl_->wideText);
@@ -75,11 +87,17 @@ IString& IString::append(wchar_t c) {
     return *this;
 }
 
-IString& IString::prepend(const IString& other) { return insert(0, other); }
+IString& IString::prepend(const IString& other) {
+    return insert(0, other);
+}
 
-IString& IString::prepend(const wchar_t* text) { return insert(0, text); }
+IString& IString::prepend(const wchar_t* text) {
+    return insert(0, text);
+}
 
-IString& IString::prepend(wchar_t c) { return insert(0, c); }
+IString& IString::prepend(wchar_t c) {
+    return insert(0, c);
+}
 
 IString& IString::insert(unsigned int pos, const IString& other) {
     detail::insert(impl_->wideText, pos, other.impl_->wideText);
@@ -105,7 +123,9 @@ IString& IString::erase(unsigned int pos, unsigned int n) {
     return *this;
 }
 
-IString& IString::remove(unsigned int pos, unsigned int n) { return erase(pos, n); }
+IString& IString::remove(unsigned int pos, unsigned int n) {
+    return erase(pos, n);
+}
 
 IString& IString::replace(unsigned int pos, unsigned int n, const IString& other) {
     detail::replace(impl_->wideText, pos, n, other.impl_->wideText);
@@ -151,27 +171,43 @@ IString& IString::replaceFirst(const IString& from, const IString& to) {
     return hit == npos ? *this : replace(hit, from.length(), to);
 }
 
-const wchar_t* IString::asWChar() const { return impl_->wideText.c_str(); }
+const wchar_t* IString::asWChar() const {
+    return impl_->wideText.c_str();
+}
 
 unsigned int IString::asWCharStoreSize() const {
     return detail::narrowed((impl_->wideText.size() + 1) * sizeof(wchar_t));
 }
 
-const unsigned short* IString::asUnicode() const { return nullptr; }
+const unsigned short* IString::asUnicode() const {
+    return nullptr;
+}
 
-unsigned int IString::asUnicodeStoreSize() const { return 0; }
+unsigned int IString::asUnicodeStoreSize() const {
+    return 0;
+}
 
-wchar_t* IString::copyAsWChar() const { return detail::copyToMalloc(impl_->wideText); }
+wchar_t* IString::copyAsWChar() const {
+    return detail::copyToMalloc(impl_->wideText);
+}
 
-wchar_t IString::at(unsigned int pos) const { return std::as_const(impl_->wideText)[pos]; }
+wchar_t IString::at(unsigned int pos) const {
+    return std::as_const(impl_->wideText)[pos];
+}
 
 // The cache stays as it is, in all writing through a reference: callers rely on the narrow form
 // that they asked for.
-wchar_t& IString::at(unsigned int pos) { return impl_->wideText[pos]; }
+wchar_t& IString::at(unsigned int pos) {
+    return impl_->wideText[pos];
+}
 
-wchar_t IString::operator[](unsigned int pos) const { return at(pos); }
+wchar_t IString::operator[](unsigned int pos) const {
+    return at(pos);
+}
 
-wchar_t& IString::operator[](unsigned int pos) { return at(pos); }
+wchar_t& IString::operator[](unsigned int pos) {
+    return at(pos);
+}
 
 int IString::compare(const IString& other) const {
     return detail::compare<wchar_t>(impl_->wideText, other.impl_->wideText);
@@ -284,7 +320,9 @@ void IString::swap(IString& other) {
     other.impl_->changed();
 }
 
-bool IString::isAscii() const { return detail::isAsciiOnly(impl_->wideText); }
+bool IString::isAscii() const {
+    return detail::isAsciiOnly(impl_->wideText);
+}
 
 IString plus(const IString& a, const IString& b) {
     IString result(a);
@@ -292,20 +330,36 @@ IString plus(const IString& a, const IString& b) {
     return result;
 }
 
-IString& plusEqual(IString& a, const IString& b) { return a.append(b); }
+IString& plusEqual(IString& a, const IString& b) {
+    return a.append(b);
+}
 
-bool equal(const IString& a, const IString& b) { return a.compare(b) == 0; }
+bool equal(const IString& a, const IString& b) {
+    return a.compare(b) == 0;
+}
 
-bool notEqual(const IString& a, const IString& b) { return a.compare(b) != 0; }
+bool notEqual(const IString& a, const IString& b) {
+    return a.compare(b) != 0;
+}
 
-bool less(const IString& a, const IString& b) { return a.compare(b) < 0; }
+bool less(const IString& a, const IString& b) {
+    return a.compare(b) < 0;
+}
 
-bool greater(const IString& a, const IString& b) { return a.compare(b) > 0; }
+bool greater(const IString& a, const IString& b) {
+    return a.compare(b) > 0;
+}
 
-bool lessEqual(const IString& a, const IString& b) { return a.compare(b) <= 0; }
+bool lessEqual(const IString& a, const IString& b) {
+    return a.compare(b) <= 0;
+}
 
-bool greaterEqual(const IString& a, const IString& b) { return a.compare(b) >= 0; }
+bool greaterEqual(const IString& a, const IString& b) {
+    return a.compare(b) >= 0;
+}
 
-void swap(IString& a, IString& b) { a.swap(b); }
+void swap(IString& a, IString& b) {
+    a.swap(b);
+}
 
 } // namespace zeString

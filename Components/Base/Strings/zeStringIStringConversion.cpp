@@ -55,8 +55,8 @@ enum class Outcome { Clean, Lossy, Nothing };
 /// Above this length the most bytes that UTF-8 could take are too many to count in 32 bits.
 constexpr std::size_t oneCallLimit = 1 << 28;
 
-/// Room for the narrow form, terminator left out; 0 if nothing can be converted. UTF-8 takes at most
-/// six bytes a character, so that counting can be left to the conversion itself. The locale's
+/// Room for the narrow form, terminator left out; 0 if nothing can be converted. UTF-8 takes at
+/// most six bytes a character, so that counting can be left to the conversion itself. The locale's
 /// repair writes as much as counting found room for.
 std::size_t roomFor(const std::wstring& text, Encoding encoding) {
     if (encoding == EncodingUTF8 && text.size() < oneCallLimit)
@@ -66,7 +66,8 @@ std::size_t roomFor(const std::wstring& text, Encoding encoding) {
 
 /// Puts the narrow form of the text in the cache.
 Outcome fillCache(std::string& cache, const std::wstring& text, Encoding encoding) {
-    if (std::wcslen(text.c_str()) == text.size() && detail::isAsciiText(text.c_str(), text.size())) {
+    if (std::wcslen(text.c_str()) == text.size() &&
+        detail::isAsciiText(text.c_str(), text.size())) {
         cache.resize(text.size());
         detail::copyAscii(text.c_str(), text.size(), cache.data());
         return Outcome::Clean;
@@ -96,11 +97,11 @@ IString::IString(const char* text, Encoding encoding, bool* ok) : IString() {
 
 IString::IString(char c, Encoding encoding, bool* ok) : IString(CString(c), encoding, ok) {}
 
-IString::IString(unsigned int n, char c, Encoding encoding, bool* ok) :
-    IString(CString(n, c), encoding, ok) {}
+IString::IString(unsigned int n, char c, Encoding encoding, bool* ok)
+    : IString(CString(n, c), encoding, ok) {}
 
-IString::IString(const CString& text, Encoding encoding, bool* ok) :
-    IString(text.asChar(), encoding, ok) {}
+IString::IString(const CString& text, Encoding encoding, bool* ok)
+    : IString(text.asChar(), encoding, ok) {}
 
 // Through a temporary: a text of which nothing remains empties this string.
 IString& IString::assign(const char* text, Encoding encoding, bool* ok) {
@@ -125,16 +126,22 @@ unsigned int IString::asMultibyteStoreSize(Encoding encoding) const {
     return detail::narrowed(impl_->multibyteCache.size()) + 1;
 }
 
-const char* IString::asUTF8(bool* ok) const { return asMultibyte(EncodingUTF8, ok); }
+const char* IString::asUTF8(bool* ok) const {
+    return asMultibyte(EncodingUTF8, ok);
+}
 
-unsigned int IString::asUTF8StoreSize() const { return asMultibyteStoreSize(EncodingUTF8); }
+unsigned int IString::asUTF8StoreSize() const {
+    return asMultibyteStoreSize(EncodingUTF8);
+}
 
 char* IString::copyAsMultibyte(Encoding encoding, bool* ok) const {
     convertToMultibyte(encoding, ok);
     return detail::copyToMalloc(impl_->multibyteCache);
 }
 
-CString IString::convertToCString() const { return CString(asMultibyte()); }
+CString IString::convertToCString() const {
+    return CString(asMultibyte());
+}
 
 /// Takes the converted text if anything remains of it.
 ///

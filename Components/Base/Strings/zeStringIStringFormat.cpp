@@ -21,9 +21,9 @@ struct Free {
     void operator()(void* block) const { std::free(block); }
 };
 
-/// Formats a text of any length; null if the format fails. `vswprintf` says -1 both for that and for
-/// a short buffer, and growing the buffer until memory is gone would be no answer: a stream tells
-/// the two apart.
+/// Formats a text of any length; null if the format fails. `vswprintf` says -1 both for that and
+/// for a short buffer, and growing the buffer until memory is gone would be no answer: a stream
+/// tells the two apart.
 std::unique_ptr<wchar_t, Free> formatOnStream(const wchar_t* fmt, va_list arguments) {
     wchar_t* text = nullptr;
     std::size_t length = 0;

@@ -39,4 +39,6 @@ int ZL_swprintf(wchar_t* buffer, std::size_t size, const wchar_t* format, ...) {
     return length;
 }
 
-wchar_t* ZL_convert_string_format(const wchar_t* format) { return ::wcsdup(format); }
+wchar_t* ZL_convert_string_format(const wchar_t* format) {
+    return ::wcsdup(format);
+}

@@ -42,11 +42,14 @@ std::basic_string_view<Char> view(const Char* text, int n) {
 }
 
 /// Position or size of a standard string as the public signatures have it; its npos becomes ours.
-inline unsigned int narrowed(std::size_t position) { return static_cast<unsigned int>(position); }
+inline unsigned int narrowed(std::size_t position) {
+    return static_cast<unsigned int>(position);
+}
 
 template<class Char>
 int compare(std::basic_string_view<Char> a, std::basic_string_view<Char> b) {
-    const int order = std::char_traits<Char>::compare(a.data(), b.data(), std::min(a.size(), b.size()));
+    const int order =
+        std::char_traits<Char>::compare(a.data(), b.data(), std::min(a.size(), b.size()));
     if (order != 0)
         return order;
     const auto difference = static_cast<long>(a.size()) - static_cast<long>(b.size());
@@ -136,15 +139,15 @@ std::basic_string_view<Char> substr(const std::basic_string<Char>& text, unsigne
 /// The number of characters at the front for which `drop` holds.
 template<class Char, class Drop>
 unsigned int frontCount(const std::basic_string<Char>& text, Drop drop) {
-    return narrowed(static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), drop) -
-                                             text.begin()));
+    return narrowed(
+        static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), drop) - text.begin()));
 }
 
 /// The length that remains without the characters at the back for which `drop` holds.
 template<class Char, class Drop>
 unsigned int lengthWithoutBack(const std::basic_string<Char>& text, Drop drop) {
-    return narrowed(static_cast<std::size_t>(
-        text.rend() - std::find_if_not(text.rbegin(), text.rend(), drop)));
+    return narrowed(
+        static_cast<std::size_t>(text.rend() - std::find_if_not(text.rbegin(), text.rend(), drop)));
 }
 
 template<class Char>

@@ -7,9 +7,13 @@ namespace {
 
 constexpr std::size_t irregular = 0;
 
-constexpr bool isContinuation(unsigned char c) { return (c & 0xC0) == 0x80; }
+constexpr bool isContinuation(unsigned char c) {
+    return (c & 0xC0) == 0x80;
+}
 
-constexpr bool isSurrogate(unsigned int c) { return (c & 0xFFFFF800) == 0xD800; }
+constexpr bool isSurrogate(unsigned int c) {
+    return (c & 0xFFFFF800) == 0xD800;
+}
 
 /// Decodes the sequence of two to four bytes at `src`, whose first byte is not ASCII, and returns
 /// its length; `irregular` if it is not one, or is longer than `n`.
@@ -33,8 +37,8 @@ std::size_t decodeSequence(const unsigned char* src, std::size_t n, wchar_t& out
     if (lead > 0xF4 || n < 4 || !isContinuation(src[1]) || !isContinuation(src[2]) ||
         !isContinuation(src[3]))
         return irregular;
-    const unsigned int c = (lead & 0x07) << 18 | (src[1] & 0x3Fu) << 12 | (src[2] & 0x3Fu) << 6 |
-                           (src[3] & 0x3Fu);
+    const unsigned int c =
+        (lead & 0x07) << 18 | (src[1] & 0x3Fu) << 12 | (src[2] & 0x3Fu) << 6 | (src[3] & 0x3Fu);
     if (c < 0x10000 || c > 0x10FFFF)
         return irregular;
     out = static_cast<wchar_t>(c);

@@ -23,8 +23,9 @@ inline bool isAsciiBlock(const char* src) {
 
 inline bool isAsciiBlock(const wchar_t* src) {
     const auto* in = reinterpret_cast<const __m128i*>(src);
-    const __m128i all = _mm_or_si128(_mm_or_si128(_mm_loadu_si128(in), _mm_loadu_si128(in + 1)),
-                                     _mm_or_si128(_mm_loadu_si128(in + 2), _mm_loadu_si128(in + 3)));
+    const __m128i all =
+        _mm_or_si128(_mm_or_si128(_mm_loadu_si128(in), _mm_loadu_si128(in + 1)),
+                     _mm_or_si128(_mm_loadu_si128(in + 2), _mm_loadu_si128(in + 3)));
     const __m128i high = _mm_and_si128(all, _mm_set1_epi32(~0x7F));
     return _mm_movemask_epi8(_mm_cmpeq_epi32(high, _mm_setzero_si128())) == 0xFFFF;
 }
@@ -48,8 +49,12 @@ inline void copyAsciiBlock(const wchar_t* src, char* dest) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(dest), _mm_packus_epi16(low, high));
 }
 
-inline bool isAsciiUnit(char c) { return static_cast<unsigned char>(c) < 0x80; }
-inline bool isAsciiUnit(wchar_t c) { return static_cast<unsigned int>(c) < 0x80; }
+inline bool isAsciiUnit(char c) {
+    return static_cast<unsigned char>(c) < 0x80;
+}
+inline bool isAsciiUnit(wchar_t c) {
+    return static_cast<unsigned int>(c) < 0x80;
+}
 
 /// Whether all `n` characters are ASCII; NUL is.
 template<class Char>

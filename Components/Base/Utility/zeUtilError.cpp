@@ -27,11 +27,11 @@ std::unique_ptr<IString> formatted(const Char* format, va_list arguments) {
 
 Error::Error() = default;
 
-Error::Error(const Error& other) :
-    code_(other.code_), message_(other.message_ ? new IString(*other.message_) : nullptr) {}
+Error::Error(const Error& other)
+    : code_(other.code_), message_(other.message_ ? new IString(*other.message_) : nullptr) {}
 
-Error::Error(Error&& other) noexcept :
-    code_(std::exchange(other.code_, 0)), message_(std::exchange(other.message_, nullptr)) {}
+Error::Error(Error&& other) noexcept
+    : code_(std::exchange(other.code_, 0)), message_(std::exchange(other.message_, nullptr)) {}
 
 Error::Error(int code, const IString& message) : code_(code), message_(new IString(message)) {}
 
@@ -57,7 +57,9 @@ Error::Error(int code, const wchar_t* format, va_list arguments) : code_(code) {
     setMsg(format, arguments);
 }
 
-Error::~Error() { delete message_; }
+Error::~Error() {
+    delete message_;
+}
 
 Error& Error::operator=(Error other) noexcept {
     swap(other);
@@ -81,7 +83,9 @@ bool Error::operator==(const Error& other) const {
     return zeString::equal(*message_, *other.message_);
 }
 
-bool Error::operator!=(const Error& other) const { return !(*this == other); }
+bool Error::operator!=(const Error& other) const {
+    return !(*this == other);
+}
 
 void Error::setMsg(const char* format, va_list arguments) {
     delete std::exchange(message_, formatted(format, arguments).release());
