@@ -5,7 +5,9 @@ target_compile_features(zeBaseSettings INTERFACE cxx_std_20)
 target_compile_options(zeBaseSettings INTERFACE
   -Wall -Wextra -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wconversion -Wsign-conversion
   # Results of arithmetic are part of the behaviour: no fused multiply-add behind our back.
-  -ffp-contract=off)
+  -ffp-contract=off
+  # __FILE__ (in assertions) is relative, the same on every machine.
+  -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
 if(ZEBASE_WERROR)
   target_compile_options(zeBaseSettings INTERFACE -Werror)
 endif()
