@@ -44,7 +44,6 @@ class ZEBASE_API ReferenceCount {
 public:
     ReferenceCount() = default;
     ReferenceCount(const ReferenceCount&) {}
-    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is assigned, by design.
     ReferenceCount& operator=(const ReferenceCount&) { return *this; }
     virtual ~ReferenceCount();
 
