@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// Storage for many elements of one size, taken from large blocks.
+///
+/// Taking an element and giving it back cost a few instructions; memory returns to the system only
+/// with freeEverything() or the destructor. The allocator deals in raw storage: constructing and
+/// destroying what lies in it is the owner's business, also before freeEverything(). Elements are
+/// aligned to the greatest power of two, up to 16, that divides their size.
+///
+/// An allocator belongs to one thread at a time.
+///
+/// @code
+/// ze::BlockAllocator allocator(sizeof(double), 64);
+/// void* a = allocator.alloc();
+/// allocator.free(a);
+/// assert(allocator.alloc() == a); // the last one freed is the next one handed out
+/// assert(allocator.numAllocated() == 1);
+/// @endcode
+
+#pragma once
+
+#include <cstring>
+
+#include "Base/zeBaseExport.h"
+
+namespace ze {
+
+/// Hands out elements of a fixed size. Neither copied nor moved; swap() exchanges two allocators.
+class ZEBASE_API BlockAllocator {
+public:
+    /// An element has at least 8 bytes, a block at least one element.
+    BlockAllocator(unsigned long elementSize, int elementsInBlock);
+    BlockAllocator(const BlockAllocator&) = delete;
+    BlockAllocator& operator=(const BlockAllocator&) = delete;
+
+    /// Frees all blocks.
+    ~BlockAllocator();
+
+    /// Sets how many elements the coming blocks hold. Ignored once there is a block, even if all of
+    /// its elements were given back.
+    void setNumElementsInBlock(int elementsInBlock);
+
+    /// Marks the allocator as lazy. The mark travels with swap() and has no effect of its own.
+    void setLazy();
+
+    /// An uninitialised element: the one freed last, or else the next of the newest block. When the
+    /// system is out of memory, the process ends.
+    void* alloc() {
+        ++numAllocated_;
+        if (freeList_) {
+            --numFreed_;
+            void* element = freeList_;
+            std::memcpy(&freeList_, element, sizeof freeList_); // perhaps not aligned to 8
+            return element;
+        }
+        if (!blocks_ || blocks_->handedOut == elementsInBlock_)
+            addBlock();
+        char* elements = reinterpret_cast<char*>(blocks_ + 1);
+        return elements + static_cast<unsigned long>(blocks_->handedOut++) * elementSize_;
+    }
+
+    /// Takes back an element of this allocator. Null is ignored.
+    void free(void* element) {
+        if (!element)
+            return;
+        std::memcpy(element, &freeList_, sizeof freeList_);
+        freeList_ = element;
+        --numAllocated_;
+        ++numFreed_;
+    }
+
+    /// Frees all blocks, and so every element.
+    void freeEverything();
+
+    void swap(BlockAllocator& other);
+
+    /// The number of elements that are in use.
+    int numAllocated() const { return numAllocated_; }
+
+    /// The number of elements that were given back and wait for reuse.
+    int numFreed() const { return numFreed_; }
+
+    /// The bytes of an element.
+    unsigned long elementSize() const { return elementSize_; }
+
+private:
+    struct Block { // the elements follow
+        int handedOut;
+        Block* previous;
+    };
+    static_assert(sizeof(Block) == 16);
+
+    void addBlock();
+
+    Block* blocks_ = nullptr;
+    void* freeList_ = nullptr; // each freed element begins with a pointer to the next
+    unsigned long elementSize_;
+    int elementsInBlock_ = 1;
+    unsigned long blockBytes_ = 0;
+    int numAllocated_ = 0;
+    int numFreed_ = 0;
+    bool lazy_ = false;
+};
+
+} // namespace ze

@@ -1,0 +1,318 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/Utility/zeRBTree.h"
+
+#include <functional>
+#include <initializer_list>
+#include <iterator>
+#include <map>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using ze::RBTreeImpl;
+using Node = RBTreeImpl::Node;
+
+/// A key that owns memory and counts the living, so that what is forgotten or freed twice shows.
+struct Key {
+    Key(int n) : text(std::to_string(n)), number(n) { ++alive; }
+    Key(const Key& other) : text(other.text), number(other.number) { ++alive; }
+    Key& operator=(const Key&) = delete;
+    ~Key() { --alive; }
+    bool operator<(const Key& other) const { return number < other.number; }
+
+    std::string text;
+    int number;
+    static inline int alive = 0;
+};
+
+using Types = ze::RBTreeTypes<Key, std::string>;
+
+/// The number of black nodes on every path down, or a failure if the rules do not hold.
+int checkSubtree(const Node* node, const Node* parent) {
+    if (!node)
+        return 1;
+    EXPECT_EQ(node->parent, parent);
+    const int blacks = checkSubtree(node->child[RBTreeImpl::left], node);
+    EXPECT_EQ(checkSubtree(node->child[RBTreeImpl::right], node), blacks);
+    if (node->colour == RBTreeImpl::black)
+        return blacks + 1;
+    for (const Node* child : node->child)
+        EXPECT_TRUE(!child || child->colour == RBTreeImpl::black) << "red under red";
+    return blacks;
+}
+
+void checkRules(const RBTreeImpl& tree) {
+    EXPECT_EQ(static_cast<const void*>(tree.end()), &tree) << "the tree is its own end";
+    checkSubtree(tree.root(), tree.end());
+    EXPECT_TRUE(!tree.root() || tree.root()->colour == RBTreeImpl::black);
+    Node* first = tree.end();
+    Node* last = tree.end();
+    for (Node* node = tree.root(); node; node = node->child[RBTreeImpl::left])
+        first = node;
+    for (Node* node = tree.root(); node; node = node->child[RBTreeImpl::right])
+        last = node;
+    EXPECT_EQ(tree.begin(), first);
+    EXPECT_EQ(tree.end()->prev(), last);
+}
+
+using Contents = std::vector<std::pair<int, std::string>>;
+
+Contents contents(const RBTreeImpl& tree) {
+    Contents result;
+    for (Node* node = tree.begin(); node != tree.end(); node = node->next())
+        result.emplace_back(Types::keyOf(node).number, Types::valueOf(node));
+    Contents backwards;
+    for (Node* node = tree.end()->prev(); node != tree.end(); node = node->prev())
+        backwards.emplace_back(Types::keyOf(node).number, Types::valueOf(node));
+    EXPECT_EQ(Contents(backwards.rbegin(), backwards.rend()), result);
+    return result;
+}
+
+struct Tree : RBTreeImpl {
+    Tree() : RBTreeImpl(Types::nodeSize) { initialize(&Types::typeUtil); }
+    explicit Tree(std::initializer_list<int> keys) : Tree() {
+        for (int number : keys)
+            add(number, std::to_string(number));
+    }
+    Node* add(int number, const std::string& value) {
+        const Key key(number);
+        return insertNodeNonUnique(&key, &value);
+    }
+    Node* find(int number) {
+        const Key key(number);
+        return findNode(&key);
+    }
+};
+
+/// Random operations against a std::multimap, which keeps equal keys in the order of insertion too.
+TEST(RBTree, DoesWhatAMultimapDoes) {
+    std::mt19937 random(7);
+    for (int keys : {10, 100, 3000}) { // many equal keys, some, and few
+        SCOPED_TRACE(keys);
+        Tree tree;
+        tree.setNumElementsInBlock(5);
+        std::multimap<int, std::string> twin;
+        for (int step = 0; step < 4000; ++step) {
+            const int number = static_cast<int>(random()) % keys;
+            const Key key(number);
+            const std::string value = "value of step " + std::to_string(step);
+            Node* hint = random() % 2 ? tree.upperBound(&key) : tree.lowerBound(&key);
+            const bool growing = step % 1000 < 600;
+            switch (random() % (growing ? 8 : 16)) {
+            case 0:
+                tree.insertNodeNonUnique(&key, &value);
+                twin.emplace(number, value);
+                break;
+            case 1:
+                tree.insertNodeNonUnique(hint, &key, &value);
+                twin.emplace(number, value);
+                break;
+            case 2:
+                tree.insertNodeNonUnique(random() % 2 ? tree.end() : tree.begin(), &key);
+                twin.emplace(number, "");
+                break;
+            case 3: {
+                Node* node = tree.insertNodeUnique(&key, &value);
+                if (!twin.contains(number))
+                    twin.emplace(number, value);
+                EXPECT_EQ(Types::keyOf(node).number, number);
+                break;
+            }
+            case 4:
+                tree.insertNodeUnique(hint, &key, &value);
+                if (!twin.contains(number))
+                    twin.emplace(number, value);
+                break;
+            case 5:
+                if (twin.contains(number)) {
+                    tree.eraseNode(tree.findNode(&key));
+                    twin.erase(twin.find(number));
+                } else {
+                    EXPECT_EQ(tree.findNode(&key), tree.end());
+                    EXPECT_EQ(tree.getValuePtr(&key), nullptr);
+                }
+                break;
+            case 6: {
+                const auto [first, last] = tree.equalRange(&key);
+                EXPECT_EQ(tree.count(&key), static_cast<int>(twin.count(number)));
+                EXPECT_TRUE(last == tree.end() || Types::keyOf(last).number > number);
+                EXPECT_TRUE(first == tree.end() || Types::keyOf(first).number >= number);
+                EXPECT_TRUE(first == tree.begin() || Types::keyOf(first->prev()).number < number);
+                break;
+            }
+            case 7:
+                EXPECT_EQ(tree.eraseNodesMatching(&key), static_cast<int>(twin.erase(number)));
+                break;
+            default: { // shrinks the tree
+                const Key from(number + keys / 50);
+                tree.eraseNodesRange(tree.lowerBound(&key), tree.upperBound(&from));
+                twin.erase(twin.lower_bound(number), twin.upper_bound(number + keys / 50));
+                break;
+            }
+            }
+            ASSERT_EQ(tree.size(), static_cast<int>(twin.size()));
+            if (step % 20 == 0) {
+                checkRules(tree);
+                ASSERT_EQ(contents(tree), Contents(twin.begin(), twin.end()));
+            }
+        }
+    }
+    EXPECT_EQ(Key::alive, 0);
+}
+
+TEST(RBTree, InsertUniqueLeavesAnExistingValueAlone) {
+    Tree tree{1, 2, 3};
+    const Key two(2);
+    const std::string other = "other";
+    Node* node = tree.find(2);
+    EXPECT_EQ(tree.insertNodeUnique(&two, &other), node);
+    EXPECT_EQ(tree.insertNodeUnique(&two), node);
+    EXPECT_EQ(tree.insertNodeUnique(tree.begin(), &two, &other), node);
+    EXPECT_EQ(tree.insertNodeUnique(tree.end(), &two), node);
+    EXPECT_EQ(contents(tree), (Contents{{1, "1"}, {2, "2"}, {3, "3"}}));
+}
+
+TEST(RBTree, HintNeverPutsAnEqualKeyBeforeAnother) {
+    Tree tree{1, 2, 2, 3};
+    const Key two(2);
+    const std::string last = "last";
+    tree.insertNodeNonUnique(tree.lowerBound(&two), &two, &last);
+    EXPECT_EQ(contents(tree), (Contents{{1, "1"}, {2, "2"}, {2, "2"}, {2, "last"}, {3, "3"}}));
+}
+
+TEST(RBTree, EmptyTreeIsItsOwnEnd) {
+    Tree tree;
+    const Key key(1);
+    checkRules(tree);
+    EXPECT_EQ(tree.findNode(&key), tree.end());
+    EXPECT_EQ(tree.eraseNodesMatching(&key), 0);
+    EXPECT_EQ(tree.end()->prev(), tree.end());
+    tree.clear();
+    tree.add(1, "one");
+    tree.eraseNode(tree.begin());
+    checkRules(tree);
+}
+
+TEST(RBTree, SwapAndClearLeaveSoundTrees) {
+    Tree full{3, 1, 2, 2}, empty;
+    Node* node = full.find(1);
+    full.swap(empty);
+    checkRules(full);
+    checkRules(empty);
+    EXPECT_EQ(full.size(), 0);
+    EXPECT_EQ(empty.find(1), node) << "nodes keep their addresses";
+    full.add(9, "nine");
+    full.swap(empty);
+    EXPECT_EQ(contents(empty), (Contents{{9, "nine"}}));
+    full.clear();
+    empty.destructAllNodes();
+    EXPECT_EQ(Key::alive, 0);
+    full.add(4, "four");
+    checkRules(full);
+}
+
+TEST(RBTree, CopyAddsAndInitializeReplaces) {
+    Tree source{2, 2, 4}, target{1, 2, 3};
+    target.copy(source);
+    EXPECT_EQ(contents(target),
+              (Contents{{1, "1"}, {2, "2"}, {2, "2"}, {2, "2"}, {3, "3"}, {4, "4"}}));
+    checkRules(target);
+    target.initialize(source);
+    EXPECT_EQ(contents(target), contents(source));
+    target.copy(target);
+    target.initialize(target);
+    EXPECT_EQ(target.size(), 3);
+}
+
+TEST(RBTree, SwapHeadersExchangesPlaces) {
+    for (int a = 1; a <= 7; ++a) {
+        for (int b = 1; b <= 7; ++b) { // neighbours, siblings, the root, the ends, itself
+            SCOPED_TRACE(std::to_string(a) + " and " + std::to_string(b));
+            Tree tree{4, 2, 6, 1, 3, 5, 7};
+            Contents expected = contents(tree);
+            std::swap(expected[std::size_t(a) - 1], expected[std::size_t(b) - 1]);
+            tree.find(a)->swapHeaders(*tree.find(b));
+            checkRules(tree);
+            EXPECT_EQ(contents(tree), expected);
+        }
+    }
+}
+
+/// A value whose copies fail while `fail` is set.
+struct Fragile {
+    Fragile() = default;
+    Fragile(const Fragile&) {
+        if (fail)
+            throw std::runtime_error("no copy");
+    }
+    Fragile& operator=(const Fragile&) = default;
+    static inline bool fail = false;
+};
+
+TEST(RBTree, FailedCopyLeavesTheTreeAsItWas) {
+    ze::RBTreeMap<Key, Fragile> map;
+    map.insert(1, Fragile());
+    Fragile::fail = true;
+    EXPECT_THROW(map.insert(2, Fragile()), std::runtime_error);
+    Fragile::fail = false;
+    EXPECT_EQ(map.size(), 1);
+    EXPECT_EQ(Key::alive, 1);
+}
+
+TEST(RBTree, TableAdaptsToTheTypes) {
+    using Set = ze::RBTreeTypes<int, void, std::greater<int>>;
+    EXPECT_EQ(Set::typeUtil.copyValue, nullptr);
+    EXPECT_EQ(Set::typeUtil.defaultValue, nullptr);
+    RBTreeImpl set(Set::nodeSize);
+    set.initialize(&Set::typeUtil);
+    for (int number : {1, 3, 2, 3})
+        set.insertNodeUnique(&number);
+    EXPECT_EQ(set.size(), 3);
+    EXPECT_EQ(Set::keyOf(set.begin()), 3);
+
+    struct alignas(16) Wide {
+        explicit Wide(int n) : x(n) {}
+        int x;
+    };
+    using NoDefault = ze::RBTreeTypes<char, Wide>;
+    EXPECT_EQ(NoDefault::typeUtil.defaultValue, nullptr);
+    RBTreeImpl wide(NoDefault::nodeSize);
+    wide.initialize(&NoDefault::typeUtil);
+    for (char key : {'b', 'a'}) {
+        const Wide value(key);
+        wide.insertNodeUnique(&key, &value);
+    }
+    EXPECT_EQ(NoDefault::valueOf(wide.begin()).x, 'a');
+}
+
+TEST(RBTreeMap, ReadsAsAMap) {
+    ze::RBTreeMap<Key, std::string> map;
+    EXPECT_TRUE(map.insert(2, "two").second);
+    EXPECT_FALSE(map.insert(2, "again").second);
+    map[1] = "one";
+    map.insertNonUnique(2, "second two");
+    ze::RBTreeMap<Key, std::string> copy(map);
+    map.clear();
+    EXPECT_TRUE(map.empty());
+    map = std::move(copy);
+    const auto& constant = map;
+    std::string all;
+    for (const auto& entry : constant)
+        all += entry.key().text + '=' + entry.value() + ' ';
+    EXPECT_EQ(all, "1=one 2=two 2=second two ");
+    EXPECT_EQ(constant.find(3), constant.end());
+    EXPECT_EQ(constant.lowerBound(2)->value(), "two");
+    EXPECT_EQ(map.erase(map.find(1))->value(), "two");
+    EXPECT_EQ(std::prev(map.end())->value(), "second two");
+    EXPECT_EQ(map.erase(2), 2);
+    EXPECT_EQ(Key::alive, 0);
+}
+
+} // namespace
