@@ -5,7 +5,14 @@
 namespace zeString::detail {
 namespace {
 
-constexpr std::size_t irregular = 0;
+/// What one character took from the source and put into the destination, in units of each. Nothing
+/// was taken if the character is for iconv to judge, or does not fit.
+struct Step {
+    std::size_t taken;
+    std::size_t put;
+};
+
+constexpr Step declined = {0, 0};
 
 constexpr bool isContinuation(unsigned char c) {
     return (c & 0xC0) == 0x80;
@@ -16,65 +23,102 @@ constexpr bool isSurrogate(unsigned int c) {
 }
 
 /// Decodes the sequence of two to four bytes at `src`, whose first byte is not ASCII, and returns
-/// its length; `irregular` if it is not one, or is longer than `n`.
-std::size_t decodeSequence(const unsigned char* src, std::size_t n, wchar_t& out) {
+/// its length; 0 if it is not regular, or longer than `n`.
+inline std::size_t decodeSequence(const unsigned char* src, std::size_t n, unsigned int& c) {
     const unsigned int lead = src[0];
     if (lead < 0xE0) {
         if (lead < 0xC2 || n < 2 || !isContinuation(src[1]))
-            return irregular;
-        out = static_cast<wchar_t>((lead & 0x1F) << 6 | (src[1] & 0x3Fu));
+            return 0;
+        c = (lead & 0x1F) << 6 | (src[1] & 0x3Fu);
         return 2;
     }
     if (lead < 0xF0) {
         if (n < 3 || !isContinuation(src[1]) || !isContinuation(src[2]))
-            return irregular;
-        const unsigned int c = (lead & 0x0F) << 12 | (src[1] & 0x3Fu) << 6 | (src[2] & 0x3Fu);
-        if (c < 0x800 || isSurrogate(c))
-            return irregular;
-        out = static_cast<wchar_t>(c);
-        return 3;
+            return 0;
+        c = (lead & 0x0F) << 12 | (src[1] & 0x3Fu) << 6 | (src[2] & 0x3Fu);
+        return c < 0x800 || isSurrogate(c) ? 0 : 3;
     }
     if (lead > 0xF4 || n < 4 || !isContinuation(src[1]) || !isContinuation(src[2]) ||
         !isContinuation(src[3]))
-        return irregular;
-    const unsigned int c =
-        (lead & 0x07) << 18 | (src[1] & 0x3Fu) << 12 | (src[2] & 0x3Fu) << 6 | (src[3] & 0x3Fu);
-    if (c < 0x10000 || c > 0x10FFFF)
-        return irregular;
-    out = static_cast<wchar_t>(c);
-    return 4;
+        return 0;
+    c = (lead & 0x07) << 18 | (src[1] & 0x3Fu) << 12 | (src[2] & 0x3Fu) << 6 | (src[3] & 0x3Fu);
+    return c < 0x10000 || c > 0x10FFFF ? 0 : 4;
 }
 
-/// The number of bytes of a character; `irregular` for what iconv has to judge.
-std::size_t encodedSize(unsigned int c) {
+/// The number of bytes of a character; 0 if it is not regular.
+constexpr std::size_t encodedSize(unsigned int c) {
     if (c < 0x80)
         return 1;
     if (c < 0x800)
         return 2;
     if (c < 0x10000)
-        return isSurrogate(c) ? irregular : 3;
-    return c < 0x110000 ? 4 : irregular;
+        return isSurrogate(c) ? 0 : 3;
+    return c < 0x110000 ? 4 : 0;
 }
 
-/// Writes a character in `size` bytes.
-void encodeCharacter(unsigned int c, std::size_t size, char* dest) {
-    constexpr unsigned int leads[] = {0, 0, 0xC0, 0xE0, 0xF0};
-    if (size == 1) {
-        *dest = static_cast<char>(c);
-        return;
+constexpr char leadByte(unsigned int mark, unsigned int bits) {
+    return static_cast<char>(mark | bits);
+}
+
+constexpr char continuation(unsigned int bits) {
+    return static_cast<char>(0x80 | (bits & 0x3F));
+}
+
+/// Writes a character in the `size` bytes that it takes.
+inline void encodeSequence(unsigned int c, std::size_t size, char* dest) {
+    switch (size) {
+    case 1:
+        dest[0] = static_cast<char>(c);
+        break;
+    case 2:
+        dest[0] = leadByte(0xC0, c >> 6);
+        dest[1] = continuation(c);
+        break;
+    case 3:
+        dest[0] = leadByte(0xE0, c >> 12);
+        dest[1] = continuation(c >> 6);
+        dest[2] = continuation(c);
+        break;
+    default:
+        dest[0] = leadByte(0xF0, c >> 18);
+        dest[1] = continuation(c >> 12);
+        dest[2] = continuation(c >> 6);
+        dest[3] = continuation(c);
     }
-    for (std::size_t i = size - 1; i > 0; --i, c >>= 6)
-        dest[i] = static_cast<char>(0x80 | (c & 0x3F));
-    dest[0] = static_cast<char>(leads[size] | c);
 }
 
+/// One character from `n` bytes into room for `cap` characters. `store` is false for counting.
 template<bool store>
-std::optional<std::size_t> decode(const char* src, std::size_t n, wchar_t* dest, std::size_t cap) {
-    const auto* bytes = reinterpret_cast<const unsigned char*>(src);
+Step step(const char* src, std::size_t n, wchar_t* dest, std::size_t cap) {
+    if (store && cap == 0)
+        return declined;
+    unsigned int c = static_cast<unsigned char>(*src);
+    const std::size_t taken =
+        c < 0x80 ? 1 : decodeSequence(reinterpret_cast<const unsigned char*>(src), n, c);
+    if constexpr (store)
+        *dest = static_cast<wchar_t>(c);
+    return {taken, 1};
+}
+
+/// One character into room for `cap` bytes.
+template<bool store>
+Step step(const wchar_t* src, std::size_t, char* dest, std::size_t cap) {
+    const auto c = static_cast<unsigned int>(*src);
+    const std::size_t size = encodedSize(c);
+    if (size == 0 || (store && cap < size))
+        return declined;
+    if constexpr (store)
+        encodeSequence(c, size, dest);
+    return {1, size};
+}
+
+/// Converts in blocks while they are ASCII, and through any other block character by character.
+template<bool store, class From, class To>
+std::optional<std::size_t> transcode(const From* src, std::size_t n, To* dest, std::size_t cap) {
     std::size_t in = 0;
     std::size_t out = 0;
     while (in < n) {
-        std::size_t scalarEnd = n;
+        std::size_t end = n;
         if (n - in >= asciiBlock && (!store || cap - out >= asciiBlock)) {
             if (isAsciiBlock(src + in)) {
                 if constexpr (store)
@@ -83,63 +127,35 @@ std::optional<std::size_t> decode(const char* src, std::size_t n, wchar_t* dest,
                 out += asciiBlock;
                 continue;
             }
-            scalarEnd = in + asciiBlock;
+            end = in + asciiBlock;
         }
-        while (in < scalarEnd) {
-            if (store && out == cap)
+        while (in < end) {
+            const Step done =
+                step<store>(src + in, n - in, store ? dest + out : nullptr, cap - out);
+            if (done.taken == 0)
                 return std::nullopt;
-            wchar_t c = static_cast<wchar_t>(bytes[in]);
-            std::size_t size = 1;
-            if (c >= 0x80 && (size = decodeSequence(bytes + in, n - in, c)) == irregular)
-                return std::nullopt;
-            if constexpr (store)
-                dest[out] = c;
-            in += size;
-            ++out;
+            in += done.taken;
+            out += done.put;
         }
     }
     return out;
 }
 
-template<bool store>
-std::optional<std::size_t> encode(const wchar_t* src, std::size_t n, char* dest, std::size_t cap) {
-    std::size_t in = 0;
-    std::size_t out = 0;
-    while (in < n) {
-        std::size_t scalarEnd = n;
-        if (n - in >= asciiBlock && (!store || cap - out >= asciiBlock)) {
-            if (isAsciiBlock(src + in)) {
-                if constexpr (store)
-                    copyAsciiBlock(src + in, dest + out);
-                in += asciiBlock;
-                out += asciiBlock;
-                continue;
-            }
-            scalarEnd = in + asciiBlock;
-        }
-        for (; in < scalarEnd; ++in) {
-            const auto c = static_cast<unsigned int>(src[in]);
-            const std::size_t size = encodedSize(c);
-            if (size == irregular || (store && cap - out < size))
-                return std::nullopt;
-            if constexpr (store)
-                encodeCharacter(c, size, dest + out);
-            out += size;
-        }
-    }
-    return out;
+template<class From, class To>
+std::optional<std::size_t> convert(const From* src, std::size_t n, To* dest, std::size_t cap) {
+    return dest ? transcode<true>(src, n, dest, cap) : transcode<false>(src, n, dest, 0);
 }
 
 } // namespace
 
 std::optional<std::size_t> decodeUTF8(const char* src, std::size_t n, wchar_t* dest,
                                       std::size_t cap) {
-    return dest ? decode<true>(src, n, dest, cap) : decode<false>(src, n, nullptr, 0);
+    return convert(src, n, dest, cap);
 }
 
 std::optional<std::size_t> encodeUTF8(const wchar_t* src, std::size_t n, char* dest,
                                       std::size_t cap) {
-    return dest ? encode<true>(src, n, dest, cap) : encode<false>(src, n, nullptr, 0);
+    return convert(src, n, dest, cap);
 }
 
 } // namespace zeString::detail

@@ -1,0 +1,384 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/Strings/zeStringConversion.h"
+
+#include <iconv.h>
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "Support/Locale.h"
+
+using namespace std::string_literals;
+
+namespace {
+
+constexpr unsigned int terminated = 0xFFFFFFFF;
+
+using ConversionUtf8 = support::Utf8LocaleTest;
+
+/// iconv kept open: the slow, obvious twin of the UTF-8 converters.
+template<class From, class To>
+class Twin {
+public:
+    Twin(const char* to, const char* from) : converter_(iconv_open(to, from)) {}
+    ~Twin() { iconv_close(converter_); }
+    Twin(const Twin&) = delete;
+    Twin& operator=(const Twin&) = delete;
+
+    std::optional<std::basic_string<To>> operator()(std::basic_string<From> text) {
+        std::basic_string<To> result(text.size() * 6, To());
+        char* in = reinterpret_cast<char*>(text.data());
+        char* out = reinterpret_cast<char*>(result.data());
+        std::size_t inLeft = text.size() * sizeof(From);
+        std::size_t outLeft = result.size() * sizeof(To);
+        iconv(converter_, nullptr, nullptr, nullptr, nullptr);
+        if (iconv(converter_, &in, &inLeft, &out, &outLeft) == static_cast<std::size_t>(-1))
+            return std::nullopt;
+        result.resize(result.size() - outLeft / sizeof(To));
+        return result;
+    }
+
+private:
+    iconv_t converter_;
+};
+
+/// What the repair makes of a text in the "C" locale: every byte above ASCII is bad.
+std::wstring repairedInC(const std::string& bytes) {
+    std::wstring result;
+    for (char c : bytes) {
+        if (c == 0)
+            break;
+        result += static_cast<unsigned char>(c) < 0x80 ? static_cast<wchar_t>(c) : L'?';
+    }
+    return result;
+}
+
+/// UTF8toWCS against iconv, in the "C" locale; true if they agree.
+bool decodesLikeIconv(const std::string& bytes) {
+    static Twin<char, wchar_t> twin("UCS-4LE", "UTF-8");
+    const auto expected = twin(bytes);
+    const std::wstring text = expected ? *expected : repairedInC(bytes);
+    const auto size = static_cast<unsigned int>(bytes.size());
+    std::wstring dest(bytes.size() + 1, L'#');
+    bool ok = !expected;
+    const unsigned int n =
+        zeString::UTF8toWCS(bytes.data(), size, dest.data(), size + 1, true, &ok);
+    return n == text.size() && dest.compare(0, n, text) == 0 && ok == expected.has_value();
+}
+
+/// Whether counting gives what converting gives.
+bool countsAsItDecodes(const std::string& bytes) {
+    const auto size = static_cast<unsigned int>(bytes.size());
+    std::wstring dest(bytes.size() + 1, L'#');
+    bool ok = false;
+    bool countOk = false;
+    return zeString::UTF8toWCS(bytes.data(), size, nullptr, 0, true, &countOk) ==
+               zeString::UTF8toWCS(bytes.data(), size, dest.data(), size + 1, true, &ok) &&
+           countOk == ok;
+}
+
+/// The same for WCStoUTF8, which has no repair.
+bool encodesLikeIconv(const std::wstring& wide) {
+    static Twin<wchar_t, char> twin("UTF-8", "UCS-4LE");
+    const auto expected = twin(wide);
+    const std::string text = expected.value_or("");
+    const auto size = static_cast<unsigned int>(wide.size());
+    std::string dest(wide.size() * 6, '#');
+    bool countOk = !expected;
+    bool ok = !expected;
+    const unsigned int count = zeString::WCStoUTF8(wide.data(), size, nullptr, 0, &countOk);
+    const unsigned int n = zeString::WCStoUTF8(wide.data(), size, dest.data(), size * 6, &ok);
+    return count == text.size() && n == count && dest.compare(0, n, text) == 0 &&
+           ok == expected.has_value() && countOk == ok;
+}
+
+TEST(Conversion, TreatsEveryCodePointAsIconvDoes) {
+    Twin<wchar_t, char> utf8("UTF-8", "UCS-4LE");
+    for (wchar_t c = 1; c <= 0x110010; ++c) {
+        ASSERT_TRUE(encodesLikeIconv({c})) << std::hex << int(c);
+        if (const auto bytes = utf8({c})) {
+            ASSERT_TRUE(decodesLikeIconv(*bytes)) << std::hex << int(c);
+        }
+    }
+    for (wchar_t c : {0x1FFFFF, 0x200000, 0x3FFFFFF, 0x4000000, 0x7FFFFFFF, -1, -0x7FFFFFFF - 1})
+        ASSERT_TRUE(encodesLikeIconv({L'a', c})) << std::hex << int(c);
+}
+
+TEST(Conversion, TreatsEveryShortSequenceAsIconvDoes) {
+    for (int a = 0x80; a < 256; ++a) {
+        ASSERT_TRUE(decodesLikeIconv({static_cast<char>(a)}));
+        for (int b = 0; b < 256; ++b) {
+            const std::string two = {static_cast<char>(a), static_cast<char>(b)};
+            ASSERT_TRUE(decodesLikeIconv(two)) << std::hex << a << ' ' << b;
+            // After a lead of three bytes, every third byte; elsewhere those at the borders.
+            const bool all = (a & 0xF0) == 0xE0;
+            for (int c = 0; c < 256; ++c)
+                if (all || c == 0 || c == 0x7F || c == 0x80 || c == 0xBF || c == 0xC2 ||
+                    c == 0xF4) {
+                    ASSERT_TRUE(decodesLikeIconv(two + static_cast<char>(c)))
+                        << std::hex << a << ' ' << b << ' ' << c;
+                }
+        }
+    }
+}
+
+TEST(Conversion, TreatsDamagedTextAsIconvDoes) {
+    std::mt19937 random(20);
+    const auto below = [&](unsigned int n) { return static_cast<unsigned int>(random() % n); };
+    const wchar_t limits[] = {0x7F, 0x7FF, 0xD7FF, 0x10FFFF};
+    Twin<wchar_t, char> utf8("UTF-8", "UCS-4LE");
+    for (int round = 0; round < 20000; ++round) {
+        std::wstring wide(below(70), L'a');
+        for (unsigned int changes = below(8); changes > 0 && !wide.empty(); --changes)
+            wide[below(static_cast<unsigned int>(wide.size()))] = static_cast<wchar_t>(
+                1 + below(static_cast<unsigned int>(limits[below(4)])) % 0x10FFFF);
+        ASSERT_TRUE(encodesLikeIconv(wide)) << round;
+        std::string bytes = utf8(wide).value_or("valid \xF4\x8F\xBF\xBF");
+        if (!bytes.empty() && below(4) != 0)
+            bytes[below(static_cast<unsigned int>(bytes.size()))] = static_cast<char>(below(256));
+        bytes.resize(below(4) == 0 ? bytes.size() * 3 / 4 : bytes.size());
+        ASSERT_TRUE(decodesLikeIconv(bytes) && countsAsItDecodes(bytes)) << round;
+    }
+}
+
+TEST(Conversion, Utf8GoesToWide) {
+    const std::string bom = "\xEF\xBB\xBF";
+    const struct {
+        std::string src;
+        unsigned int srcLen;
+        unsigned int destCap;
+        bool keepBOM;
+        unsigned int result;
+        bool ok;
+        std::wstring dest; ///< what the first characters become
+    } cases[] = {
+        // The terminator is converted only when it is the end of the source.
+        {"abc", 3, 3, false, 3, true, L"abc#"},
+        {"abc", terminated, 4, false, 4, true, L"abc\0#"s},
+        {"", 0, 8, false, 0, true, L"#"},
+        {"", terminated, 8, false, 0, true, L"#"},
+        {"a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", 10, 4, false, 4, true,
+         L"a\u00E9\u20AC\U0001F600#"},
+        {"a\0b"s, 3, 8, false, 3, true, L"a\0b#"s},
+        {bom + "x", 4, 8, false, 1, true, L"x#"},
+        {bom + "x", 4, 8, true, 2, true, L"\uFEFFx#"},
+        {bom, 3, 8, false, 0, true, L"#"},
+        {bom, terminated, 8, false, 1, true, L"\0#"s},
+        // Beyond Unicode, up to 31 bits, is still text.
+        {"\xFD\xBF\xBF\xBF\xBF\xBF", 6, 8, false, 1, true, {0x7FFFFFFF, L'#'}},
+        // Repair in the locale, here "C": cut to fit, terminated.
+        {"abcdef", 6, 4, false, 3, false, L"abc\0#"s},
+        {"a\xC3\xA9", 3, 1, false, 0, false, L"\0#"s},
+        {"a\xFF\xC3\xA9", 4, 8, false, 4, false, L"a???\0\0\0\0"s},
+        {"\xFF"
+         "bc",
+         1, 8, false, 3, false, L"?bc\0"s}, // fills on to the terminator
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.src) + " into " + std::to_string(c.destCap));
+        std::wstring dest(32, L'#');
+        bool ok = !c.ok;
+        EXPECT_EQ(
+            zeString::UTF8toWCS(c.src.c_str(), c.srcLen, dest.data(), c.destCap, c.keepBOM, &ok),
+            c.result);
+        EXPECT_EQ(ok, c.ok);
+        EXPECT_EQ(dest.substr(0, c.dest.size()), c.dest);
+        EXPECT_EQ(dest.back(), L'#');
+    }
+    bool ok = true;
+    EXPECT_EQ(zeString::UTF8toWCS(nullptr, 3, nullptr, 0, false, &ok), 0u);
+    EXPECT_FALSE(ok);
+    EXPECT_EQ(zeString::UTF8toWCS("\xFF"
+                                  "bc",
+                                  1, nullptr, 0, false, nullptr),
+              1u);
+    EXPECT_EQ(zeString::UTF8toWCS("\xFF"
+                                  "bc",
+                                  terminated, nullptr, 0, false, nullptr),
+              0u);
+}
+
+TEST(Conversion, WideGoesToUtf8OrNotAtAll) {
+    const struct {
+        std::wstring src;
+        unsigned int srcLen;
+        unsigned int destCap;
+        unsigned int result;
+        std::string dest;
+    } cases[] = {
+        {L"abc", 3, 3, 3, "abc#"},
+        {L"abc", terminated, 4, 4, "abc\0#"s},
+        {L"abc", terminated, 3, 0, ""},
+        {L"abc", 3, 2, 0, ""},
+        {L"a\u00E9\u20AC\U0001F600", 4, 10, 10, "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80#"},
+        {L"a\u00E9\u20AC\U0001F600", 4, 9, 0, ""},
+        {{0x7FFFFFFF}, 1, 8, 6, "\xFD\xBF\xBF\xBF\xBF\xBF#"},
+        {{L'a', 0xD800}, 2, 8, 0, ""},
+        {{-1}, 1, 8, 0, ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.src) + " into " + std::to_string(c.destCap));
+        std::string dest(32, '#');
+        bool ok = c.result == 0;
+        EXPECT_EQ(zeString::WCStoUTF8(c.src.c_str(), c.srcLen, dest.data(), c.destCap, &ok),
+                  c.result);
+        EXPECT_EQ(ok, c.result != 0);
+        EXPECT_EQ(dest.substr(0, c.dest.size()), c.dest);
+        EXPECT_EQ(dest.back(), '#');
+    }
+    bool ok = false;
+    EXPECT_EQ(zeString::WCStoUTF8(L"", terminated, nullptr, 0, &ok), 0u);
+    EXPECT_TRUE(ok);
+    EXPECT_EQ(zeString::WCStoUTF8(nullptr, 0, nullptr, 0, &ok), 0u);
+    EXPECT_FALSE(ok);
+}
+
+struct MultibyteCase {
+    std::string src;
+    unsigned int srcLen;
+    unsigned int destCap; ///< 0: count only
+    unsigned int result;
+    bool ok;
+    std::wstring dest;
+};
+
+void expectFromMultibyte(const std::vector<MultibyteCase>& cases) {
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.src) + " into " + std::to_string(c.destCap));
+        std::wstring dest(32, L'#');
+        bool ok = !c.ok;
+        EXPECT_EQ(zeString::MBStoWCS(c.src.c_str(), c.srcLen, c.destCap ? dest.data() : nullptr,
+                                     c.destCap, &ok),
+                  c.result);
+        EXPECT_EQ(ok, c.ok);
+        EXPECT_EQ(dest.substr(0, c.dest.size()), c.dest);
+        EXPECT_EQ(dest.back(), L'#');
+    }
+}
+
+TEST(Conversion, MultibyteGoesToWideInTheCLocale) {
+    expectFromMultibyte({
+        {"abc", 3, 4, 3, true, L"abc\0#"s},
+        {"abc", terminated, 4, 3, true, L"abc\0#"s},
+        {"abc", 3, 3, 0, true, L"#"}, // no room for the terminator
+        {"abc", 2, 8, 0, true, L"#"}, // refused, not cut
+        {"abc", 9, 0, 3, true, L""},
+        {"a\xC3\xA9z", 4, 8, 4, false, L"a??z\0#"s},
+        {"a\xC3\xA9z", 4, 0, 4, false, L""},
+        {"a\xC3\xA9z", 4, 4, 0, false, L"#"},
+        {"a\xC3\xA9z", terminated, 8, 0, false, L"\0#"s},
+    });
+}
+
+TEST_F(ConversionUtf8, MultibyteGoesToWide) {
+    expectFromMultibyte({
+        {"a\xC3\xA9z", 4, 8, 3, true, L"a\u00E9z\0#"s},
+        {"a\xC3\xA9z", 4, 4, 3, true, L"a\u00E9z\0#"s},
+        {"a\xC3\xA9z", 4, 3, 0, true, L"#"},
+        {"\xC3\xA9\xFF\xC3\xA9", 5, 0, 3, false, L""},
+        {"\xC3\xA9\xFF\xC3\xA9", 5, 8, 3, false, L"\u00E9?\u00E9\0#"s},
+        {"\xC3\xA9\xC3", 3, 4, 2, false, L"\u00E9?\0#"s}, // ends within a character
+    });
+}
+
+TEST_F(ConversionUtf8, BadUtf8IsRepairedInTheLocale) {
+    wchar_t dest[8];
+    bool ok = true;
+    EXPECT_EQ(zeString::UTF8toWCS("\xC3\xA9\xFF\xE2\x82\xAC", 6, dest, 8, false, &ok), 3u);
+    EXPECT_STREQ(dest, L"\u00E9?\u20AC");
+    EXPECT_FALSE(ok);
+}
+
+struct WideCase {
+    std::wstring src;
+    unsigned int srcLen;
+    unsigned int destCap; ///< 0: count only
+    unsigned int result;
+    bool ok;
+    std::string dest;
+};
+
+void expectToMultibyte(const std::vector<WideCase>& cases) {
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.src) + " into " + std::to_string(c.destCap));
+        std::string dest(32, '#');
+        bool ok = !c.ok;
+        EXPECT_EQ(zeString::WCStoMBS(c.src.c_str(), c.srcLen, c.destCap ? dest.data() : nullptr,
+                                     c.destCap, &ok),
+                  c.result);
+        EXPECT_EQ(ok, c.ok);
+        EXPECT_EQ(dest.substr(0, c.dest.size()), c.dest);
+        EXPECT_EQ(dest.back(), '#');
+    }
+}
+
+TEST(Conversion, WideGoesToMultibyteInTheCLocale) {
+    expectToMultibyte({
+        {L"abc", 3, 4, 3, true, "abc\0#"s},
+        {L"abc", 3, 3, 0, true, "#"},
+        {L"abc", 2, 8, 0, true, "#"},
+        {L"ab\0c"s, 4, 8, 2, true, "ab\0#"s},
+        {L"a\u00E9z", 3, 0, 3, false, ""},
+        {L"a\u00E9z", 3, 4, 3, false, "a?z\0#"s},
+        {L"a\u00E9z", terminated, 3, 0, false, "#"},
+    });
+}
+
+TEST_F(ConversionUtf8, WideGoesToMultibyte) {
+    expectToMultibyte({
+        {L"a\u00E9z", 3, 5, 4, true, "a\xC3\xA9z\0#"s},
+        {L"a\u00E9z", 3, 4, 0, true, "#"},
+        // One bad character turns every other of more than one byte into "?" as well...
+        {{L'a', 0xE9, 0xD800}, 3, 0, 3, false, ""},
+        {{L'a', 0xE9, 0xD800}, 3, 8, 3, false, "a??\0#"s},
+        // ...unless the destination ends before it.
+        {{0xE9, 0xE9, 0xD800}, 3, 4, 4, false, "\xC3\xA9\xC3\xA9#"},
+        {{0x20AC, 0x20AC, 0xD800}, 3, 5, 3, false, "\xE2\x82\xAC\0"s},
+    });
+}
+
+TEST(Conversion, LongAsciiTakesTheFastRoadToTheSameResult) {
+    for (unsigned int size : {15u, 16u, 17u, 31u, 32u, 33u, 100u}) {
+        std::string narrow(size, 'a');
+        narrow.back() = '\x7F';
+        const std::wstring wide(narrow.begin(), narrow.end());
+        std::wstring wideDest(size + 1, L'#');
+        std::string narrowDest(size + 1, '#');
+        for (unsigned int cap : {size, size + 1}) {
+            const bool fits = cap > size;
+            EXPECT_EQ(
+                zeString::UTF8toWCS(narrow.c_str(), size, wideDest.data(), cap, false, nullptr),
+                size);
+            EXPECT_EQ(wideDest, wide + L'#');
+            EXPECT_EQ(zeString::WCStoUTF8(wide.c_str(), size, narrowDest.data(), cap, nullptr),
+                      size);
+            EXPECT_EQ(narrowDest, narrow + '#');
+            EXPECT_EQ(zeString::MBStoWCS(narrow.c_str(), size, wideDest.data(), cap, nullptr),
+                      fits ? size : 0);
+            EXPECT_EQ(zeString::WCStoMBS(wide.c_str(), size, narrowDest.data(), cap, nullptr),
+                      fits ? size : 0);
+        }
+        EXPECT_EQ(wideDest, wide + L'\0');
+        EXPECT_EQ(narrowDest, narrow + '\0');
+    }
+}
+
+TEST(Conversion, FindsAByteOrderMarkOnlyInALongEnoughText) {
+    EXPECT_EQ(zeString::detectUTF8BOM(nullptr, -1), 0u);
+    EXPECT_EQ(zeString::detectUTF8BOM("\xEF\xBB\xBF", -1), 3u);
+    EXPECT_EQ(zeString::detectUTF8BOM("\xEF\xBB\xBF", 3), 3u);
+    EXPECT_EQ(zeString::detectUTF8BOM("\xEF\xBB\xBF", 2), 0u);
+    EXPECT_EQ(zeString::detectUTF8BOM("\xEF\xBB\xBF", -2), 0u);
+    EXPECT_EQ(zeString::detectUTF8BOM("\xEF\xBB", -1), 0u);
+    EXPECT_EQ(zeString::getMultiByteStringSize(nullptr, "abc", 0), 3u);
+    EXPECT_EQ(zeString::getMultiByteStringSize(nullptr, "\xFF", 0), 0xFFFFFFFFu);
+}
+
+} // namespace

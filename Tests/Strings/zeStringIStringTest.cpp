@@ -1,0 +1,320 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/Strings/zeStringIString.h"
+
+#include <cstdlib>
+#include <string>
+#include <type_traits>
+
+#include <gtest/gtest.h>
+
+#include "Base/Strings/zeStringCString.h"
+#include "Support/Locale.h"
+
+using zeString::CString;
+using zeString::EncodingMultibyte;
+using zeString::EncodingUTF8;
+using zeString::IString;
+
+namespace {
+
+constexpr unsigned int npos = 0xFFFFFFFF;
+
+using IStringUtf8 = support::Utf8LocaleTest;
+
+std::wstring text(const IString& s) {
+    return std::wstring(s.asWChar(), s.length());
+}
+
+const IString withTerminator(L"ab\0cd", 5);
+
+struct NarrowCase {
+    const char* narrow;
+    zeString::Encoding encoding;
+    bool ok;
+    std::wstring wide;
+};
+
+void expectFromNarrow(std::initializer_list<NarrowCase> cases) {
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.narrow));
+        bool ok = !c.ok;
+        const IString made(c.narrow, c.encoding, &ok);
+        EXPECT_EQ(ok, c.ok);
+        EXPECT_EQ(text(made), c.wide);
+        ok = !c.ok;
+        IString assigned(L"before");
+        EXPECT_EQ(text(assigned.assign(c.narrow, c.encoding, &ok)), c.wide);
+        EXPECT_EQ(ok, c.ok);
+        ok = !c.ok;
+        EXPECT_EQ(text(IString(CString(c.narrow), c.encoding, &ok)), c.wide);
+        EXPECT_EQ(ok, c.ok);
+    }
+}
+
+TEST(IString, ReadsNarrowText) {
+    expectFromNarrow({
+        {nullptr, EncodingUTF8, true, L""},
+        {"", EncodingUTF8, true, L""},
+        {"", EncodingMultibyte, true, L""},
+        {"plain", EncodingMultibyte, true, L"plain"},
+        {"Sch\xC3\xB6n", EncodingUTF8, true, L"Sch\u00F6n"},
+        {"\xEF\xBB\xBFx\xC3\xB6", EncodingUTF8, true, L"x\u00F6"},
+        {"\xEF\xBB\xBF", EncodingUTF8, false, L""},
+        // In the "C" locale nothing but ASCII is text.
+        {"a\xC3\xB6z", EncodingMultibyte, false, L"a??z"},
+        {"a\xC3\xB6\xFF", EncodingUTF8, false, L"a???"},
+        {"plain", zeString::Encoding(7), true, L"plain"},
+    });
+    bool ok = false;
+    EXPECT_EQ(text(IString('x', EncodingUTF8, &ok)), L"x");
+    EXPECT_EQ(text(IString(3u, 'x', EncodingUTF8, &ok)), L"xxx");
+    EXPECT_TRUE(ok);
+    EXPECT_EQ(text(IString('\xE9', EncodingUTF8, &ok)), L"?");
+    EXPECT_FALSE(ok);
+}
+
+TEST_F(IStringUtf8, ReadsNarrowText) {
+    expectFromNarrow({
+        {"Sch\xC3\xB6n", EncodingMultibyte, true, L"Sch\u00F6n"},
+        {"\xC3\xB6\xFF\xC3\xB6", EncodingMultibyte, false, L"\u00F6?\u00F6"},
+        {"\xC3\xB6\xFF\xC3\xB6", EncodingUTF8, false, L"\u00F6?\u00F6"},
+    });
+    // Longer than any working space on the stack.
+    std::string narrow;
+    for (int i = 0; i < 500; ++i)
+        narrow += "\xE2\x82\xAC";
+    for (zeString::Encoding encoding : {EncodingMultibyte, EncodingUTF8}) {
+        const IString wide(narrow.c_str(), encoding);
+        EXPECT_EQ(text(wide), std::wstring(500, L'\u20AC'));
+        EXPECT_EQ(wide.asMultibyte(encoding), narrow);
+    }
+}
+
+TEST(IString, KeepsItsTextIfNothingRemainsOfAByteString) {
+    bool ok = true;
+    IString s(L"kept");
+    s.assign(CString("\xEF\xBB\xBF"), EncodingUTF8, &ok);
+    EXPECT_EQ(text(s), L"kept");
+    EXPECT_FALSE(ok);
+    s.assign(CString(""), EncodingUTF8, &ok);
+    EXPECT_TRUE(s.isEmpty() && ok);
+}
+
+struct WideCase {
+    std::wstring wide;
+    zeString::Encoding encoding;
+    bool ok;
+    std::string narrow;
+};
+
+void expectToNarrow(std::initializer_list<WideCase> cases) {
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.wide));
+        const IString s(c.wide.data(), static_cast<int>(c.wide.size()));
+        const auto narrow = [&] {
+            return std::string(s.asMultibyte(c.encoding), s.asMultibyteStoreSize(c.encoding) - 1);
+        };
+        EXPECT_EQ(narrow(), c.narrow);
+        bool ok = !c.ok;
+        s.asMultibyte(c.encoding, &ok); // the outcome was not recorded: converts again
+        EXPECT_EQ(ok, c.ok);
+        ok = !c.ok;
+        s.asMultibyte(c.encoding, &ok); // from the record
+        EXPECT_EQ(ok, c.ok);
+        EXPECT_EQ(narrow(), c.narrow);
+        char* block = s.copyAsMultibyte(c.encoding, &ok);
+        EXPECT_EQ(std::string(block), c.narrow.c_str());
+        EXPECT_EQ(ok, c.ok);
+        std::free(block);
+    }
+}
+
+TEST(IString, GivesNarrowText) {
+    expectToNarrow({
+        {L"", EncodingMultibyte, true, ""},
+        {L"plain", EncodingMultibyte, true, "plain"},
+        {L"plain", EncodingUTF8, true, "plain"},
+        {L"a\u00F6z", EncodingMultibyte, false, "a?z"},
+        {L"a\u00F6\u20AC\U0001F600", EncodingUTF8, true, "a\xC3\xB6\xE2\x82\xAC\xF0\x9F\x98\x80"},
+        {{L'a', 0xD800}, EncodingUTF8, false, ""},
+        {{L'a', 0xD800}, EncodingMultibyte, false, "a?"},
+        {{L'a', 0, L'b'}, EncodingMultibyte, true, "a"},
+        {{L'a', 0, L'b'}, EncodingUTF8, true, std::string("a\0b", 3)},
+        {{0, L'b'}, EncodingMultibyte, false, ""},
+    });
+    EXPECT_EQ(IString(L"a\u00F6").convertToCString(), CString("a?"));
+    EXPECT_EQ(IString(L"a\u00F6").asUTF8StoreSize(), 4u);
+    EXPECT_EQ(IString(L"a\u00F6").asWCharStoreSize(), 12u);
+    EXPECT_EQ(IString(L"a").asUnicode(), nullptr);
+    EXPECT_EQ(IString(L"a").asUnicodeStoreSize(), 0u);
+}
+
+TEST_F(IStringUtf8, GivesNarrowText) {
+    expectToNarrow({
+        {L"a\u00F6z", EncodingMultibyte, true, "a\xC3\xB6z"},
+        {{0xF6, 0xD800}, EncodingMultibyte, false, "??"},
+        // The room for the repair ends before the bad character.
+        {{0xF6, 0xF6, 0xD800}, EncodingMultibyte, false, "\xC3\xB6\xC3\xB6"},
+    });
+    // No room even for the first character: the cache keeps what it had.
+    IString s(L"old");
+    EXPECT_STREQ(s.asUTF8(), "old");
+    s = IString(std::wstring{0x1F600, 0xD800}.c_str());
+    bool ok = true;
+    EXPECT_STREQ(s.asMultibyte(EncodingMultibyte, &ok), "old");
+    EXPECT_FALSE(ok);
+}
+
+TEST(IString, KeepsTheNarrowFormThroughWritingAndFormatting) {
+    IString s(L"abc");
+    EXPECT_STREQ(s.asUTF8(), "abc");
+    s.at(0) = L'x';
+    s[1] = L'y';
+    EXPECT_STREQ(s.asUTF8(), "abc");
+    EXPECT_STREQ(s.asMultibyte(), "xyc"); // another encoding converts
+    s.format(L"%d", 42);
+    EXPECT_STREQ(s.asMultibyte(), "xyc");
+    s.strip(L' ').rstripSpaces().replace(L"none", L"some"); // nothing to change
+    EXPECT_STREQ(s.asMultibyte(), "xyc");
+    bool ok = false;
+    EXPECT_STREQ(s.asMultibyte(EncodingMultibyte, &ok), "42"); // must know the outcome
+    s[0] = L'5';
+    EXPECT_STREQ(s.asMultibyte(EncodingMultibyte, &ok), "42"); // and knows it now
+}
+
+TEST(IString, EveryOtherChangeRenewsTheNarrowForm) {
+    using Change = void (*)(IString&);
+    const struct {
+        Change change;
+        const char* after;
+    } cases[] = {
+        {[](IString& s) { s = L"x"; }, "x"},
+        {[](IString& s) { s = IString(L"x"); }, "x"},
+        {[](IString& s) { s.assign("x"); }, "x"},
+        {[](IString& s) { s.assign(CString("x")); }, "x"},
+        {[](IString& s) { s.assign(CString()); }, ""},
+        {[](IString& s) { s.append(IString(L"x")); }, "-aBa-x"},
+        {[](IString& s) { s.append(L"x"); }, "-aBa-x"},
+        {[](IString& s) { s.append(L'x'); }, "-aBa-x"},
+        {[](IString& s) { s.prepend(IString(L"x")); }, "x-aBa-"},
+        {[](IString& s) { s.prepend(L"x"); }, "x-aBa-"},
+        {[](IString& s) { s.prepend(L'x'); }, "x-aBa-"},
+        {[](IString& s) { s.erase(1); }, "-"},
+        {[](IString& s) { s.replace(0, 4, IString(L"x")); }, "x-"},
+        {[](IString& s) { s.replace(0, 4, L"x"); }, "x-"},
+        {[](IString& s) { s.replace(0, 4, L'x'); }, "x-"},
+        {[](IString& s) { s.replace(L"a", L"x"); }, "-xBx-"},
+        {[](IString& s) { s.replaceFirst(L"a", L"x"); }, "-xBa-"},
+        {[](IString& s) { s.strip(L'-'); }, "aBa-"},
+        {[](IString& s) { s.rstrip(L'-'); }, "-aBa"},
+        {[](IString& s) { s.toLowerCase(); }, "-aba-"},
+        {[](IString& s) { s.toUpperCase(); }, "-ABA-"},
+        {[](IString& s) { IString(L"-b-").substr(s, 1); }, "b-"},
+        {[](IString& s) { IString(L"x").swap(s); }, "x"},
+        {[](IString& s) {
+             IString other(L"x");
+             s.swap(other);
+         },
+         "x"},
+    };
+    for (const auto& c : cases) {
+        IString s(L"-aBa-");
+        ASSERT_STREQ(s.asUTF8(), "-aBa-");
+        c.change(s);
+        EXPECT_STREQ(s.asUTF8(), c.after) << "case " << &c - cases;
+    }
+}
+
+TEST(IString, CopiesEndAtATerminatorAndAssignmentKeepsIt) {
+    static_assert(!std::is_nothrow_move_constructible_v<IString>); // a move would keep it
+    EXPECT_EQ(withTerminator.length(), 5u);
+    EXPECT_EQ(text(IString(withTerminator)), L"ab");
+    EXPECT_EQ(IString().assign(withTerminator).length(), 5u);
+    EXPECT_EQ(text(withTerminator.substr(1)), L"b");
+    EXPECT_EQ(text(withTerminator.substr(3)), L"cd");
+    EXPECT_EQ(plus(withTerminator, withTerminator).length(), 7u);
+    EXPECT_EQ(withTerminator.compareNoCase(L"AB"), 0);
+
+    IString a(L"whole");
+    a.append(withTerminator);
+    IString b;
+    b.assign(withTerminator);
+    a.swap(b);
+    EXPECT_EQ(text(a), L"ab");
+    EXPECT_EQ(b.length(), 10u);
+    b.swap(b);
+    EXPECT_EQ(text(b), L"wholeab");
+}
+
+TEST(IString, SubstrMayWriteIntoItself) {
+    IString s(L"abcd");
+    EXPECT_EQ(&s.substr(s, 1, 2), &s);
+    EXPECT_EQ(text(s), L"bc");
+}
+
+TEST(IString, ReplacesEveryOccurrenceOnce) {
+    const struct {
+        const wchar_t* before;
+        const wchar_t* from;
+        const wchar_t* to;
+        const wchar_t* all;
+        const wchar_t* first;
+    } cases[] = {
+        {L"aXbXc", L"X", L"--", L"a--b--c", L"a--bXc"},
+        {L"XX", L"X", L"", L"", L"X"},
+        {L"aaa", L"aa", L"b", L"ba", L"ba"},
+        {L"ab", L"a", L"aa", L"aab", L"aab"}, // what was put in is not searched again
+        {L"abc", L"", L"x", L"abc", L"abc"},
+        {L"", L"x", L"y", L"", L""},
+        {L"abc", L"x", L"y", L"abc", L"abc"},
+        {L"abc", L"abc", L"", L"", L""},
+    };
+    for (const auto& c : cases) {
+        IString all(c.before);
+        IString first(c.before);
+        EXPECT_EQ(text(all.replace(c.from, c.to)), c.all);
+        EXPECT_EQ(text(first.replaceFirst(c.from, c.to)), c.first);
+    }
+    IString s(L"ab");
+    EXPECT_EQ(text(s.replace(s, L"xyz")), L"xyz");
+    EXPECT_EQ(text(s.replace(L"y", s)), L"xxyzz");
+}
+
+TEST(IString, FindsAnyOfASet) {
+    const IString s(L"path/to\\file");
+    EXPECT_EQ(s.findAny(L"/\\"), 4u);
+    EXPECT_EQ(s.findAny(L"/\\", 5), 7u);
+    EXPECT_EQ(s.findAny(L"/\\", 8), npos);
+    EXPECT_EQ(s.rfindAny(L"/\\"), 7u);
+    EXPECT_EQ(s.rfindAny(L"/\\", 6), 4u);
+    EXPECT_EQ(s.rfindAny(L"/\\", 3), npos);
+    EXPECT_EQ(s.findAny(L""), npos);
+    EXPECT_EQ(s.rfindAny(L""), npos);
+    EXPECT_EQ(IString().findAny(L"/"), npos);
+    EXPECT_EQ(IString().rfindAny(L"/"), npos);
+}
+
+TEST(IString, TakesNarrowFormats) {
+    IString s;
+    EXPECT_EQ(s.format("%s|%S|%d", "narrow", L"wide", 3), 13u);
+    EXPECT_EQ(text(s), L"narrow|wide|3");
+    EXPECT_EQ(s.format(4, "%0300d", 1), 300u);
+    EXPECT_EQ(s.format("\xC3\xB6%d", 1), 3u); // the format itself is repaired
+    EXPECT_EQ(text(s), L"??1");
+    EXPECT_EQ(s.format(static_cast<const char*>(nullptr)), npos);
+    EXPECT_EQ(s.format("%c", 0xE9), npos); // not a character of this locale
+    EXPECT_EQ(text(s), L"??1");
+}
+
+TEST_F(IStringUtf8, FormatsWideAndNarrowText) {
+    IString s;
+    EXPECT_EQ(s.format(L"%s%S", "\xE2\x82\xAC", L"\u20AC"), 2u);
+    EXPECT_EQ(text(s), L"\u20AC\u20AC");
+    EXPECT_EQ(s.format("%300s", "\xE2\x82\xAC"), 300u);
+    EXPECT_EQ(s.at(299), L'\u20AC');
+    EXPECT_EQ(s.format(L"%c", 0xE9), npos); // half a character
+    EXPECT_EQ(s.length(), 300u);
+}
+
+} // namespace

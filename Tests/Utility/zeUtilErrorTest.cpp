@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/Utility/zeUtilError.h"
+
+#include <string>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "Base/Strings/zeStringIString.h"
+
+using zeString::IString;
+using zeUtil::Error;
+
+namespace {
+
+Error fromList(int code, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    Error error(code, format, arguments);
+    va_end(arguments);
+    return error;
+}
+
+Error fromList(int code, const wchar_t* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    Error error(code, format, arguments);
+    va_end(arguments);
+    return error;
+}
+
+TEST(Error, BuildsItsMessageFromEveryKindOfFormat) {
+    const struct {
+        Error error;
+        const char* message;
+    } cases[] = {
+        {Error(), ""},
+        {Error(5, IString(L"plain")), "plain"},
+        {Error(5, "%s and %S: %d", "narrow", L"wide", 3), "narrow and wide: 3"},
+        {Error(5, L"%s and %S: %d", "narrow", L"wide", 3), "narrow and wide: 3"},
+        {fromList(5, "%d%%", 99), "99%"},
+        {fromList(5, L"%S", L"list"), "list"},
+        // A bare literal 0 would be taken for a va_list.
+        {Error(5, "%d", int(0)), "0"},
+        {Error(5, "%s", "\xC3\xA9"), ""}, // not a character of the "C" locale
+    };
+    for (const auto& c : cases) {
+        EXPECT_STREQ(c.error.message(), c.message);
+        EXPECT_EQ(c.error.code(), c.error == Error() ? 0 : 5);
+    }
+}
+
+TEST(Error, TellsAnEmptyMessageFromNone) {
+    const Error none(5, "");
+    EXPECT_STREQ(none.message(), "");
+    EXPECT_EQ(none, Error(5, static_cast<const char*>(nullptr)));
+    EXPECT_EQ(none, Error(5, static_cast<const wchar_t*>(nullptr)));
+    EXPECT_NE(none, Error(5, IString()));
+    EXPECT_EQ(Error(5, IString()), Error(5, IString()));
+    EXPECT_NE(none, Error(6, ""));
+    EXPECT_NE(Error(5, "a"), Error(5, "b"));
+}
+
+TEST(Error, IsAValue) {
+    Error original(7, "kept");
+    Error copy = original;
+    const char* own = copy.message();
+    EXPECT_NE(own, original.message());
+    original = Error(8, "changed");
+    EXPECT_EQ(copy, Error(7, "kept"));
+
+    Error& same = copy;
+    copy = same;
+    EXPECT_EQ(copy, Error(7, "kept"));
+
+    original.swap(copy);
+    EXPECT_EQ(original, Error(7, "kept"));
+    EXPECT_EQ(copy, Error(8, "changed"));
+
+    const Error moved = std::move(original);
+    EXPECT_EQ(moved, Error(7, "kept"));
+    EXPECT_EQ(original, Error()); // NOLINT(bugprone-use-after-move): promised to be a success
+}
+
+} // namespace
