@@ -14,9 +14,8 @@
 ///
 /// A line of the processor's cache holds five entries, filled from the front. An entry lies in the
 /// line that its hash names or, where that is full, in the next one with room. A search thus costs
-/// one cache miss, seldom more, and its comparisons within a line need no branch. The hash keeps
-/// the order of its leading bits when the table doubles, so that growing walks old and new memory
-/// in order.
+/// one cache miss, seldom more, and its comparisons within a line need no branch. Objects made in a
+/// row are mostly met in a row, so neighbours in memory are neighbours in the table.
 class ioPointerTable {
 public:
     /// The number of `key`, or null.
@@ -51,7 +50,7 @@ public:
 
 private:
     /// Lines are this full on average when the table doubles.
-    static constexpr std::size_t averageEntries = 3;
+    static constexpr std::size_t averageEntries = 4;
 
     struct alignas(64) Line {
         static constexpr int capacity = 5;
@@ -78,13 +77,12 @@ private:
     };
     static_assert(sizeof(Line) == 64);
 
-    /// Regions of 1 KiB are scattered, 16 lines each; what lies side by side in a region lies side
-    /// by side in the table, since objects made in a row are mostly met in a row. A multiplication
-    /// carries the bits in which regions differ to the top.
+    /// Regions of 4 KiB are scattered, by a multiplication that carries the bits in which they
+    /// differ to the top; each covers 64 lines, in the order of its addresses.
     std::size_t home(const void* key) const {
         const auto address = reinterpret_cast<std::uintptr_t>(key);
-        const std::size_t region = ((address >> 10) * 0x9E3779B97F4A7C15u) >> shift_;
-        return (region + ((address >> 6) & 15)) & (lines_.size() - 1);
+        const std::size_t region = ((address >> 12) * 0x9E3779B97F4A7C15u) >> shift_;
+        return (region + ((address >> 6) & 63)) & (lines_.size() - 1);
     }
 
     std::size_t after(std::size_t at) const { return (at + 1) & (lines_.size() - 1); }
