@@ -151,15 +151,15 @@ TEST_F(FileLink, SurvivesInterruptionsAndReportsFailures) {
         ioBuffer::bufferStatus onWriting;
         ioBuffer::bufferStatus onReading;
     } cases[] = {
-        {SystemFaults::open, {{EINTR}, {EINTR}}, ok, ok},
-        {SystemFaults::open, {{EACCES}}, ioBuffer::bufferOpenError, ioBuffer::bufferOpenError},
-        {SystemFaults::write, {{EINTR}, {EAGAIN}, {0, 1}, {EINTR}, {0, 2}}, ok, ok},
-        {SystemFaults::write, {{0, 1}, {ENOSPC}}, ioBuffer::bufferDiskFull, ok},
-        {SystemFaults::write, {{EIO}}, ioBuffer::bufferIOError, ok},
-        {SystemFaults::read, {{EINTR}, {EAGAIN}, {0, 1}, {EINTR}, {0, 2}}, ok, ok},
-        {SystemFaults::read, {{0, 1}, {EIO}}, ok, ioBuffer::bufferIOError},
-        {SystemFaults::close, {{EINTR}, {EINTR}}, ok, ok},
-        {SystemFaults::close, {{EIO}}, ioBuffer::bufferIOError, ioBuffer::bufferIOError},
+        {SystemFaults::onOpen, {{EINTR}, {EINTR}}, ok, ok},
+        {SystemFaults::onOpen, {{EACCES}}, ioBuffer::bufferOpenError, ioBuffer::bufferOpenError},
+        {SystemFaults::onWrite, {{EINTR}, {EAGAIN}, {0, 1}, {EINTR}, {0, 2}}, ok, ok},
+        {SystemFaults::onWrite, {{0, 1}, {ENOSPC}}, ioBuffer::bufferDiskFull, ok},
+        {SystemFaults::onWrite, {{EIO}}, ioBuffer::bufferIOError, ok},
+        {SystemFaults::onRead, {{EINTR}, {EAGAIN}, {0, 1}, {EINTR}, {0, 2}}, ok, ok},
+        {SystemFaults::onRead, {{0, 1}, {EIO}}, ok, ioBuffer::bufferIOError},
+        {SystemFaults::onClose, {{EINTR}, {EINTR}}, ok, ok},
+        {SystemFaults::onClose, {{EIO}}, ioBuffer::bufferIOError, ioBuffer::bufferIOError},
     };
     const std::string path = folder.write("in", "content");
     for (const auto& test : cases) {
@@ -198,7 +198,7 @@ TEST_F(FileLink, StopsAtTheWriteThatFailsWithAllBeforeItInTheFile) {
         Answers answers(failing);
         answers.push_back({ENOSPC});
         {
-            const SystemFaults faults(SystemFaults::write, answers);
+            const SystemFaults faults(SystemFaults::onWrite, answers);
             link->writeData(bytes.data(), 1000);
             link->writeData(bytes.data() + 1000, int(bytes.size()) - 1000);
             link->flush();
@@ -217,7 +217,7 @@ TEST_F(FileLink, CountsAFailedReadAsMinusOneByte) {
     link->associateProgressFunction(noteProgress);
     char bytes[8];
     link->readData(bytes, 5);
-    const SystemFaults faults(SystemFaults::read, {{EIO}});
+    const SystemFaults faults(SystemFaults::onRead, {{EIO}});
     EXPECT_EQ(link->readData(bytes, 8), 0);
     EXPECT_THAT(totals, ElementsAre(5, 4));
 }

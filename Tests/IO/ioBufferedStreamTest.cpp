@@ -226,7 +226,7 @@ TEST(BufferedStream, LearnsOnCloseThatTheDiskWasFull) {
     ioBufferedStreamOutput out;
     out.openFile(name(folder.path("file")));
     out.writeString("text");
-    const SystemFaults faults(SystemFaults::write, {{ENOSPC}});
+    const SystemFaults faults(SystemFaults::onWrite, {{ENOSPC}});
     out.close();
     EXPECT_EQ(out.getStatus(), streamDiskFull);
 }

@@ -41,23 +41,23 @@ int open(const char* path, int flags, ...) {
     va_start(arguments, flags);
     const mode_t mode = flags & O_CREAT ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
-    if (SystemFaults::next(SystemFaults::open).error)
+    if (SystemFaults::next(SystemFaults::onOpen).error)
         return -1;
     return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
 }
 
 ssize_t read(int fd, void* destination, size_t n) {
-    const SystemFaults::Answer answer = SystemFaults::next(SystemFaults::read);
+    const SystemFaults::Answer answer = SystemFaults::next(SystemFaults::onRead);
     return answer.error ? -1 : syscall(SYS_read, fd, destination, std::min(n, answer.limit));
 }
 
 ssize_t write(int fd, const void* source, size_t n) {
-    const SystemFaults::Answer answer = SystemFaults::next(SystemFaults::write);
+    const SystemFaults::Answer answer = SystemFaults::next(SystemFaults::onWrite);
     return answer.error ? -1 : syscall(SYS_write, fd, source, std::min(n, answer.limit));
 }
 
 int close(int fd) {
-    if (SystemFaults::next(SystemFaults::close).error)
+    if (SystemFaults::next(SystemFaults::onClose).error)
         return -1;
     return static_cast<int>(syscall(SYS_close, fd));
 }

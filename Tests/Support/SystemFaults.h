@@ -5,7 +5,7 @@
 /// own open, read, write and close, which fail where a test says so.
 ///
 /// @code
-/// SystemFaults faults(SystemFaults::write, {{EINTR}, {ENOSPC}});
+/// SystemFaults faults(SystemFaults::onWrite, {{EINTR}, {ENOSPC}});
 /// // The next write is interrupted, the one after it meets a full disk, the third works again.
 /// @endcode
 
@@ -16,7 +16,7 @@
 
 class SystemFaults {
 public:
-    enum Call { open, read, write, close };
+    enum Call { onOpen, onRead, onWrite, onClose };
 
     /// What one call meets: a failure with `error`, or, with error 0, at most `limit` bytes moved.
     struct Answer {
