@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/Utility/zeHash.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "Base/Strings/zeStringCString.h"
+#include "Base/Strings/zeStringIString.h"
+
+// The expected values come from a separate program that interprets the steps one by one, over the
+// S-boxes as the RFC prints them.
+
+namespace {
+
+TEST(Hash, ByteAndWordFormsBeginTheLastCycleInTheMiddle) {
+    struct Case {
+        int length;
+        std::uint32_t ofBytes; // of 0, 1, 2 ... modulo 256
+        std::uint32_t ofWords; // of 0, 0x9E3779B9, 2 * 0x9E3779B9 ...
+    };
+    const Case cases[] = {
+        {-1, 0, 0},
+        {0, 0, 0},
+        {1, 0x8defc240u, 0x8defc240u},
+        {2, 0x06da4d0bu, 0x9cad1392u},
+        {3, 0x2d7fd738u, 0x97bd30bfu},
+        {4, 0x8040f4b4u, 0x794deab2u},
+        {5, 0x62a48e1cu, 0xd2f7f7c6u},
+        {6, 0x9135951fu, 0xa69fa4f6u},
+        {7, 0xf19d682cu, 0xeb3cb725u},
+        {8, 0xa29e79b5u, 0xa3543601u},
+        {9, 0x94a49a2bu, 0xcf10d6d5u},
+        {10, 0x3f6cedaeu, 0xa08e2afbu},
+        {11, 0x4274cf3du, 0x456b0ffeu},
+        {12, 0xb5c82b71u, 0x75461ba3u},
+        {13, 0x28ad4d4au, 0xa4cd7e76u},
+        {14, 0xfe241c4fu, 0xbfcff71au},
+        {15, 0x835d21a1u, 0x32141fe2u},
+        {16, 0x112d3174u, 0xb8e838dau},
+        {17, 0xec64ac0du, 0x4a8fded5u},
+        {30, 0x0cefc4e8u, 0xad520fb3u},
+        {31, 0x9eba0105u, 0xaf93f31eu},
+        {3840, 0xbdd4c318u, 0x8ec49ccau}, // every byte in every step
+    };
+    std::vector<unsigned char> bytes;
+    std::vector<unsigned int> words;
+    std::vector<wchar_t> wide;
+    for (unsigned int i = 0; i < 3840; ++i) {
+        bytes.push_back(static_cast<unsigned char>(i));
+        words.push_back(i * 0x9E3779B9u);
+        wide.push_back(static_cast<wchar_t>(words.back()));
+    }
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.length);
+        EXPECT_EQ(ze::hashfunction(bytes.data(), c.length), c.ofBytes);
+        const char* first = reinterpret_cast<const char*>(bytes.data());
+        EXPECT_EQ(ze::hashfunction(first, first + std::max(c.length, 0)), c.ofBytes);
+        EXPECT_EQ(ze::hashfunction(words.data(), c.length), c.ofWords);
+        EXPECT_EQ(ze::hashfunction(wide.data(), c.length), c.ofWords);
+    }
+}
+
+TEST(Hash, TextFormStopsAtAnyPlaceInItsGroup) {
+    const std::string text = "The quick";
+    const std::uint32_t expected[] = {0,           0x29f9d4d5u, 0x16c8d6b0u, 0xe2bbf0e8u,
+                                      0x62e8f1e8u, 0x0b8b3420u, 0x40221d71u, 0xe893cc99u,
+                                      0xc7026fd9u, 0x9ea0a17fu};
+    for (std::size_t length = 0; length <= text.size(); ++length)
+        EXPECT_EQ(ze::hashfunction(text.substr(0, length).c_str()), expected[length]) << length;
+
+    std::string everyByteInEveryPlace;
+    for (int i = 0; i < 1020; ++i)
+        everyByteInEveryPlace += static_cast<char>(i % 255 + 1);
+    EXPECT_EQ(ze::hashfunction(everyByteInEveryPlace.c_str()), 0x783c732eu);
+}
+
+TEST(Hash, StringsHashTheirContentWithZerosInside) {
+    EXPECT_EQ(hashfunction(zeString::CString("a\0b", 3)), 0xb29dd258u);
+    EXPECT_EQ(hashfunction(zeString::IString(L"a\0\U0001F600", 3)), 0x2d816519u);
+    EXPECT_EQ(ze::hashfunction(zeString::CString()), 0u);
+}
+
+TEST(Hasher, BeginsAfreshWithEachFlush) {
+    struct Case {
+        std::vector<int> pieces; // how many numbers between one getHash() and the next
+        std::uint32_t hash;
+    };
+    const Case cases[] = {
+        {{0}, 0},
+        {{1}, 0xe02e8080u},
+        {{16}, 0x26d0e938u},
+        {{17}, 0x1dff5b97u},
+        {{16, 1}, 0x1dff5b97u},
+        {{40}, 0xf52af0b9u},
+        {{3, 0, 2}, 0x843cfdbfu},
+    };
+    for (const Case& c : cases) {
+        ze::Hasher hasher;
+        std::uint64_t next = 0;
+        for (int piece : c.pieces) {
+            for (int i = 0; i < piece; ++i)
+                hasher.add(next++ * 0x9E3779B97F4A7C15u);
+            hasher.getHash();
+        }
+        EXPECT_EQ(hasher.getHash(), c.hash) << c.pieces.front();
+    }
+}
+
+} // namespace
