@@ -12,7 +12,8 @@ import re
 import sys
 
 COMMENT = re.compile(r'\s*///(?!<)')
-NO_GROUP = re.compile(r'\s*(#|(template\b.*)?(class|struct|enum|namespace|union|requires|public|protected|private)\b)')
+TEMPLATE = re.compile(r'\s*template\s*<.*>')
+NO_GROUP = re.compile(r'\s*(#|(class|struct|enum|namespace|union|public|protected|private)\b)')
 
 
 def end_of_run(lines, first):
@@ -21,7 +22,8 @@ def end_of_run(lines, first):
     index = first
     while index < len(lines):
         code = re.sub(r'//.*|"(\\.|[^"\\])*"|\'(\\.|[^\'\\])*\'', '', lines[index])
-        if depth == 0 and (not lines[index].strip() or COMMENT.match(lines[index]) or NO_GROUP.match(code)):
+        if depth == 0 and (not lines[index].strip() or COMMENT.match(lines[index]) or
+                           NO_GROUP.match(TEMPLATE.sub('', code))):
             break
         for position, character in enumerate(code):
             depth += {'{': 1, '}': -1, '(': 1, ')': -1}.get(character, 0)
@@ -47,7 +49,8 @@ def main():
         end, declarations = end_of_run(lines, index)
         if declarations > 1:
             lines[comment] = '/**@{*/ ' + lines[comment].lstrip()
-            lines[end - 1] += ' /**@}*/'
+            code, mark, remark = lines[end - 1].partition(' //')
+            lines[end - 1] = code + ' /**@}*/' + mark + remark
         index = max(index, end)
     print('\n'.join(lines), end='')
 

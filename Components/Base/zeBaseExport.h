@@ -5,9 +5,12 @@
 
 #pragma once
 
+/// The version of these headers.
+///@{
 #define ZEBASE_VERSION_MAJOR 0
 #define ZEBASE_VERSION_MINOR 1
 #define ZEBASE_VERSION_PATCH 0
+///@}
 
 /// Marks what libzeBase.so exports. Everything else is hidden. Templates and inline functions need
 /// no mark; a class that plug-ins derive from, cast to or catch bears it on the class, and has an

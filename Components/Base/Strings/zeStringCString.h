@@ -40,9 +40,11 @@ public:
     explicit CString(char c);
     /// `n` copies of `c`.
     CString(unsigned int n, char c);
+
     CString(const CString& other);
     ~CString() override;
 
+    /// Replaces the content. Null is the empty text.
     CString& operator=(const CString& other);
     CString& operator=(const char* text);
     CString& assign(const CString& other);
@@ -54,6 +56,7 @@ public:
     /// 0xFFFFFFF9.
     unsigned int maxSize() const override;
 
+    /// Adds a text behind, before, or within this one.
     virtual CString& append(const CString& other);
     CString& append(const char* text);
     CString& append(char c);
@@ -72,6 +75,7 @@ public:
     CString& replace(unsigned int pos, unsigned int n, const char* text);
     CString& replace(unsigned int pos, unsigned int n, char c);
 
+    /// The text, terminated, valid until the next change.
     const char* asChar() const;
     /// The same pointer as asChar().
     const char* asMultibyte() const;
@@ -132,7 +136,9 @@ public:
         __attribute__((format(printf, 3, 4)));
     unsigned int format(unsigned int initialSize, const CString* fmt, ...);
 
+    /// A copy of up to `n` characters.
     CString substr(unsigned int pos, unsigned int n = npos) const;
+
     void swap(CString& other) noexcept;
     /// Whether every byte is ASCII.
     bool isAscii() const;
@@ -151,6 +157,7 @@ ZEBASE_API CString plus(const CString& a, const CString& b);
 /// Appends `b` to `a`.
 ZEBASE_API CString& plusEqual(CString& a, const CString& b);
 
+/// The comparisons by compare(), as functions.
 ZEBASE_API bool equal(const CString& a, const CString& b);
 ZEBASE_API bool equal(const CString& a, const char* b);
 ZEBASE_API bool notEqual(const CString& a, const CString& b);
@@ -159,6 +166,7 @@ ZEBASE_API bool greater(const CString& a, const CString& b);
 ZEBASE_API bool lessEqual(const CString& a, const CString& b);
 ZEBASE_API bool greaterEqual(const CString& a, const CString& b);
 
+/// a.swap(b).
 ZEBASE_API void swap(CString& a, CString& b) noexcept;
 
 } // namespace zeString

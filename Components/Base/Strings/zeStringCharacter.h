@@ -18,11 +18,14 @@
 
 namespace zeString {
 
+/// Whether the code is below 128.
 ZEBASE_API bool isAscii(char c);
 ZEBASE_API bool isAscii(wchar_t c);
+
 /// Whether every byte is ASCII; true for null and for an empty text.
 ZEBASE_API bool isAscii(const char* text);
 
+/// The C library's tests in the locale of the process.
 ZEBASE_API bool isUpper(char c);
 ZEBASE_API bool isUpper(wchar_t c);
 ZEBASE_API bool isLower(char c);
@@ -41,6 +44,7 @@ ZEBASE_API bool isDigit(wchar_t c);
 /// A carriage return or a line feed.
 ZEBASE_API bool isNewLine(char c);
 ZEBASE_API bool isNewLine(wchar_t c);
+/// The tabulator.
 ZEBASE_API bool isTab(char c);
 ZEBASE_API bool isTab(wchar_t c);
 
@@ -66,6 +70,7 @@ ZEBASE_API bool isPrint(wchar_t c);
 ZEBASE_API bool isGraph(char c);
 ZEBASE_API bool isGraph(wchar_t c);
 
+/// The C library's conversions in the locale of the process.
 ZEBASE_API char toUpper(char c);
 ZEBASE_API wchar_t toUpper(wchar_t c);
 ZEBASE_API char toLower(char c);

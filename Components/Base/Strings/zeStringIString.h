@@ -89,6 +89,7 @@ public:
     /// 0xFFFFFFFE.
     unsigned int maxSize() const override;
 
+    /// Adds a text behind, before, or within this one.
     virtual IString& append(const IString& other);
     IString& append(const wchar_t* text);
     IString& append(wchar_t c);
@@ -111,6 +112,7 @@ public:
     IString& replace(const IString& from, const IString& to);
     IString& replaceFirst(const IString& from, const IString& to);
 
+    /// The text, terminated, valid until the next change.
     const wchar_t* asWChar() const;
     /// The bytes (not characters) behind asWChar(), with the terminator.
     unsigned int asWCharStoreSize() const;
@@ -217,6 +219,7 @@ ZEBASE_API IString plus(const IString& a, const IString& b);
 /// Appends `b` to `a`.
 ZEBASE_API IString& plusEqual(IString& a, const IString& b);
 
+/// The comparisons by compare(), as functions.
 ZEBASE_API bool equal(const IString& a, const IString& b);
 ZEBASE_API bool notEqual(const IString& a, const IString& b);
 ZEBASE_API bool less(const IString& a, const IString& b);

@@ -28,6 +28,7 @@ extern "C" {
 ZEBASE_API int ZL_vsnprintf(char* buffer, std::size_t size, const char* format, va_list arguments)
     __attribute__((format(printf, 3, 0)));
 
+/// ZL_vsnprintf() of its arguments.
 ZEBASE_API int ZL_snprintf(char* buffer, std::size_t size, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 
@@ -35,6 +36,7 @@ ZEBASE_API int ZL_snprintf(char* buffer, std::size_t size, const char* format, .
 ZEBASE_API int ZL_vswprintf(wchar_t* buffer, std::size_t size, const wchar_t* format,
                             va_list arguments);
 
+/// ZL_vswprintf() of its arguments.
 ZEBASE_API int ZL_swprintf(wchar_t* buffer, std::size_t size, const wchar_t* format, ...);
 
 /// A copy of a wide format that suits the C library's printf family. The caller frees it with

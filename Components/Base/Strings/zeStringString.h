@@ -29,6 +29,7 @@ public:
 
     virtual ~String();
 
+    /// Whether length() is 0.
     virtual bool isEmpty() const;
     /// The same as isEmpty(): no string is null without being empty, or the reverse.
     virtual bool isNull() const;

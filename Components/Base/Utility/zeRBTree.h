@@ -47,6 +47,7 @@ namespace ze {
 /// nodes. All key and value pointers given must point to objects of the table's types.
 class ZEBASE_API RBTreeImpl {
 public:
+    /// The colour of a node.
     enum Colour : int { red, black };
 
     /// The sides of a node, as an index into its children: a search takes its next step without a
@@ -72,6 +73,7 @@ public:
 
         Node* child[2]; ///< By side; null if there is none. The end's: the first and the last node.
         Node* parent;   ///< The root's is the end, the end's is the root.
+        /// The end is red.
         Colour colour;
 
     private:
@@ -101,6 +103,7 @@ public:
     struct TypeUtil {
         int keyOffset;   ///< Where a node's key lies.
         int valueOffset; ///< Where a node's value lies.
+        /// Whether the first key comes before the second.
         bool (*less)(const void* key, const void* otherKey);
         void (*copyKey)(void* to, const void* key); ///< Constructs a key in a node.
         /// Constructs a value in a node that has its key. If it throws, it first destroys the key.
@@ -163,6 +166,7 @@ public:
     /// The root, or null.
     Node* root() const { return end_.parent; }
 
+    /// Key and value of a node other than the end.
     const void* keyOf(const Node* node) const {
         return reinterpret_cast<const char*>(node) + typeUtil_->keyOffset;
     }
@@ -179,6 +183,7 @@ public:
     /// The number of elements with that key.
     int count(const void* key) const;
 
+    /// The first node whose key is not less than, or greater than, the given one; else the end.
     Node* lowerBound(const void* key) const { return typeUtil_->lowerBound(this, key); }
     Node* upperBound(const void* key) const { return typeUtil_->upperBound(this, key); }
 
@@ -269,6 +274,7 @@ public:
     /// The bytes of a node, for the constructor of ze::RBTreeImpl.
     static constexpr unsigned long nodeSize = roundUp(std::max(valueEnd, sizeof(Node)), alignment);
 
+    /// Key and value of a node other than the end.
     static Key& keyOf(const Node* node) {
         return *std::launder(
             reinterpret_cast<Key*>(reinterpret_cast<char*>(const_cast<Node*>(node)) + keyOffset));
@@ -362,6 +368,7 @@ private:
     }
 
 public:
+    /// The table that ze::RBTreeImpl takes.
     static constexpr RBTreeImpl::TypeUtil typeUtil = [] {
         RBTreeImpl::TypeUtil util{};
         util.keyOffset = static_cast<int>(keyOffset);

@@ -48,6 +48,7 @@ public:
 template<class S>
 class AsyncSignalArg : public AsyncSignal {
 public:
+    /// The type of the copy.
     using ArgType = std::remove_cvref_t<typename S::ArgType>;
 
     AsyncSignalArg(S* signal, ArgType argument) : signal_(signal), argument_(std::move(argument)) {}

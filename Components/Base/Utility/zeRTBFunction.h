@@ -50,6 +50,7 @@ class ZEBASE_API FunctionVoid : public FunctionBase {
 public:
     ~FunctionVoid() override;
 
+    /// Calls the function.
     virtual void call() = 0;
 };
 
@@ -84,6 +85,7 @@ private:
 template<class T>
 class FunctionArg : public FunctionBase {
 public:
+    /// Calls the function.
     virtual void call(T argument) = 0;
 };
 
@@ -105,6 +107,7 @@ private:
 template<class A, class B, class C>
 class Function3Args : public FunctionBase {
 public:
+    /// Calls the function.
     virtual void call(A a, B b, C c) = 0;
 };
 

@@ -36,10 +36,12 @@ namespace zeRTB {
 /// A signal without arguments.
 class SignalVoid : public SignalBase {
 public:
+    /// Calls every connected function.
     void send() const {
         fire<FunctionVoid>([](FunctionVoid& function) { function.call(); });
     }
 
+    /// Connects a function, or a member function with its instance.
     Connection* connect(void (*function)()) {
         return addCallback(new FunctionVoidGlobal(function));
     }
@@ -61,12 +63,15 @@ public:
 template<class T>
 class SignalArg : public SignalBase {
 public:
+    /// The type of the argument.
     using ArgType = T;
 
+    /// Calls every connected function.
     void send(T argument) const {
         fire<FunctionArg<T>>([&](FunctionArg<T>& function) { function.call(argument); });
     }
 
+    /// Connects a member function with its instance.
     template<class C>
     Connection* connect(C* instance, std::type_identity_t<void (C::*)(T)> member) {
         return addCallback(new FunctionArgMember<T, C>(instance, member));
@@ -82,11 +87,13 @@ public:
 template<class A, class B, class C>
 class Signal3Args : public SignalBase {
 public:
+    /// Calls every connected function.
     void send(A a, B b, C c) const {
         fire<Function3Args<A, B, C>>(
             [&](Function3Args<A, B, C>& function) { function.call(a, b, c); });
     }
 
+    /// Connects a member function with its instance.
     template<class I>
     Connection* connect(I* instance, std::type_identity_t<void (I::*)(A, B, C)> member) {
         return addCallback(new Function3ArgsMember<A, B, C, I>(instance, member));

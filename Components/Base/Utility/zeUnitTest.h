@@ -19,6 +19,7 @@ namespace ze {
 /// Sets the flag, for the rest of the process.
 ZEBASE_API void setThisIsAUnitTest();
 
+/// Whether the flag is set.
 ZEBASE_API bool isThisAUnitTest();
 
 } // namespace ze

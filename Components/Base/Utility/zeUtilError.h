@@ -53,6 +53,7 @@ public:
     /// Leaves the left side unchanged if the copy cannot be allocated.
     Error& operator=(Error other) noexcept;
 
+    /// 0 for success, else what the header of the failing call says.
     int code() const { return code_; }
 
     /// The message in the locale's multi-byte encoding; empty without one, never null. Valid until

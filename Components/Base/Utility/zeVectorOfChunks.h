@@ -29,6 +29,7 @@
 template<class T, std::size_t N>
 class zeVectorOfChunks {
 public:
+    /// The elements that one allocation holds.
     static constexpr std::size_t elementsPerChunk = N / sizeof(T);
     static_assert(elementsPerChunk > 0, "A chunk holds at least one element");
     static_assert(alignof(T) <= alignof(std::max_align_t), "Chunks are aligned as malloc does it");
