@@ -43,6 +43,7 @@
 #pragma once
 
 #include <cstring>
+#include <string_view>
 
 #include "Base/Utility/zeUtilError.h"
 #include "Base/zeBaseExport.h"
@@ -361,6 +362,21 @@ public:
         const int done = top_->readData(destination, n);
         promoteBufferStatus();
         return done;
+    }
+
+    /// The bytes that are at hand without another block: those of the next calls of readChar().
+    /// Valid until the next operation. For callers that search many bytes at once.
+    std::string_view buffered() const {
+        if (!top_ || top_->position_ >= top_->count_)
+            return {};
+        return {top_->block_ + top_->position_,
+                static_cast<std::size_t>(top_->count_ - top_->position_)};
+    }
+
+    /// Consumes `n` of the bytes that buffered() returned.
+    void skip(int n) {
+        if (n > 0)
+            top_->position_ += n;
     }
 
 private:

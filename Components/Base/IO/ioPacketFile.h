@@ -15,7 +15,8 @@
 ///
 /// @code
 /// #include <cstdio>
-/// const zeString::IString path("example.zp");
+/// #include "Base/Strings/zeStringIString.h"
+/// const zeString::IString path(L"example.zp");
 ///
 /// ioSimplePacketRegistry types(false); // for writing
 /// types.add("point");

@@ -61,7 +61,10 @@ public:
     void readSubPacketStart(ioReadContext* context) override;
     void readSubPacketEnd(ioReadContext* context) override;
 
-    void outputChar(char byte);
+    void outputChar(char byte) {
+        if (target_ - position_ > 1 || makeRoom(1))
+            text_.get()[position_++] = byte;
+    }
     void outputCharArray(const char* bytes, int size);
     void outputString(const char* text);
     void outputInt(int value);             ///< "%d"
@@ -82,15 +85,21 @@ public:
     const char* readQuoted();
 
 private:
-    bool resize(int size);
-    char* room(unsigned long size);
-    void append(std::string_view text);
     bool readText(ioBufferedStreamInput& stream);
+    template<class Number, class Parse>
+    Number readNumber(bool plain, Parse parse);
     void advance();
+    void moveBehind(int size);
 
-    /// The rest of the packet; empty behind its end.
+    /// The rest of the packet that is being read; empty behind its end.
     std::string_view rest() const;
     bool startsWith(std::string_view text) const { return rest().starts_with(text); }
+
+    bool resize(int size);
+    bool makeRoom(unsigned long size);
+    void append(std::string_view text);
+    char* cursor() const { return text_.get() + position_; }
+    void setCursor(const char* at) { position_ = static_cast<int>(at - text_.get()); }
 
     std::unique_ptr<char[]> text_;
     int capacity_;

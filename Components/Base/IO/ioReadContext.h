@@ -151,6 +151,9 @@ public:
     void resolveRemainingReferences(ioClientReadContext& client);
 
 private:
+    void endChunk();
+    [[noreturn]] void undefinedPacketReference(const ioPacketType& type);
+
     ioBufferedStreamInput* stream_;
     int packetReference_ = -1;
     bool referenceDefined_ = false;

@@ -170,7 +170,8 @@ void ioReferenceMapImpl::growRefList(int reference) {
 /// change the map: definitions stay where they are.
 template<class Action>
 void ioReferenceMapImpl::forEachAccessed(Action action) {
-    for (std::size_t i = definitions_.nextTouched(1); i <= static_cast<std::size_t>(maxAccessed_);
+    const auto last = static_cast<std::size_t>(maxAccessed_);
+    for (std::size_t i = definitions_.nextTouched(1); i < definitions_.size() && i <= last;
          i = definitions_.nextTouched(i + 1)) {
         const ioReferenceDefinition& definition = definitions_[i];
         if (definition.accessed_ && definition.valid_)

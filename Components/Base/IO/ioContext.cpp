@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/IO/ioContext.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "Base/IO/ioBuffer.h"
+#include "Base/IO/ioPacketFileBuffer.h"
+#include "Base/IO/ioPacketFileError.h"
+#include "Base/IO/ioPacketRegistry.h"
+#include "Base/IO/ioPacketType.h"
+
+namespace {
+
+constexpr int initialDepth = 10;
+
+} // namespace
+
+ioContext::ioContext()
+    : referenceMap_(ioPacketFileNewReferenceMap()),
+      packets_(new std::unique_ptr<ioPacketFileBuffer>[initialDepth]),
+      capacity_(initialDepth) {}
+
+ioContext::~ioContext() = default;
+
+void ioContext::undefineReference(void* pointer) {
+    referenceMap_->undefineReference(pointer);
+}
+
+void ioContext::undefineReference(int reference) {
+    referenceMap_->undefineReference(reference);
+}
+
+ioPacketType* ioContext::lookupType(int id) const {
+    return registry_ ? registry_->lookup(id) : nullptr;
+}
+
+bool ioContext::isReferenceDefined(int reference) const {
+    return referenceMap_->isReferenceDefined(reference);
+}
+
+bool ioContext::isReferenceDefined(const void* pointer) const {
+    return isReferenceDefined(getReference(pointer));
+}
+
+int ioContext::getReference(const void* pointer) const {
+    return referenceMap_->findReference(pointer);
+}
+
+void* ioContext::getReferenceDefinition(int reference) const {
+    return referenceMap_->getReferenceDefinition(reference);
+}
+
+void ioContext::reportUnresolvedPtrs(ioPacketType* type, void (*callback)(void*, int)) {
+    referenceMap_->reportUnresolvedPtrs(type, callback);
+}
+
+void ioContext::invalidPacket() {
+    if (packet_)
+        packet_->setInvalid();
+}
+
+void ioContext::promoteStreamStatus(const ioBufferedStream& stream) {
+    switch (stream.getStatus()) {
+    case streamOK:
+        break;
+    case streamOpenError:
+        setStatus(ioOpenError);
+        break;
+    case streamEOF:
+    case streamCompressEnd:
+        setStatus(ioBadFile);
+        break;
+    case streamDiskFull:
+        setStatus(ioDiskFull);
+        break;
+    case streamChecksumError:
+        setStatus(ioChecksumError);
+        break;
+    case streamIOError:
+    default:
+        setStatus(ioError);
+    }
+}
+
+void ioContext::fatalError() {
+    ioPacketFileError("ioPacketFile: Fatal error.  Aborting.\n");
+    for (int level = 0; level < depth_; ++level) {
+        const ioPacketType* type = packets_.get()[level]->getType();
+        // The number has always been the name's address; tools that collect these lines know.
+        const auto name = reinterpret_cast<std::intptr_t>(type ? type->getName() : nullptr);
+        ioPacketFileError("  %d: %d\n", level, static_cast<int>(name));
+    }
+    ioPacketFileAbort();
+}
+
+ioPacketType* ioContext::currentType() const {
+    return packet_ ? packet_->getType() : nullptr;
+}
+
+ioPacketFileBuffer* ioContext::pushPacket() {
+    if (++depth_ == capacity_) {
+        const auto doubled = 2 * static_cast<std::size_t>(capacity_);
+        std::unique_ptr<std::unique_ptr<ioPacketFileBuffer>[]> grown(
+            new std::unique_ptr<ioPacketFileBuffer>[doubled]);
+        std::move(packets_.get(), packets_.get() + capacity_, grown.get());
+        packets_ = std::move(grown);
+        capacity_ *= 2;
+    }
+    std::unique_ptr<ioPacketFileBuffer>& slot = packets_.get()[depth_];
+    if (!slot)
+        slot.reset(allocPacket());
+    setPacket(slot.get());
+    packet_ = slot.get();
+    return packet_;
+}
+
+void ioContext::popPacket() {
+    if (depth_ < 0)
+        return;
+    --depth_;
+    packet_ = depth_ < 0 ? nullptr : packets_.get()[depth_].get();
+    setPacket(packet_);
+}

@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/IO/ioPacketFileBinary.h"
+
+#include <algorithm>
+#include <cassert>
+#include <climits>
+#include <new>
+
+#include "Base/IO/ioBuffer.h"
+#include "Base/IO/ioPacketType.h"
+
+namespace {
+
+constexpr int initialCapacity = 50000;
+constexpr int headSize = 12;      // id, hasReference, length
+constexpr int lengthPosition = 8; // of the length in the head
+constexpr char chunkMarker = 44;
+constexpr char subPacketMarker = 46;
+
+/// How far a length from a file is believed before as many bytes have come.
+constexpr int trustedLength = 1 << 20;
+
+/// Lengths from files may be anything: the sum wraps, and the reads look after the rest.
+int wrappedSum(int a, int b) {
+    return static_cast<int>(static_cast<unsigned int>(a) + static_cast<unsigned int>(b));
+}
+
+} // namespace
+
+ioPacketFileBinaryBuffer::ioPacketFileBinaryBuffer()
+    : data_(new char[initialCapacity + slack]()), capacity_(initialCapacity) {}
+
+ioPacketFileBinaryBuffer::~ioPacketFileBinaryBuffer() = default;
+
+// Writing
+
+void ioPacketFileBinaryBuffer::writePacketStart(ioWriteContext*, int hasReference,
+                                                ioPacketType* type) {
+    const int head[] = {type ? type->getId() : -1, hasReference, 0};
+    static_assert(sizeof head == headSize);
+    position_ = 0;
+    put<headSize>(reinterpret_cast<const char*>(head));
+    frames_.emplace_back();
+}
+
+void ioPacketFileBinaryBuffer::writePacketEnd(ioWriteContext* context,
+                                              ioBufferedStreamOutput& stream) {
+    popFrame();
+    const int bodySize = position_ - headSize;
+    std::memcpy(data_.get() + lengthPosition, &bodySize, sizeof bodySize);
+    if (isValid())
+        stream.writeData(data_.get(), position_);
+    else if (!getType())
+        context->setStatus(ioError);
+}
+
+void ioPacketFileBinaryBuffer::writeChunkStart(ioWriteContext* context) {
+    startMeasured(context, chunkMarker, frames_.back().chunkLengthPosition);
+}
+
+void ioPacketFileBinaryBuffer::writeChunkEnd(ioWriteContext* context) {
+    endMeasured(context, frames_.back().chunkLengthPosition);
+}
+
+void ioPacketFileBinaryBuffer::writeSubPacketStart(ioWriteContext* context) {
+    startMeasured(context, subPacketMarker, frames_.back().subPacketLengthPosition);
+    frames_.emplace_back();
+}
+
+void ioPacketFileBinaryBuffer::writeSubPacketEnd(ioWriteContext* context) {
+    popFrame();
+    endMeasured(context, frames_.back().subPacketLengthPosition);
+}
+
+/// The length goes through the context, which may add to it: it counts from there.
+void ioPacketFileBinaryBuffer::startMeasured(ioWriteContext* context, char marker, int& lengthAt) {
+    write1Byte(marker);
+    lengthAt = position_;
+    context->writeInt(0);
+}
+
+void ioPacketFileBinaryBuffer::endMeasured(ioWriteContext* context, int lengthAt) {
+    const int end = position_;
+    seekPos(lengthAt);
+    context->writeInt(end - lengthAt);
+    seekPos(end);
+}
+
+void ioPacketFileBinaryBuffer::writeBuffer(const char* bytes, int size) {
+    if (size > 0)
+        writeBuffer(bytes, static_cast<unsigned long>(size));
+}
+
+void ioPacketFileBinaryBuffer::writeBuffer(const char* bytes, unsigned long size) {
+    if (size == 0 || !makeRoom(size))
+        return;
+    std::memcpy(data_.get() + position_, bytes, size);
+    position_ += static_cast<int>(size);
+}
+
+// Reading
+
+int ioPacketFileBinaryBuffer::readPacketStart(ioReadContext* context,
+                                              ioBufferedStreamInput& stream) {
+    const int id = context->readUnbufferedInt(stream);
+    const int hasReference = context->readUnbufferedInt(stream);
+    const int length = context->readUnbufferedInt(stream);
+    setType(nullptr);
+    if (length < 0 || id < 0)
+        return 0;
+    setType(context->lookupType(id));
+    if (!readBody(stream, length))
+        setType(nullptr);
+    position_ = 0;
+    frames_.emplace_back().end = length;
+    return hasReference;
+}
+
+/// Reads in one piece what fits the array or is of modest length, and anything longer in pieces, so
+/// that memory grows with the bytes that arrive and not with the number that the file states.
+bool ioPacketFileBinaryBuffer::readBody(ioBufferedStreamInput& stream, int length) {
+    int done = 0;
+    int target = std::min(length, std::max(capacity_, trustedLength));
+    while (done < length) {
+        if (!resize(target))
+            return false;
+        done += stream.readData(data_.get() + done, target - done);
+        if (done < target)
+            return true; // the status of the stream tells
+        target = length / 2 < target ? length : 2 * target;
+    }
+    return true;
+}
+
+void ioPacketFileBinaryBuffer::readPacketEnd(ioReadContext*) {
+    popFrame();
+}
+
+void ioPacketFileBinaryBuffer::readChunkStart(ioReadContext* context) {
+    ioSubPacket& frame = frames_.back();
+    if (position_ >= frame.end) {
+        position_ = frame.end;
+        frame.validChunk = false;
+        return;
+    }
+    frame.chunkEnd = readMeasured(context);
+    frame.validChunk = position_ < frame.chunkEnd;
+}
+
+bool ioPacketFileBinaryBuffer::isValidChunk() {
+    return !frames_.empty() && frames_.back().validChunk;
+}
+
+void ioPacketFileBinaryBuffer::readChunkEnd(ioReadContext*) {
+    if (isValidChunk())
+        position_ = frames_.back().chunkEnd;
+}
+
+void ioPacketFileBinaryBuffer::readSubPacketStart(ioReadContext* context) {
+    ioSubPacket& frame = frames_.emplace_back();
+    frame.end = readMeasured(context);
+}
+
+void ioPacketFileBinaryBuffer::readSubPacketEnd(ioReadContext*) {
+    position_ = popFrame().end;
+}
+
+/// Reads a marker, which is not looked at, and a length; returns the position at its end.
+int ioPacketFileBinaryBuffer::readMeasured(ioReadContext* context) {
+    read1Byte();
+    const int start = position_;
+    return wrappedSum(start, context->readInt());
+}
+
+const char* ioPacketFileBinaryBuffer::readBuffer(int size) {
+    if (size < 0)
+        return nullptr;
+    const int start = position_;
+    position_ = wrappedSum(start, size);
+    return start >= 0 && size <= capacity_ - start ? data_.get() + start : nullptr;
+}
+
+void ioPacketFileBinaryBuffer::readBuffer(char* bytes, unsigned long size) {
+    const bool within = position_ >= 0 && position_ < capacity_;
+    const auto left = within ? static_cast<unsigned long>(capacity_ - position_) : 0;
+    const unsigned long held = std::min(size, left);
+    if (held > 0)
+        std::memcpy(bytes, data_.get() + position_, held);
+    if (held < size)
+        std::memset(bytes + held, 0, size - held);
+    position_ =
+        static_cast<int>(static_cast<unsigned int>(position_) + static_cast<unsigned int>(size));
+}
+
+const char* ioPacketFileBinaryBuffer::readText() {
+    const bool within = position_ >= 0 && position_ <= capacity_;
+    const char* text = data_.get() + (within ? position_ : capacity_);
+    position_ = wrappedSum(position_, static_cast<int>(std::strlen(text) + 1));
+    return text;
+}
+
+void ioPacketFileBinaryBuffer::read4BytesStream(ioBufferedStreamInput& stream, char* bytes) {
+    std::memset(bytes, 0, 4);
+    stream.readData(bytes, 4);
+}
+
+void ioPacketFileBinaryBuffer::read4BytesStreamSwapped(ioBufferedStreamInput& stream, char* bytes) {
+    read4BytesStream(stream, bytes);
+    std::reverse(bytes, bytes + 4);
+}
+
+// The array
+
+bool ioPacketFileBinaryBuffer::resize(int size) {
+    if (capacity_ >= size)
+        return true;
+    int grown = capacity_;
+    while (grown < size)
+        grown = grown > INT_MAX / 2 ? INT_MAX : 2 * grown;
+    std::unique_ptr<char[]> data(
+        new (std::nothrow) char[static_cast<std::size_t>(grown) + slack]());
+    if (!data)
+        return false;
+    std::memcpy(data.get(), data_.get(), static_cast<std::size_t>(capacity_));
+    data_ = std::move(data);
+    capacity_ = grown;
+    return true;
+}
+
+/// Makes room for `size` bytes at the cursor and one to spare.
+bool ioPacketFileBinaryBuffer::makeRoom(unsigned long size) {
+    assert(position_ >= 0);
+    const auto limit = static_cast<unsigned long>(INT_MAX - position_);
+    if (size < limit && resize(position_ + static_cast<int>(size) + 1))
+        return true;
+    setInvalid();
+    setType(nullptr);
+    return false;
+}
+
+ioPacketFileBinaryBuffer::ioSubPacket ioPacketFileBinaryBuffer::popFrame() {
+    if (frames_.empty())
+        return {};
+    const ioSubPacket frame = frames_.back();
+    frames_.pop_back();
+    return frame;
+}

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/IO/ioPacketFileBuffer.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int initialLevels = 10;
+
+} // namespace
+
+ioPacketFileBuffer::ioPacketFileBuffer()
+    : chunkFlags_(new char[initialLevels]()), capacity_(initialLevels) {}
+
+ioPacketFileBuffer::~ioPacketFileBuffer() = default;
+
+void ioPacketFileBuffer::pushSubPacket() {
+    if (++level_ == capacity_) {
+        std::unique_ptr<char[]> grown(new char[2 * static_cast<std::size_t>(capacity_)]());
+        std::copy_n(chunkFlags_.get(), capacity_, grown.get());
+        chunkFlags_ = std::move(grown);
+        capacity_ *= 2;
+    }
+    setChunkOpen(false);
+}
+
+void ioPacketFileBuffer::popSubPacket() {
+    if (level_ > 0)
+        --level_;
+}

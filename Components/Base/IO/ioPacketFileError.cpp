@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/IO/ioPacketFileError.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+void (*s_errorHook)(char*) = nullptr;
+void (*s_abortHook)() = nullptr;
+
+} // namespace
+
+void ioPacketFileErrorInit(void (*hook)(char* text)) {
+    s_errorHook = hook;
+}
+
+void ioPacketFileError(const char* format, ...) {
+    char text[1024];
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    if (s_errorHook)
+        s_errorHook(text);
+    else
+        std::fputs(text, stderr);
+}
+
+void ioPacketFileAbortInit(void (*hook)()) {
+    s_abortHook = hook;
+}
+
+void ioPacketFileAbort() {
+    if (s_abortHook)
+        s_abortHook();
+    std::abort();
+}
