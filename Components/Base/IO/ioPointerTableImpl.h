@@ -77,12 +77,12 @@ private:
     };
     static_assert(sizeof(Line) == 64);
 
-    /// Regions of 4 KiB are scattered, by a multiplication that carries the bits in which they
+    /// Regions of 2 KiB are scattered, by a multiplication that carries the bits in which they
     /// differ to the top; each covers 64 lines, in the order of its addresses.
     std::size_t home(const void* key) const {
         const auto address = reinterpret_cast<std::uintptr_t>(key);
-        const std::size_t region = ((address >> 12) * 0x9E3779B97F4A7C15u) >> shift_;
-        return (region + ((address >> 6) & 63)) & (lines_.size() - 1);
+        const std::size_t region = ((address >> 11) * 0x9E3779B97F4A7C15u) >> shift_;
+        return (region + ((address >> 5) & 63)) & (lines_.size() - 1);
     }
 
     std::size_t after(std::size_t at) const { return (at + 1) & (lines_.size() - 1); }

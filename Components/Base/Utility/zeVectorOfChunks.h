@@ -74,11 +74,11 @@ public:
         return chunk ? chunk + index % elementsPerChunk : nullptr;
     }
 
-    /// The lowest index from `index` on whose chunk exists; size() if there is none.
+    /// The lowest index from `index` on whose chunk exists; at or beyond size() if there is none.
     std::size_t nextTouched(std::size_t index) const {
         while (index < size_ && !chunks_[index / elementsPerChunk])
             index += elementsPerChunk - index % elementsPerChunk;
-        return index < size_ ? index : size_;
+        return index;
     }
 
 private:
