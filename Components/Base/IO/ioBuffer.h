@@ -62,6 +62,7 @@ class Socket;
 /// never by its read() and write(): those are called by the link itself alone.
 class ZEBASE_API ioBuffer {
 public:
+    /// What has become of a link.
     enum bufferStatus : int {
         bufferOK = 0,
         bufferOpenError = 1,     ///< The sink could not be opened.
@@ -163,11 +164,11 @@ public:
 
 protected:
     zeUtil::Error lastError_; ///< Of the last call into a stream or a socket, in links over those.
-    char* block_;
-    int size_;                        ///< Of the block, in bytes.
-    int position_ = 0;                ///< Next byte to read from or to write to in the block.
-    int count_ = 0;                   ///< Valid bytes in the block on reading; 0 on writing.
-    int total_ = 0;                   ///< As the progress hook sees it.
+    char* block_;             ///< The link's own memory; owned.
+    int size_;                ///< Of the block, in bytes.
+    int position_ = 0;        ///< Next byte to read from or to write to in the block.
+    int count_ = 0;           ///< Valid bytes in the block on reading; 0 on writing.
+    int total_ = 0;           ///< As the progress hook sees it.
     bufferStatus status_ = bufferOK;  ///< Sticky.
     bool reading_;                    ///< An input link.
     ioBuffer* next_ = nullptr;        ///< The link below; owned.
@@ -312,9 +313,9 @@ protected:
     /// Exchanges status and chain with a stream of the same direction.
     void swapChain(ioBufferedStream& other) noexcept;
 
-    ioStreamStatus status_ = streamOK;
-    bool input_;
-    ioBuffer* top_ = nullptr; ///< Owned; null when nothing is open.
+    ioStreamStatus status_ = streamOK; ///< Sticky.
+    bool input_;                       ///< An ioBufferedStreamInput.
+    ioBuffer* top_ = nullptr;          ///< Owned; null when nothing is open.
 
 private:
     void promoteFailure();
@@ -413,6 +414,7 @@ public:
     /// byte. For bytes that somebody waits for; bulk goes through writeData().
     void writeChar(char c);
 
+    /// Writes `n` bytes; see ioBuffer::writeData().
     void writeData(const char* source, int n) {
         if (!top_)
             return;

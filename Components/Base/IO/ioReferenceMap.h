@@ -54,6 +54,7 @@ public:
     /// The number of `pointer`: 0 for null, -1 if it has none or its reference was undefined.
     virtual int findReference(const void* pointer) const = 0;
 
+    /// Whether the object of `reference` has been seen, and not gone since.
     virtual bool isReferenceDefined(int reference) const = 0;
 
     /// The object of `reference`, defined or only associated; else null.
