@@ -9,6 +9,7 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -292,6 +293,10 @@ TEST(RBTree, TableAdaptsToTheTypes) {
     EXPECT_EQ(NoDefault::valueOf(wide.begin()).x, 'a');
 }
 
+static_assert(std::bidirectional_iterator<ze::RBTreeMap<int, int>::ConstIterator>);
+static_assert(!std::is_convertible_v<ze::RBTreeMap<int, int>::ConstIterator,
+                                     ze::RBTreeMap<int, int>::Iterator>);
+
 TEST(RBTreeMap, ReadsAsAMap) {
     ze::RBTreeMap<Key, std::string> map;
     EXPECT_TRUE(map.insert(2, "two").second);
@@ -311,6 +316,11 @@ TEST(RBTreeMap, ReadsAsAMap) {
     EXPECT_EQ(constant.lowerBound(2)->value(), "two");
     EXPECT_EQ(map.erase(map.find(1))->value(), "two");
     EXPECT_EQ(std::prev(map.end())->value(), "second two");
+    EXPECT_EQ(std::make_reverse_iterator(map.end())->value(), "second two");
+    const auto first = map.begin();
+    ze::RBTreeMap<Key, std::string>::ConstIterator place = first;
+    EXPECT_EQ((*place++).value(), "two");
+    EXPECT_EQ(--place, first);
     EXPECT_EQ(map.erase(2), 2);
     EXPECT_EQ(Key::alive, 0);
 }

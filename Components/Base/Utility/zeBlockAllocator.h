@@ -47,17 +47,13 @@ public:
     /// An uninitialised element: the one freed last, or else the next of the newest block. When the
     /// system is out of memory, the process ends.
     void* alloc() {
+        if (!freeList_)
+            return allocFromBlock();
         ++numAllocated_;
-        if (freeList_) {
-            --numFreed_;
-            void* element = freeList_;
-            std::memcpy(&freeList_, element, sizeof freeList_); // perhaps not aligned to 8
-            return element;
-        }
-        if (!blocks_ || blocks_->handedOut == elementsInBlock_)
-            addBlock();
-        char* elements = reinterpret_cast<char*>(blocks_ + 1);
-        return elements + static_cast<unsigned long>(blocks_->handedOut++) * elementSize_;
+        --numFreed_;
+        void* element = freeList_;
+        std::memcpy(&freeList_, element, sizeof freeList_); // perhaps not aligned to 8
+        return element;
     }
 
     /// Takes back an element of this allocator. Null is ignored.
@@ -91,6 +87,13 @@ private:
     };
     static_assert(sizeof(Block) == 16);
 
+    void* allocFromBlock() {
+        if (!blocks_ || blocks_->handedOut == elementsInBlock_)
+            addBlock();
+        ++numAllocated_;
+        char* elements = reinterpret_cast<char*>(blocks_ + 1);
+        return elements + static_cast<unsigned long>(blocks_->handedOut++) * elementSize_;
+    }
     void addBlock();
 
     Block* blocks_ = nullptr;

@@ -161,7 +161,7 @@ std::uint32_t hashfunction(const wchar_t* words, int length) {
 }
 
 void Hasher::flushBuffer() {
-    hash_ = hashUnits(bytesAt(buffer_), 8 * count_, hash_);
+    hash_ = hashUnits(bytesAt(buffer_), std::ptrdiff_t{8} * count_, hash_);
     count_ = 0;
 }
 

@@ -401,6 +401,7 @@ class RBTreeMap {
     public:
         const Key& key() const { return Types::keyOf(node_); }
         V& value() const { return Types::valueOf(node_); }
+        const BasicEntry* operator->() const { return this; }
 
     private:
         friend class RBTreeMap;
@@ -414,24 +415,25 @@ class RBTreeMap {
         using iterator_category = std::bidirectional_iterator_tag;
         using value_type = BasicEntry<V>;
         using difference_type = std::ptrdiff_t;
-        using pointer = const value_type*;
-        using reference = const value_type&;
+        using pointer = value_type;
+        using reference = value_type;
 
-        reference operator*() const { return entry_; }
-        pointer operator->() const { return &entry_; }
-        BasicIterator& operator++() { return *this = BasicIterator(entry_.node_->next()); }
-        BasicIterator& operator--() { return *this = BasicIterator(entry_.node_->prev()); }
-        BasicIterator operator++(int) { return std::exchange(*this, std::next(*this)); }
-        BasicIterator operator--(int) { return std::exchange(*this, std::prev(*this)); }
-        bool operator==(const BasicIterator& other) const {
-            return entry_.node_ == other.entry_.node_;
-        }
-        operator BasicIterator<const V>() const { return BasicIterator<const V>(entry_.node_); }
+        BasicIterator() = default;
+        reference operator*() const { return value_type(node_); }
+        pointer operator->() const { return value_type(node_); }
+        BasicIterator& operator++() { return *this = BasicIterator(node_->next()); }
+        BasicIterator& operator--() { return *this = BasicIterator(node_->prev()); }
+        BasicIterator operator++(int) { return BasicIterator(std::exchange(node_, node_->next())); }
+        BasicIterator operator--(int) { return BasicIterator(std::exchange(node_, node_->prev())); }
+        bool operator==(const BasicIterator& other) const = default;
+        operator BasicIterator<const V>() const { return BasicIterator<const V>(node_); }
 
     private:
         friend class RBTreeMap;
-        explicit BasicIterator(Node* node) : entry_(node) {}
-        value_type entry_;
+        template<class W>
+        friend class BasicIterator;
+        explicit BasicIterator(Node* node) : node_(node) {}
+        Node* node_ = nullptr;
     };
 
 public:
@@ -441,7 +443,7 @@ public:
 
     RBTreeMap() : tree_(Types::nodeSize) { tree_.initialize(&Types::typeUtil); }
     RBTreeMap(const RBTreeMap& other) : RBTreeMap() { tree_.copy(other.tree_); }
-    RBTreeMap(RBTreeMap&& other) : RBTreeMap() { swap(other); }
+    RBTreeMap(RBTreeMap&& other) noexcept : RBTreeMap() { swap(other); }
     RBTreeMap& operator=(RBTreeMap other) {
         swap(other);
         return *this;
@@ -495,7 +497,7 @@ public:
     /// Erases one element and returns the next.
     Iterator erase(Iterator position) {
         const Iterator next = std::next(position);
-        tree_.eraseNode(position.entry_.node_);
+        tree_.eraseNode(position.node_);
         return next;
     }
 
