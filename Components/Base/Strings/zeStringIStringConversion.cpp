@@ -28,7 +28,7 @@ public:
     Char* data() { return heap_ ? heap_.get() : stack_; }
 
 private:
-    Char stack_[256];
+    Char stack_[1024 / sizeof(Char)];
     std::unique_ptr<Char[]> heap_;
 };
 

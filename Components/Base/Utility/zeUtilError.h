@@ -12,6 +12,7 @@
 /// variable or `int(0)` there: `Error(3, "%d", int(0))`. Two or more arguments are always safe.
 ///
 /// @code
+/// #include <string>
 /// zeUtil::Error missing(2, "cannot open %s", "scene.ze");
 /// assert(missing.code() == 2);
 /// assert(std::string(missing.message()) == "cannot open scene.ze");
