@@ -39,8 +39,8 @@ ZEBASE_API int ZL_vswprintf(wchar_t* buffer, std::size_t size, const wchar_t* fo
 /// ZL_vswprintf() of its arguments.
 ZEBASE_API int ZL_swprintf(wchar_t* buffer, std::size_t size, const wchar_t* format, ...);
 
-/// A copy of a wide format that suits the C library's printf family. The caller frees it with
-/// `free`. Null when memory is out.
+/// A copy of a wide format, which must not be null, that suits the C library's printf family. The
+/// caller frees it with `free`. Null when memory is out.
 ZEBASE_API wchar_t* ZL_convert_string_format(const wchar_t* format);
 
 } // extern "C"

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 
+#include <bit>
+
 #include "Base/Strings/zeStringUTF8Impl.h"
 
 namespace zeString::detail {
@@ -103,7 +105,7 @@ Step step(const char* src, std::size_t n, wchar_t* dest, std::size_t cap) {
 /// One character into room for `cap` bytes.
 template<bool store>
 Step step(const wchar_t* src, std::size_t, char* dest, std::size_t cap) {
-    const auto c = static_cast<unsigned int>(*src);
+    const auto c = std::bit_cast<unsigned int>(*src);
     const std::size_t size = encodedSize(c);
     if (size == 0 || (store && cap < size))
         return declined;
