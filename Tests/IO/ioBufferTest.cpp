@@ -128,21 +128,6 @@ TEST_F(FileLink, MeetsTheEndOnlyAfterTheLastByte) {
     EXPECT_EQ(link->getStatus(), ioBuffer::bufferIOError);
 }
 
-TEST_F(FileLink, SeeksFromTheStartOrToTheEndAndTellsTheDescriptorsPosition) {
-    auto link = reader("in", "0123456789");
-    char c;
-    EXPECT_EQ(link->readData(&c, 1), 1);
-    EXPECT_EQ(link->tell(), 10); // read ahead
-    link->flush();
-    EXPECT_TRUE(link->seek(7));
-    EXPECT_EQ(link->readData(&c, 1), 1);
-    EXPECT_EQ(c, '7');
-    EXPECT_TRUE(link->seek(-1));
-    EXPECT_EQ(link->tell(), 10);
-    link->close();
-    EXPECT_FALSE(link->seek(0));
-}
-
 TEST_F(FileLink, SurvivesInterruptionsAndReportsFailures) {
     constexpr auto ok = ioBuffer::bufferOK;
     const struct {
@@ -242,53 +227,37 @@ TEST_F(FileLink, OwnsADescriptorThatItUsesButClosesItOnlyWhenTold) {
     EXPECT_EQ(link.getStatus(), ioBuffer::bufferOpenError);
 }
 
-TEST_F(FileLink, KeepsTheRestOfAFileThatItDoesNotTruncate) {
-    folder.write("out", "0123456789");
-    ioBufferFD link(false);
-    link.truncateOnOpen(false);
-    link.open(name(folder.path("out")));
-    link.writeData("ab", 2);
-    link.flush();
-    link.close();
-    EXPECT_EQ(folder.read("out"), "ab23456789");
-}
-
-TEST(Chain, HoldsAFullBlockBackUntilMoreComes) {
-    std::string bytes;
-    MemorySink sink(false, 4, bytes);
-    sink.writeData("abc", 3);
-    sink.writeData("d", 1);
-    EXPECT_EQ(bytes, "");
-    sink.writeData("e", 1);
-    EXPECT_EQ(bytes, "abcd");
-}
-
-TEST(Chain, TakesOverFailuresAndEndsOnlyWhenAskedTo) {
-    using Status = ioBuffer::bufferStatus;
+// From link to link an end rises only when asked to; from the top link to the stream it always
+// does.
+TEST(Chain, HandsFailuresUp) {
+    using Link = ioBuffer;
+    constexpr auto kept = Link::bufferDiskFull;
     const struct {
-        Status below;
-        Status withoutEnd;
-        Status withEnd;
+        Link::bufferStatus below, withoutEnd, withEnd;
+        ioStreamStatus stream;
     } cases[] = {
-        {ioBuffer::bufferOK, ioBuffer::bufferDiskFull, ioBuffer::bufferDiskFull},
-        {ioBuffer::bufferOpenError, ioBuffer::bufferOpenError, ioBuffer::bufferOpenError},
-        {ioBuffer::bufferEOF, ioBuffer::bufferDiskFull, ioBuffer::bufferEOF},
-        {ioBuffer::bufferChecksumError, ioBuffer::bufferChecksumError,
-         ioBuffer::bufferChecksumError},
-        {ioBuffer::bufferCompressEnd, ioBuffer::bufferDiskFull, ioBuffer::bufferCompressEnd},
-        {ioBuffer::bufferIOError, ioBuffer::bufferIOError, ioBuffer::bufferIOError},
+        {Link::bufferOK, kept, kept, streamDiskFull}, // promotion clears nothing
+        {Link::bufferOpenError, Link::bufferOpenError, Link::bufferOpenError, streamOpenError},
+        {Link::bufferEOF, kept, Link::bufferEOF, streamEOF},
+        {Link::bufferCompressEnd, kept, Link::bufferCompressEnd, streamCompressEnd},
+        {Link::bufferChecksumError, Link::bufferChecksumError, Link::bufferChecksumError,
+         streamChecksumError},
+        {Link::bufferIOError, Link::bufferIOError, Link::bufferIOError, streamIOError},
     };
     std::string bytes;
     auto* const sink = new MemorySink(true, 4, bytes);
-    KeyFilter filter(true, 4, 1);
-    filter.chain(sink);
+    auto* const filter = new KeyFilter(true, 4, 1);
+    StreamOver<ioBufferedStreamInput> stream(sink);
+    stream.addBufferToChain(filter);
     for (const auto& test : cases) {
         sink->setStatus(test.below);
-        filter.setStatus(ioBuffer::bufferDiskFull);
-        filter.promoteNextBufferStatus(false);
-        EXPECT_EQ(filter.getStatus(), test.withoutEnd);
-        filter.promoteNextBufferStatus(true);
-        EXPECT_EQ(filter.getStatus(), test.withEnd);
+        filter->setStatus(kept);
+        filter->promoteNextBufferStatus(false);
+        EXPECT_EQ(filter->getStatus(), test.withoutEnd);
+        filter->promoteNextBufferStatus(true);
+        EXPECT_EQ(filter->getStatus(), test.withEnd);
+        stream.promoteBufferStatus();
+        EXPECT_EQ(stream.getStatus(), test.stream);
     }
 }
 

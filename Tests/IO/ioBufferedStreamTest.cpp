@@ -28,28 +28,6 @@ struct TextInput : std::string, Input {
         : std::string(text), Input(new MemorySink(true, block, *this)) {}
 };
 
-TEST(BufferedStream, TranslatesEachStatusOfTheTopLink) {
-    const struct {
-        ioBuffer::bufferStatus link;
-        ioStreamStatus stream;
-    } cases[] = {
-        {ioBuffer::bufferOK, streamDiskFull}, // promotion clears nothing
-        {ioBuffer::bufferOpenError, streamOpenError},
-        {ioBuffer::bufferEOF, streamEOF},
-        {ioBuffer::bufferDiskFull, streamDiskFull},
-        {ioBuffer::bufferChecksumError, streamChecksumError},
-        {ioBuffer::bufferCompressEnd, streamCompressEnd},
-        {ioBuffer::bufferIOError, streamIOError},
-    };
-    TextInput stream("");
-    for (const auto& test : cases) {
-        stream.setStatus(streamDiskFull);
-        stream.top()->setStatus(test.link);
-        stream.promoteBufferStatus();
-        EXPECT_EQ(stream.getStatus(), test.stream) << test.link;
-    }
-}
-
 TEST(BufferedStream, ReportsAFailedOpenAtOnceOnInputAndAfterTheFirstFlushOnOutput) {
     const TempFolder folder;
     ioBufferedStreamInput in;
@@ -112,6 +90,8 @@ TEST(BufferedStream, SeeksTellsAndKnowsTheSizeOfAFile) {
     EXPECT_EQ(in.readChar(), 'c');
     EXPECT_TRUE(in.seek(4)); // what was read ahead is discarded
     EXPECT_EQ(in.readChar(), '4');
+    EXPECT_TRUE(in.seek(-1)); // the end of the file
+    EXPECT_EQ(in.tell(), 10);
     in.close();
     EXPECT_EQ(ioBufferedStream::fileSize(path), 10);
     EXPECT_EQ(ioBufferedStream::fileSize(zeString::IString()), -1);
