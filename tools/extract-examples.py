@@ -5,8 +5,8 @@
 usage: extract-examples.py HEADER INCLUDE_NAME OUTPUT
 
 The source includes the header first, so that it also proves that the header compiles alone, and
-twice, so that its guard works. Each block of C++ becomes the body of a test; `#include` lines that
-open a block are hoisted. `assert` is on in every build. A block in another language, or marked
+twice, so that its guard works. Each block of C++ becomes the body of a function, which is registered as
+a test (Tests/Headers/examples.h); `#include` lines that open a block are hoisted. `assert` is on in every build. A block in another language, or marked
 `@code{.unparsed}`, is left alone.
 """
 import pathlib
@@ -36,9 +36,12 @@ def main():
     out = [f'#include "{name}"', f'#include "{name}"  // once more: the guard']
     out += [line for _, includes, _ in found for line in includes]
     if found:
-        out += ['', '#undef NDEBUG', '#include <cassert>', '#include <gtest/gtest.h>']
+        out += ['', '#undef NDEBUG', '#include <cassert>', '#include "Headers/examples.h"', '', 'namespace {']
     for number, (line, _, body) in enumerate(found, 1):
-        out += ['', f'TEST({header.stem}, Example{number}) {{', f'#line {line} "{name}"', *body, '}']
+        out += ['', f'void example{number}() {{', f'#line {line} "{name}"', *body, '}',
+                f'const bool registered{number} = registerExample("{header.stem}", {number}, example{number});']
+    if found:
+        out += ['', '} // namespace']
     output.write_text('\n'.join(out) + '\n', encoding='utf-8')
 
 
