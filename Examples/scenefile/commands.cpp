@@ -1,0 +1,236 @@
+// SPDX-License-Identifier: MIT
+
+#include "commands.h"
+
+#include <charconv>
+#include <filesystem>
+#include <new>
+#include <ostream>
+
+#include "document.h"
+#include "failure.h"
+#include "generate.h"
+#include "objReader.h"
+#include "objWriter.h"
+#include "replaceFile.h"
+#include "report.h"
+
+namespace scenefile {
+
+namespace {
+
+constexpr const char* help =
+    R"(usage: scenefile import MODEL.obj DOCUMENT [--method binary|text] [--skip-unsupported]
+       scenefile show DOCUMENT
+       scenefile verify DOCUMENT
+       scenefile export DOCUMENT MODEL.obj
+       scenefile generate MODEL.obj [--segments N]
+       scenefile --help
+
+Keeps the models of OBJ files in documents.
+
+  import    reads a model and writes it as a document
+  show      prints what is in a document, with counts and sizes
+  verify    reads a document whole and says whether it is sound
+  export    writes the model in a document as an OBJ file
+  generate  writes a small model to try things out with
+
+  --method METHOD     binary (the default) is small and exact; text can be read and compared by
+                      people, and holds 16 digits of each number
+  --skip-unsupported  passes over statements that a document has no place for, and says how many
+  --segments N        steps around the ring of the generated model, 3 to 2000 (default 48)
+  --                  what follows is a file, even if it begins with "-"
+
+A document holds v, vt, vn, f, l, p, o, g, s, usemtl and mtllib: points, lines and polygons with
+all index forms, negative numbers, weights or colours of vertices. Other statements of OBJ (curves
+and surfaces, display attributes) are refused unless they are skipped. Comments are not kept, nor
+are groups and materials that no element uses.
+
+A file is written whole or not at all. Exit codes: 0 success, 1 bad input or a failed write, 2 wrong
+use.
+)";
+
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+struct Arguments {
+    std::vector<std::string> words; // without the options
+    ioWriteMethod method = ioWriteBinary;
+    bool skipUnsupported = false;
+    int segments = 48;
+    bool help = false;
+    std::vector<std::string> options; // as they were given
+};
+
+/// Takes the arguments one by one, those that belong to an option with it.
+class Parser {
+public:
+    explicit Parser(const std::vector<std::string>& arguments) : list_(arguments) {}
+
+    Arguments parse() {
+        for (bool optionsEnded = false; at_ < list_.size();) {
+            const std::string& word = list_[at_++];
+            if (optionsEnded || word.size() < 2 || word[0] != '-')
+                result_.words.push_back(word);
+            else if (word == "--")
+                optionsEnded = true;
+            else
+                option(word);
+        }
+        return std::move(result_);
+    }
+
+private:
+    /// "--name value" or "--name=value".
+    void option(const std::string& word) {
+        const std::size_t equals = word.find('=');
+        const std::string name = word.substr(0, equals);
+        const auto value = [&] {
+            if (equals != std::string::npos)
+                return word.substr(equals + 1);
+            if (at_ == list_.size())
+                throw UsageError("option " + name + " needs a value");
+            return list_[at_++];
+        };
+        if (name == "--method")
+            setMethod(value());
+        else if (name == "--segments")
+            setSegments(value());
+        else if (word == "--skip-unsupported")
+            result_.skipUnsupported = true;
+        else if (word == "--help" || word == "-h")
+            result_.help = true;
+        else
+            throw UsageError("unknown option " + word);
+        result_.options.push_back(name);
+    }
+
+    void setMethod(const std::string& value) {
+        if (value != "text" && value != "binary")
+            throw UsageError("there is no method '" + value + "': it is binary or text");
+        result_.method = value == "text" ? ioWriteAscii : ioWriteBinary;
+    }
+
+    void setSegments(const std::string& value) {
+        const char* last = value.data() + value.size();
+        const auto [end, error] = std::from_chars(value.data(), last, result_.segments);
+        if (error != std::errc() || end != last || result_.segments < 3 || result_.segments > 2000)
+            throw UsageError("'" + value + "' is not a number of segments from 3 to 2000");
+    }
+
+    const std::vector<std::string>& list_;
+    std::size_t at_ = 0;
+    Arguments result_;
+};
+
+/// Nobody means to replace what is being read.
+void refuseSameFile(const std::string& a, const std::string& b) {
+    std::error_code error;
+    if (std::filesystem::equivalent(a, b, error))
+        throw UsageError(a + " and " + b + " are the same file");
+}
+
+void importModel(const Arguments& arguments, std::ostream& out) {
+    const std::string& model = arguments.words[1];
+    const std::string& target = arguments.words[2];
+    refuseSameFile(model, target);
+    const ObjModel read = readObj(model, arguments.skipUnsupported);
+    replaceFile(target,
+                [&](int descriptor) { saveDocument(read.scene, arguments.method, descriptor); });
+    out << target << ": " << summary(read.scene) << "\n";
+    for (const auto& [keyword, count] : read.skipped)
+        out << "skipped: " << keyword << " (" << count << " times)\n";
+    if (const int rounded = arguments.method == ioWriteAscii ? countRounded(read.scene) : 0)
+        out << "note: " << rounded << " numbers were rounded to the 16 digits of a text document\n";
+}
+
+void show(const Arguments& arguments, std::ostream& out) {
+    showDocument(loadDocument(arguments.words[1]), arguments.words[1], out);
+}
+
+void verify(const Arguments& arguments, std::ostream& out) {
+    reportSound(loadDocument(arguments.words[1]), arguments.words[1], out);
+}
+
+void writeModel(const Scene& scene, const std::string& target, std::ostream& out) {
+    replaceFile(target, [&](int descriptor) { writeObj(scene, descriptor); });
+    out << target << ": " << summary(scene) << "\n";
+}
+
+void exportModel(const Arguments& arguments, std::ostream& out) {
+    const std::string& source = arguments.words[1];
+    const std::string& target = arguments.words[2];
+    refuseSameFile(source, target);
+    writeModel(loadDocument(source).scene, target, out);
+}
+
+void generate(const Arguments& arguments, std::ostream& out) {
+    writeModel(generateModel(arguments.segments), arguments.words[1], out);
+}
+
+struct Command {
+    const char* name;
+    std::vector<const char*> files;
+    std::vector<const char*> options;
+    void (*run)(const Arguments&, std::ostream&);
+};
+
+const Command& findCommand(const std::string& name) {
+    static const Command commands[] = {
+        {"import", {"MODEL.obj", "DOCUMENT"}, {"--method", "--skip-unsupported"}, importModel},
+        {"show", {"DOCUMENT"}, {}, show},
+        {"verify", {"DOCUMENT"}, {}, verify},
+        {"export", {"DOCUMENT", "MODEL.obj"}, {}, exportModel},
+        {"generate", {"MODEL.obj"}, {"--segments"}, generate},
+    };
+    for (const Command& command : commands)
+        if (name == command.name)
+            return command;
+    throw UsageError("there is no command '" + name + "'");
+}
+
+void runCommand(const Arguments& arguments, std::ostream& out) {
+    if (arguments.words.empty())
+        throw UsageError("a command is missing");
+    const Command& command = findCommand(arguments.words[0]);
+    for (const std::string& option : arguments.options)
+        if (std::find(command.options.begin(), command.options.end(), option) ==
+            command.options.end())
+            throw UsageError(std::string(command.name) + " takes no option " + option);
+    if (arguments.words.size() != command.files.size() + 1) {
+        std::string expected;
+        for (const char* file : command.files)
+            expected += std::string(" ") + file;
+        throw UsageError(std::string(command.name) + " takes" + expected);
+    }
+    command.run(arguments, out);
+}
+
+} // namespace
+
+int run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
+    try {
+        const Arguments parsed = Parser(arguments).parse();
+        if (parsed.help)
+            out << help;
+        else
+            runCommand(parsed, out);
+        out.flush();
+        if (!out)
+            throw Failure("standard output: cannot be written");
+        return 0;
+    } catch (const UsageError& error) {
+        err << "scenefile: " << error.what() << "\n"
+            << "Try 'scenefile --help'.\n";
+        return 2;
+    } catch (const std::bad_alloc&) {
+        err << "scenefile: out of memory\n";
+    } catch (const std::exception& error) {
+        err << "scenefile: " << error.what() << "\n";
+    }
+    return 1;
+}
+
+} // namespace scenefile

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// The guard before the reader: what a document is made of, found out without trusting it.
+///
+/// The library's reader takes a file as it comes: it waits for the end of a header that has none,
+/// and for a brace that never comes in a text that was cut off. So a document from outside is
+/// walked here first, as bytes and by the reader's own rules. What passes ends where it says, so
+/// that the reader ends as well.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace scenefile {
+
+/// A document that is open for reading.
+class DocumentFile {
+public:
+    /// Throws a Failure if there is no such file, or it is something else.
+    explicit DocumentFile(const std::string& path);
+    DocumentFile(const DocumentFile&) = delete;
+    DocumentFile& operator=(const DocumentFile&) = delete;
+    ~DocumentFile();
+
+    const std::string& path() const { return path_; }
+    int descriptor() const { return descriptor_; }
+    std::int64_t size() const { return size_; }
+
+private:
+    std::string path_;
+    int descriptor_;
+    std::int64_t size_ = 0;
+};
+
+struct PacketOutline {
+    std::int64_t position = 0; ///< of its first byte in the file
+    std::int64_t size = 0;     ///< from there to the next packet
+    int type = 0;              ///< its place in DocumentOutline::types
+};
+
+struct DocumentOutline {
+    bool text = false;
+    bool littleEndian = true;           ///< of no meaning in a text document
+    std::vector<std::string> types;     ///< the registry, by id
+    std::vector<PacketOutline> packets; ///< the end-of-file packet is the last
+
+    /// "packet 3 (scenefile_node) at byte 512", for messages.
+    std::string describePacket(int number) const;
+};
+
+/// Walks the whole file. Throws a Failure with the byte position where it stops making sense: a
+/// header, a registry or a packet that is not as the format has it, a packet that the rest of the
+/// file cannot hold, an end without the end-of-file packet, or anything behind that packet.
+DocumentOutline outlineDocument(const DocumentFile& file);
+
+} // namespace scenefile

@@ -1,0 +1,225 @@
+// SPDX-License-Identifier: MIT
+
+#include <unistd.h>
+
+#include <memory>
+#include <set>
+
+#include "Base/IO/ioPacketFile.h"
+
+#include "document.h"
+#include "failure.h"
+
+namespace scenefile {
+
+namespace {
+
+/// A type that is only written needs no more than its name.
+class WritingRegistry : public ioPacketRegistry {
+public:
+    WritingRegistry() : ioPacketRegistry(false) {}
+
+    void registerAllTypes() override {
+        for (const char* name : {packetType::scene, packetType::node, packetType::mesh,
+                                 packetType::group, packetType::material, packetType::vertices})
+            supportedType(new ioPacketType(name));
+    }
+};
+
+/// The names of a scene, each once. The address of a text is its reference.
+class Names {
+public:
+    /// Null for the empty name.
+    const char* address(const std::string& name) {
+        if (name.empty())
+            return nullptr;
+        const auto [place, isNew] = known_.insert(name);
+        if (isNew)
+            inOrder_.push_back(place->c_str());
+        return place->c_str();
+    }
+
+    const std::vector<const char*>& inOrder() const { return inOrder_; }
+
+private:
+    std::set<std::string> known_; // its elements keep their addresses
+    std::vector<const char*> inOrder_;
+};
+
+int size(const auto& list) {
+    return static_cast<int>(list.size());
+}
+
+/// Every packet refers to packets behind it: a reader meets the whole before its parts.
+class Writer {
+public:
+    explicit Writer(ioWriteContext& out) : out_(out) {}
+
+    void write(const Scene& scene);
+
+private:
+    void writeScene(const Scene& scene);
+    void writeNode(const Node& node);
+    void writeMesh(const Mesh& mesh);
+    void writeRun(const Run& run);
+    void writeGroup(const Group& group);
+    void writeMaterial(const Material& material);
+    void writeVertices(const Vertices& vertices);
+
+    void reference(const void* object) { out_.writeReference(object, false); }
+    void name(const std::string& text) { reference(names_.address(text)); }
+    void ints(const std::vector<int>& list) { out_.writeIntArray(list.data(), size(list)); }
+    void doubles(const std::vector<double>& list) {
+        out_.writeDoubleArray(list.data(), size(list));
+    }
+
+    ioWriteContext& out_;
+    Names names_;
+};
+
+void Writer::write(const Scene& scene) {
+    writeScene(scene);
+    for (const auto& node : scene.nodes)
+        writeNode(*node);
+    for (const auto& mesh : scene.meshes)
+        writeMesh(*mesh);
+    for (const auto& group : scene.groups)
+        writeGroup(*group);
+    for (const auto& material : scene.materials)
+        writeMaterial(*material);
+    writeVertices(*scene.vertices);
+    for (const char* text : names_.inOrder())
+        out_.writeCStringPacket(text);
+}
+
+void Writer::writeScene(const Scene& scene) {
+    out_.startPacket(packetType::scene, nullptr);
+    out_.startChunk();
+    reference(scene.root);
+    reference(scene.vertices);
+    out_.startChunk();
+    out_.writeInt(size(scene.libraries));
+    for (const std::string& library : scene.libraries)
+        name(library);
+    out_.startChunk();
+    const SceneCounts counts = countScene(scene);
+    out_.writeInt(counts.nodes);
+    out_.writeInt(counts.meshes);
+    out_.writeInt(counts.groups);
+    out_.writeInt(counts.materials);
+    out_.writeInt(counts.runs);
+    out_.writeInt64(counts.elements);
+    out_.writeInt64(counts.corners);
+    out_.endPacket();
+}
+
+void Writer::writeNode(const Node& node) {
+    out_.startPacket(packetType::node, &node);
+    out_.startChunk();
+    name(node.name);
+    reference(node.parent);
+    reference(node.mesh);
+    out_.startChunk();
+    if (!node.children.empty()) {
+        out_.writeInt(size(node.children));
+        for (const Node* child : node.children)
+            reference(child);
+    }
+    out_.endPacket();
+}
+
+void Writer::writeMesh(const Mesh& mesh) {
+    out_.startPacket(packetType::mesh, &mesh);
+    out_.startChunk();
+    reference(mesh.vertices);
+    out_.writeInt(size(mesh.runs));
+    for (const Run& run : mesh.runs)
+        writeRun(run);
+    out_.endPacket();
+}
+
+void Writer::writeRun(const Run& run) {
+    const int commonSize = run.commonSize();
+    out_.startSubPacket();
+    out_.startChunk();
+    out_.writeUChar(static_cast<unsigned char>(run.kind));
+    out_.writeBool(run.hasTexture);
+    out_.writeBool(run.hasNormals);
+    out_.writeInt(size(run.sizes));
+    out_.writeInt(size(run.positions));
+    out_.writeInt(commonSize);
+    out_.startChunk();
+    reference(run.material);
+    reference(run.group);
+    out_.writeInt(run.smoothing);
+    out_.startChunk();
+    if (commonSize == 0)
+        ints(run.sizes);
+    ints(run.positions);
+    ints(run.texture);
+    ints(run.normals);
+    out_.endSubPacket();
+}
+
+void Writer::writeGroup(const Group& group) {
+    out_.startPacket(packetType::group, &group);
+    out_.startChunk();
+    out_.writeInt(size(group.names));
+    for (const std::string& text : group.names)
+        name(text);
+    out_.endPacket();
+}
+
+void Writer::writeMaterial(const Material& material) {
+    out_.startPacket(packetType::material, &material);
+    out_.startChunk();
+    name(material.name);
+    out_.endPacket();
+}
+
+/// A chunk for each kind of number; those that the model has not are empty.
+void Writer::writeVertices(const Vertices& vertices) {
+    out_.startPacket(packetType::vertices, &vertices);
+    out_.startChunk();
+    out_.writeInt(vertices.positionCount());
+    doubles(vertices.positions);
+    out_.startChunk();
+    if (vertices.textureCount() > 0) {
+        out_.writeInt(vertices.textureCount());
+        out_.writeUChar(static_cast<unsigned char>(vertices.textureSize));
+        doubles(vertices.texture);
+    }
+    out_.startChunk();
+    if (vertices.normalCount() > 0) {
+        out_.writeInt(vertices.normalCount());
+        doubles(vertices.normals);
+    }
+    out_.startChunk();
+    doubles(vertices.weights);
+    out_.startChunk();
+    doubles(vertices.colours);
+    out_.endPacket();
+}
+
+} // namespace
+
+void saveDocument(const Scene& scene, ioWriteMethod method, int descriptor) {
+    ioBufferedStreamOutput stream;
+    auto sink = std::make_unique<ioBufferFD>(false);
+    sink->useFD(dup(descriptor));
+    stream.addBufferToChain(sink.release());
+
+    WritingRegistry registry;
+    const std::unique_ptr<ioWriteContext> context(ioWriteContextAlloc(stream, method, &registry));
+    context->startFile();
+    Writer(*context).write(scene);
+    context->endFile();
+    stream.close(); // writes out what is left: only then is the status the whole truth
+    context->promoteStreamStatus(stream);
+    if (context->getStatus() == ioDiskFull)
+        throw Failure("cannot be written: the disk is full");
+    if (!context->good())
+        throw Failure("cannot be written");
+}
+
+} // namespace scenefile

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// How the program gives up: a Failure carries the message that the user reads.
+
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace scenefile {
+
+/// Bad input or a failed write. `what()` is a whole message, with the file and the place in it.
+class Failure : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// "No such file or directory" and its like, for an `errno`.
+std::string systemMessage(int error);
+
+} // namespace scenefile

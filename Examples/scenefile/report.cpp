@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: MIT
+
+#include "report.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <iomanip>
+#include <ostream>
+
+namespace scenefile {
+
+namespace {
+
+std::string counted(std::int64_t count, const char* noun) {
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+std::int64_t documentSize(const DocumentOutline& outline) {
+    return outline.packets.back().position + outline.packets.back().size;
+}
+
+void showPackets(const DocumentOutline& outline, std::ostream& out) {
+    out << "packets: " << outline.packets.size() << ", and the header of "
+        << outline.packets.front().position << " bytes\n";
+    for (std::size_t type = 0; type < outline.types.size(); ++type) {
+        int count = 0;
+        std::int64_t bytes = 0;
+        for (const PacketOutline& packet : outline.packets)
+            if (packet.type == static_cast<int>(type)) {
+                ++count;
+                bytes += packet.size;
+            }
+        out << "  " << std::left << std::setw(20) << outline.types[type] << std::right
+            << std::setw(8) << count << std::setw(12) << bytes << " bytes\n";
+    }
+}
+
+void showVertices(const Vertices& vertices, std::ostream& out) {
+    out << "vertices: " << counted(vertices.positionCount(), "position");
+    if (!vertices.weights.empty())
+        out << " with weights";
+    if (!vertices.colours.empty())
+        out << " with colours";
+    if (vertices.textureCount() > 0)
+        out << ", " << counted(vertices.textureCount(), "texture vertex") << " of "
+            << counted(vertices.textureSize, "number");
+    out << ", " << counted(vertices.normalCount(), "normal") << "\n";
+}
+
+void showRun(const Run& run, std::ostream& out) {
+    const char* noun = run.kind == ElementKind::face   ? "face"
+                       : run.kind == ElementKind::line ? "line"
+                                                       : "point";
+    out << "    " << counted(static_cast<std::int64_t>(run.sizes.size()), noun) << ", "
+        << counted(static_cast<std::int64_t>(run.positions.size()), "corner") << " of v"
+        << (run.hasTexture   ? "/vt"
+            : run.hasNormals ? "/"
+                             : "")
+        << (run.hasNormals ? "/vn" : "");
+    if (run.material != nullptr)
+        out << "; material " << run.material->name;
+    if (run.group != nullptr) {
+        out << "; group";
+        for (const std::string& name : run.group->names)
+            out << " " << name;
+    }
+    if (run.smoothing != 0)
+        out << "; smoothing " << run.smoothing;
+    out << "\n";
+}
+
+void showNode(const Node& node, std::ostream& out) {
+    out << "  node " << (node.name.empty() ? "(no name)" : node.name) << ": ";
+    if (node.mesh == nullptr) {
+        out << "no mesh\n";
+        return;
+    }
+    out << "mesh of " << counted(static_cast<std::int64_t>(node.mesh->runs.size()), "run") << "\n";
+    for (const Run& run : node.mesh->runs)
+        showRun(run, out);
+}
+
+} // namespace
+
+std::string summary(const Scene& scene) {
+    const SceneCounts counts = countScene(scene);
+    return counted(scene.vertices->positionCount(), "position") + ", " +
+           counted(counts.nodes, "node") + ", " + counted(counts.runs, "run") + ", " +
+           counted(counts.elements, "element") + ", " + counted(counts.corners, "corner") + ", " +
+           counted(counts.materials, "material") + ", " + counted(counts.groups, "group");
+}
+
+void showDocument(const Document& document, const std::string& path, std::ostream& out) {
+    const DocumentOutline& outline = document.outline;
+    out << path << ": ";
+    if (outline.text)
+        out << "text";
+    else
+        out << "binary, " << (outline.littleEndian ? "little" : "big") << "-endian";
+    out << ", " << documentSize(outline) << " bytes\n";
+    showPackets(outline, out);
+    const Scene& scene = document.scene;
+    out << "scene: " << summary(scene) << "\n";
+    showVertices(*scene.vertices, out);
+    for (const std::string& library : scene.libraries)
+        out << "material library: " << library << "\n";
+    out << "root: " << counted(static_cast<std::int64_t>(scene.root->children.size()), "child")
+        << "\n";
+    for (const Node* child : scene.root->children)
+        showNode(*child, out);
+}
+
+void reportSound(const Document& document, const std::string& path, std::ostream& out) {
+    const DocumentOutline& outline = document.outline;
+    out << path << ": sound\n"
+        << "  " << counted(static_cast<std::int64_t>(outline.packets.size()), "packet")
+        << ", the last of them the end-of-file packet at byte " << outline.packets.back().position
+        << "\n"
+        << "  " << counted(document.references, "reference")
+        << ", each to an object of the right kind, and every object referred to\n"
+        << "  every index within the vertices, every coordinate finite\n"
+        << "  as much as the document states: " << summary(document.scene) << "\n";
+}
+
+int countRounded(const Scene& scene) {
+    int count = 0;
+    const Vertices& all = *scene.vertices;
+    for (const auto* numbers :
+         {&all.positions, &all.weights, &all.colours, &all.texture, &all.normals})
+        for (double number : *numbers) {
+            char text[32];
+            std::snprintf(text, sizeof text, "%.16g", number);
+            count += std::strtod(text, nullptr) != number;
+        }
+    return count;
+}
+
+} // namespace scenefile
