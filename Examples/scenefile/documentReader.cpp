@@ -358,9 +358,10 @@ void Loader::readString() {
 /// A type whose packets one of the loader's operations reads.
 class ReadingType : public ioPacketType {
 public:
-    ReadingType(const char* name, void (Loader::*read)()) : ioPacketType(name), read_(read) {}
+    ReadingType(const char* name, void (Loader::*operation)())
+        : ioPacketType(name), operation_(operation) {}
 
-    void read(ioClientReadContext& client) override { (loader(client).*read_)(); }
+    void read(ioClientReadContext& client) override { (loader(client).*operation_)(); }
     void memoryNotReferenced(ioClientReadContext& client, void* memory) override {
         loader(client).failUnreferenced(*static_cast<SceneObject*>(memory));
     }
@@ -371,7 +372,7 @@ public:
 private:
     static Loader& loader(ioClientReadContext& client) { return static_cast<Loader&>(client); }
 
-    void (Loader::*read_)();
+    void (Loader::*operation_)();
 };
 
 class ReadingRegistry : public ioPacketRegistry {

@@ -46,7 +46,7 @@ private:
     std::vector<const char*> inOrder_;
 };
 
-int size(const auto& list) {
+int sizeOf(const auto& list) {
     return static_cast<int>(list.size());
 }
 
@@ -68,9 +68,9 @@ private:
 
     void reference(const void* object) { out_.writeReference(object, false); }
     void name(const std::string& text) { reference(names_.address(text)); }
-    void ints(const std::vector<int>& list) { out_.writeIntArray(list.data(), size(list)); }
+    void ints(const std::vector<int>& list) { out_.writeIntArray(list.data(), sizeOf(list)); }
     void doubles(const std::vector<double>& list) {
-        out_.writeDoubleArray(list.data(), size(list));
+        out_.writeDoubleArray(list.data(), sizeOf(list));
     }
 
     ioWriteContext& out_;
@@ -98,7 +98,7 @@ void Writer::writeScene(const Scene& scene) {
     reference(scene.root);
     reference(scene.vertices);
     out_.startChunk();
-    out_.writeInt(size(scene.libraries));
+    out_.writeInt(sizeOf(scene.libraries));
     for (const std::string& library : scene.libraries)
         name(library);
     out_.startChunk();
@@ -121,7 +121,7 @@ void Writer::writeNode(const Node& node) {
     reference(node.mesh);
     out_.startChunk();
     if (!node.children.empty()) {
-        out_.writeInt(size(node.children));
+        out_.writeInt(sizeOf(node.children));
         for (const Node* child : node.children)
             reference(child);
     }
@@ -132,7 +132,7 @@ void Writer::writeMesh(const Mesh& mesh) {
     out_.startPacket(packetType::mesh, &mesh);
     out_.startChunk();
     reference(mesh.vertices);
-    out_.writeInt(size(mesh.runs));
+    out_.writeInt(sizeOf(mesh.runs));
     for (const Run& run : mesh.runs)
         writeRun(run);
     out_.endPacket();
@@ -145,8 +145,8 @@ void Writer::writeRun(const Run& run) {
     out_.writeUChar(static_cast<unsigned char>(run.kind));
     out_.writeBool(run.hasTexture);
     out_.writeBool(run.hasNormals);
-    out_.writeInt(size(run.sizes));
-    out_.writeInt(size(run.positions));
+    out_.writeInt(sizeOf(run.sizes));
+    out_.writeInt(sizeOf(run.positions));
     out_.writeInt(commonSize);
     out_.startChunk();
     reference(run.material);
@@ -164,7 +164,7 @@ void Writer::writeRun(const Run& run) {
 void Writer::writeGroup(const Group& group) {
     out_.startPacket(packetType::group, &group);
     out_.startChunk();
-    out_.writeInt(size(group.names));
+    out_.writeInt(sizeOf(group.names));
     for (const std::string& text : group.names)
         name(text);
     out_.endPacket();
