@@ -9,8 +9,10 @@ namespace scenefile {
 
 namespace {
 
+/// Rounded to six places, as models mostly are; no zero is negative.
 void append(std::vector<double>& list, std::initializer_list<double> numbers) {
-    list.insert(list.end(), numbers);
+    for (double number : numbers)
+        list.push_back(std::round(number * 1e6) / 1e6 + 0.0);
 }
 
 Material* addMaterial(Scene& scene, const char* name) {
@@ -41,8 +43,8 @@ void addRing(Scene& scene, int around, int across) {
     all.textureSize = 2;
     for (int i = 0; i < around; ++i)
         for (int k = 0; k < across; ++k) {
-            const double u = double(i) / around;
-            const double v = double(k) / across;
+            const double u = static_cast<double>(i) / around;
+            const double v = static_cast<double>(k) / across;
             const double a = 2 * std::numbers::pi * u;
             const double b = 2 * std::numbers::pi * v;
             const double radius = 1 + 0.3 * std::cos(b);

@@ -70,6 +70,7 @@ private:
     std::string name() const;
     void checkRoom(std::size_t count) const;
 
+    void addNode(const std::string& name);
     Mesh& currentMesh();
     const Material* currentMaterial();
     const Group* currentGroup();
@@ -184,8 +185,12 @@ void Reader::normal() {
 // State.
 
 void Reader::object() {
+    addNode(name());
+}
+
+void Reader::addNode(const std::string& name) {
     node_ = addTo(scene_.nodes);
-    node_->name = name();
+    node_->name = name;
     node_->parent = scene_.root;
     scene_.root->children.push_back(node_);
     meshNumbers_ = 0;
@@ -219,10 +224,8 @@ void Reader::library() {
 
 /// The node's mesh. What comes before the first `o` belongs to a node without a name.
 Mesh& Reader::currentMesh() {
-    if (node_ == nullptr) {
-        rest_ = {};
-        object();
-    }
+    if (node_ == nullptr)
+        addNode({});
     if (node_->mesh == nullptr) {
         node_->mesh = addTo(scene_.meshes);
         node_->mesh->vertices = scene_.vertices;
@@ -361,7 +364,7 @@ double Reader::number(std::string_view word) const {
     const double value = plain ? std::strtod(text.c_str(), &end) : 0;
     if (!plain || end == text.c_str() || *end != '\0')
         lines_.fail("'" + text.substr(0, 40) + "' is not a number");
-    if (!std::isfinite(value))
+    if (std::fabs(value) > largestCoordinate)
         lines_.fail("'" + text.substr(0, 40) + "' is too large");
     return value;
 }

@@ -42,7 +42,7 @@ void showVertices(const Vertices& vertices, std::ostream& out) {
     if (!vertices.colours.empty())
         out << " with colours";
     if (vertices.textureCount() > 0)
-        out << ", " << counted(vertices.textureCount(), "texture vertex") << " of "
+        out << ", " << counted(vertices.textureCount(), "texture coordinate") << " of "
             << counted(vertices.textureSize, "number");
     out << ", " << counted(vertices.normalCount(), "normal") << "\n";
 }
@@ -104,8 +104,7 @@ void showDocument(const Document& document, const std::string& path, std::ostrea
     showVertices(*scene.vertices, out);
     for (const std::string& library : scene.libraries)
         out << "material library: " << library << "\n";
-    out << "root: " << counted(static_cast<std::int64_t>(scene.root->children.size()), "child")
-        << "\n";
+    out << "objects: " << scene.root->children.size() << "\n";
     for (const Node* child : scene.root->children)
         showNode(*child, out);
 }
@@ -118,7 +117,7 @@ void reportSound(const Document& document, const std::string& path, std::ostream
         << "\n"
         << "  " << counted(document.references, "reference")
         << ", each to an object of the right kind, and every object referred to\n"
-        << "  every index within the vertices, every coordinate finite\n"
+        << "  every index within the vertices, every coordinate a number\n"
         << "  as much as the document states: " << summary(document.scene) << "\n";
 }
 

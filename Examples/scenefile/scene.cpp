@@ -53,8 +53,9 @@ bool isGroupName(std::string_view text) {
     return isName(text) && text.find(' ') == std::string_view::npos;
 }
 
-bool allFinite(const std::vector<double>& numbers) {
-    return std::all_of(numbers.begin(), numbers.end(), [](double n) { return std::isfinite(n); });
+bool allInRange(const std::vector<double>& numbers) {
+    return std::all_of(numbers.begin(), numbers.end(),
+                       [](double n) { return std::fabs(n) <= largestCoordinate; });
 }
 
 std::string checkVertices(const Vertices& vertices) {
@@ -69,8 +70,8 @@ std::string checkVertices(const Vertices& vertices) {
         return "there are both weights and colours";
     for (const auto* numbers : {&vertices.positions, &vertices.weights, &vertices.colours,
                                 &vertices.texture, &vertices.normals})
-        if (!allFinite(*numbers))
-            return "a coordinate is not a finite number";
+        if (!allInRange(*numbers))
+            return "a coordinate is no number, or too large";
     return {};
 }
 

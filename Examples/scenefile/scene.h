@@ -129,6 +129,9 @@ SceneCounts countScene(const Scene& scene);
 /// 2^31 bytes, and a number takes up to 25 bytes in a text document.
 inline constexpr std::size_t mostNumbers = 80'000'000;
 
+/// The largest coordinate. Beyond it, the 16 digits of a text document may round to no number.
+inline constexpr double largestCoordinate = 1.797693134862315e308;
+
 /// Whether an OBJ file can state `text` as a name, so that it comes back as it is: no control
 /// bytes, no blanks at its ends, no word that would begin a comment, no backslash at the end.
 bool isName(std::string_view text);

@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: MIT
+
+// Documents that somebody else made, or that were damaged: scenefile must end, with a message, and
+// never by a signal. (Sanitizer builds see what a lucky run would not.)
+
+#include "scenefileFixture.h"
+
+using testing::AllOf;
+using testing::AnyOf;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+class Damaged : public Scenefile {
+protected:
+    Result verify(const std::string& content) const {
+        std::filesystem::remove(path("damaged")); // much faster than to overwrite it
+        folder_.write("damaged", content);
+        return run({"verify", path("damaged")});
+    }
+
+    /// Refused with the file's name and a place in it.
+    void expectRefused(const std::string& content, const std::string& message) const {
+        const Result result = verify(content);
+        EXPECT_EQ(result.code, 1);
+        EXPECT_THAT(result.err,
+                    AllOf(StartsWith("scenefile: " + path("damaged") + ": "),
+                          AnyOf(HasSubstr("byte "), HasSubstr("packet ")), HasSubstr(message)));
+    }
+};
+
+class DamagedBy : public Damaged, public testing::WithParamInterface<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(Method, DamagedBy, testing::Values("binary", "text"),
+                         [](const auto& method) { return std::string(method.param); });
+
+TEST_P(DamagedBy, RefusesEveryTruncation) {
+    const std::string document = importText(fullModel, GetParam());
+    ASSERT_EQ(verify(document).code, 0);
+    for (std::size_t size = 0; size < document.size(); ++size) {
+        SCOPED_TRACE(size);
+        expectRefused(document.substr(0, size), "");
+    }
+    expectRefused(document + "\n", "behind the end-of-file packet");
+}
+
+/// A changed byte may make another sound document; then export must take it as well.
+TEST_P(DamagedBy, EndsWhateverByteIsChanged) {
+    const std::string document = importText(fullModel, GetParam());
+    for (std::size_t at = 0; at < document.size(); ++at)
+        for (int change : {0x01, 0x02, 0x10, 0x40, 0x80, 0xFF}) {
+            std::string damaged = document;
+            damaged[at] = static_cast<char>(damaged[at] ^ change);
+            const Result result = verify(damaged);
+            ASSERT_TRUE(result.code == 0 || result.code == 1) << at;
+            ASSERT_EQ(result.err.empty(), result.code == 0) << at;
+            if (result.code == 0 && change == 0x01) {
+                ASSERT_EQ(run({"export", path("damaged"), path("out.obj")}).code, 0) << at;
+                ASSERT_EQ(run({"import", path("out.obj"), path("again")}).code, 0) << at;
+            }
+        }
+}
+
+TEST_F(Damaged, EndsWhateverStructureATextGains) {
+    const std::string document = importText(fullModel, "text");
+    for (std::size_t at = document.find('{'); at < document.size(); ++at)
+        for (const char* piece : {"{", "}", "[", "]", "<", ">", "\"", "\\", " ", "9", "-", "\n"})
+            ASSERT_LE(verify(std::string(document).insert(at, piece)).code, 1) << at << piece;
+}
+
+struct Edit {
+    const char* what;
+    const char* with;
+    const char* message;
+};
+
+/// Each edit is made at the first place that fits.
+const Edit edits[] = {
+    // the header and the list of types
+    {"^@\n", "^#\n", "byte 0: this is no document"},
+    {"1 0 1\n", "1 2 1\n", "method 2"},
+    {"1 0 1\n", "1 1 0\n", "other sizes"},
+    {"8\n@\n", "8 \n", "header"},
+    {"8\n@\n", "@\n", "header"},
+    {"   1 packetFile_EOF", "   3 packetFile_EOF", "not numbered in order"},
+    {"packetFile_EOF", "packetFile_string", "listed twice"},
+    {"packetFile_EOF", "packetFile_END", "no end-of-file packet"},
+    {"packetFile_EOF\n", "packetFile_EOF \n", "name of a type is damaged"},
+    // packets
+    {"{ 2 0", "{ 9 0", "type 9, which is not listed"},
+    {"{ 2 0", "{ 2 2", "neither"},
+    {"{ 2 0", "{ 2 1 1", "second scene, or has a reference"},
+    {"{ 2 0", "{ 3 0", "no possible reference"},
+    {"{ 1 0", "{ 2 0 } { 1 0", "a packet"},
+    {"{ 1 0", "{ 2 0 }\n{ 1 0", "second scene"},
+    {"{ 1 0", "{ 3 1 999 }\n{ 1 0", "no possible reference"},
+    {"{ 1 0", "{ 3 1 1 }\n{ 1 0", "that of a packet before it"},
+    {"{ 1 0", "{ 6 1 40 \n  [ 3 ] }\n{ 1 0", "no possible reference"},
+    {"{ 1 0", "{ 6 1 22 \n  [ 7 ] }\n{ 1 0", "nothing refers to what it describes"},
+    {"{ 1 0", "{ 7 0 }\n{ 1 0", "no possible reference"},
+    {"scenefile_scene", "somebodys_scene", "nothing refers"},
+    {"scenefile_group", "somebodys_group", "which no packet defines"},
+    // references
+    {"[ 1 2 ]", "[ 0 2 ]", "root node is reference 0, which cannot be"},
+    {"[ 1 2 ]", "[ 2 2 ]", "root node is reference 2, which is something else"},
+    {"[ 1 2 ]", "[ 4 2 ]", "the root node has a parent"},
+    {"[ 1 2 ]", "[ 4294967295 2 ]", "reference -1, which cannot be"},
+    {"[ 1 2 ]", "[ 22 2 ]", "root node is reference 22, which no packet defines"},
+    // numbers that cannot be
+    {"[ 1 3 ]", "[ 2000000000 3 ]", "cannot hold the 2000000000 values"},
+    {"[ 1 3 ]", "[ -1 3 ]", "cannot hold the -1 values"},
+    {"[ 4 0 0 0 1", "[ 4000 0 0 0 1", "cannot hold the"},
+    {"5 7 19 ]", "5 7 18 ]", "does not hold as much as"},
+    {"0 0 0 1 0 0", "0 0 1e9 1 0 0", ""},
+    {"0 0 0 1 0 0", "0 0 1e999 1 0 0", "no number, or too large"},
+    {"[ ] }\n{ 0", "[ 1 1 1 1 ] }\n{ 0", ""},
+    // what does not fit together
+    {"[ 4 4 5 6 7 ]", "[ 5 4 4 5 6 7 ]", "5 children, but there are 5 nodes"},
+    {"[ 12 1 13 ]", "[ 12 4 13 ]", "parent is not the root"},
+    {"[ 12 1 13 ]", "[ 12 1 8 ]", "nothing refers to what it describes"},
+    {"[ 9 1 10 ]", "[ 9 1 8 ]", "nothing refers to what it describes"},
+    {"[ 3 0 0 2 6 3 ]", "[ 4 0 0 2 6 3 ]", "no known kind"},
+    {"[ 3 0 0 2 6 3 ]", "[ 3 0 0 2 5 3 ]", "do not agree"},
+    {"[ 14 15 3 ]", "[ 14 15 -3 ]", "smoothing group is negative"},
+    {"[ 3 4 0 1", "[ 2 5 0 1", "an element has 2 corners"},
+    {"[ 3 4 0 1", "[ 3 5 0 1", "corners, but there are 7"},
+    {"[ 0 1 2 1 2 3 ]", "[ 0 1 4 1 2 3 ]", "position index 4 is outside the 4"},
+    {"[ 0 1 2 0 0 0 ]", "[ 0 1 2 0 0 -1 ]", "normal index -1 is outside the 1"},
+    {"\"house\"", "\"ho\nuse\"", "name cannot stand in an OBJ file"},
+    {"\"walls\"", "\"wal ls\"", "names cannot stand in an OBJ file"},
+    {"2 2 0 0 1 0.5", "2 9 0 0 1 0.5", "texture coordinates have 9 numbers"},
+};
+
+TEST_F(Damaged, SaysWhatIsWrong) {
+    const std::string document = importText(fullModel, "text");
+    for (const Edit& edit : edits) {
+        SCOPED_TRACE(std::string(edit.what) + " -> " + edit.with);
+        const std::size_t at = document.find(edit.what);
+        ASSERT_NE(at, std::string::npos);
+        const std::string damaged =
+            std::string(document).replace(at, std::string(edit.what).size(), edit.with);
+        if (*edit.message != '\0')
+            expectRefused(damaged, edit.message);
+        else
+            EXPECT_EQ(verify(damaged).code, 0);
+    }
+}
+
+TEST_F(Damaged, ExportLeavesTheOldModel) {
+    folder_.write("old.obj", "old");
+    const std::string document = importText(fullModel, "binary");
+    folder_.write("damaged", document.substr(0, document.size() - 20));
+    EXPECT_EQ(run({"export", path("damaged"), path("old.obj")}).code, 1);
+    EXPECT_EQ(folder_.read("old.obj"), "old");
+}
+
+TEST_F(Damaged, ReadsOnlyFiles) {
+    for (const std::string& file : {path(""), path("none"), std::string("/dev/zero")})
+        EXPECT_EQ(run({"show", file}).code, 1);
+}
+
+} // namespace

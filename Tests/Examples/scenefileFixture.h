@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <algorithm>
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Support/TempFolder.h"
+
+#include "commands.h"
+
+/// Runs scenefile within this process, in a folder of its own.
+class Scenefile : public testing::Test {
+protected:
+    struct Result {
+        int code;
+        std::string out;
+        std::string err;
+    };
+
+    static Result run(const std::vector<std::string>& arguments) {
+        std::ostringstream out;
+        std::ostringstream err;
+        const int code = scenefile::run(arguments, out, err);
+        return {code, out.str(), err.str()};
+    }
+
+    std::string path(const std::string& name) const { return folder_.path(name); }
+
+    /// The document that `model` makes.
+    std::string importText(const std::string& model, const std::string& method) const {
+        folder_.write("in.obj", model);
+        const Result result = run({"import", path("in.obj"), path("made"), "--method", method});
+        EXPECT_EQ(result.code, 0) << result.err << model;
+        return folder_.read("made");
+    }
+
+    /// The model that the document `content` exports, or the message of its refusal.
+    std::string exportText(const std::string& content) const {
+        folder_.write("out.zd", content);
+        const Result result = run({"export", path("out.zd"), path("out.obj")});
+        return result.code == 0 ? folder_.read("out.obj") : result.err;
+    }
+
+    std::vector<std::string> filesInFolder() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder_.path()))
+            names.push_back(entry.path().filename());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    TempFolder folder_;
+};
+
+/// A model that makes packets of every type, and chunks and sub-packets of every form.
+inline constexpr const char* fullModel = R"(mtllib house.mtl
+v 0 0 0
+v 1 0 0
+v 1 1 0.1
+v 0 1 -0.001
+vt 0 0
+vt 1 0.5
+vn 0 0 1
+p 1
+o house
+g walls south
+usemtl red {brick}
+s 3
+f 1/1/1 2/2/1 3/1/1
+f 1/1/1 2/2/1 3/1/1 4/2/1
+g
+f 1//1 2//1 3//1
+usemtl
+s 0
+l 1/1 2/2
+o empty
+o "roof" <1>
+usemtl a
+f 1 2 3
+f 2 3 4
+)";

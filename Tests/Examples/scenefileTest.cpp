@@ -1,0 +1,271 @@
+// SPDX-License-Identifier: MIT
+
+#include <sys/resource.h>
+
+#include <csignal>
+#include <cstdlib>
+
+#include "scenefileFixture.h"
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+const char* const methods[] = {"binary", "text"};
+
+struct Malformed {
+    const char* model;
+    int line;
+    const char* message;
+};
+
+const Malformed malformed[] = {
+    {"", 1, "without a vertex"},
+    {"# nothing\n\n", 3, "without a vertex"},
+    {"v 1 2\n", 1, "needs 3"},
+    {"v 1 2 3 4 5\n", 1, "not 5"},
+    {"v 1 2 3 4 5 6 7\n", 1, "more than 6"},
+    {"v 1 2 x\n", 1, "'x' is not a number"},
+    {"v 1 2 1.5.2\n", 1, "'1.5.2' is not a number"},
+    {"v 1 2 0x10\n", 1, "'0x10' is not a number"},
+    {"v 1 2 nan\n", 1, "'nan' is not a number"},
+    {"v 1 2 1e999\n", 1, "too large"},
+    {"v 1 2 -1.7976931348623157e308\n", 1, "too large"}, // has no 16 digits
+    {"v 1 2 3\nv 1 2 3 1 1 1\n", 2, "has a colour"},
+    {"v 1 2 3 1 1 1\n\nv 1 2 3\n", 3, "has no colour"},
+    {"v 1 2 3\nvn 1 2\n", 2, "needs 3"},
+    {"v 1 2 3\nvt\n", 2, "needs 1"},
+    {"v 0 0 0\nf 1 1\n", 2, "needs 3 or more vertices, and has 2"},
+    {"v 0 0 0\nf\n", 2, "has 0"},
+    {"v 0 0 0\nl 1\n", 2, "needs 2"},
+    {"v 0 0 0\np\n", 2, "needs 1"},
+    {"v 0 0 0\nf 1 1 0\n", 2, "vertex 0: numbers begin at 1"},
+    {"v 0 0 0\nf 1 1 2\nf 1 1 1\n", 2, "vertex 2: the file has only 1"},
+    {"v 0 0 0\nf 1 1 -2\n", 2, "vertex -2: only 1"},
+    {"v 0 0 0\nf 1/1 1/1 1/1\n", 2, "texture vertex 1: the file has only 0"},
+    {"v 0 0 0\nf 1//1 1//1 1//1\n", 2, "normal 1: the file has only 0"},
+    {"v 0 0 0\nvn 0 0 1\nf 1//1 1//1 1\n", 3, "'1' is not of the form"},
+    {"v 0 0 0\nvt 0\nf 1/1 1/ 1/1\n", 3, "'1/' is not of the form"},
+    {"v 0 0 0\nf 1/ 1/ 1/\n", 2, "'1/' is not of the form"},
+    {"v 0 0 0\nf 1/1/1/1 1 1\n", 2, "too many parts"},
+    {"v 0 0 0\nf 1 1 1.5\n", 2, "'1.5' is not a whole number"},
+    {"v 0 0 0\nf 1 1 99999999999\n", 2, "of reasonable size"},
+    {"v 0 0 0\nf 1 1 +-1\n", 2, "not a whole number"},
+    {"v 0 0 0\ns on\n", 2, "'on' is not a whole number"},
+    {"v 0 0 0\ns -1\n", 2, "not negative"},
+    {"v 0 0 0\ns 1 2\n", 2, "takes one number"},
+    {"v 0 0 0\no a\x01z\n", 2, "control byte"},
+    {"v 0 0 0\nmtllib\n", 2, "needs the name"},
+    {"v 0 0 0\nvx 1\n", 2, "unknown statement 'vx'"},
+    {"v 0 0 0\ncurv 0 1 1\n", 2, "'curv' is not supported"},
+    {"v 0 0 0\n\\\n \\\nf 1 2 \\\r\n3 x\n", 2, "'x' is not a whole number"},
+};
+
+TEST_F(Scenefile, RefusesMalformedModelsWithTheirLineAndWritesNothing) {
+    for (const Malformed& each : malformed) {
+        const std::string model = folder_.write("bad.obj", each.model);
+        for (const char* old : {"", "an old document"}) {
+            if (*old != '\0')
+                folder_.write("document", old);
+            const Result result = run({"import", model, path("document")});
+            EXPECT_EQ(result.code, 1) << each.model;
+            EXPECT_THAT(result.err, AllOf(StartsWith("scenefile: " + model + ":" +
+                                                     std::to_string(each.line) + ": "),
+                                          HasSubstr(each.message)))
+                << each.model;
+            EXPECT_EQ(folder_.read("document"), old);
+            EXPECT_EQ(filesInFolder().size(), *old == '\0' ? 1U : 2U) << each.model;
+        }
+        std::filesystem::remove(path("document"));
+    }
+}
+
+TEST_F(Scenefile, RefusesWhatIsNoTextFile) {
+    folder_.write("zero.obj", std::string("v 1 2 3\n\0", 9));
+    EXPECT_THAT(run({"import", path("zero.obj"), path("d")}).err, HasSubstr(":2: a zero byte"));
+    EXPECT_THAT(run({"import", path(""), path("d")}).err, HasSubstr("cannot be read"));
+    EXPECT_THAT(run({"import", path("none.obj"), path("d")}).err, HasSubstr("No such file"));
+    EXPECT_THAT(run({"import", "/dev/zero", path("d")}).err, HasSubstr(":1: a zero byte"));
+}
+
+/// Models that say the same in another way make the same document.
+TEST_F(Scenefile, TakesEveryFormOfTheSameModel) {
+    const struct {
+        const char* plain;
+        const char* variant;
+    } pairs[] = {
+        {"v 0 0 0\nv 1 0 0\nf 1 2 1\n", "v 0 0 0\r\nv 1 0 0\r\nf 1 2 1\r\n"},
+        {"v 0 0 0\nv 1 0 0\nf 1 2 1\n", "v 0 0 0\rv 1 0 0\rf 1 2 1"},
+        {"v 0 0 0\nv 1 0 0\nf 1 2 1\n", "v 0 0 0\nv 1 0 0\nf -2 -1 -2\n"},
+        {"v 0 0 0\nv 1 0 0\nf 1 2 1\n", "f 1 2 1\nv 0 0 0\nv 1 0 0\n"},
+        {"v 0 0 0\nv 1 0 0\nf 1 2 1\n",
+         "#c\\\n\tv +0 0. 0e5 #c\nv 1\\\n 0 \\  \n0\n\nf 1  2\t1 #\n"},
+        {"v 0 0 0\nvn 0 0 1\nf 1//1 1//1 1//1\n", "vn 0 0 1\nv 0 0 0\nf -1//-1 1//-1 -1//1\n"},
+        {"v 1 2 3 1\nv 1 2 3 2\n", "v 1 2 3\nv 1 2 3 2\n"},
+        {"v 1 2 3 2\nv 1 2 3 1\n", "v 1 2 3 2\nv 1 2 3\n"},
+        {"v 0 0 0\nvt 1 0 0\nvt 1 2 0\nvt 1 2 3\n", "v 0 0 0\nvt 1\nvt 1 2\nvt 1 2 3\n"},
+        {"v 0 0 0\nmtllib a.mtl\n", "mtllib a.mtl\nv 0 0 0\n"},
+        {"v 0 0 0\np 1\n", "v 0 0 0\ng unused\nusemtl unused\ng\nusemtl\ns off\np 1\n"},
+        {"v 0 0 0\no a b\np 1\n", "v 0 0 0\no \t a\tb \\\np 1\n"},
+    };
+    for (const auto& pair : pairs) {
+        std::string variant = pair.variant;
+        if (variant.find("a\tb") != std::string::npos)
+            variant.replace(variant.find("\\\n"), 2, "\\\n\n");
+        EXPECT_EQ(importText(variant, "text"), importText(pair.plain, "text")) << variant;
+    }
+}
+
+TEST_F(Scenefile, KeepsAModelThroughExportAndImport) {
+    const std::string models[] = {
+        fullModel,
+        "v 0.1 1e-300 -0\nv -1.797693134862315e308 5e-324 3.0000000000000004\n",
+        "v 0 0 0 0.5\np 1\n",
+        "v 0 0 0 1 0 0.25\nvt 0.5\nvt 1\np 1\nl 1/1 1/2\n",
+        "v 0 0 0\nvt 1 2 3\no\no\np 1\no\np 1\ng default\np 1\ng\np 1\n",
+        "v 0 0 0\no a\np 1\no a\np 1\no b#c \\} \"[<\\{ \xC3\xA9 \xFF\np 1\n",
+        "v 0 0 0\nf 1 1 1\nf 1 1 1 1\nl 1 1\nf 1 1 1\np 1 1 1\n",
+        "v 0 0 0\nmtllib a b.mtl\nmtllib c.mtl\nusemtl m\nf 1 1 1\nusemtl n\nf 1 1 1\nusemtl m\nf "
+        "1 1 1\n",
+    };
+    for (const std::string& model : models)
+        for (const char* method : methods) {
+            const std::string document = importText(model, method);
+            const std::string exported = exportText(document);
+            EXPECT_EQ(importText(exported, method), document) << model << exported;
+        }
+    EXPECT_EQ(exportText(importText(fullModel, "binary")),
+              std::string("# written by scenefile\n") + fullModel);
+}
+
+TEST_F(Scenefile, KeepsEveryModelOfAFolderThroughExportAndImport) {
+    const char* models = std::getenv("SCENEFILE_MODELS");
+    if (models == nullptr)
+        GTEST_SKIP() << "SCENEFILE_MODELS names no folder";
+    for (const auto& entry : std::filesystem::directory_iterator(models)) {
+        if (entry.path().extension() != ".obj")
+            continue;
+        for (const char* method : methods) {
+            ASSERT_EQ(run({"import", entry.path(), path("a"), "--method", method}).code, 0)
+                << entry;
+            ASSERT_EQ(run({"verify", path("a")}).code, 0) << entry;
+            ASSERT_EQ(run({"export", path("a"), path("a.obj")}).code, 0) << entry;
+            ASSERT_EQ(run({"import", path("a.obj"), path("b"), "--method", method}).code, 0);
+            EXPECT_EQ(folder_.read("a"), folder_.read("b")) << entry;
+        }
+    }
+}
+
+TEST_F(Scenefile, SkipsAndCountsUnsupportedStatementsOnRequest) {
+    folder_.write("in.obj", "v 0 0 0\nlod 1\nvp 1 2\nlod 2\np 1\n");
+    const Result result = run({"import", path("in.obj"), path("d"), "--skip-unsupported"});
+    EXPECT_EQ(result.code, 0);
+    EXPECT_THAT(result.out, AllOf(HasSubstr("lod (2 times)"), HasSubstr("vp (1 times)")));
+}
+
+TEST_F(Scenefile, SaysWhenATextDocumentRoundsNumbers) {
+    folder_.write("in.obj", "v 0.1 0.30000000000000004 1\n");
+    EXPECT_THAT(run({"import", path("in.obj"), path("d"), "--method=text"}).out,
+                HasSubstr("1 numbers were rounded"));
+    EXPECT_THAT(run({"import", path("in.obj"), path("d")}).out, Not(HasSubstr("rounded")));
+}
+
+TEST_F(Scenefile, ShowsWhatIsInADocument) {
+    importText(fullModel, "text");
+    EXPECT_THAT(
+        run({"show", path("made")}).out,
+        AllOf(HasSubstr("vertices: 4 positions, 2 texture coordinates of 2 numbers, 1 normal\n"),
+              HasSubstr("material library: house.mtl\n"),
+              HasSubstr("  node house: mesh of 3 runs\n"
+                        "    2 faces, 7 corners of v/vt/vn; material red {brick}; group "
+                        "walls south; smoothing 3\n"
+                        "    1 face, 3 corners of v//vn; material red {brick}; smoothing 3\n"
+                        "    1 line, 2 corners of v/vt\n"
+                        "  node empty: no mesh\n"
+                        "  node \"roof\" <1>: mesh of 1 run\n")));
+}
+
+TEST_F(Scenefile, GeneratesAModelThatImports) {
+    ASSERT_EQ(run({"generate", path("ring.obj"), "--segments", "8"}).code, 0);
+    EXPECT_THAT(run({"import", path("ring.obj"), path("d")}).out,
+                EndsWith("57 positions, 4 nodes, 4 runs, 53 elements, 208 corners, 2 materials, 1 "
+                         "group\n"));
+}
+
+TEST_F(Scenefile, ExplainsWrongUse) {
+    folder_.write("in.obj", "v 0 0 0\n");
+    const std::vector<std::string> wrong[] = {
+        {},
+        {"frobnicate"},
+        {"import", "a.obj"},
+        {"import", "a.obj", "b", "c"},
+        {"import", "a.obj", "b", "--method", "xml"},
+        {"import", "a.obj", "b", "--method"},
+        {"import", "a.obj", "b", "--colour"},
+        {"show", "a", "--method", "text"},
+        {"generate", "a.obj", "--segments", "2"},
+        {"generate", "a.obj", "--segments", "9x"},
+        {"import", path("in.obj"),
+         path("../" + std::filesystem::path(path("")).filename().string() + "/in.obj")},
+    };
+    for (const auto& arguments : wrong) {
+        const Result result = run(arguments);
+        EXPECT_EQ(result.code, 2);
+        EXPECT_THAT(result.err, HasSubstr("scenefile --help"));
+    }
+    EXPECT_THAT(run({"--help"}).out, StartsWith("usage: scenefile"));
+    EXPECT_EQ(run({"show", "--", "-x"}).code, 1);
+}
+
+TEST_F(Scenefile, ReplacesADocumentInPlaceAndKeepsItsRights) {
+    namespace fs = std::filesystem;
+    folder_.write("d", "old");
+    fs::permissions(path("d"), fs::perms::owner_read | fs::perms::owner_write);
+    fs::create_symlink("d", path("link"));
+    folder_.write("in.obj", "v 0 0 0\n");
+    ASSERT_EQ(run({"import", path("in.obj"), path("link")}).code, 0);
+    EXPECT_TRUE(fs::is_symlink(path("link")));
+    EXPECT_THAT(folder_.read("d"), StartsWith("^@\n"));
+    EXPECT_EQ(fs::status(path("d")).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_THAT(filesInFolder(), ElementsAre("d", "in.obj", "link"));
+}
+
+TEST_F(Scenefile, WritesOnlyToFiles) {
+    folder_.write("in.obj", "v 0 0 0\n");
+    for (const std::string& target : {path(""), path("no/such/folder"), std::string("/dev/null")}) {
+        const Result result = run({"import", path("in.obj"), target});
+        EXPECT_EQ(result.code, 1);
+        EXPECT_THAT(result.err, StartsWith("scenefile: " + target + ": cannot be written"));
+    }
+    EXPECT_THAT(filesInFolder(), ElementsAre("in.obj"));
+}
+
+/// The limit on the size of files stands in for a full disk.
+TEST_F(Scenefile, LeavesTheOldFileWhenAWriteFails) {
+    ASSERT_EQ(run({"generate", path("in.obj"), "--segments", "16"}).code, 0);
+    ASSERT_EQ(run({"import", path("in.obj"), path("in.zd")}).code, 0);
+    folder_.write("old", "old");
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit = {};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit low = {4096, limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &low);
+    const Result results[] = {
+        run({"import", path("in.obj"), path("old")}),
+        run({"import", path("in.obj"), path("old"), "--method", "text"}),
+        run({"export", path("in.zd"), path("old")}),
+    };
+    setrlimit(RLIMIT_FSIZE, &limit);
+    for (const Result& result : results) {
+        EXPECT_EQ(result.code, 1);
+        EXPECT_THAT(result.err, HasSubstr(path("old") + ": cannot be written"));
+    }
+    EXPECT_EQ(folder_.read("old"), "old");
+    EXPECT_THAT(filesInFolder(), ElementsAre("in.obj", "in.zd", "old"));
+}
+
+} // namespace
