@@ -55,7 +55,7 @@ TEST_P(DamagedBy, EndsWhateverByteIsChanged) {
             const Result result = verify(damaged);
             ASSERT_TRUE(result.code == 0 || result.code == 1) << at;
             ASSERT_EQ(result.err.empty(), result.code == 0) << at;
-            if (result.code == 0 && change == 0x01) {
+            if (result.code == 0 && change == 0x01 && at % 8 == 0) {
                 ASSERT_EQ(run({"export", path("damaged"), path("out.obj")}).code, 0) << at;
                 ASSERT_EQ(run({"import", path("out.obj"), path("again")}).code, 0) << at;
             }

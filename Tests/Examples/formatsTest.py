@@ -1,0 +1,403 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""A reader of scenefile's documents that was written from Documentation/formats.md alone.
+
+usage: formatsTest.py SCENEFILE FORMATS.md
+
+Checks the worked example of that page against what scenefile writes, prints documents as `scenefile
+show` does and compares, and turns a binary document into one of the other byte order, which scenefile
+must read as the same.
+"""
+import collections
+import pathlib
+import re
+import struct
+import subprocess
+import sys
+import tempfile
+
+# --- The two formats: values, chunks and sub-packets -----------------------------------------------
+
+
+class BinaryValues:
+    """The body of a binary packet. `swapped` collects its bytes in the other order."""
+
+    def __init__(self, data, order):
+        self.data, self.order, self.at = data, order, 0
+        self.ends = [len(data)]
+        self.chunk_ends = [None]
+        self.swapped = bytearray()
+
+    def take(self, code):
+        size = struct.calcsize('<' + code)
+        value, = struct.unpack(self.order + code, self.data[self.at:self.at + size])
+        self.at += size
+        self.swapped += struct.pack(('>' if self.order == '<' else '<') + code, value)
+        return value
+
+    def begin(self, mark):
+        assert chr(self.take('B')) == mark
+        start = self.at
+        return start + self.take('i')
+
+    def string(self):
+        return bytes(iter(lambda: self.take('B'), 0)).decode()
+
+    def chunk(self):
+        """Whether there is a further chunk with anything in it."""
+        self.end_chunk()
+        if self.at == self.ends[-1]:
+            return False
+        self.chunk_ends[-1] = self.begin(',')
+        return self.at < self.chunk_ends[-1]
+
+    def end_chunk(self):
+        if self.chunk_ends[-1] is not None:
+            assert self.at == self.chunk_ends[-1], 'something is left in a chunk'
+            self.chunk_ends[-1] = None
+
+    def start(self):
+        self.ends.append(self.begin('.'))
+        self.chunk_ends.append(None)
+
+    def end(self):
+        self.end_chunk()
+        self.chunk_ends.pop()
+        assert self.at == self.ends.pop(), 'something is left in a packet'
+
+
+class TextValues:
+    """The text of a packet behind "{ ", its id and its reference mark."""
+
+    def __init__(self, text):
+        self.text, self.at = text, 0
+        self.open = [False]
+
+    def skip(self, text):
+        found = self.text.startswith(text, self.at)
+        self.at += len(text) if found else 0
+        return found
+
+    def take(self, code):
+        end = self.text.index(b' ', self.at)
+        word, self.at = self.text[self.at:end], end + 1
+        return float(word) if code == 'd' else int(word)
+
+    def string(self):
+        match = re.compile(rb'"((?:\\.|[^"\\])*)" ', re.S).match(self.text, self.at)
+        self.at = match.end()
+        return re.sub(rb'\\(.)', rb'\1', match[1], flags=re.S).decode()
+
+    def chunk(self):
+        self.end_chunk()
+        if not self.skip(b'\n  [ '):
+            return False
+        self.open[-1] = True
+        return not self.text.startswith(b']', self.at)
+
+    def end_chunk(self):
+        if self.open[-1]:
+            assert self.skip(b'] '), 'something is left in a chunk'
+            self.open[-1] = False
+
+    def start(self):
+        assert self.skip(b'\n  < ')
+        self.open.append(False)
+
+    def end(self):
+        self.end_chunk()
+        self.open.pop()
+        assert self.skip(b'> ') if self.open else self.at == len(self.text)
+
+
+# --- Files ----------------------------------------------------------------------------------------
+
+Packet = collections.namedtuple('Packet', 'type size reference values')
+
+
+class File:
+    def __init__(self, data):
+        lines = data.split(b'\n')
+        assert lines[0] == b'^@' and lines[4] == b'@'
+        little, method, _ = map(int, lines[2].split())
+        self.order, self.text = '<' if little else '>', method == 0
+        end = lines.index(b'@', 5)
+        self.types = [line.split()[1].decode() for line in lines[5:end]]
+        self.start = len(b'\n'.join(lines[:end + 1])) + 1
+        self.size = len(data)
+        self.packets = []
+        at = self.start
+        while not self.packets or self.packets[-1].type != 'packetFile_EOF':
+            at += self.text_packet(data, at) if self.text else self.binary_packet(data, at)
+        assert at == len(data)
+
+    def binary_packet(self, data, at):
+        type_id, has_reference, length = struct.unpack(self.order + '3i', data[at:at + 12])
+        self.add(type_id, has_reference, 12 + length,
+                 BinaryValues(data[at + 12:at + 12 + length], self.order))
+        return 12 + length
+
+    def text_packet(self, data, at):
+        match = re.compile(rb'\{ (\d+) ([01]) ((?:\\.|[^\\}])*)\}\n', re.S).match(data, at)
+        self.add(int(match[1]), int(match[2]), len(match[0]), TextValues(match[3]))
+        return len(match[0])
+
+    def add(self, type_id, has_reference, size, values):
+        reference = values.take('I') if has_reference else 0
+        self.packets.append(Packet(self.types[type_id], size, reference, values))
+
+
+# --- Documents ------------------------------------------------------------------------------------
+
+
+def read_many(values, count, code):
+    return [values.take(code) for _ in range(count)]
+
+
+def read_references(values):
+    return read_many(values, values.take('i'), 'I')
+
+
+def read_scene(values):
+    assert values.chunk()
+    scene = {'root': values.take('I'), 'vertices': values.take('I')}
+    assert values.chunk()
+    scene['libraries'] = read_references(values)
+    assert values.chunk()
+    scene['counts'] = read_many(values, 5, 'i') + read_many(values, 2, 'q')
+    return scene
+
+
+def read_node(values):
+    assert values.chunk()
+    node = dict(zip(('name', 'parent', 'mesh'), read_many(values, 3, 'I')))
+    node['children'] = read_references(values) if values.chunk() else []
+    return node
+
+
+def read_mesh(values):
+    assert values.chunk()
+    values.take('I')
+    return {'runs': [read_run(values) for _ in range(values.take('i'))]}
+
+
+def read_run(values):
+    values.start()
+    assert values.chunk()
+    run = dict(zip(('kind', 'texture', 'normals'), read_many(values, 3, 'B')))
+    run['elements'], run['corners'], size = read_many(values, 3, 'i')
+    assert values.chunk()
+    run['material'], run['group'] = read_many(values, 2, 'I')
+    run['smoothing'] = values.take('i')
+    assert values.chunk()
+    run['sizes'] = [size] * run['elements'] if size else read_many(values, run['elements'], 'i')
+    assert sum(run['sizes']) == run['corners']
+    read_many(values, run['corners'] * (1 + run['texture'] + run['normals']), 'i')
+    values.end()
+    return run
+
+
+def read_group(values):
+    assert values.chunk()
+    return {'names': read_references(values)}
+
+
+def read_material(values):
+    assert values.chunk()
+    return {'name': values.take('I')}
+
+
+def read_vertices(values):
+    vertices = {'texture': 0, 'texture_size': 0, 'normals': 0}
+    assert values.chunk()
+    vertices['positions'] = values.take('i')
+    read_many(values, 3 * vertices['positions'], 'd')
+    if values.chunk():
+        vertices['texture'], vertices['texture_size'] = values.take('i'), values.take('B')
+        read_many(values, vertices['texture'] * vertices['texture_size'], 'd')
+    if values.chunk():
+        vertices['normals'] = values.take('i')
+        read_many(values, 3 * vertices['normals'], 'd')
+    vertices['weights'] = values.chunk()
+    read_many(values, vertices['positions'] * vertices['weights'], 'd')
+    vertices['colours'] = values.chunk()
+    read_many(values, 3 * vertices['positions'] * vertices['colours'], 'd')
+    return vertices
+
+
+def read_string(values):
+    return values.string()
+
+
+READERS = {
+    'scenefile_scene': read_scene, 'scenefile_node': read_node, 'scenefile_mesh': read_mesh,
+    'scenefile_group': read_group, 'scenefile_material': read_material,
+    'scenefile_vertices': read_vertices, 'packetFile_string': read_string,
+    'packetFile_EOF': lambda values: None,
+}
+
+
+def read_document(file):
+    """The scene, and all objects by their references."""
+    objects, scene = {}, None
+    for packet in file.packets:
+        content = READERS[packet.type](packet.values)
+        packet.values.end()
+        if packet.type == 'scenefile_scene':
+            scene = content
+        elif packet.reference:
+            assert packet.reference not in objects
+            objects[packet.reference] = content
+    return scene, objects
+
+
+# --- What `scenefile show` prints -----------------------------------------------------------------
+
+
+def counted(count, noun):
+    return f'{count} {noun}' + ('' if count == 1 else 's')
+
+
+def show_run(run, objects):
+    noun = ('point', 'line', 'face')[run['kind'] - 1]
+    form = ('v', 'v/vt', 'v//vn', 'v/vt/vn')[run['texture'] + 2 * run['normals']]
+    line = f"    {counted(run['elements'], noun)}, {counted(run['corners'], 'corner')} of {form}"
+    if run['material']:
+        line += '; material ' + objects[objects[run['material']]['name']]
+    if run['group']:
+        line += '; group ' + ' '.join(objects[name] for name in objects[run['group']]['names'])
+    return line + (f"; smoothing {run['smoothing']}" if run['smoothing'] else '')
+
+
+def show(path, file):
+    scene, objects = read_document(file)
+    vertices, root = objects[scene['vertices']], objects[scene['root']]
+    form = 'text' if file.text else \
+        'binary, ' + ('little' if file.order == '<' else 'big') + '-endian'
+    yield f'{path}: {form}, {file.size} bytes'
+    yield f'packets: {len(file.packets)}, and the header of {file.start} bytes'
+    for name in file.types:
+        sizes = [packet.size for packet in file.packets if packet.type == name]
+        yield f'  {name:20}{len(sizes):8}{sum(sizes):12} bytes'
+    nodes, _, groups, materials, runs, elements, corners = scene['counts']
+    yield 'scene: ' + ', '.join(counted(*each) for each in (
+        (vertices['positions'], 'position'), (nodes, 'node'), (runs, 'run'), (elements, 'element'),
+        (corners, 'corner'), (materials, 'material'), (groups, 'group')))
+    line = 'vertices: ' + counted(vertices['positions'], 'position')
+    line += ' with weights' if vertices['weights'] else ''
+    line += ' with colours' if vertices['colours'] else ''
+    if vertices['texture']:
+        line += ', ' + counted(vertices['texture'], 'texture coordinate') + ' of ' + \
+            counted(vertices['texture_size'], 'number')
+    yield line + ', ' + counted(vertices['normals'], 'normal')
+    for library in scene['libraries']:
+        yield f'material library: {objects[library]}'
+    yield f"objects: {len(root['children'])}"
+    for child in root['children']:
+        node = objects[child]
+        name = objects[node['name']] if node['name'] else '(no name)'
+        if not node['mesh']:
+            yield f'  node {name}: no mesh'
+            continue
+        mesh = objects[node['mesh']]
+        yield f"  node {name}: mesh of {counted(len(mesh['runs']), 'run')}"
+        for run in mesh['runs']:
+            yield show_run(run, objects)
+
+
+def swap(data):
+    """The same binary document as a machine of the other byte order writes it."""
+    file = File(data)
+    read_document(file)
+    order = '>' if file.order == '<' else '<'
+    start = data[:file.start].split(b'\n')
+    start[2] = b'0 1 1' if file.order == '<' else b'1 1 1'
+    result = b'\n'.join(start)
+    for packet in file.packets:
+        result += struct.pack(order + '3i', file.types.index(packet.type), packet.reference != 0,
+                              len(packet.values.swapped)) + packet.values.swapped
+    return result
+
+
+# --- The test -------------------------------------------------------------------------------------
+
+MODEL = r'''mtllib some.mtl
+v 0 0 0 1 0.5 0
+v 1 0.1 -1e-20 1 0.5 0
+v 0 1 123456789.125 0 0 1
+vt 0
+vt 0.25 1
+vn 0 0 1
+p 1 2
+o first "{[<\>]}"
+usemtl m 1
+g a b
+s 2
+f 1/1/1 2/2/1 3/1/1
+f 3/1/1 2/2/1 1/1/1 1/2/1
+f 1 2 3
+o none
+o last
+l 1 2 3 1
+l 1 2
+'''
+
+
+def examples(page):
+    pattern = r'<!-- example: (\w+) -->\n```\n(.*?)```\n'
+    return dict(re.findall(pattern, page.read_text(), re.S))
+
+
+def bytes_of(dump):
+    """The bytes of lines of hexadecimal numbers; a semicolon begins a comment."""
+    return bytes.fromhex(re.sub(r';.*', '', dump))
+
+
+def main():
+    scenefile, page = sys.argv[1], pathlib.Path(sys.argv[2])
+    with tempfile.TemporaryDirectory() as name:
+        folder = pathlib.Path(name)
+
+        def run(*arguments):
+            return subprocess.run([scenefile, *map(str, arguments)], check=True,
+                                  stdout=subprocess.PIPE).stdout.decode()
+
+        def make(model, method):
+            (folder / 'in.obj').write_text(model)
+            run('import', folder / 'in.obj', folder / method, '--method', method)
+            return (folder / method).read_bytes()
+
+        def equal(found, expected, what):
+            if found != expected:
+                sys.exit(f'{what} differs:\nfound:    {found!r}\nexpected: {expected!r}')
+
+        example = examples(page)
+        start = example['start'].encode()
+        equal(make(example['model'], 'binary'), start + bytes_of(example['binary']),
+              'the binary example')
+        equal(make(example['model'], 'text'),
+              start.replace(b'1 1 1', b'1 0 1') + example['text'].encode(), 'the text example')
+
+        for method in 'binary', 'text':
+            for model in MODEL, example['model']:
+                data = make(model, method)
+                path = folder / method
+                equal('\n'.join(show(path, File(data))) + '\n', run('show', path),
+                      f'what is in a {method} document')
+
+        data = make(MODEL, 'binary')
+        (folder / 'swapped').write_bytes(swap(data))
+        equal(swap(swap(data)), data, 'a document that was swapped twice')
+        equal('\n'.join(show(folder / 'swapped', File(swap(data)))) + '\n',
+              run('show', folder / 'swapped'), 'what is in a swapped document')
+        for document in 'binary', 'swapped':
+            run('export', folder / document, folder / f'{document}.obj')
+        equal((folder / 'swapped.obj').read_text(), (folder / 'binary.obj').read_text(),
+              'the model in a swapped document')
+
+        for arguments, code in ((['verify', folder / 'in.obj'], 1), (['show'], 2), (['--help'], 0)):
+            equal(subprocess.run([scenefile, *map(str, arguments)], capture_output=True).returncode,
+                  code, f'the exit code of {arguments}')
+
+
+main()
