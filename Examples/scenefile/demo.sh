@@ -1,0 +1,83 @@
+#!/bin/bash
+# The whole road of a model: into documents and out again, and what happens to a damaged one.
+# usage: demo.sh BUILD_DIR [MODEL.obj]
+set -euo pipefail
+
+if [ $# -lt 1 ] || [ $# -gt 2 ]; then
+    echo "usage: demo.sh BUILD_DIR [MODEL.obj]" >&2
+    exit 2
+fi
+scenefile=$(realpath "$1")/Examples/scenefile/scenefile
+model=${2+$(realpath "$2")}
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+cd "$folder"
+
+say() {
+    printf '\n# %s\n' "$*"
+}
+
+bold= plain=
+if [ -t 1 ]; then
+    bold=$'\033[1m' plain=$'\033[0m'
+fi
+
+run() {
+    echo "$bold\$ $*$plain"
+    "$@"
+}
+
+scenefile() {
+    "$scenefile" "$@"
+}
+
+# A command that must fail, with the exit code that is for bad input.
+refuse() {
+    local code=0
+    run "$@" || code=$?
+    echo "exit code $code"
+    [ $code = 1 ]
+}
+
+if [ -n "$model" ]; then
+    say "Takes a copy of your model."
+    run cp "$model" model.obj
+else
+    say "Makes a model: a ring on a slab, with materials, groups, normals, a line and a point."
+    run scenefile generate model.obj
+fi
+
+say "Imports it, as a binary document and as a text document."
+run scenefile import model.obj model.binary --method binary
+run scenefile import model.obj model.text --method text
+
+say "Shows what is in a document, with counts and sizes."
+run scenefile show model.binary
+
+say "Reads both documents whole, and checks every reference and every index."
+run scenefile verify model.binary
+run scenefile verify model.text
+
+for method in binary text; do
+    say "Exports the $method document and imports the result again: the same document, byte for byte."
+    run scenefile export model.$method again.obj
+    run scenefile import again.obj again.$method --method $method
+    run cmp model.$method again.$method
+done
+
+for method in binary text; do
+    say "Cuts 20 bytes off the $method document. It is refused, and what an export would replace stays."
+    run truncate --size=-20 again.$method
+    run cp again.obj kept.obj
+    refuse scenefile export again.$method kept.obj
+    run cmp again.obj kept.obj
+done
+
+say "A model with a face too many is refused with its line, and the old document stays."
+run cp model.binary kept.binary
+run cp again.obj bad.obj
+run tee --append bad.obj <<< "f 1 2 1000000000"
+refuse scenefile import bad.obj kept.binary
+run cmp model.binary kept.binary
+
+say "Done."
