@@ -49,7 +49,7 @@ TEST_P(DamagedBy, RefusesEveryTruncation) {
 TEST_P(DamagedBy, EndsWhateverByteIsChanged) {
     const std::string document = importText(fullModel, GetParam());
     for (std::size_t at = 0; at < document.size(); ++at)
-        for (int change : {0x01, 0x02, 0x10, 0x40, 0x80, 0xFF}) {
+        for (int change : {0x01, 0x10, 0x80, 0xFF}) {
             std::string damaged = document;
             damaged[at] = static_cast<char>(damaged[at] ^ change);
             const Result result = verify(damaged);

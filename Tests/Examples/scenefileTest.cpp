@@ -129,8 +129,7 @@ TEST_F(Scenefile, KeepsAModelThroughExportAndImport) {
         "v 0 0 0\nvt 1 2 3\no\no\np 1\no\np 1\ng default\np 1\ng\np 1\n",
         "v 0 0 0\no a\np 1\no a\np 1\no b#c \\} \"[<\\{ \xC3\xA9 \xFF\np 1\n",
         "v 0 0 0\nf 1 1 1\nf 1 1 1 1\nl 1 1\nf 1 1 1\np 1 1 1\n",
-        "v 0 0 0\nmtllib a b.mtl\nmtllib c.mtl\nusemtl m\nf 1 1 1\nusemtl n\nf 1 1 1\nusemtl m\nf "
-        "1 1 1\n",
+        "v 0 0 0\nmtllib a b.mtl\nmtllib c\nusemtl m\np 1\nusemtl n\np 1\nusemtl m\np 1\n",
     };
     for (const std::string& model : models)
         for (const char* method : methods) {
