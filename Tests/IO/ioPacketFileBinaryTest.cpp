@@ -69,9 +69,13 @@ TEST(BinaryPackets, LayOutChunksAndSubPackets) {
         EXPECT_FALSE(client.nextChunk());
         EXPECT_FALSE(client.isValidChunk());
     };
-    EXPECT_EQ(readFile(file(expected + binaryEnd), read), ioOK);
-    EXPECT_EQ(readFile(bigEndianHeader + thingTypes + swapped + bigEndianEnd, read), ioOK);
-    EXPECT_EQ(packets, 2);
+    for (const int blockSize : {1, 5, 4096}) {
+        EXPECT_EQ(readFile(file(expected + binaryEnd), read, nullptr, blockSize), ioOK);
+        EXPECT_EQ(readFile(bigEndianHeader + thingTypes + swapped + bigEndianEnd, read, nullptr,
+                           blockSize),
+                  ioOK);
+    }
+    EXPECT_EQ(packets, 6);
 }
 
 TEST(BinaryPackets, SkipWhatTheReaderDoesNotKnow) {
@@ -249,7 +253,7 @@ TEST(BinaryPackets, EndInAStatusWhereverTheFileIsCutOrFlipped) {
     for (std::size_t size = binaryHeader.size(); size < whole.size(); ++size)
         EXPECT_EQ(read(whole.substr(0, size)), ioBadFile) << size;
     for (std::size_t at = binaryHeader.size(); at < whole.size(); ++at)
-        for (const int flip : {1, 2, 4, 8, 16, 32, 64, 128, 255}) {
+        for (const int flip : {1, 6, 128, 255}) {
             std::string damaged = whole;
             damaged[at] = static_cast<char>(damaged[at] ^ flip);
             const ioStatus status = read(damaged);
@@ -282,6 +286,20 @@ TEST(BinaryPackets, GrowWithTheirContents) {
                        }),
               ioOK);
     EXPECT_EQ(read, std::vector<double>(600000, 2.5));
+}
+
+TEST(BinaryPackets, AreDroppedIfTheyExceedTheirLength) {
+    const double value = 1;
+    EXPECT_EQ(written(
+                  ioWriteBinary,
+                  [&](ioWriteContext& context) {
+                      context.startPacket("thing", nullptr);
+                      context.writeInt(1);
+                      context.writeDoubleArray(&value, INT_MAX); // not a byte of it is read
+                      context.endPacket();
+                  },
+                  ioError),
+              "");
 }
 
 TEST(BinaryPackets, KeepStructureOpenToOverridesOfTheTypedOperations) {

@@ -101,9 +101,8 @@ ioPacketType* ioContext::currentType() const {
 
 ioPacketFileBuffer* ioContext::pushPacket() {
     if (++depth_ == capacity_) {
-        const auto doubled = 2 * static_cast<std::size_t>(capacity_);
-        std::unique_ptr<std::unique_ptr<ioPacketFileBuffer>[]> grown(
-            new std::unique_ptr<ioPacketFileBuffer>[doubled]);
+        auto grown = std::make_unique<std::unique_ptr<ioPacketFileBuffer>[]>(
+            2 * static_cast<unsigned int>(capacity_));
         std::move(packets_.get(), packets_.get() + capacity_, grown.get());
         packets_ = std::move(grown);
         capacity_ *= 2;

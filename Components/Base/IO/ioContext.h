@@ -64,7 +64,8 @@ protected:
 public:
     /// The registry stays the caller's and must outlive the context.
     void associateRegistry(ioPacketRegistry* registry) { registry_ = registry; }
-    /// Shares a map with other contexts, so that reference numbers hold across their files.
+    /// Shares a map (not null) with other contexts, so that reference numbers hold across their
+    /// files.
     void associateReferenceMap(ioReferenceMap* map) { referenceMap_ = map; }
     ioPacketRegistry* getRegistry() const { return registry_; }
     ioReferenceMap* getReferenceMap() const { return referenceMap_.get(); }

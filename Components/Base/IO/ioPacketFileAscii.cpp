@@ -5,6 +5,7 @@
 #include <langinfo.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <climits>
 #include <cmath>
@@ -28,24 +29,33 @@ constexpr std::string_view subPacketStart = "\n  < ";
 constexpr std::string_view subPacketEnd = "> ";
 constexpr std::string_view packetEnd = "}\n";
 
-bool isStructural(char byte) {
-    switch (byte) {
-    case '"':
-    case '\\':
-    case '[':
-    case ']':
-    case '{':
-    case '}':
-    case '<':
-    case '>':
-        return true;
-    default:
-        return false;
-    }
+/// The bytes that have a meaning of their own in a packet.
+constexpr auto structural = [] {
+    std::array<bool, 256> table{};
+    for (const char byte : {'"', '\\', '[', ']', '{', '}', '<', '>'})
+        table[static_cast<unsigned char>(byte)] = true;
+    return table;
+}();
+
+/// Writes a byte of a string to `at` and returns the end of it, at most two bytes on.
+char* putEscaped(char* at, char byte) {
+    *at = '\\';
+    at += structural[static_cast<unsigned char>(byte)];
+    *at = byte;
+    return at + 1;
 }
 
 bool isDigit(char byte) {
     return byte >= '0' && byte <= '9';
+}
+
+/// Reads one to 18 digits, which cannot overflow, and returns their end; null where there are none,
+/// or more: those, and everything else, are the C library's.
+const char* readDigits(const char* at, std::uint64_t& value) {
+    const char* const start = at;
+    for (value = 0; isDigit(*at); ++at)
+        value = 10 * value + static_cast<std::uint64_t>(*at - '0');
+    return at != start && at - start <= 18 ? at : nullptr;
 }
 
 /// Whether numbers are written with "." now. Then the fast conversions, which know no locale, give
@@ -55,18 +65,13 @@ bool localeHasPoint() {
     return point[0] == '.' && point[1] == 0;
 }
 
-/// Whether from_chars() reads the text as strtol() does: no white space, no plus sign.
-bool isPlainInteger(std::string_view text) {
-    const std::size_t sign = text.starts_with('-');
-    return text.size() > sign && isDigit(text[sign]);
-}
-
-/// Whether from_chars() reads the text as strtod() does: also no "inf", "nan" or hexadecimal.
-bool isPlainReal(std::string_view text) {
-    text.remove_prefix(text.starts_with('-'));
-    if (text.size() < 2 || (!isDigit(text[0]) && text[0] != '.'))
+/// Whether from_chars() reads the terminated text as strtod() does: no white space, no plus sign,
+/// nothing hexadecimal, no "inf" or "nan".
+bool isPlainReal(const char* text) {
+    text += *text == '-';
+    if (!isDigit(*text) && *text != '.')
         return false;
-    return text[0] != '0' || (text[1] != 'x' && text[1] != 'X');
+    return *text != '0' || (text[1] != 'x' && text[1] != 'X');
 }
 
 /// What a block of the file holds of the packet that is being read.
@@ -192,9 +197,24 @@ void ioPacketFileAsciiBuffer::outputReal(double value, int digits) {
 }
 
 void ioPacketFileAsciiBuffer::outputEscaped(char byte) {
-    if (isStructural(byte))
-        outputChar('\\');
-    outputChar(byte);
+    if (makeRoom(2))
+        setCursor(putEscaped(cursor(), byte));
+}
+
+void ioPacketFileAsciiBuffer::outputQuoted(const char* text) {
+    constexpr unsigned long piece = 4096;
+    outputChar('"');
+    const std::string_view whole = text;
+    for (std::size_t start = 0; start < whole.size(); start += piece) {
+        const std::string_view part = whole.substr(start, piece);
+        if (!makeRoom(2 * part.size()))
+            return;
+        char* at = cursor();
+        for (const char byte : part)
+            at = putEscaped(at, byte);
+        setCursor(at);
+    }
+    outputChar('"');
 }
 
 // Reading
@@ -323,47 +343,61 @@ void ioPacketFileAsciiBuffer::readSubPacketEnd(ioReadContext*) {
     moveBehind(static_cast<int>(subPacketEnd.size()));
 }
 
+// The packet's right brace and the 0 behind it end whatever is parsed in place.
+
 long ioPacketFileAsciiBuffer::readLong() {
-    return readNumber<long>(isPlainInteger(rest()),
-                            [](const char* text) { return std::strtol(text, nullptr, 10); });
+    if (position_ > last_)
+        return 0;
+    const char* text = cursor();
+    const bool negative = *text == '-';
+    std::uint64_t digits;
+    if (const char* end = readDigits(text + negative, digits)) {
+        advanceFrom(end);
+        const auto value = static_cast<long>(digits);
+        return negative ? -value : value;
+    }
+    advanceFrom(text);
+    return std::strtol(text, nullptr, 10);
 }
 
 unsigned long ioPacketFileAsciiBuffer::readULong() {
-    // A minus sign is strtoul()'s own affair.
-    const bool plain = !rest().starts_with('-') && isPlainInteger(rest());
-    return readNumber<unsigned long>(
-        plain, [](const char* text) { return std::strtoul(text, nullptr, 10); });
+    if (position_ > last_)
+        return 0;
+    const char* text = cursor();
+    std::uint64_t digits;
+    if (const char* end = readDigits(text, digits)) {
+        advanceFrom(end);
+        return digits;
+    }
+    advanceFrom(text);
+    return std::strtoul(text, nullptr, 10);
 }
 
 double ioPacketFileAsciiBuffer::readReal() {
-    return readNumber<double>(decimalPoint_ && isPlainReal(rest()),
-                              [](const char* text) { return std::strtod(text, nullptr); });
-}
-
-/// Reads a number by from_chars() where that gives what the C library gives, and else by `parse`,
-/// and goes to the next value.
-template<class Number, class Parse>
-Number ioPacketFileAsciiBuffer::readNumber(bool plain, Parse parse) {
-    const std::string_view text = rest();
-    if (text.empty())
+    if (position_ > last_)
         return 0;
-    Number value = 0;
-    std::from_chars_result parsed{text.data(), std::errc::invalid_argument};
-    if (plain)
-        parsed = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (parsed.ec == std::errc())
-        setCursor(parsed.ptr);
-    else
-        value = parse(text.data()); // ends at the right brace at the latest
-    advance();
-    return value;
+    const char* text = cursor();
+    if (decimalPoint_ && isPlainReal(text)) {
+        double value;
+        const auto [end, error] = std::from_chars(text, text_.get() + length_, value);
+        if (error == std::errc()) {
+            advanceFrom(end);
+            return value;
+        }
+    }
+    advanceFrom(text);
+    return std::strtod(text, nullptr);
 }
 
-/// Goes behind the next blank.
-void ioPacketFileAsciiBuffer::advance() {
+/// Goes behind the first blank from `at` on, which lies in the packet.
+void ioPacketFileAsciiBuffer::advanceFrom(const char* at) {
+    setCursor(at);
+    if (*at == ' ') [[likely]] {
+        ++position_;
+        return;
+    }
     const std::string_view text = rest();
-    const std::size_t blank = text.find(' ');
-    moveBehind(static_cast<int>(std::min(blank, text.size()) + 1));
+    moveBehind(static_cast<int>(std::min(text.find(' '), text.size()) + 1));
 }
 
 char ioPacketFileAsciiBuffer::readEscaped() {
@@ -387,14 +421,17 @@ const char* ioPacketFileAsciiBuffer::readQuoted() {
     if (text.empty())
         return nullptr;
     for (std::size_t at = 1; at < text.size(); ++at) {
-        if (text[at] == '"') {
+        const std::size_t start = at;
+        while (at < text.size() && text[at] != '"' && text[at] != '\\')
+            ++at;
+        result.append(text, start, at - start);
+        if (text.substr(at, 1) == "\"") {
             setCursor(text.data() + at);
             moveBehind(2); // the quote and the blank
             return result.c_str();
         }
-        if (text[at] == '\\' && ++at == text.size())
-            break;
-        result += text[at];
+        if (++at < text.size()) // behind a backslash
+            result += text[at];
     }
     return nullptr;
 }
@@ -440,10 +477,9 @@ bool ioPacketFileAsciiBuffer::resize(int size) {
 }
 
 /// Makes room for `size` bytes at the cursor and one to spare.
-bool ioPacketFileAsciiBuffer::makeRoom(unsigned long size) {
+bool ioPacketFileAsciiBuffer::grow(unsigned long size) {
     const auto limit = static_cast<unsigned long>(INT_MAX - position_);
-    if (size < static_cast<unsigned long>(target_ - position_) ||
-        (size < limit && resize(position_ + static_cast<int>(size) + 1)))
+    if (size < limit && resize(position_ + static_cast<int>(size) + 1))
         return true;
     setInvalid();
     setType(nullptr);

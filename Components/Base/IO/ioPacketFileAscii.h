@@ -18,11 +18,30 @@
 /// which must not change within a packet.
 ///
 /// @code
+/// #include <cstdio>
+/// #include <fstream>
+/// #include <string>
 /// #include "Base/IO/ioPacketFile.h"
-/// ioPacketFileAsciiBuffer buffer;
-/// buffer.outputInt(-7);
-/// buffer.outputString(" \"seven\"");
-/// assert(buffer.isValid());
+/// ioSimplePacketRegistry types(false);
+/// types.add("point");
+/// ioBufferedStreamOutput output;
+/// output.openFile(L"text-example.zp");
+/// ioWriteContextAscii context(output);
+/// context.associateRegistry(&types);
+/// context.startFile();
+/// context.startPacket("point", nullptr);
+/// context.writeDouble(0.5);
+/// context.writeCString("a[0]");
+/// context.endPacket();
+/// context.endFile();
+/// output.close();
+///
+/// std::ifstream file("text-example.zp");
+/// std::string line;
+/// while (std::getline(file, line) && line[0] != '{') {
+/// }
+/// assert(line == "{ 2 0 0.5 \"a\\[0\\]\" }");
+/// std::remove("text-example.zp");
 /// @endcode
 
 #pragma once
@@ -62,7 +81,7 @@ public:
     void readSubPacketEnd(ioReadContext* context) override;
 
     void outputChar(char byte) {
-        if (target_ - position_ > 1 || makeRoom(1))
+        if (makeRoom(1))
             text_.get()[position_++] = byte;
     }
     void outputCharArray(const char* bytes, int size);
@@ -75,6 +94,8 @@ public:
     void outputReal(double value, int digits);
     /// One byte of a string, with a backslash before it where it has a meaning of its own.
     void outputEscaped(char byte);
+    /// A string in double quotes, each byte as by outputEscaped().
+    void outputQuoted(const char* text);
 
     long readLong();           ///< as strtol() in base 10, and to the next value
     unsigned long readULong(); ///< as strtoul() in base 10, and to the next value
@@ -86,9 +107,7 @@ public:
 
 private:
     bool readText(ioBufferedStreamInput& stream);
-    template<class Number, class Parse>
-    Number readNumber(bool plain, Parse parse);
-    void advance();
+    void advanceFrom(const char* at);
     void moveBehind(int size);
 
     /// The rest of the packet that is being read; empty behind its end.
@@ -96,7 +115,10 @@ private:
     bool startsWith(std::string_view text) const { return rest().starts_with(text); }
 
     bool resize(int size);
-    bool makeRoom(unsigned long size);
+    bool makeRoom(unsigned long size) {
+        return static_cast<long>(size) < target_ - position_ || grow(size);
+    }
+    bool grow(unsigned long size);
     void append(std::string_view text);
     char* cursor() const { return text_.get() + position_; }
     void setCursor(const char* at) { position_ = static_cast<int>(at - text_.get()); }

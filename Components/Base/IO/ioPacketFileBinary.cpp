@@ -13,6 +13,7 @@
 namespace {
 
 constexpr int initialCapacity = 50000;
+constexpr int initialFrames = 25;
 constexpr int headSize = 12;      // id, hasReference, length
 constexpr int lengthPosition = 8; // of the length in the head
 constexpr char chunkMarker = 44;
@@ -29,7 +30,9 @@ int wrappedSum(int a, int b) {
 } // namespace
 
 ioPacketFileBinaryBuffer::ioPacketFileBinaryBuffer()
-    : data_(new char[initialCapacity + slack]()), capacity_(initialCapacity) {}
+    : data_(new char[initialCapacity + slack]()), capacity_(initialCapacity) {
+    frames_.reserve(initialFrames);
+}
 
 ioPacketFileBinaryBuffer::~ioPacketFileBinaryBuffer() = default;
 
@@ -39,8 +42,8 @@ void ioPacketFileBinaryBuffer::writePacketStart(ioWriteContext*, int hasReferenc
                                                 ioPacketType* type) {
     const int head[] = {type ? type->getId() : -1, hasReference, 0};
     static_assert(sizeof head == headSize);
-    position_ = 0;
-    put<headSize>(reinterpret_cast<const char*>(head));
+    std::memcpy(data_.get(), head, headSize);
+    position_ = headSize;
     frames_.emplace_back();
 }
 
@@ -120,6 +123,10 @@ int ioPacketFileBinaryBuffer::readPacketStart(ioReadContext* context,
 /// Reads in one piece what fits the array or is of modest length, and anything longer in pieces, so
 /// that memory grows with the bytes that arrive and not with the number that the file states.
 bool ioPacketFileBinaryBuffer::readBody(ioBufferedStreamInput& stream, int length) {
+    if (length > 0 && length <= capacity_) [[likely]] {
+        stream.readData(data_.get(), length);
+        return true;
+    }
     int done = 0;
     int target = std::min(length, std::max(capacity_, trustedLength));
     while (done < length) {
@@ -163,7 +170,9 @@ void ioPacketFileBinaryBuffer::readSubPacketStart(ioReadContext* context) {
 }
 
 void ioPacketFileBinaryBuffer::readSubPacketEnd(ioReadContext*) {
-    position_ = popFrame().end;
+    if (!frames_.empty())
+        position_ = frames_.back().end;
+    popFrame();
 }
 
 /// Reads a marker, which is not looked at, and a length; returns the position at its end.
@@ -231,6 +240,8 @@ bool ioPacketFileBinaryBuffer::resize(int size) {
 /// Makes room for `size` bytes at the cursor and one to spare.
 bool ioPacketFileBinaryBuffer::makeRoom(unsigned long size) {
     assert(position_ >= 0);
+    if (static_cast<long>(size) < capacity_ - position_) [[likely]]
+        return true;
     const auto limit = static_cast<unsigned long>(INT_MAX - position_);
     if (size < limit && resize(position_ + static_cast<int>(size) + 1))
         return true;
@@ -239,10 +250,14 @@ bool ioPacketFileBinaryBuffer::makeRoom(unsigned long size) {
     return false;
 }
 
-ioPacketFileBinaryBuffer::ioSubPacket ioPacketFileBinaryBuffer::popFrame() {
-    if (frames_.empty())
-        return {};
-    const ioSubPacket frame = frames_.back();
-    frames_.pop_back();
-    return frame;
+/// The slow way of put().
+void ioPacketFileBinaryBuffer::putGrowing(std::uint64_t word, unsigned long size) {
+    static_assert(std::endian::native ==
+                  std::endian::little); // the value is the word's first bytes
+    writeBuffer(reinterpret_cast<const char*>(&word), size);
+}
+
+void ioPacketFileBinaryBuffer::popFrame() {
+    if (!frames_.empty())
+        frames_.pop_back();
 }

@@ -28,8 +28,8 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
-#include <deque>
 #include <memory>
+#include <vector>
 
 #include "Base/IO/ioPacketFileBuffer.h"
 #include "Base/IO/ioReadContext.h"
@@ -74,10 +74,10 @@ public:
     /// A writer must stay within what it has written.
     void seekPos(int position) { position_ = position; }
 
-    void write1Byte(char byte) { put<1>(&byte); }
-    void write2Bytes(const char* bytes) { put<2>(bytes); }
-    void write4Bytes(const char* bytes) { put<4>(bytes); }
-    void write8Bytes(const char* bytes) { put<8>(bytes); }
+    void write1Byte(char byte) { put<std::uint8_t>(&byte); }
+    void write2Bytes(const char* bytes) { put<std::uint16_t>(bytes); }
+    void write4Bytes(const char* bytes) { put<std::uint32_t>(bytes); }
+    void write8Bytes(const char* bytes) { put<std::uint64_t>(bytes); }
     /// A size of 0 or less writes nothing.
     void writeBuffer(const char* bytes, int size);
     void writeBuffer(const char* bytes, unsigned long size);
@@ -112,12 +112,14 @@ private:
     /// the capacity needs no second test, and every text ends.
     static constexpr int slack = 8;
 
-    template<int N>
+    template<class Word>
     void put(const char* bytes) {
-        if (capacity_ - position_ > N || makeRoom(N)) [[likely]] {
-            std::memcpy(data_.get() + position_, bytes, N);
-            position_ += N;
-        }
+        Word word;
+        std::memcpy(&word, bytes, sizeof word);
+        if (capacity_ - position_ <= static_cast<int>(sizeof word)) [[unlikely]]
+            return putGrowing(word, sizeof word);
+        std::memcpy(data_.get() + position_, &word, sizeof word);
+        position_ += static_cast<int>(sizeof word);
     }
     template<int N>
     void get(char* bytes) {
@@ -139,16 +141,17 @@ private:
 
     bool resize(int size);
     bool makeRoom(unsigned long size);
+    void putGrowing(std::uint64_t word, unsigned long size);
     bool readBody(ioBufferedStreamInput& stream, int length);
     void startMeasured(ioWriteContext* context, char marker, int& lengthPosition);
     void endMeasured(ioWriteContext* context, int lengthPosition);
     int readMeasured(ioReadContext* context);
-    ioSubPacket popFrame();
+    void popFrame();
 
     std::unique_ptr<char[]> data_;
     int capacity_;
     int position_ = 0;
-    std::deque<ioSubPacket> frames_; // never empty while a packet is open
+    std::vector<ioSubPacket> frames_; // never empty while a packet is open
 };
 
 /// Writes files in the binary format.

@@ -17,7 +17,7 @@ ioPacketFileBuffer::~ioPacketFileBuffer() = default;
 
 void ioPacketFileBuffer::pushSubPacket() {
     if (++level_ == capacity_) {
-        std::unique_ptr<char[]> grown(new char[2 * static_cast<std::size_t>(capacity_)]());
+        auto grown = std::make_unique<char[]>(2 * static_cast<unsigned int>(capacity_));
         std::copy_n(chunkFlags_.get(), capacity_, grown.get());
         chunkFlags_ = std::move(grown);
         capacity_ *= 2;

@@ -15,18 +15,34 @@
 /// the number (definePacketReference()); packets that refer to it may come earlier or later.
 ///
 /// @code
+/// #include <cstdio>
+/// #include <fstream>
 /// #include "Base/IO/ioPacketFile.h"
-/// struct Node { int value; Node* next; };
-/// void (*read)(ioClientReadContext&) = [](ioClientReadContext& client) {
-///     Node* node = new Node{};
-///     client.definePacketReference(node);
+/// std::ofstream("read-example.zp") << "^@\n1\n1 0 1\n1 2 4 8 4 8 8\n@\n" // a file in text
+///                                     "   0 packetFile_EOF\n   1 node\n@\n"
+///                                     "{ 1 1 7 \n  [ 5 8 ] }\n" // number 7 refers to number 8
+///                                     "{ 1 1 8 \n  [ 6 0 ] }\n"
+///                                     "{ 0 0 }\n";
+/// struct Node { int value = 0; Node* next = nullptr; };
+/// static Node nodes[2];
+/// static int count = 0;
+/// ioSimplePacketRegistry types(true);
+/// types.supportedType(new ioReadPacketByFunction("node", [](ioClientReadContext& client) {
+///     Node& node = nodes[count++];
+///     client.definePacketReference(&node);
 ///     if (client.nextChunk()) {
-///         node->value = client.readInt();
-///         client.readReferenceUsage(&node->next, 0); // filled in when the next node has come
+///         node.value = client.readInt();
+///         client.readReferenceUsage(&node.next, 0); // filled in when number 8 has come
 ///     }
-/// };
-/// ioReadPacketByFunction type("node", read);
-/// assert(type.getNumUsages() == 0);
+/// }));
+/// ioBufferedStreamInput input;
+/// input.openFile(L"read-example.zp");
+/// std::unique_ptr<ioReadContext> context(ioReadContextAlloc(input, &types));
+/// ioClientReadContext client(context.get());
+/// assert(client.readFile() == ioOK);
+/// assert(nodes[0].value == 5 && nodes[0].next == &nodes[1] && nodes[1].next == nullptr);
+/// input.close();
+/// std::remove("read-example.zp");
 /// @endcode
 
 #pragma once

@@ -19,16 +19,30 @@
 /// must be written inside a packet.
 ///
 /// @code
+/// #include <cstdio>
 /// #include "Base/IO/ioPacketFile.h"
 /// struct Node { int value; Node* next; };
-/// void (*save)(ioWriteContext&, Node&) = [](ioWriteContext& context, Node& node) {
-///     context.startPacket("node", &node); // the address becomes the packet's reference
+/// Node second{2, nullptr}, first{1, &second};
+///
+/// ioSimplePacketRegistry types(false);
+/// types.add("node");
+/// ioBufferedStreamOutput output;
+/// output.openFile(L"write-example.zp");
+/// ioWriteContextBinary context(output);
+/// context.associateRegistry(&types);
+/// context.startFile();
+/// for (const Node* node : {&first, &second}) {
+///     context.startPacket("node", node); // the address becomes the packet's reference
 ///     context.startChunk();
-///     context.writeInt(node.value);
-///     context.writeReference(node.next, false); // a small number; 0 for null
-///     context.endPacket();                      // ends the chunk as well
-/// };
-/// assert(save != nullptr);
+///     context.writeInt(node->value);
+///     context.writeReference(node->next, false); // a small number; 0 for null
+///     context.endPacket();                       // ends the chunk as well
+/// }
+/// context.endFile();
+/// output.close();
+/// assert(context.good() && output.getStatus() == streamOK);
+/// assert(context.getReference(&second) == 2);
+/// std::remove("write-example.zp");
 /// @endcode
 
 #pragma once

@@ -65,10 +65,8 @@ void ioWriteContextAscii::writeDouble(double value) {
 }
 
 void ioWriteContextAscii::writeCString(const char* text) {
-    buffer_->outputChar('"');
-    for (; text && *text; ++text)
-        buffer_->outputEscaped(*text);
-    buffer_->outputCharArray("\" ", 2);
+    buffer_->outputQuoted(text ? text : "");
+    buffer_->outputChar(' ');
 }
 
 void ioWriteContextAscii::writeBoolArray(const bool* values, int count) {
