@@ -286,6 +286,28 @@ TEST(PacketFile, TakesOverTheStatusOfTheStream) {
         context.promoteStreamStatus(output.stream);
         EXPECT_EQ(context.getStatus(), status) << streamStatus;
     }
+
+    Output output;
+    Registry registry(false);
+    ioWriteContextBinary writer(output.stream);
+    writer.associateRegistry(&registry);
+    output.stream.setStatus(streamDiskFull);
+    writer.startFile();
+    EXPECT_EQ(writer.getStatus(), ioDiskFull);
+    writer.setStatus(ioOK);
+    writer.endFile();
+    EXPECT_EQ(writer.getStatus(), ioDiskFull);
+
+    int packets = 0;
+    Input input(textHeader + thingTypes + "{ 2 0 }\n{ 2 0 }\n" + textEnd);
+    Registry known(true, {{"thing", [&](auto&) {
+                               ++packets;
+                               input.stream.setStatus(streamChecksumError);
+                           }}});
+    const std::unique_ptr<ioReadContext> reader(ioReadContextAlloc(input.stream, &known));
+    ioClientReadContext client(reader.get());
+    EXPECT_EQ(client.readFile(), ioChecksumError);
+    EXPECT_EQ(packets, 1);
 }
 
 TEST(PacketFile, GoesWithoutAListOfTypesIfTheReaderNumbersAlike) {
@@ -470,6 +492,25 @@ TEST(References, ReportWhatStaysOpenAtTheEnd) {
     static void* reported;
     context->reportUnresolvedPtrs(type, [](void* location, int) { reported = location; });
     EXPECT_EQ(reported, &type->location);
+}
+
+TEST(References, OfDamagedFilesAreDefinedWithoutEffect) {
+    const char* packets[] = {
+        "{ 0 1 4294967295 \"lost\" }\n", // negative as a number of the map
+        "{ 0 1 2147483648 }\n",
+        "{ 0 1 5 }\n", // no string
+        "{ 0 1 0 \"lost\" }\n",
+        "{ 0 0 \"lost\" }\n",
+        "{ 2 1 4294967295 }\n",
+    };
+    for (const char* packet : packets)
+        EXPECT_EQ(readFile(textHeader + thingTypes + packet + textEnd,
+                           [](ioClientReadContext& client) {
+                               client.definePacketReference(&client);
+                               EXPECT_EQ(client.getContext().getReference(&client), -1);
+                           }),
+                  ioOK)
+            << packet;
 }
 
 // What ends the process.

@@ -100,6 +100,15 @@ TEST(PacketRegistry, TakesTheLaterOfTwoTypesWithOneName) {
         EXPECT_EQ(registry.numTypes(), 1);
     }
     EXPECT_EQ(deleted, 2);
+    {
+        Registry registry(true);
+        auto* first = new Counted;
+        registry.supportedType(first);
+        registry.supportedType(new Counted);
+        registry.supportedType(first); // comes back
+        EXPECT_EQ(registry.lookup("mesh"), first);
+    }
+    EXPECT_EQ(deleted, 4);
 }
 
 TEST(SimplePacketRegistry, IsFilledBySlotsNewestFirst) {
@@ -131,6 +140,7 @@ TEST(SimplePacketRegistry, ReadsByPlainFunctions) {
         writer->endPacket();
     }
     writer->endFile();
+    EXPECT_FALSE(writer->isInFile());
     EXPECT_EQ(registry.lookup("counted")->getNumUsages(), 2);
 
     // Names with blanks do not survive the list: the reader goes by the numbers of its own types.
@@ -142,6 +152,8 @@ TEST(SimplePacketRegistry, ReadsByPlainFunctions) {
     EXPECT_EQ(client.readFile(), ioOK);
     EXPECT_EQ(calls, 2);
     EXPECT_EQ(reader->getPacketsRead(), 3);
+    EXPECT_EQ(registry.lookup("counted")->getNumUsages(), 4);
+    EXPECT_EQ(registry.lookup("packetFile_EOF")->getNumUsages(), 2);
 }
 
 } // namespace

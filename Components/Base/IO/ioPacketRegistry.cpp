@@ -47,6 +47,9 @@ private:
             return;
         if (place)
             replaced_.push_back(std::move(place));
+        std::erase_if(replaced_, [type](auto& owner) { // `type` was here before, and comes back
+            return owner.get() == type && owner.release();
+        });
         place.reset(type);
     }
 

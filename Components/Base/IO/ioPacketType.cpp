@@ -83,9 +83,9 @@ ioPacketString::~ioPacketString() = default;
 
 void ioPacketString::read(ioClientReadContext& client) {
     const char* text = client.readCString();
-    if (client.getPacketReference() <= 0)
-        return; // no writer does this: a copy could never be found again
-    client.definePacketReference(text ? strdup(text) : nullptr);
+    // No map holds a number below 1, as damaged files have: a copy could never be found again.
+    const bool canBeFound = client.getPacketReference() > 0;
+    client.definePacketReference(text && canBeFound ? strdup(text) : nullptr);
 }
 
 // ioPacketEOF
