@@ -4,14 +4,17 @@
 /// The binary packet format. A file is the header, the registry as text, and packets without
 /// padding, in the writer's byte order:
 ///
-///     packet     = id:int32 hasReference:int32 length:int32 body     length counts the body
-///     body       = [reference:uint32] element*                       a reference if hasReference
-///     is 1 element    = value | chunk | sub-packet chunk      = "," length:int32 element* length
-///     counts itself and the elements: empty is 4 sub-packet = "." length:int32 element*
+///     packet     = id:int32 hasReference:int32 length:int32 body
+///     body       = [reference:uint32] element*
+///     element    = value | chunk | sub-packet
+///     chunk      = "," length:int32 element*
+///     sub-packet = "." length:int32 element*
 ///
-/// A bool is a byte of 0 or 1, numbers are their bytes in memory, a string its bytes and a 0, an
-/// array its elements without a count, a reference a uint32. The last packet is of the end-of-file
-/// type: its id, 0, 0.
+/// A packet's length counts its body, that of a chunk or sub-packet itself and the elements: 4 is
+/// an empty one. There is a reference where hasReference is 1; packets with another value than 0
+/// and 1 are passed over. A bool is a byte of 0 or 1, numbers are their bytes in memory, a string
+/// its bytes and a 0, an array its elements without a count, a reference a uint32. The last packet
+/// is of the end-of-file type: its id, 0, 0.
 ///
 /// @code
 /// #include "Base/IO/ioPacketFile.h"

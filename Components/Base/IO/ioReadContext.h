@@ -3,9 +3,10 @@
 /// @file
 /// Reading a packet file: the file, its packets, and the values in them.
 ///
-/// readFile() reads the registry and calls the type's read() for each packet; there, a client reads
-/// the values of the packet in the order and with the types with which they were written. Get a
-/// context from ioReadContextAlloc().
+/// readFile() reads the registry and calls the type's read() for each packet; there (and nowhere
+/// else: without a packet there is nothing to read from) a client reads the values of the packet in
+/// the order and with the types with which they were written. Get a context from
+/// ioReadContextAlloc().
 ///
 /// What read() leaves unread is skipped. What it reads beyond the end of a packet is without
 /// meaning but harmless: no operation touches memory outside the packet's buffer, whatever the file

@@ -15,8 +15,9 @@
 /// A packet may be started while another is open. It is complete first, so it lies ahead of the
 /// enclosing one in the file: the way to save an object that the enclosing one refers to.
 ///
-/// The operations do not test the status: a packet after a failure is built and dropped. Values
-/// must be written inside a packet.
+/// The operations do not test the status: a packet after a failure of the stream is built and
+/// dropped, one after a wrong use is still written, but endFile() does not complete the file.
+/// Values must be written inside a packet.
 ///
 /// @code
 /// #include <cstdio>
