@@ -181,6 +181,27 @@ TEST(IString, KeepsTheNarrowFormThroughWritingAndFormatting) {
     EXPECT_STREQ(s.asMultibyte(EncodingMultibyte, &ok), "42"); // must know the outcome
     s[0] = L'5';
     EXPECT_STREQ(s.asMultibyte(EncodingMultibyte, &ok), "42"); // and knows it now
+    // Of an empty text it is known at once.
+    IString empty;
+    EXPECT_STREQ(empty.asUTF8(), "");
+    EXPECT_EQ(empty.format(L"%d", 42), 2u);
+    ok = false;
+    EXPECT_STREQ(empty.asUTF8(&ok), "");
+    EXPECT_TRUE(ok);
+}
+
+TEST(IString, IsMadeFromNarrowTextWhereItIsWanted) {
+    static_assert(!std::is_convertible_v<CString, IString>); // and no byte string is
+    const auto length = [](const IString& s) { return s.length(); };
+    EXPECT_EQ(length("narrow"), 6u);
+    EXPECT_EQ(length({"\xE2\x82\xAC", EncodingUTF8}), 1u);
+    IString s("a");
+    EXPECT_EQ(text(s.append("b").prepend("c").insert(1, "d").replace("b", "e")), L"cdae");
+    EXPECT_EQ(s.find("ae"), 2u);
+    EXPECT_EQ(s.compare("cdae"), 0);
+    EXPECT_TRUE(s == "cdae" && "cd" < s && equal(s, "cdae") && !equal("cd", s));
+    EXPECT_EQ(CString("a"), "a"); // not taken for a wide string
+    EXPECT_TRUE(equal(CString("a"), "a") && less(CString("a"), "b"));
 }
 
 TEST(IString, EveryOtherChangeRenewsTheNarrowForm) {
@@ -191,6 +212,7 @@ TEST(IString, EveryOtherChangeRenewsTheNarrowForm) {
     } cases[] = {
         {[](IString& s) { s = L"x"; }, "x"},
         {[](IString& s) { s = IString(L"x"); }, "x"},
+        {[](IString& s) { s = "x"; }, "x"},
         {[](IString& s) { s.assign("x"); }, "x"},
         {[](IString& s) { s.assign(CString("x")); }, "x"},
         {[](IString& s) { s.assign(CString()); }, ""},

@@ -128,12 +128,13 @@ public:
 
     /// Replaces the content by a formatted text and returns its length. A format that fails, or
     /// that produces no text at all, gives npos and keeps the content. The arguments may point into
-    /// this string. `initialSize` is a hint at the size of the result.
-    unsigned int format(const char* fmt, ...) __attribute__((format(printf, 2, 3)));
-    unsigned int vformat(const char* fmt, va_list arguments) __attribute__((format(printf, 2, 0)));
+    /// this string. `initialSize` is a hint at the size of the result. `%s` takes a `const char*`
+    /// and `%S` a `const wchar_t*`, which fails where the locale cannot convert it. No compiler
+    /// checks these formats: the checks reject `%S`.
+    unsigned int format(const char* fmt, ...);
+    unsigned int vformat(const char* fmt, va_list arguments);
     unsigned int format(const CString* fmt, ...);
-    unsigned int format(unsigned int initialSize, const char* fmt, ...)
-        __attribute__((format(printf, 3, 4)));
+    unsigned int format(unsigned int initialSize, const char* fmt, ...);
     unsigned int format(unsigned int initialSize, const CString* fmt, ...);
 
     /// A copy of up to `n` characters.

@@ -64,7 +64,9 @@ public:
     IString(unsigned int n, wchar_t c);
     /// Ends at the first embedded terminator.
     IString(const IString& other);
-    explicit IString(const char* text, Encoding encoding = EncodingMultibyte, bool* ok = nullptr);
+    /// Implicit, so that text in the locale's encoding goes where an IString is wanted. A literal
+    /// `nullptr` does not say which width it is: write IString().
+    IString(const char* text, Encoding encoding = EncodingMultibyte, bool* ok = nullptr);
     explicit IString(char c, Encoding encoding = EncodingMultibyte, bool* ok = nullptr);
     /// `n` copies of `c`, converted together.
     IString(unsigned int n, char c, Encoding encoding = EncodingMultibyte, bool* ok = nullptr);
@@ -188,10 +190,9 @@ public:
     unsigned int format(const IString* fmt, ...);
     unsigned int format(unsigned int initialSize, const wchar_t* fmt, ...);
     unsigned int format(unsigned int initialSize, const IString* fmt, ...);
-    unsigned int format(const char* fmt, ...) __attribute__((format(printf, 2, 3)));
-    unsigned int vformat(const char* fmt, va_list arguments) __attribute__((format(printf, 2, 0)));
-    unsigned int format(unsigned int initialSize, const char* fmt, ...)
-        __attribute__((format(printf, 3, 4)));
+    unsigned int format(const char* fmt, ...);
+    unsigned int vformat(const char* fmt, va_list arguments);
+    unsigned int format(unsigned int initialSize, const char* fmt, ...);
 
     /// Ends at the first embedded terminator.
     IString substr(unsigned int pos, unsigned int n = npos) const;
