@@ -3,6 +3,7 @@
 #include "Base/Utility/zeReferenceCount.h"
 
 #include <memory>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -36,13 +37,42 @@ TEST(Reference, SurvivesAssignmentToItself) {
     EXPECT_EQ(a->refs(), 1);
 }
 
+TEST(Reference, HandsItsOwnershipOverWhereItIsMoved) {
+    int alive = 0;
+    ze::Reference<Counted> a(new Counted(alive));
+    ze::Reference<Counted> b = std::move(a);
+    EXPECT_FALSE(a); // NOLINT(bugprone-use-after-move): promised to be null
+    EXPECT_EQ(b->refs(), 1);
+    auto& same = b;
+    b = std::move(same);
+    EXPECT_EQ(alive, 1);
+    b = std::move(a);
+    EXPECT_EQ(alive, 0);
+}
+
 TEST(Reference, KeepsAConstObjectAlive) {
     int alive = 0;
     {
-        ze::Reference<const Counted> a(new Counted(alive));
-        EXPECT_EQ(a->refs(), 1);
+        ze::Reference<Counted> a(new Counted(alive));
+        ze::Reference<const Counted> b = a;
+        ze::Reference<const ze::ReferenceCount> base = b;
+        EXPECT_EQ(a->refs(), 3);
+        a = nullptr;
+        EXPECT_EQ(base, b);
     }
     EXPECT_EQ(alive, 0);
+}
+
+TEST(Reference, ComparesWithAPointerWithoutOwningIt) {
+    int alive = 0;
+    auto* unowned = new Counted(alive);
+    const ze::Reference<Counted> a(new Counted(alive));
+    const ze::Reference<Counted> null;
+    EXPECT_FALSE(a == unowned || null == unowned || a == nullptr);
+    EXPECT_TRUE(a == a.get() && null == nullptr && a != unowned);
+    EXPECT_EQ(alive, 2);
+    EXPECT_EQ(unowned->refs(), 0);
+    delete unowned;
 }
 
 TEST(ReferenceCount, CopyHasNoOwnersAndAssignmentKeepsThem) {

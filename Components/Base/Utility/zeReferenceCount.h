@@ -22,6 +22,7 @@
 
 #pragma once
 
+#include <concepts>
 #include <utility>
 
 #include "Base/zeBaseExport.h"
@@ -75,6 +76,10 @@ public:
             object_->ref();
     }
     Reference(const Reference& other) : Reference(other.object_) {}
+    /// From a counted pointer to a derived or a non-const object.
+    template<class Other>
+    requires std::convertible_to<Other*, T*> Reference(const Reference<Other>& other)
+        : Reference(other.get()) {}
     Reference(Reference&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
     ~Reference() {
         if (object_)
@@ -101,6 +106,8 @@ public:
     explicit operator bool() const { return object_ != nullptr; }
 
     friend bool operator==(const Reference& a, const Reference& b) = default;
+    /// Takes no ownership on the way: that would delete an object that has no owner yet.
+    friend bool operator==(const Reference& a, const T* b) { return a.object_ == b; }
 
 private:
     T* object_ = nullptr;
