@@ -57,7 +57,10 @@ TEST(Error, TellsAnEmptyMessageFromNone) {
     EXPECT_EQ(none, Error(5, static_cast<const char*>(nullptr)));
     EXPECT_EQ(none, Error(5, static_cast<const wchar_t*>(nullptr)));
     EXPECT_NE(none, Error(5, IString()));
-    EXPECT_EQ(Error(5, IString()), Error(5, IString()));
+    const Error empty(5, IString());
+    EXPECT_EQ(empty, Error(5, "%s", "\xC3\xA9")); // a format that fails in the "C" locale
+    EXPECT_EQ(empty, Error(empty));
+    EXPECT_EQ(none, Error(none));
     EXPECT_NE(none, Error(6, ""));
     EXPECT_NE(Error(5, "a"), Error(5, "b"));
 }

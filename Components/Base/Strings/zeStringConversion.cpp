@@ -4,6 +4,7 @@
 
 #include <iconv.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -32,7 +33,7 @@ void report(bool* ok, bool value) {
 /// index `count` is zeroed. Without `dest` it only counts.
 unsigned int fillWithDefaultWChar(const char* src, wchar_t* dest, int destCap, int count) {
     if (dest && count >= destCap)
-        count = destCap - 1;
+        count = std::max(destCap, 0) - 1;
     static const wchar_t replacement = getDefaultWChar();
     unsigned int converted = 0;
     int i = 0;
@@ -63,12 +64,12 @@ char byteOrDefault(wchar_t c) {
 }
 
 /// Converts all of the source in one call of iconv, and returns the number of bytes written;
-/// nothing if any of it is invalid or does not fit.
+/// nothing if any of it is invalid or does not fit. Without memory for a converter, 0 are written.
 std::optional<std::size_t> iconvWhole(const char* to, const char* from, const void* src,
                                       std::size_t srcBytes, void* dest, std::size_t destBytes) {
     const iconv_t converter = iconv_open(to, from);
     if (converter == iconv_t(-1))
-        return std::nullopt;
+        return 0;
     // iconv does not write through its source, whatever its signature says.
     char* in = const_cast<char*>(static_cast<const char*>(src));
     char* out = static_cast<char*>(dest);
@@ -221,7 +222,7 @@ unsigned int UTF8toWCS(const char* src, unsigned int srcLen, wchar_t* dest, unsi
         dest ? iconvWhole(wideIconvName, utf8IconvName, src, bytes, dest, destCap * sizeof(wchar_t))
              : iconvCount(wideIconvName, utf8IconvName, src, bytes, bytes * sizeof(wchar_t));
     if (written) {
-        report(ok, true);
+        report(ok, *written != 0);
         return static_cast<unsigned int>(*written / sizeof(wchar_t));
     }
     // The repair decodes with the locale, not with UTF-8: what survives depends on the locale.

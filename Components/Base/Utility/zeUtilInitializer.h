@@ -47,11 +47,12 @@ public:
 
     virtual ~Initializer();
 
-    /// Appends this object to the registry; the constructor has done so already.
+    /// Appends this object to the registry; the constructor has done so already, and a member
+    /// that is there twice runs twice.
     void addInit();
 
-    /// Has `other` initialised before this object. `other` must be registered to be run at all. A
-    /// circle of dependencies is a programming error: initializeAll() does not return.
+    /// Has `other`, which must not be null, initialised before this object. A circle of
+    /// dependencies is a programming error: initializeAll() does not return.
     void dependsOn(Initializer* other);
 
     /// Runs every initialiser, dependencies first, and stops at the first failure, which it returns
