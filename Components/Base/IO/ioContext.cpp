@@ -101,8 +101,8 @@ ioPacketType* ioContext::currentType() const {
 
 ioPacketFileBuffer* ioContext::pushPacket() {
     if (++depth_ == capacity_) {
-        auto grown = std::make_unique<std::unique_ptr<ioPacketFileBuffer>[]>(
-            2 * static_cast<unsigned int>(capacity_));
+        const unsigned int doubled = 2 * static_cast<unsigned int>(capacity_);
+        auto grown = std::make_unique<std::unique_ptr<ioPacketFileBuffer>[]>(doubled);
         std::move(packets_.get(), packets_.get() + capacity_, grown.get());
         packets_ = std::move(grown);
         capacity_ *= 2;

@@ -17,7 +17,8 @@ ioPacketFileBuffer::~ioPacketFileBuffer() = default;
 
 void ioPacketFileBuffer::pushSubPacket() {
     if (++level_ == capacity_) {
-        auto grown = std::make_unique<char[]>(2 * static_cast<unsigned int>(capacity_));
+        const unsigned int doubled = 2 * static_cast<unsigned int>(capacity_);
+        auto grown = std::make_unique<char[]>(doubled);
         std::copy_n(chunkFlags_.get(), capacity_, grown.get());
         chunkFlags_ = std::move(grown);
         capacity_ *= 2;
