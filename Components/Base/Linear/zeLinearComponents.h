@@ -76,20 +76,28 @@ using Scalar = decltype(T::x);
 /// How the operations that the types share are written once. Internal.
 namespace detail {
 
-/// The number of components: the last of x, y, z, w that the type has.
 template<class T>
-inline constexpr int dimension = requires(T t) {
-    t.w;
+constexpr int countComponents() {
+    if constexpr (std::floating_point<T>)
+        return 1;
+    else if constexpr (requires(T t) { t.w; })
+        return 4;
+    else if constexpr (requires(T t) { t.z; })
+        return 3;
+    else
+        return 2;
 }
-? 4 : requires(T t) {
-    t.z;
-}
-? 3 : 2;
+
+/// The number of components: the last of x, y, z, w that the type has; 1 for a bare number.
+template<class T>
+inline constexpr int dimension = countComponents<T>();
 
 /// A T whose components are `f` of the components of the arguments, each by itself.
 template<class T, class F, class... Ts>
 constexpr T each(F f, const Ts&... t) {
-    if constexpr (dimension<T> == 2)
+    if constexpr (dimension<T> == 1)
+        return f(t...);
+    else if constexpr (dimension<T> == 2)
         return T(f(t.x...), f(t.y...));
     else if constexpr (dimension<T> == 3)
         return T(f(t.x...), f(t.y...), f(t.z...));
@@ -100,7 +108,9 @@ constexpr T each(F f, const Ts&... t) {
 /// Whether `f` holds for each component.
 template<class F, class T, class... Ts>
 constexpr bool all(F f, const T& first, const Ts&... t) {
-    if constexpr (dimension<T> == 2)
+    if constexpr (dimension<T> == 1)
+        return f(first, t...);
+    else if constexpr (dimension<T> == 2)
         return f(first.x, t.x...) && f(first.y, t.y...);
     else if constexpr (dimension<T> == 3)
         return f(first.x, t.x...) && f(first.y, t.y...) && f(first.z, t.z...);

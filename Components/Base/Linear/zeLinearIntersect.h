@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// Where lines, planes, ranges, segments and triangles meet.
+///
+/// Functions that may find nothing say so in `ok`; what they return then is named with each, and is
+/// no intersection. Tolerances have as defaults what the library itself passes.
+///
+/// @code
+/// using namespace zeLinear;
+/// bool ok = false;
+/// Line ray(Point(0, 0, 5), Normal(0, 0, -1));
+/// assert(intersect(ray, Plane(Point(0, 0, 1), Normal::zAxis), ok) == Point(0, 0, 1) && ok);
+/// Range1d hit = intersect(ParamLine(Point(-1, 0, 0), Point(1, 0, 0)),
+///                         Range3d(Point(-0.5, -1, -1), Point(0.5, 1, 1)));
+/// assert(!hit.isUnbounded() && hit == Range1d(0.25, 0.75));
+/// @endcode
+
+#pragma once
+
+#include "Base/Linear/zeLinearLine.h"
+#include "Base/Linear/zeLinearPlane.h"
+#include "Base/Linear/zeLinearRange.h"
+#include "Base/zeBaseExport.h"
+
+namespace zeLinear {
+
+/// The point of a line on a plane. `ok` is true if |normal · direction| is at least `tol`;
+/// otherwise the two count as parallel, and the result is the point of the line.
+ZEBASE_API Point intersect(const Line& line, const Plane& plane, bool& ok,
+                           double tol = perpendicular2Tol);
+
+/// The point of `b` that is nearest to `a`. Lines that pass each other at a distance give it too:
+/// compare its distance from `a`. `ok` is true if the squared length of the cross product of the
+/// directions is at least `tol`; otherwise they are parallel, and the result is the point of `a`.
+ZEBASE_API Point intersect(const Line& a, const Line& b, bool& ok, double tol = perpendicular2Tol);
+
+/// The line common to two planes. For parallel planes `ok` is false, and the result holds point and
+/// normal of `a`.
+ZEBASE_API Line intersect(const Plane& a, const Plane& b, bool& ok);
+
+/// The point common to three planes. With `ok` false the result means nothing.
+ZEBASE_API Point intersect(const Plane& a, const Plane& b, const Plane& c, bool& ok);
+
+/// The parameters at which a line enters and leaves a box. **An unbounded result says that there is
+/// no hit**: test isUnbounded() first. A line through the box gives its two parameters in order;
+/// one that touches an edge gives a range of one value.
+ZEBASE_API Range1d intersect(const ParamLine& line, const Range3d& box);
+
+/// The parameters at which a line meets the infinite cylinder about `axis`, in rising order.
+/// @param t room for two
+/// @return the number of hits: 2; 1 if the two differ by less than epsilonTol; or 0, then with
+///     nothing of use in `t`, also for a line along the axis
+ZEBASE_API int intersectCylinder(const ParamLine& line, const Line& axis, double radius, double* t);
+
+/// What two ranges have in common; with an unbounded one, the other. Where they miss each other by
+/// less than `tol` on an axis, the result there is the gap between them; by more, it is (0, 0).
+ZEBASE_API Range1d intersect(const Range1d& a, const Range1d& b, double tol = epsilonTol);
+
+/// The same, axis by axis. An axis that is inverted by itself counts as unbounded.
+ZEBASE_API Range2d intersect(const Range2d& a, const Range2d& b, double tol = epsilonTol);
+ZEBASE_API Range3d intersect(const Range3d& a, const Range3d& b, double tol = epsilonTol);
+
+/// How a segment lies to a (bounded) rectangle, as far as the sides on which its ends lie tell.
+/// Points on the border are inside.
+/// @return 0 wholly outside, beyond one side; 1 wholly inside; 2 one end inside; 3 straight through
+///     from one side to the opposite one; 4 undecided
+ZEBASE_API int classifySegmentRangeIntersection(const Range2d& range, const Point2& a,
+                                                const Point2& b);
+
+/// Whether the segments a-b and c-d meet. Segments without length meet nothing.
+///
+/// @param parameter where on a-b: 0 at `a`, 1 at `b`; -1 if not reached. It can lie outside 0 to 1
+/// by
+///     as little as `epsilonTol` in distance. For collinear segments it is where they begin to
+///     overlap.
+/// @param point where, if hasPoint. It is stored for any lines that cross, also where the segments
+///     end before.
+/// @param hasPoint whether there is one point: lines that cross, or collinear segments that share
+///     next to nothing. Collinear segments that touch in just one end do not meet.
+/// @param tol the distance within which `c` and `d` both lie on the line of a-b if they are
+/// collinear
+ZEBASE_API bool doLineSegmentsIntersect(const Point2& a, const Point2& b, const Point2& c,
+                                        const Point2& d, double& parameter, Point2& point,
+                                        bool& hasPoint, double tol = epsilonTol);
+
+/// Whether a ray runs through a rectangle between the parameters `tMin` and `tMax`, strictly.
+///
+/// Callers have already culled by the axis along which a ray does not move: where a component of
+/// the direction is below epsilonTol, only the other axis is examined. A vertical ray beside the
+/// rectangle thus counts as running through.
+ZEBASE_API bool doesRayIntersectRange2d(const Point2& origin, const Vector2& direction,
+                                        const Range2d& range, double tMin, double tMax);
+
+/// Whether a triangle and a box given by its centre and half its sides overlap, borders included;
+/// by separating axes, in single precision.
+ZEBASE_API bool triangleBoxOverlap(const Point2Flt& centre, const Point2Flt& halfSize,
+                                   const Point2Flt& a, const Point2Flt& b, const Point2Flt& c);
+
+/// A step of triangleBoxOverlap(), for a box about the origin: whether the axis at right angles to
+/// `edge` fails to separate it from the points `p` and `q`.
+ZEBASE_API bool testAxis(const Vector2Flt& edge, const Point2Flt& p, const Point2Flt& q,
+                         const Point2Flt& halfSize);
+
+/// The same for an axis of the box: whether the span of `p`, `q` and `r` meets -halfSize to
+/// halfSize.
+ZEBASE_API bool testBorder(float p, float q, float r, float halfSize);
+
+/// Whether the three lie on a line: two are equivalent (by epsilonTol), or that which is not an end
+/// of the longest side lies no further from its line than `tol` times the side's length.
+ZEBASE_API bool areCollinear(const Point& a, const Point& b, const Point& c,
+                             double tol = epsilonTol);
+
+} // namespace zeLinear

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// Numbers without geometry: the least and greatest of several, roots of a quadratic, and roots of
+/// any function of one variable.
+///
+/// @code
+/// struct Cubic : zeLinear::evalFunction {
+///     double evaluate(double x) override { return x * x * x - 8; }
+/// } cubic;
+/// int status = 0;
+/// double root = zeLinear::brentsIteration(cubic, 0, 10, 1e-12, status);
+/// assert(status == 0 && std::fabs(root - 2) < 1e-11);
+/// @endcode
+
+#pragma once
+
+#include "Base/zeBaseExport.h"
+
+namespace zeLinear {
+
+namespace detail {
+
+// The rule of the processor's instructions: the second if they are equal or one is NaN.
+constexpr double least(double a, double b) {
+    return a < b ? a : b;
+}
+constexpr double greatest(double a, double b) {
+    return a > b ? a : b;
+}
+
+} // namespace detail
+
+/// The least and the greatest, taken two by two from the left. Of two of which one is NaN, the
+/// second is taken: a NaN counts only if it comes last.
+constexpr double min(double a, double b, double c) {
+    return detail::least(detail::least(a, b), c);
+}
+constexpr double min(double a, double b, double c, double d) {
+    return detail::least(min(a, b, c), d);
+}
+constexpr double max(double a, double b, double c) {
+    return detail::greatest(detail::greatest(a, b), c);
+}
+constexpr double max(double a, double b, double c, double d) {
+    return detail::greatest(max(a, b, c), d);
+}
+
+/// Stores the real roots of a x² + b x + c in `roots`, which has room for two, in rising order, and
+/// returns their number. It keeps its precision where one root is much smaller than the other. A
+/// double root counts as two.
+///
+/// Coefficients are judged by epsilonTol, as they stand: with `a` below it the equation is linear.
+/// Where a (b / 2a)² is below it too, b is taken as 0, and what remains is decided by the sign of
+/// `c` alone, which is right for positive `a`: with a negative `a`, positive `c` gives no root, and
+/// negative `c` gives two NaN.
+ZEBASE_API int solveQuadratic(double a, double b, double c, double* roots);
+
+/// A function of one variable, for brentsIteration(). A client derives from it.
+class ZEBASE_API evalFunction {
+public:
+    virtual ~evalFunction();
+    virtual double evaluate(double x) = 0;
+};
+
+/// A root of `f` between `a` and `b`, by Brent's method: never slower than bisection, and much
+/// faster near a smooth root. `f` is evaluated at `a` and at `b`, in this order, and then at most
+/// once in each of 100 rounds.
+///
+/// @param tol an end where |f| is below it is the root; otherwise the root is found to about half
+///     of it, or to 2e-16 of its own size
+/// @param status 0 on success; 1 if f(a) and f(b) have the same sign (the result is `b`); 2 if 100
+///     rounds did not suffice (the result is the latest estimate)
+ZEBASE_API double brentsIteration(evalFunction& f, double a, double b, double tol, int& status);
+
+} // namespace zeLinear

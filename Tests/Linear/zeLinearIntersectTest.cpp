@@ -1,0 +1,222 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/Linear/zeLinearIntersect.h"
+
+#include <array>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace zeLinear;
+
+const Point kOrigin = Point::origin;
+
+TEST(LinearLine, ConstructionAndEquality) {
+    EXPECT_FALSE(Line(kOrigin, kOrigin).direction.valid);
+    const ParamLine p(Point(1, 0, 0), Point(1, 0, 4));
+    EXPECT_EQ(Line(p), Line(Point(1, 0, 0), Normal::zAxis));
+    EXPECT_EQ(Normal(p), Normal::zAxis);
+    EXPECT_EQ(Vector(p), Vector(0, 0, 4));
+    EXPECT_EQ(p.eval(0.25), Point(1, 0, 1));
+    EXPECT_EQ(p.projectBounded(Point(9, 9, -5), 0.5, 1), Point(1, 0, 2));
+    EXPECT_EQ((p + Vector(0, 1, 0)).point, Point(1, 1, 0));
+    EXPECT_TRUE(equivalent(Line(p), Line(Point(1, 0, 7), -Normal::zAxis)));
+    EXPECT_FALSE(equivalent(Line(p), Line(Point(1, 1e-11, 7), Normal::zAxis)));
+    EXPECT_EQ(projectParam(Point(5, 5, 5), ParamLine()), 0);
+}
+
+TEST(LinearPlane, ConstructionAndEquality) {
+    const Plane plane(Point(0, 0, 2), Point(1, 0, 2), Point(0, 1, 2));
+    EXPECT_EQ(plane, Plane(Point(0, 0, 2), Normal::zAxis));
+    EXPECT_EQ(plane.calculateD(), -2);
+    EXPECT_EQ((-plane).eval(Point(7, 7, 5)), -3);
+    EXPECT_EQ(distance(Point(0, 0, -1), plane), 3);
+    EXPECT_FALSE(Plane(kOrigin, Point(1, 1, 1), Point(2, 2, 2)).isValid());
+    EXPECT_TRUE(equivalent(plane, Plane(Point(5, 5, 2), -Normal::zAxis)));
+    EXPECT_FALSE(equivalent(plane, Plane()));
+}
+
+TEST(ParamPlane, MakesItsVectorsOrthogonal) {
+    const ParamPlane p(kOrigin, Vector(2, 0, 0), Vector(5, 3, 0), false);
+    EXPECT_EQ(p.v, Vector(0, 3, 0));
+    EXPECT_EQ(Normal(p), Normal::zAxis);
+    const ParamPlane q(kOrigin, Point(2, 0, 0), Point(5, 3, 0));
+    EXPECT_EQ(q.v, Vector(0, 2, 0));
+    EXPECT_EQ(q.eval(Point2(1, 0.5)), Point(2, 1, 0));
+    const ParamPlane n = -q;
+    EXPECT_EQ(n.normal, Normal(cross(n.u, n.v)));
+    EXPECT_EQ(n.v, q.v);
+    EXPECT_TRUE(equivalent(q, q));
+    EXPECT_FALSE(equivalent(q, n));
+    const ParamPlane degenerate(kOrigin, Vector(1, 0, 0), Vector(2, 0, 0), true);
+    EXPECT_FALSE(degenerate.normal.valid);
+    EXPECT_TRUE(std::isnan(degenerate.v.x)); // nothing of v was left to scale
+}
+
+TEST(LinearIntersect, LinesAndPlanes) {
+    bool ok = false;
+    const Plane floor(Point(0, 0, 1), Normal::zAxis);
+    const Line level(Point(3, 4, 5), Normal::xAxis);
+    EXPECT_EQ(intersect(level, floor, ok), level.point);
+    EXPECT_FALSE(ok);
+    // Lines that pass each other still give a point, on the second.
+    EXPECT_EQ(intersect(Line(kOrigin, Normal::xAxis), Line(Point(3, 0, 7), Normal::yAxis), ok),
+              Point(3, 0, 7));
+    EXPECT_TRUE(ok);
+    EXPECT_EQ(intersect(level, Line(kOrigin, -Normal::xAxis), ok), level.point);
+    EXPECT_FALSE(ok);
+
+    const Line edge = intersect(floor, Plane(Point(2, 0, 0), Normal::xAxis), ok);
+    EXPECT_TRUE(ok);
+    EXPECT_EQ(edge, Line(Point(2, 0, 1), Normal::yAxis));
+    EXPECT_EQ(intersect(floor, -floor, ok), Line(floor.point, floor.normal));
+    EXPECT_FALSE(ok);
+    EXPECT_EQ(intersect(floor, Plane(Point(2, 0, 0), Normal::xAxis),
+                        Plane(Point(0, 3, 0), Normal(0, 1, 1)), ok),
+              Point(2, 2, 1));
+    EXPECT_TRUE(ok);
+    intersect(floor, Plane(Point(2, 0, 0), Normal::xAxis), Plane(kOrigin, Normal(1, 0, 1)), ok);
+    EXPECT_FALSE(ok);
+}
+
+TEST(LinearIntersect, LineThroughBox) {
+    const Range3d box(Point(0, 0, 0), Point(1, 2, 3));
+    EXPECT_EQ(intersect(ParamLine(Point(-1, 1, 1), Vector(4, 0, 0)), box), Range1d(0.25, 0.5));
+    EXPECT_EQ(intersect(ParamLine(Point(3, 1, 1), Vector(-4, 0, 0)), box), Range1d(0.5, 0.75));
+    EXPECT_TRUE(intersect(ParamLine(Point(-1, 5, 1), Vector(4, 0, 0)), box).isUnbounded());
+    EXPECT_TRUE(intersect(ParamLine(Point(-1, 1, 1), Vector()), box).isUnbounded());
+    // One edge: two faces give the same parameter.
+    EXPECT_TRUE(
+        equivalent(intersect(ParamLine(Point(-1, 1, 1), Vector(1, -1, 0)), box), Range1d(1, 1)));
+}
+
+TEST(LinearIntersect, Cylinder) {
+    const Line axis(Point(1, 0, 0), Normal::yAxis);
+    double t[2] = {0, 0};
+    EXPECT_EQ(intersectCylinder(ParamLine(Point(-4, 3, 0), Vector(1, 0, 0)), axis, 2, t), 2);
+    EXPECT_DOUBLE_EQ(t[0], 3);
+    EXPECT_DOUBLE_EQ(t[1], 7);
+    EXPECT_EQ(intersectCylinder(ParamLine(Point(-4, 3, 5), Vector(1, 0, 0)), axis, 2, t), 0);
+    EXPECT_EQ(intersectCylinder(ParamLine(Point(1, 3, 0), Vector(0, 1, 0)), axis, 2, t), 0);
+    // Of radius 0 through the axis: a double root is one hit.
+    EXPECT_EQ(intersectCylinder(ParamLine(Point(0, 0, 0), Vector(1, 0, 0)), axis, 0, t), 1);
+    EXPECT_DOUBLE_EQ(t[0], 1);
+}
+
+TEST(LinearIntersect, ClassifiesSegments) {
+    const Range2d r(Point2(0, 0), Point2(2, 2));
+    struct Case {
+        Point2 a, b;
+        int expected;
+    };
+    for (const Case& c : {Case{{-1, 0}, {-2, 9}, 0},
+                          {{0, 0}, {2, 2}, 1},
+                          {{1, 1}, {5, 5}, 2},
+                          {{-1, 1}, {3, 1}, 3},
+                          {{1, 3}, {1, -1}, 3},
+                          {{-1, 1}, {1, 3}, 4},
+                          {{-1, 3}, {3, -1}, 4}}) {
+        EXPECT_EQ(classifySegmentRangeIntersection(r, c.a, c.b), c.expected);
+        EXPECT_EQ(classifySegmentRangeIntersection(r, c.b, c.a), c.expected);
+    }
+}
+
+struct Segments {
+    Point2 a, b, c, d;
+    bool meet;
+    double parameter;
+    bool hasPoint;
+    Point2 point; // only if hasPoint
+};
+
+TEST(LinearIntersect, Segments) {
+    const Segments cases[] = {
+        {{0, 0}, {2, 2}, {0, 2}, {2, 0}, true, 0.5, true, {1, 1}},
+        {{0, 0}, {4, 0}, {1, 0}, {1, 5}, true, 0.25, true, {1, 0}},
+        {{0, 0}, {4, 0}, {5, -1}, {5, 1}, false, -1, true, {5, 0}}, // the lines cross beyond
+        {{0, 0}, {4, 0}, {0, 1}, {4, 1}, false, -1, false, {}},     // parallel
+        {{0, 0}, {4, 0}, {1, 0}, {2, 0}, true, 0.25, false, {}},    // collinear, inside
+        {{0, 0}, {4, 0}, {9, 0}, {-9, 0}, true, 0, false, {}},      // collinear, around
+        {{0, 0}, {4, 0}, {5, 0}, {6, 0}, false, -1, false, {}},     // collinear, apart
+        {{0, 0}, {4, 0}, {4, 0}, {6, 0}, false, -1, false, {}},     // touching in one end
+        {{0, 0}, {0, 0}, {-1, 0}, {1, 0}, false, -1, false, {}},    // without length
+        {{-1, 0}, {1, 0}, {0, 0}, {0, 0}, false, -1, false, {}},
+    };
+    for (const Segments& s : cases) {
+        SCOPED_TRACE(testing::Message() << "case " << &s - cases);
+        double parameter = 7;
+        Point2 point;
+        bool hasPoint = true;
+        EXPECT_EQ(doLineSegmentsIntersect(s.a, s.b, s.c, s.d, parameter, point, hasPoint), s.meet);
+        EXPECT_DOUBLE_EQ(parameter, s.parameter);
+        EXPECT_EQ(hasPoint, s.hasPoint);
+        EXPECT_TRUE(!s.hasPoint || equivalent(point, s.point));
+    }
+    // Collinear segments that overlap by almost nothing share a point.
+    double parameter = 0;
+    Point2 point;
+    bool hasPoint = false;
+    EXPECT_TRUE(doLineSegmentsIntersect({0, 0}, {1, 0}, {1 - 1e-13, 0}, {2, 0}, parameter, point,
+                                        hasPoint));
+    EXPECT_TRUE(hasPoint);
+    EXPECT_NEAR(parameter, 1, 1e-12);
+    // A crossing just beyond an end counts while it is equivalent to the end.
+    EXPECT_TRUE(doLineSegmentsIntersect({0, 0}, {1, 0}, {1 + 5e-13, -1}, {1 + 5e-13, 1}, parameter,
+                                        point, hasPoint));
+    EXPECT_GT(parameter, 1);
+}
+
+TEST(LinearIntersect, RaysAgainstRectangles) {
+    const Range2d r(Point2(1, 1), Point2(2, 2));
+    struct Case {
+        Point2 origin;
+        Vector2 direction;
+        double tMin, tMax;
+        bool hit;
+    };
+    const Case cases[] = {
+        {{0, 0}, {1, 1}, 0, 10, true},
+        {{0, 0}, {1, 1}, 0, 1, false}, // strictly
+        {{0, 0}, {1, 1}, 2, 10, false},
+        {{0, 0}, {-1, -1}, -10, 0, true},
+        {{0, 0}, {1, 0.2}, 0, 10, false},
+        {{3, 0}, {-1, 1}, 0, 10, true},
+        {{9, 0}, {0, 1}, 0, 10, true}, // beside it in x, which is not looked at
+        {{0, 9}, {1, 0}, 0, 10, true}, // beside it in y
+        {{9, 0}, {0, 1}, 2, 10, false},
+        {{0, 0}, {0, 0}, 0, 10, false}, // its slab begins at infinity
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(doesRayIntersectRange2d(c.origin, c.direction, r, c.tMin, c.tMax), c.hit)
+            << "case " << &c - cases;
+    EXPECT_TRUE(doesRayIntersectRange2d({0, 0}, {0, 0}, Range2d(), 1, 0));
+}
+
+TEST(LinearIntersect, TrianglesAgainstBoxes) {
+    const Point2Flt centre(1, 1);
+    const Point2Flt half(1, 1);
+    EXPECT_TRUE(triangleBoxOverlap(centre, half, {1, 1}, {5, 1}, {5, 5}));     // one corner inside
+    EXPECT_TRUE(triangleBoxOverlap(centre, half, {-9, -9}, {9, -9}, {0, 30})); // around it
+    EXPECT_TRUE(triangleBoxOverlap(centre, half, {2, 0}, {3, 0}, {3, 1}));     // touching
+    EXPECT_FALSE(triangleBoxOverlap(centre, half, {3, 0}, {4, 0}, {3, 1}));
+    // Only the slanted side separates.
+    EXPECT_FALSE(triangleBoxOverlap(centre, half, {5, 0}, {5, 5}, {0, 5}));
+    EXPECT_TRUE(triangleBoxOverlap(centre, half, {4, 0}, {4, 4}, {0, 4}));
+    EXPECT_TRUE(testBorder(-3, 5, 9, 1));
+    EXPECT_FALSE(testBorder(3, 5, 9, 1));
+}
+
+TEST(LinearIntersect, CollinearPoints) {
+    EXPECT_TRUE(areCollinear(kOrigin, kOrigin, Point(1, 2, 3)));
+    EXPECT_TRUE(areCollinear(kOrigin, Point(10, 0, 0), Point(3, 0.05, 0), 0.01));
+    EXPECT_FALSE(areCollinear(kOrigin, Point(10, 0, 0), Point(3, 0.2, 0), 0.01));
+    for (const auto& order : {std::array{0, 1, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}}) {
+        const Point p[] = {kOrigin, Point(1, 1, 1), Point(3, 3, 3)};
+        const auto at = [&](int i) { return p[order[static_cast<std::size_t>(i)]]; };
+        EXPECT_TRUE(areCollinear(at(0), at(1), at(2)));
+    }
+}
+
+} // namespace

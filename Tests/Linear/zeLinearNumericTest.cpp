@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/Linear/zeLinearNumeric.h"
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace zeLinear;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+TEST(LinearNumeric, LeastAndGreatestTakeTheSecondOfANaNPair) {
+    EXPECT_EQ(min(3, 1, 2), 1);
+    EXPECT_EQ(max(3, 1, 4, 2), 4);
+    EXPECT_EQ(min(kNaN, 5, 6), 5);
+    EXPECT_EQ(max(kNaN, 1, 0, -1), 1);
+    EXPECT_TRUE(std::isnan(max(1, 2, kNaN)));
+    EXPECT_EQ(min(1, kNaN, 2), 2);
+}
+
+struct Quadratic {
+    double a, b, c;
+    std::vector<double> roots;
+};
+
+TEST(LinearNumeric, SolvesQuadratics) {
+    const Quadratic cases[] = {
+        {0, 0, 1, {}},
+        {0, 2, -6, {3}},
+        {1e-13, 2, -6, {3}},
+        {1, 0, 0, {0, 0}},
+        {1, -3, 2, {1, 2}},
+        {1, 3, 2, {-2, -1}},
+        {-2, 6, -4, {1, 2}},
+        {1, 2, 1, {-1, -1}},
+        {1, 2, 3, {}},
+        {1, 0, -4, {-2, 2}},
+        {1, 0, 4, {}},
+        // Without cancellation the small root is exact: the plain formula gives 7.45e-9.
+        {1, -1e8, 1, {1e-8, 1e8}},
+        // A negative leading coefficient without a linear term is judged by the last alone.
+        {-1, 0, 4, {}},
+        {-1, 0, -4, {kNaN, kNaN}},
+    };
+    for (const Quadratic& q : cases) {
+        double roots[2] = {0, 0};
+        const int count = solveQuadratic(q.a, q.b, q.c, roots);
+        SCOPED_TRACE(testing::Message() << q.a << ' ' << q.b << ' ' << q.c);
+        ASSERT_EQ(count, static_cast<int>(q.roots.size()));
+        for (std::size_t i = 0; i < q.roots.size(); ++i) {
+            if (std::isnan(q.roots[i])) {
+                EXPECT_TRUE(std::isnan(roots[i]));
+            } else {
+                EXPECT_DOUBLE_EQ(roots[i], q.roots[i]);
+            }
+        }
+    }
+}
+
+struct Function : evalFunction {
+    explicit Function(std::function<double(double)> f) : f_(std::move(f)) {}
+    double evaluate(double x) override {
+        arguments.push_back(x);
+        return f_(x);
+    }
+
+    std::vector<double> arguments;
+    std::function<double(double)> f_;
+};
+
+TEST(Brent, FindsRoots) {
+    struct Case {
+        std::function<double(double)> f;
+        double a, b, root;
+    };
+    const Case cases[] = {
+        {[](double x) { return x * x - 2; }, 0, 2, std::sqrt(2)},
+        {[](double x) { return x * x - 2; }, 2, 0, std::sqrt(2)},
+        {[](double x) { return std::cos(x) - x; }, 0, 1, 0.7390851332151607},
+        {[](double x) { return std::pow(x - 1, 9); }, 0, 3, 1},
+        {[](double x) { return x < 0.3 ? -1 : 1; }, 0, 1, 0.3},
+        {[](double x) { return std::exp(x) - 1e-3; }, -20, 5, std::log(1e-3)},
+    };
+    for (const Case& c : cases) {
+        Function f(c.f);
+        int status = -1;
+        const double root = brentsIteration(f, c.a, c.b, 1e-13, status);
+        EXPECT_EQ(status, 0);
+        EXPECT_NEAR(root, c.root, c.f(1) == 0 ? 0.05 : 1e-12) << c.root;
+        EXPECT_EQ(f.arguments[0], c.a);
+        EXPECT_EQ(f.arguments[1], c.b);
+        EXPECT_LT(f.arguments.size(), 102U);
+    }
+}
+
+TEST(Brent, JudgesTheEndsFirst) {
+    int status = -1;
+    Function line([](double x) { return x - 1; });
+    EXPECT_EQ(brentsIteration(line, 1, 5, 1e-9, status), 1);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(line.arguments,
+              (std::vector<double>{1, 5})); // the other end is evaluated all the same
+    EXPECT_EQ(brentsIteration(line, -5, 1, 1e-9, status), 1);
+    EXPECT_EQ(brentsIteration(line, 2, 5, 1e-9, status), 5);
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(brentsIteration(line, 1, 5, 0, status), 1); // zero is neither sign
+    EXPECT_EQ(status, 0);
+}
+
+TEST(Brent, GivesUpAfterAHundredRounds) {
+    // Never near zero, and a tolerance that no bracket meets at such magnitudes.
+    Function jump([](double x) { return x < 1e-300 ? -1.0 : 1.0; });
+    int status = -1;
+    brentsIteration(jump, -1e300, 1e300, 0, status);
+    EXPECT_EQ(status, 2);
+    EXPECT_EQ(jump.arguments.size(), 102U);
+}
+
+} // namespace
