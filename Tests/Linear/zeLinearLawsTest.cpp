@@ -27,13 +27,14 @@ using std::numbers::pi;
 
 constexpr int kInputs = 1'000'000;
 
-/// The same inputs on every machine.
+/// The same inputs on every machine: braces evaluate from left to right, the arguments of a call do
+/// not.
 class Random {
 public:
     double in(double low, double high) { return low + (high - low) * unit(); }
-    Vector vector(double size) { return Vector(in(-size, size), in(-size, size), in(-size, size)); }
+    Vector vector(double size) { return Vector{in(-size, size), in(-size, size), in(-size, size)}; }
     Point point(double size) { return Point::origin + vector(size); }
-    Vector2 vector2(double size) { return Vector2(in(-size, size), in(-size, size)); }
+    Vector2 vector2(double size) { return Vector2{in(-size, size), in(-size, size)}; }
 
     Normal normal() {
         Vector v;
@@ -46,14 +47,17 @@ public:
     Quaternion rotation() {
         Quaternion q;
         do
-            q = Quaternion(in(-1, 1), in(-1, 1), in(-1, 1), in(-1, 1));
+            q = Quaternion{in(-1, 1), in(-1, 1), in(-1, 1), in(-1, 1)};
         while (dot(q, q) > 1 || dot(q, q) < 0.01);
         q.normalize();
         return q;
     }
 
     /// A factor of either sign. Two of them differ by no more than 400.
-    double factor() { return std::exp2(in(-4.3, 4.3)) * (in(-1, 1) < 0 ? -1 : 1); }
+    double factor() {
+        const double sign = in(-1, 1) < 0 ? -1 : 1;
+        return sign * std::exp2(in(-4.3, 4.3));
+    }
 
     /// A turn, a scale, another turn and a translation.
     AffineMatrix matrix() {
@@ -61,7 +65,8 @@ public:
         AffineMatrix second;
         rotation().getMatrix(first);
         rotation().getMatrix(second);
-        second.scale(factor(), factor(), factor());
+        const Vector scale{factor(), factor(), factor()};
+        second.scale(scale.x, scale.y, scale.z);
         first *= second;
         vector(10).get(first.m[3]);
         return first;
@@ -71,7 +76,8 @@ public:
         const double turn = in(-pi, pi);
         const Vector2 x(std::cos(turn), std::sin(turn));
         AffineMatrix2 m(x, x.orthogonalVector(), Vector2::zero);
-        m.scale(factor(), factor());
+        const Vector2 scale{factor(), factor()};
+        m.scale(scale.x, scale.y);
         const Vector2 y(std::cos(turn * 7), std::sin(turn * 7));
         m.preMult(AffineMatrix2(y, y.orthogonalVector(), vector2(10)));
         return m;
@@ -275,14 +281,14 @@ const Law kLaws[] = {
     {"plane M holds p M", 1e-10,
      [](Random& r) {
          const AffineMatrix m = r.matrix();
-         const Plane plane(r.point(10), r.normal());
+         const Plane plane{r.point(10), r.normal()};
          const Point p = plane.point + cross(plane.normal, r.vector(10));
          return distance(p * m, plane * m) / (size(m) * size(p));
      }},
     {"line and plane: on both", 1e-10,
      [](Random& r) {
-         const Line line(r.point(10), r.normal());
-         const Plane plane(r.point(10), r.normal());
+         const Line line{r.point(10), r.normal()};
+         const Plane plane{r.point(10), r.normal()};
          bool ok;
          const Point p = intersect(line, plane, ok);
          return std::max(distance(p, plane), distance(p, line)) / size(p);
@@ -300,9 +306,9 @@ const Law kLaws[] = {
      }},
     {"two planes, three planes: on all", 1e-10,
      [](Random& r) {
-         const Plane a(r.point(10), r.normal());
-         const Plane b(r.point(10), r.normal());
-         const Plane c(r.point(10), r.normal());
+         const Plane a{r.point(10), r.normal()};
+         const Plane b{r.point(10), r.normal()};
+         const Plane c{r.point(10), r.normal()};
          if (std::fabs(dot(cross(a.normal, b.normal), c.normal)) < 1e-3)
              return kDrawAgain;
          bool okLine;
@@ -318,11 +324,11 @@ const Law kLaws[] = {
      }},
     {"line through box: ends on it", 1e-10,
      [](Random& r) {
-         const Range3d box(r.point(3) - Vector(4, 4, 4), r.point(3) + Vector(4, 4, 4));
-         const ParamLine line(r.point(10), r.vector(10));
+         const Range3d box{r.point(3) - Vector(4, 4, 4), r.point(3) + Vector(4, 4, 4)};
+         const ParamLine line{r.point(10), r.point(1)}; // through the middle
          const Range1d hit = intersect(line, box);
          if (hit.isUnbounded())
-             return kDrawAgain;
+             return HUGE_VAL;
          const Vector half = box.size() * 0.5;
          double error = 0;
          for (double t : {hit.low, hit.high}) {
@@ -335,18 +341,19 @@ const Law kLaws[] = {
      }},
     {"cylinder: hits at the radius", 1e-10,
      [](Random& r) {
-         const Line axis(r.point(10), r.normal());
+         const Line axis{r.point(10), r.normal()};
          const double radius = r.in(0.1, 10);
-         const Vector w = r.vector(3);
-         const ParamLine line(r.point(10), w);
-         double t[2];
-         const int hits = intersectCylinder(line, axis, radius, t);
-         if (hits == 0 || cross(w, axis.direction).length() < 0.1)
+         const Point inside = axis.eval(r.in(-10, 10)) + r.normal() * radius * r.in(0, 0.99);
+         const ParamLine line{r.point(10), inside};
+         if (cross(line.vector, axis.direction).length() < 0.1)
              return kDrawAgain;
+         double t[2];
+         if (intersectCylinder(line, axis, radius, t) != 2)
+             return HUGE_VAL;
          double error = 0;
-         for (int i = 0; i < hits; ++i)
-             error = std::max(error, std::fabs(distance(line.eval(t[i]), axis) - radius) /
-                                         size(line.eval(t[i])));
+         for (double s : t)
+             error = std::max(error, std::fabs(distance(line.eval(s), axis) - radius) /
+                                         size(line.eval(s)));
          return error;
      }},
     {"range M holds p M", 1e-10,
@@ -355,7 +362,7 @@ const Law kLaws[] = {
          box.set(r.point(10));
          box.include(r.point(10));
          const Vector s = box.size();
-         const Point p = box.low + Vector(s.x * r.in(0, 1), s.y * r.in(0, 1), s.z * r.in(0, 1));
+         const Point p = box.low + Vector{s.x * r.in(0, 1), s.y * r.in(0, 1), s.z * r.in(0, 1)};
          const AffineMatrix m = r.matrix();
          return distance(p * m, box * m) / (size(m) * size(p));
      }},
