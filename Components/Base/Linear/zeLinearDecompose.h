@@ -32,10 +32,9 @@ namespace zeLinear {
 ///                            Vector(shear.y, shear.z, 1), Vector::zero));
 ///     m.scale(scale.x, scale.y, scale.z);
 ///
-/// @param scale the lengths of the rows, without what the shear takes; a matrix that mirrors has
-///     all three negative, not one
-/// @param rotate rx, ry, rz in **degrees**. At the poles, where ry is 90 or -90, rz is 0.
-/// @param shear xy, xz, yz
+/// `rotate` holds rx, ry, rz in **degrees**; at the poles, where ry is 90 or -90, rz is 0. `shear`
+/// holds xy, xz, yz. Of a matrix that mirrors all three of `scale` are negative, not one.
+///
 /// @return false if the matrix is singular (by 1e-9, not by epsilonTol): rotate is then zero, while
 ///     the others still tell what there is
 ZEBASE_API bool stelioDecompose(const AffineMatrix& matrix, Point& translate, Vector& scale,

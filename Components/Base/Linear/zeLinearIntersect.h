@@ -48,7 +48,7 @@ ZEBASE_API Point intersect(const Plane& a, const Plane& b, const Plane& c, bool&
 ZEBASE_API Range1d intersect(const ParamLine& line, const Range3d& box);
 
 /// The parameters at which a line meets the infinite cylinder about `axis`, in rising order.
-/// @param t room for two
+/// `t` has room for two.
 /// @return the number of hits: 2; 1 if the two differ by less than epsilonTol; or 0, then with
 ///     nothing of use in `t`, also for a line along the axis
 ZEBASE_API int intersectCylinder(const ParamLine& line, const Line& axis, double radius, double* t);
@@ -68,18 +68,15 @@ ZEBASE_API Range3d intersect(const Range3d& a, const Range3d& b, double tol = ep
 ZEBASE_API int classifySegmentRangeIntersection(const Range2d& range, const Point2& a,
                                                 const Point2& b);
 
-/// Whether the segments a-b and c-d meet. Segments without length meet nothing.
+/// Whether the segments a-b and c-d meet. Segments without length meet nothing, and collinear ones
+/// that touch in just one end do not meet. They are collinear if `c` and `d` both lie within `tol`
+/// of the line of a-b.
 ///
-/// @param parameter where on a-b: 0 at `a`, 1 at `b`; -1 if not reached. It can lie outside 0 to 1
-/// by
-///     as little as `epsilonTol` in distance. For collinear segments it is where they begin to
-///     overlap.
-/// @param point where, if hasPoint. It is stored for any lines that cross, also where the segments
-///     end before.
-/// @param hasPoint whether there is one point: lines that cross, or collinear segments that share
-///     next to nothing. Collinear segments that touch in just one end do not meet.
-/// @param tol the distance within which `c` and `d` both lie on the line of a-b if they are
-/// collinear
+/// `parameter` becomes where on a-b they meet, 0 at `a` and 1 at `b`; for collinear segments, where
+/// they begin to overlap; otherwise -1. It can lie beyond an end by no more than epsilonTol in
+/// distance. `hasPoint` becomes whether there is one `point`, which is stored then: for lines that
+/// cross, also where the segments end before, and for collinear segments that share next to
+/// nothing.
 ZEBASE_API bool doLineSegmentsIntersect(const Point2& a, const Point2& b, const Point2& c,
                                         const Point2& d, double& parameter, Point2& point,
                                         bool& hasPoint, double tol = epsilonTol);

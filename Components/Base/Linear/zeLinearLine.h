@@ -24,6 +24,7 @@ struct ParamLine;
 
 /// A line through `point` along `direction`. The default runs nowhere: its direction is invalid.
 struct Line {
+    /// A point of the line, and its unit direction.
     Point point;
     Normal direction;
 
@@ -41,6 +42,7 @@ struct Line {
 
 /// A line with a parameter: `point` at 0, `point` + `vector` at 1.
 struct ParamLine {
+    /// Where the parameter is 0, and the way from there to 1.
     Point point;
     Vector vector;
 
@@ -53,6 +55,7 @@ struct ParamLine {
     constexpr explicit operator Vector() const { return vector; }
     explicit operator Normal() const { return vector.normalized(); }
 
+    /// The point at parameter `t`.
     constexpr Point eval(double t) const { return point + t * vector; }
 
     /// The projection of `q` on the part of the line between parameters `lo` and `hi`.
@@ -85,6 +88,7 @@ inline Point ParamLine::projectBounded(const Point& q, double lo, double hi) con
     return eval(std::max(lo, std::min(projectParam(q, *this), hi)));
 }
 
+/// The distance at right angles.
 inline double distance(const Point& q, const Line& line) {
     const Vector v = q - line.point;
     return (v - project(v, line.direction)).length();

@@ -137,10 +137,13 @@ constexpr Entry<M> determinant3(const M& matrix) {
 
 /// An affine map of space.
 struct AffineMatrix {
+    /// The type of a row.
     using Row = Vector;
 
+    /// The entries: m[row][column].
     double m[4][3];
 
+    /// 1 on the diagonal.
     static const AffineMatrix Identity;
 
     /// The identity.
@@ -163,12 +166,14 @@ struct AffineMatrix {
     /// 12 numbers, row by row.
     void set(const double* entries) { std::memcpy(m, entries, sizeof m); }
     void get(double* entries) const { std::memcpy(entries, m, sizeof m); }
+    /// A row; the last is the translation.
     constexpr Vector row(int i) const { return Vector(m[i]); }
     constexpr Vector getTranslate() const { return row(3); }
     /// The rows, the translation first.
     constexpr void getFrame(Point& origin, Vector& x, Vector& y, Vector& z) const;
     constexpr void setFrame(const Point& origin, const Vector& x, const Vector& y, const Vector& z);
 
+    /// Becomes the identity, and all zero.
     constexpr void identity() { *this = Identity; }
     constexpr void zero() { *this = AffineMatrix(0.0); }
     /// The 3-by-3 part becomes a_i b_j: v times it is (v · a) b. The translation stays.
@@ -183,8 +188,8 @@ struct AffineMatrix {
     /// This matrix becomes itself times `a`: `a` acts last.
     constexpr AffineMatrix& operator*=(const AffineMatrix& a);
 
-    // `out` = `in` times this matrix, as the operators * below have it. See the head of the file
-    // for an `out` that is `in`.
+    /// `out` = `in` times this matrix, as the operators * below have it. See the head of the file
+    /// for an `out` that is `in`.
     constexpr void preMult(Point& out, const Point& in) const;
     constexpr void preMult(Vector& out, const Vector& in) const;
     constexpr void preMult(HPoint& out, const HPoint& in) const;
@@ -198,8 +203,7 @@ struct AffineMatrix {
     void preMult(ParamPlane& out, const ParamPlane& in) const;
     constexpr void preMult(Range3d& out, const Range3d& in) const;
 
-    // Each of these multiplies in front, so that it acts before what the matrix did already.
-
+    /// Multiplies in front, as all that build: it acts before what the matrix did already.
     constexpr void translate(double dx, double dy, double dz) { translate(Vector(dx, dy, dz)); }
     constexpr void translate(const Vector& v);
     /// The translation is not touched: the scale acts before it.
@@ -251,10 +255,13 @@ struct AffineMatrix {
 
 /// An affine map of the plane.
 struct AffineMatrix2 {
+    /// The type of a row.
     using Row = Vector2;
 
+    /// The entries: m[row][column].
     double m[3][2];
 
+    /// 1 on the diagonal.
     static const AffineMatrix2 Identity;
 
     /// The identity.
@@ -270,16 +277,18 @@ struct AffineMatrix2 {
     /// 6 numbers, row by row.
     void set(const double* entries) { std::memcpy(m, entries, sizeof m); }
     void get(double* entries) const { std::memcpy(entries, m, sizeof m); }
+    /// A row; the last is the translation.
     constexpr Vector2 row(int i) const { return Vector2(m[i]); }
     constexpr Vector2 getTranslate() const { return row(2); }
     /// The rows, the translation first.
     constexpr void getFrame(Point2& origin, Vector2& x, Vector2& y) const;
     constexpr void setFrame(const Point2& origin, const Vector2& x, const Vector2& y);
 
+    /// Becomes the identity, and all zero.
     constexpr void identity() { *this = Identity; }
     constexpr void zero() { *this = AffineMatrix2(0.0); }
 
-    // As in AffineMatrix.
+    /// As in AffineMatrix.
     constexpr void preMult(AffineMatrix2& result, const AffineMatrix2& a) const;
     constexpr void preMult(const AffineMatrix2& a);
     constexpr AffineMatrix2& operator*=(const AffineMatrix2& a);
@@ -287,6 +296,7 @@ struct AffineMatrix2 {
     constexpr void preMult(Vector2& out, const Vector2& in) const;
     constexpr void preMult(Range2d& out, const Range2d& in) const;
 
+    /// As in AffineMatrix: in front.
     constexpr void translate(double dx, double dy) { translate(Vector2(dx, dy)); }
     constexpr void translate(const Vector2& v);
     constexpr void scale(double sx, double sy);
@@ -294,6 +304,7 @@ struct AffineMatrix2 {
     /// About the origin by an angle in radians, from x towards y.
     ZEBASE_API void rotate(double angle);
 
+    /// As in AffineMatrix, by elimination with pivots.
     ZEBASE_API bool invert();
     ZEBASE_API AffineMatrix2 inverse() const;
 
@@ -303,10 +314,13 @@ struct AffineMatrix2 {
 /// An affine map of space in single precision: to store and to apply. It is built and inverted in
 /// double precision, and converted.
 struct AffineMatrixFlt {
+    /// The type of a row.
     using Row = VectorFlt;
 
+    /// The entries: m[row][column].
     float m[4][3];
 
+    /// 1 on the diagonal.
     static const AffineMatrixFlt Identity;
 
     /// The identity.
@@ -327,12 +341,14 @@ struct AffineMatrixFlt {
     constexpr explicit AffineMatrixFlt(const AffineMatrix& other);
     constexpr AffineMatrixFlt& operator=(const AffineMatrix& other);
 
+    /// A row; the last is the translation.
     constexpr VectorFlt row(int i) const { return VectorFlt(m[i]); }
 
+    /// Becomes the identity, and all zero.
     constexpr void identity() { *this = Identity; }
     constexpr void zero() { *this = AffineMatrixFlt(0.0F); }
 
-    // As in AffineMatrix.
+    /// As in AffineMatrix.
     constexpr void preMult(AffineMatrixFlt& result, const AffineMatrixFlt& a) const;
     constexpr void preMult(const AffineMatrixFlt& a);
     constexpr AffineMatrixFlt& operator*=(const AffineMatrixFlt& a);
@@ -344,10 +360,13 @@ struct AffineMatrixFlt {
 
 /// A projective map of space, which takes homogeneous points to homogeneous points.
 struct ProjMatrix {
+    /// The type of a row.
     using Row = Tuple4;
 
+    /// The entries: m[row][column].
     double m[4][4];
 
+    /// 1 on the diagonal.
     static const ProjMatrix Identity;
 
     /// The identity.
@@ -370,11 +389,13 @@ struct ProjMatrix {
     /// 16 numbers, row by row.
     void set(const double* entries) { std::memcpy(m, entries, sizeof m); }
     void get(double* entries) const { std::memcpy(entries, m, sizeof m); }
+    /// A row.
     constexpr Tuple4 row(int i) const { return Tuple4(m[i]); }
 
+    /// Becomes the identity.
     constexpr void identity() { *this = Identity; }
 
-    // As in AffineMatrix.
+    /// As in AffineMatrix.
     constexpr void preMult(ProjMatrix& result, const ProjMatrix& a) const;
     constexpr void preMult(const ProjMatrix& a);
     constexpr ProjMatrix& operator*=(const ProjMatrix& a);
@@ -391,7 +412,7 @@ struct ProjMatrix {
     /// Whether the last column is 0, 0, 0, 1, to less than epsilonTol.
     bool isAffine() const;
 
-    // As in AffineMatrix, on all four columns.
+    /// As in AffineMatrix, on all four columns.
     ZEBASE_API bool invert();
     ZEBASE_API bool invertFast();
     ZEBASE_API ProjMatrix inverse() const;
@@ -401,10 +422,13 @@ struct ProjMatrix {
 
 /// A projective map in single precision.
 struct ProjMatrixFlt {
+    /// The type of a row.
     using Row = detail::RowFlt4;
 
+    /// The entries: m[row][column].
     float m[4][4];
 
+    /// 1 on the diagonal.
     static const ProjMatrixFlt Identity;
 
     /// The identity.
@@ -425,11 +449,13 @@ struct ProjMatrixFlt {
     /// 16 numbers, row by row.
     void set(const float* entries) { std::memcpy(m, entries, sizeof m); }
     void get(float* entries) const { std::memcpy(entries, m, sizeof m); }
+    /// A row.
     constexpr Row row(int i) const { return Row(m[i]); }
 
+    /// Becomes the identity.
     constexpr void identity() { *this = Identity; }
 
-    // As in ProjMatrix.
+    /// As in ProjMatrix.
     constexpr void preMult(ProjMatrixFlt& result, const ProjMatrixFlt& a) const;
     constexpr void preMult(const ProjMatrixFlt& a);
     constexpr ProjMatrixFlt& operator*=(const ProjMatrixFlt& a);

@@ -60,17 +60,17 @@ ZEBASE_API int solveQuadratic(double a, double b, double c, double* roots);
 class ZEBASE_API evalFunction {
 public:
     virtual ~evalFunction();
+    /// The value at `x`.
     virtual double evaluate(double x) = 0;
 };
 
 /// A root of `f` between `a` and `b`, by Brent's method: never slower than bisection, and much
 /// faster near a smooth root. `f` is evaluated at `a` and at `b`, in this order, and then at most
-/// once in each of 100 rounds.
+/// once in each of 100 rounds. An end where |f| is below `tol` is the root; otherwise the root is
+/// found to about half of `tol`, or to 2e-16 of its own size.
 ///
-/// @param tol an end where |f| is below it is the root; otherwise the root is found to about half
-///     of it, or to 2e-16 of its own size
-/// @param status 0 on success; 1 if f(a) and f(b) have the same sign (the result is `b`); 2 if 100
-///     rounds did not suffice (the result is the latest estimate)
+/// `status` becomes 0 on success; 1 if f(a) and f(b) have the same sign (the result is `b`); 2 if
+/// 100 rounds did not suffice (the result is the latest estimate).
 ZEBASE_API double brentsIteration(evalFunction& f, double a, double b, double tol, int& status);
 
 } // namespace zeLinear

@@ -22,6 +22,7 @@ struct ParamPlane;
 
 /// The plane through `point` at right angles to `normal`.
 struct Plane {
+    /// A point of the plane, and its unit normal.
     Point point;
     Normal normal;
 
@@ -45,6 +46,7 @@ struct Plane {
 
 /// A plane with two parameters: `point` + s `u` + t `v`. The constructors make `v` orthogonal.
 struct ParamPlane {
+    /// Where both parameters are 0, the unit normal, and the ways to 1 of the first and the second.
     Point point;
     Normal normal;
     Vector u;
@@ -63,8 +65,10 @@ struct ParamPlane {
     ParamPlane(const Point& a, const Point& b, const Point& c)
         : ParamPlane(a, b - a, c - a, true) {}
 
+    /// The normal.
     constexpr operator Normal() const { return normal; }
 
+    /// The point at parameters s and t.
     constexpr Point eval(double s, double t) const { return point + s * u + t * v; }
     constexpr Point eval(const Point2& st) const { return eval(st.x, st.y); }
 

@@ -208,8 +208,9 @@ constexpr RPoint::RPoint(const HPoint& p) : w(p.w) {
     z = p.z * scale;
 }
 
-// What the points share. Each has the vector type of its precision and dimension.
+// What the points share
 
+/// The vector type of a point's precision and dimension.
 template<AnyPoint P>
 using DifferenceOf = std::conditional_t<
     std::same_as<P, Point>, Vector,
@@ -246,18 +247,16 @@ template<AnyPoint P, DisplacementLike<DifferenceOf<P>> V>
 constexpr Scalar<P> dot(const P& p, const V& v) {
     return detail::sumOfProducts(p, v);
 }
-
 template<AnyPoint P, DisplacementLike<DifferenceOf<P>> V>
 constexpr Scalar<P> dot(const V& v, const P& p) {
     return detail::sumOfProducts(v, p);
 }
 
-/// The square of the distance.
+/// The square of the distance, and the distance.
 template<AnyPoint P>
 constexpr Scalar<P> distance2(const P& a, const P& b) {
     return (b - a).length2();
 }
-
 template<AnyPoint P>
 Scalar<P> distance(const P& a, const P& b) {
     return (b - a).length();

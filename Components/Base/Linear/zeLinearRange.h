@@ -93,6 +93,7 @@ constexpr bool intersects(const R& a, const R& b, double tol) {
 
 /// An interval.
 struct Range1d {
+    /// The ends.
     double low = 1;
     double high = 0;
 
@@ -100,7 +101,9 @@ struct Range1d {
     constexpr Range1d() = default;
     constexpr Range1d(double lowEnd, double highEnd) : low(lowEnd), high(highEnd) {}
 
+    /// Whether the first axis is inverted, and the range so means all of space.
     constexpr bool isUnbounded() const { return detail::inverted(low, high); }
+    /// Stores 1 and 0 on every axis.
     constexpr void setUnbounded() { *this = Range1d(); }
     constexpr void set(double lowEnd, double highEnd) { *this = Range1d(lowEnd, highEnd); }
     /// A range of one value.
@@ -138,6 +141,7 @@ struct Range1d {
 
 /// An axis-aligned rectangle.
 struct Range2d {
+    /// The corners.
     Point2 low = Point2(1, 1);
     Point2 high = Point2(0, 0);
 
@@ -146,7 +150,9 @@ struct Range2d {
     constexpr Range2d(const Point2& lowCorner, const Point2& highCorner)
         : low(lowCorner), high(highCorner) {}
 
+    /// Whether the first axis is inverted, and the range so means all of space.
     constexpr bool isUnbounded() const { return detail::inverted(low, high); }
+    /// Stores 1 and 0 on every axis.
     constexpr void setUnbounded() { *this = Range2d(); }
     /// The corners, two numbers each.
     constexpr void set(const double* lowCorner, const double* highCorner) {
@@ -204,6 +210,7 @@ struct Range2d {
 
 /// An axis-aligned box.
 struct Range3d {
+    /// The corners.
     Point low = Point(1, 1, 1);
     Point high = Point(0, 0, 0);
 
@@ -212,7 +219,9 @@ struct Range3d {
     constexpr Range3d(const Point& lowCorner, const Point& highCorner)
         : low(lowCorner), high(highCorner) {}
 
+    /// Whether the first axis is inverted, and the range so means all of space.
     constexpr bool isUnbounded() const { return detail::inverted(low, high); }
+    /// Stores 1 and 0 on every axis.
     constexpr void setUnbounded() { *this = Range3d(); }
     /// The corners, three numbers each.
     constexpr void set(const double* lowCorner, const double* highCorner) {
@@ -276,13 +285,11 @@ constexpr void Range2d::clipTo(const Range2d& other) {
 constexpr double distance(double value, const Range1d& range) {
     return range.isUnbounded() ? 0 : detail::gap(range.low, range.high, value, value);
 }
-
 inline double distance(const Point2& p, const Range2d& range) {
     return range.isUnbounded()
                ? 0
                : detail::each<Vector2>(detail::gap, range.low, range.high, p, p).length();
 }
-
 inline double distance(const Point& p, const Range3d& range) {
     return range.isUnbounded()
                ? 0
@@ -307,7 +314,6 @@ constexpr double axisGap(double aLow, double aHigh, double bLow, double bHigh) {
 inline double distance(const Range2d& a, const Range2d& b) {
     return detail::each<Vector2>(detail::axisGap, a.low, a.high, b.low, b.high).length();
 }
-
 inline double distance(const Range3d& a, const Range3d& b) {
     return detail::each<Vector>(detail::axisGap, a.low, a.high, b.low, b.high).length();
 }

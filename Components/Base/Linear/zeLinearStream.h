@@ -41,6 +41,7 @@ struct AffineMatrix;
 struct ProjMatrix;
 struct ProjMatrixFlt;
 
+/// Writes the form of the table above, and returns `stream`.
 ZEBASE_API std::ostream& operator<<(std::ostream& stream, const Normal& n);
 ZEBASE_API std::ostream& operator<<(std::ostream& stream, const Point& p);
 ZEBASE_API std::ostream& operator<<(std::ostream& stream, const PointFlt& p);

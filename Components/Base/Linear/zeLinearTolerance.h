@@ -39,10 +39,10 @@ extern ZEBASE_API double parallel2Tol;
 extern ZEBASE_API double perpendicularTol;
 extern ZEBASE_API double perpendicular2Tol;
 
+/// Between degrees and radians.
 constexpr double toRadians(double degrees) {
     return degrees * 0.017453292519943295;
 }
-
 constexpr double toDegrees(double radians) {
     return radians * 57.29577951308232;
 }

@@ -94,10 +94,10 @@ inline constexpr Tuple2 Tuple2::zero(0, 0);
 inline constexpr Tuple3 Tuple3::zero(0, 0, 0);
 inline constexpr Tuple4 Tuple4::zero(0, 0, 0, 0);
 
+/// The Euclidean distance.
 inline double distance(const Tuple2& a, const Tuple2& b) {
     return Vector2(b.x - a.x, b.y - a.y).length();
 }
-
 inline double distance(const Tuple3& a, const Tuple3& b) {
     return Vector(b.x - a.x, b.y - a.y, b.z - a.z).length();
 }

@@ -79,8 +79,8 @@ struct Vector {
     constexpr void get(double& x0, double& y0, double& z0) const { x0 = x, y0 = y, z0 = z; }
     constexpr void get(double* xyz) const { get(xyz[0], xyz[1], xyz[2]); }
 
+    /// The root of the sum of squares, and that sum.
     double length() const { return std::sqrt(length2()); }
-    /// The square of the length.
     constexpr double length2() const { return detail::sumOfProducts(*this, *this); }
 
     /// Scales to unit length; zero and false if too short.
@@ -116,8 +116,8 @@ struct Vector2 {
     constexpr void get(double& x0, double& y0) const { x0 = x, y0 = y; }
     constexpr void get(double* xy) const { get(xy[0], xy[1]); }
 
+    /// The root of the sum of squares, and that sum.
     double length() const { return std::sqrt(length2()); }
-    /// The square of the length.
     constexpr double length2() const { return detail::sumOfProducts(*this, *this); }
 
     /// Scales to unit length. Alone among the vectors it keeps its value where it is too short
@@ -158,8 +158,8 @@ struct VectorFlt {
     constexpr void get(float& x0, float& y0, float& z0) const { x0 = x, y0 = y, z0 = z; }
     constexpr void get(float* xyz) const { get(xyz[0], xyz[1], xyz[2]); }
 
+    /// The root of the sum of squares, and that sum.
     float length() const { return std::sqrt(length2()); }
-    /// The square of the length.
     constexpr float length2() const { return detail::sumOfProducts(*this, *this); }
 
     /// Scales to unit length; zero and false if too short.
@@ -192,8 +192,8 @@ struct Vector2Flt {
     constexpr void get(float& x0, float& y0) const { x0 = x, y0 = y; }
     constexpr void get(float* xy) const { get(xy[0], xy[1]); }
 
+    /// The root of the sum of squares, and that sum.
     float length() const { return std::sqrt(length2()); }
-    /// The square of the length.
     constexpr float length2() const { return detail::sumOfProducts(*this, *this); }
 
     /// Scales to unit length; zero and false if too short.
