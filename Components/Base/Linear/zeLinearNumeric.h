@@ -5,6 +5,7 @@
 /// any function of one variable.
 ///
 /// @code
+/// #include <cmath>
 /// struct Cubic : zeLinear::evalFunction {
 ///     double evaluate(double x) override { return x * x * x - 8; }
 /// } cubic;
