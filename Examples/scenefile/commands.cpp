@@ -2,10 +2,13 @@
 
 #include "commands.h"
 
+#include <algorithm>
 #include <charconv>
 #include <filesystem>
 #include <new>
 #include <ostream>
+#include <stdexcept>
+#include <utility>
 
 #include "document.h"
 #include "failure.h"

@@ -4,6 +4,8 @@
 
 #include <memory>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "Base/IO/ioPacketFile.h"
 

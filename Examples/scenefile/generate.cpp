@@ -72,7 +72,7 @@ void addRing(Scene& scene, int around, int across) {
     addObject(scene, "ring").runs.push_back(run);
 }
 
-/// A flat triangle pair above a hexagon, so that the sizes of the faces differ.
+/// A hexagon and two triangles over its corners: faces of different sizes.
 void addSlab(Scene& scene) {
     Vertices& all = *scene.vertices;
     const int first = all.positionCount();

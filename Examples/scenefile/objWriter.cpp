@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
+#include <string_view>
 
 #include "failure.h"
 #include "progress.h"
