@@ -22,6 +22,7 @@
 /// #include <fstream>
 /// #include <string>
 /// #include "Base/IO/ioPacketFile.h"
+/// #include "Base/Strings/zeStringIString.h"
 /// ioSimplePacketRegistry types(false);
 /// types.add("point");
 /// ioBufferedStreamOutput output;
@@ -40,7 +41,7 @@
 /// std::string line;
 /// while (std::getline(file, line) && line[0] != '{') {
 /// }
-/// assert(line == "{ 2 0 0.5 \"a\\[0\\]\" }");
+/// assert(line == "{ 0 0 0.5 \"a\\[0\\]\" }");
 /// std::remove("text-example.zp");
 /// @endcode
 

@@ -19,6 +19,7 @@
 /// #include <cstdio>
 /// #include <fstream>
 /// #include "Base/IO/ioPacketFile.h"
+/// #include "Base/Strings/zeStringIString.h"
 /// std::ofstream("read-example.zp") << "^@\n1\n1 0 1\n1 2 4 8 4 8 8\n@\n" // a file in text
 ///                                     "   0 packetFile_EOF\n   1 node\n@\n"
 ///                                     "{ 1 1 7 \n  [ 5 8 ] }\n" // number 7 refers to number 8

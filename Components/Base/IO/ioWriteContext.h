@@ -22,6 +22,7 @@
 /// @code
 /// #include <cstdio>
 /// #include "Base/IO/ioPacketFile.h"
+/// #include "Base/Strings/zeStringIString.h"
 /// struct Node { int value; Node* next; };
 /// Node second{2, nullptr}, first{1, &second};
 ///
