@@ -41,6 +41,7 @@ public:
     /// Called after each packet's read(). The base does nothing.
     virtual void postPacketRead();
 
+    /// The context behind this handle.
     ioReadContext& getContext() const { return *context_; }
 
     /// Reads the whole file with this handle; its result is the context's status.
@@ -48,14 +49,18 @@ public:
         context_->readFile(*this);
         return context_->getStatus();
     }
+
+    /// Gives up the file, or the current packet.
     void halt() { context_->halt(); }
     void invalidPacket() { context_->invalidPacket(); }
 
+    /// The structure within a packet, as ioReadContext has it.
     bool nextChunk() { return context_->nextChunk(); }
     bool isValidChunk() { return context_->isValidChunk(); }
     void startSubPacket() { context_->startSubPacket(); }
     void endSubPacket() { context_->endSubPacket(); }
 
+    /// The references, as ioReadContext has them.
     int getPacketReference() const { return context_->getPacketReference(); }
     void definePacketReference(void* pointer) { context_->definePacketReference(pointer); }
     void* readReferenceUsage() { return context_->readReferenceUsage(); }
@@ -82,6 +87,7 @@ public:
     void undefineReference(void* pointer) { context_->undefineReference(pointer); }
     void undefineReference(int reference) { context_->undefineReference(reference); }
 
+    /// The typed values, as ioReadContext has them.
     bool readBool() { return context_->readBool(); }
     unsigned char readChar() { return context_->readChar(); }
     unsigned char readUChar() { return context_->readUChar(); }
@@ -95,6 +101,7 @@ public:
     double readDouble() { return context_->readDouble(); }
     const char* readCString() { return context_->readCString(); }
 
+    /// The arrays: `count` values, as ioReadContext has them.
     void readBoolArray(bool* values, int count) { context_->readBoolArray(values, count); }
     void readCharArray(char* values, int count) { context_->readCharArray(values, count); }
     void readUCharArray(unsigned char* values, int count) {
@@ -115,6 +122,7 @@ public:
     void readFloatArray(float* values, int count) { context_->readFloatArray(values, count); }
     void readDoubleArray(double* values, int count) { context_->readDoubleArray(values, count); }
 
+    /// The byte that writeRawByte() wrote.
     signed char readRawByte() { return context_->readRawByte(); }
 
 private:
@@ -126,8 +134,10 @@ class ioClientWriteContext {
 public:
     explicit ioClientWriteContext(ioWriteContext* context) : context_(context) {}
 
+    /// The context behind this handle.
     ioWriteContext& getContext() const { return *context_; }
 
+    /// Packets, as ioWriteContext has them.
     void startPacket(const ioPacketType* type, const void* reference) {
         context_->startPacket(type, reference);
     }
@@ -138,11 +148,13 @@ public:
     void invalidPacket() { context_->invalidPacket(); }
     void writeCStringPacket(const char* text) { context_->writeCStringPacket(text); }
 
+    /// The structure within a packet, as ioWriteContext has it.
     void startChunk() { context_->startChunk(); }
     void endChunk() { context_->endChunk(); }
     void startSubPacket() { context_->startSubPacket(); }
     void endSubPacket() { context_->endSubPacket(); }
 
+    /// The references, as ioWriteContext has them.
     void writeReference(const void* pointer, bool define) {
         context_->writeReference(pointer, define);
     }
@@ -150,6 +162,7 @@ public:
     void undefineReference(void* pointer) { context_->undefineReference(pointer); }
     void undefineReference(int reference) { context_->undefineReference(reference); }
 
+    /// The typed values, as ioWriteContext has them.
     void writeBool(bool value) { context_->writeBool(value); }
     void writeChar(char value) { context_->writeChar(value); }
     void writeUChar(unsigned char value) { context_->writeUChar(value); }
@@ -163,6 +176,7 @@ public:
     void writeDouble(double value) { context_->writeDouble(value); }
     void writeCString(const char* text) { context_->writeCString(text); }
 
+    /// The arrays: `count` values, as ioWriteContext has them.
     void writeBoolArray(const bool* values, int count) { context_->writeBoolArray(values, count); }
     void writeCharArray(const char* values, int count) { context_->writeCharArray(values, count); }
     void writeUCharArray(const unsigned char* values, int count) {
@@ -191,6 +205,7 @@ public:
         context_->writeDoubleArray(values, count);
     }
 
+    /// One byte of text, as ioWriteContext has it.
     void writeRawByte(signed char byte) { context_->writeRawByte(byte); }
 
 private:

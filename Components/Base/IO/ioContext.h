@@ -73,6 +73,7 @@ public:
     /// Null if no type has that id, or there is no registry.
     ioPacketType* lookupType(int id) const;
 
+    /// Whether the number, or the number of the pointer, has its object.
     bool isReferenceDefined(int reference) const;
     bool isReferenceDefined(const void* pointer) const;
     /// The number of `pointer`: 0 for null, -1 for a pointer that has none.

@@ -76,7 +76,7 @@ ZEBASE_API ioWriteContext* ioWriteContextAlloc(ioBufferedStreamOutput& stream, i
 ZEBASE_API ioReadContext* ioReadContextAlloc(ioBufferedStreamInput& stream,
                                              ioPacketRegistry* registry);
 
-// One of these for each variant, for a stream whose format is known. The caller owns the context.
+/// One of these for each variant, for a stream whose format is known. The caller owns the context.
 ZEBASE_API ioWriteContext* ioPacketFileWriteAscii(ioBufferedStreamOutput& stream);
 ZEBASE_API ioWriteContext* ioPacketFileWriteBinary(ioBufferedStreamOutput& stream);
 ZEBASE_API ioReadContext* ioPacketFileReadAscii(ioBufferedStreamInput& stream);

@@ -11,8 +11,8 @@
 ///
 /// Each value is followed by one blank. Numbers are decimal (float with 7 digits, double with 16,
 /// so that not every bit returns), a bool is 0 or 1, a character its number from 0 to 255, an array
-/// its elements. A string stands between double quotes, with a backslash before each of "\[]{}<> in
-/// it; line ends in it stay as they are.
+/// its elements. A string stands between double quotes, with a backslash before each bracket (of the
+/// four kinds), double quote and backslash in it; line ends in it stay as they are.
 ///
 /// The decimal point of numbers is that of the process's locale: write and read under one locale,
 /// which must not change within a packet.
@@ -81,6 +81,7 @@ public:
     void readSubPacketStart(ioReadContext* context) override;
     void readSubPacketEnd(ioReadContext* context) override;
 
+    /// Text into the packet as it is.
     void outputChar(char byte) {
         if (makeRoom(1))
             text_.get()[position_++] = byte;
@@ -166,7 +167,7 @@ public:
     void writeRawByte(signed char byte) override;
     ioHeader getHeader() override;
 
-    // Text into the packet as it is.
+    /// Text into the packet as it is.
     void outputChar(char byte);
     void outputCharArray(const char* bytes, int size);
     void outputInt(int value);

@@ -73,10 +73,12 @@ public:
     void readSubPacketStart(ioReadContext* context) override;
     void readSubPacketEnd(ioReadContext* context) override;
 
+    /// The cursor: a position in the packet.
     int tellPos() const { return position_; }
     /// A writer must stay within what it has written.
     void seekPos(int position) { position_ = position; }
 
+    /// Writes so many bytes as they are.
     void write1Byte(char byte) { put<std::uint8_t>(&byte); }
     void write2Bytes(const char* bytes) { put<std::uint16_t>(bytes); }
     void write4Bytes(const char* bytes) { put<std::uint32_t>(bytes); }
@@ -85,6 +87,7 @@ public:
     void writeBuffer(const char* bytes, int size);
     void writeBuffer(const char* bytes, unsigned long size);
 
+    /// Reads so many bytes as they are; zeros outside the array.
     char read1Byte() {
         char byte;
         get<1>(&byte);
@@ -93,7 +96,7 @@ public:
     void read2Bytes(char* bytes) { get<2>(bytes); }
     void read4Bytes(char* bytes) { get<4>(bytes); }
     void read8Bytes(char* bytes) { get<8>(bytes); }
-    // The same in reverse order.
+    /// The same in reverse order.
     void read2BytesSwapped(char* bytes) { getSwapped<std::uint16_t>(bytes); }
     void read4BytesSwapped(char* bytes) { getSwapped<std::uint32_t>(bytes); }
     void read8BytesSwapped(char* bytes) { getSwapped<std::uint64_t>(bytes); }
@@ -220,6 +223,7 @@ protected:
     ioPacketFileBuffer* allocPacket() override;
     void setPacket(ioPacketFileBuffer* packet) override;
 
+    /// The packet that is open.
     ioPacketFileBinaryBuffer& buffer() const { return *buffer_; }
 
 private:

@@ -101,6 +101,7 @@ private:
 class ZEBASE_API ioReadCallback {
 public:
     virtual ~ioReadCallback();
+    /// Reads the packet that is open.
     virtual void read() = 0;
 };
 

@@ -87,6 +87,7 @@ public:
     /// Reads a reference and returns its number.
     virtual int readReference();
 
+    /// Makes `pointer` the object of a number that was read before.
     virtual void defineReference(int reference, void* pointer);
     /// Defines a further number for an object that has one.
     virtual void defineReferenceAlias(int reference, void* pointer);
@@ -96,10 +97,12 @@ public:
     virtual void useReference(int reference);
     virtual void useReference(void* pointer);
 
+    /// The next value, of the type that was written: nothing in a binary file tells them apart.
     virtual bool readBool() = 0;
     /// The byte as it was written, unsigned: 200 stays 200.
     virtual unsigned char readChar() = 0;
     virtual unsigned char readUChar() = 0;
+    /// The next number.
     virtual short readShort() = 0;
     virtual unsigned short readUShort() = 0;
     virtual int readInt() = 0;
@@ -113,7 +116,7 @@ public:
     /// no string there.
     virtual const char* readCString() = 0;
 
-    // A count of 0 or less reads nothing.
+    /// Reads `count` values, the number that was written; 0 or less reads nothing.
     virtual void readBoolArray(bool* values, int count) = 0;
     virtual void readCharArray(char* values, int count) = 0;
     virtual void readUCharArray(unsigned char* values, int count) = 0;

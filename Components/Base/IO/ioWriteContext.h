@@ -71,6 +71,7 @@ public:
     virtual void writeReference(const void* pointer, bool define);
     virtual void writeReference(int reference, bool define);
 
+    /// Writes one value into the packet. It must be read back as the same type.
     virtual void writeBool(bool value) = 0;
     virtual void writeChar(char value) = 0;
     virtual void writeUChar(unsigned char value) = 0;
@@ -85,8 +86,8 @@ public:
     /// Null is written as the empty text.
     virtual void writeCString(const char* text) = 0;
 
-    // No array carries its length: write the count first where the reader cannot know it. A count
-    // of 0 or less writes nothing.
+    /// No array carries its length: write the count first where the reader cannot know it. A count
+    /// of 0 or less writes nothing.
     virtual void writeBoolArray(const bool* values, int count) = 0;
     virtual void writeCharArray(const char* values, int count) = 0;
     virtual void writeUCharArray(const unsigned char* values, int count) = 0;
