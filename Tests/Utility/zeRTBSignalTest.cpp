@@ -229,10 +229,11 @@ TEST_F(SignalScene, TiedConnectionEndsWithWhicheverSideGoesFirst) {
 TEST_F(SignalScene, DisconnectInstanceEndsAllAndSparesTheRunningOneUntilItReturns) {
     add('A');
     add('B');
-    add('A', [&] {
+    self = add('A', [&] {
         signal->disconnectInstance(&who[0]);
         EXPECT_EQ(alive, 2);
     });
+    EXPECT_EQ(signal->findInstance(&who[0]), self) << "the newest";
     EXPECT_EQ(fired(), "A.B.");
     EXPECT_EQ(signal->numConnections(), 1);
 }

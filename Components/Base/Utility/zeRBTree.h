@@ -249,7 +249,7 @@ private:
 
 /// The table of a tree of keys of type `Key`, ordered by `Less` (stateless), with values of type
 /// `Value`, which is void for a set. Keys must be copyable. Values that cannot be copied or that
-/// have no default leave that entry null.
+/// have no default leave that entry null: without a default, every insert gives a value.
 template<class Key, class Value, class Less = std::less<Key>>
 class RBTreeTypes {
     using Node = RBTreeImpl::Node;

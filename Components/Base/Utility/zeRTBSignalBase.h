@@ -15,6 +15,8 @@
 /// Nothing is locked and nothing is atomic: a signal and its connections belong to one thread at a
 /// time. No operation reports an error; allocation failure propagates as std::bad_alloc. A callback
 /// must not throw: what it throws passes through the firing, and its connection then never goes.
+/// The destructor of a function object must not end other connections of a signal that is firing,
+/// or that is in disconnectInstance().
 ///
 /// @code
 /// #include "Base/Utility/zeRTBSignal.h"

@@ -82,13 +82,16 @@ public:
     }
 
 private:
+    struct Free {
+        void operator()(void* memory) const { std::free(memory); }
+    };
+
     static T* newChunk() {
-        void* const memory = std::malloc(elementsPerChunk * sizeof(T));
+        std::unique_ptr<void, Free> memory(std::malloc(elementsPerChunk * sizeof(T)));
         if (!memory)
             throw std::bad_alloc();
-        T* const chunk = static_cast<T*>(memory);
-        std::uninitialized_value_construct_n(chunk, elementsPerChunk);
-        return chunk;
+        std::uninitialized_value_construct_n(static_cast<T*>(memory.get()), elementsPerChunk);
+        return static_cast<T*>(memory.release());
     }
 
     std::vector<T*> chunks_; ///< Null where nothing was touched yet.
