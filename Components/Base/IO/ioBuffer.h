@@ -11,7 +11,8 @@
 ///
 /// Failures end in the status of the link where they happen and rise by promotion: to the link
 /// above at flush(), or wherever a filter promotes after a call, and from the top link to the
-/// stream after each of its operations. Statuses are sticky. Nothing clears a link's status, a
+/// stream after its operations, but for tell(), popBufferChain() and opening for writing, whose
+/// failures show with the next operation. Statuses are sticky. Nothing clears a link's status, a
 /// stream's is cleared only by resetStatus() and by the next open, and a link whose status is not
 /// good moves no more bytes. Nothing here prints or throws.
 ///
@@ -274,8 +275,8 @@ public:
     /// Sets streamOK. The top link keeps its status, which is promoted again by the next operation.
     void resetStatus() { status_ = streamOK; }
 
-    /// Takes over a status of the top link that is not good. The operations below do this
-    /// themselves.
+    /// Takes over a status of the top link that is not good. Operations do this themselves, but for
+    /// tell(), popBufferChain() and opening for writing.
     void promoteBufferStatus() {
         if (top_ && !top_->good())
             promoteFailure();
