@@ -40,9 +40,9 @@ ioPacketFileBinaryBuffer::~ioPacketFileBinaryBuffer() = default;
 
 void ioPacketFileBinaryBuffer::writePacketStart(ioWriteContext*, int hasReference,
                                                 ioPacketType* type) {
-    const int head[] = {type ? type->getId() : -1, hasReference, 0};
-    static_assert(sizeof head == headSize);
-    std::memcpy(data_.get(), head, headSize);
+    writeHeadField(0, type ? type->getId() : -1);
+    writeHeadField(4, hasReference);
+    writeHeadField(lengthPosition, 0);
     position_ = headSize;
     frames_.emplace_back();
 }
@@ -50,12 +50,15 @@ void ioPacketFileBinaryBuffer::writePacketStart(ioWriteContext*, int hasReferenc
 void ioPacketFileBinaryBuffer::writePacketEnd(ioWriteContext* context,
                                               ioBufferedStreamOutput& stream) {
     popFrame();
-    const int bodySize = position_ - headSize;
-    std::memcpy(data_.get() + lengthPosition, &bodySize, sizeof bodySize);
+    writeHeadField(lengthPosition, position_ - headSize);
     if (isValid())
         stream.writeData(data_.get(), position_);
     else if (!getType())
         context->setStatus(ioError);
+}
+
+void ioPacketFileBinaryBuffer::writeHeadField(int position, int value) {
+    std::memcpy(data_.get() + position, &value, sizeof value); // the head always fits
 }
 
 void ioPacketFileBinaryBuffer::writeChunkStart(ioWriteContext* context) {

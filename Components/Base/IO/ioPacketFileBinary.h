@@ -28,6 +28,7 @@
 
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -114,8 +115,8 @@ public:
     const char* readText();
 
 private:
-    /// The array is this much longer than its capacity, and zero there: a read that starts within
-    /// the capacity needs no second test, and every text ends.
+    /// The array is this much longer than its capacity, and zero there: reads from outside the
+    /// capacity are made here, reads across its end need no test, and every text ends.
     static constexpr int slack = 8;
 
     template<class Word>
@@ -131,10 +132,8 @@ private:
     void get(char* bytes) {
         static_assert(N <= slack);
         const auto at = static_cast<unsigned int>(position_);
-        if (at <= static_cast<unsigned int>(capacity_)) [[likely]]
-            std::memcpy(bytes, data_.get() + at, N);
-        else
-            std::memset(bytes, 0, N);
+        const auto source = std::min(at, static_cast<unsigned int>(capacity_));
+        std::memcpy(bytes, data_.get() + source, N);
         position_ = static_cast<int>(at + N);
     }
     template<class Word>
@@ -149,6 +148,7 @@ private:
     bool makeRoom(unsigned long size);
     void putGrowing(std::uint64_t word, unsigned long size);
     bool readBody(ioBufferedStreamInput& stream, int length);
+    void writeHeadField(int position, int value);
     void startMeasured(ioWriteContext* context, char marker, int& lengthPosition);
     void endMeasured(ioWriteContext* context, int lengthPosition);
     int readMeasured(ioReadContext* context);
