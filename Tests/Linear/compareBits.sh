@@ -11,6 +11,7 @@ set -eu
 source=$1
 work=$2
 shift 2
+[ $# -gt 0 ] || { echo "compareBits.sh: no compiler to compare" >&2; exit 1; }
 mkdir -p "$work"
 
 # One translation unit: sources and program together.

@@ -61,6 +61,9 @@ TEST(LinearIntersect, LinesAndPlanes) {
     const Line level(Point(3, 4, 5), Normal::xAxis);
     EXPECT_EQ(intersect(level, floor, ok), level.point);
     EXPECT_FALSE(ok);
+    // A bound that is just met counts.
+    EXPECT_EQ(intersect(Line(kOrigin, Normal::zAxis), floor, ok, 1), Point(0, 0, 1));
+    EXPECT_TRUE(ok);
     // Lines that pass each other still give a point, on the second.
     EXPECT_EQ(intersect(Line(kOrigin, Normal::xAxis), Line(Point(3, 0, 7), Normal::yAxis), ok),
               Point(3, 0, 7));
@@ -162,10 +165,20 @@ TEST(LinearIntersect, Segments) {
                                         hasPoint));
     EXPECT_TRUE(hasPoint);
     EXPECT_NEAR(parameter, 1, 1e-12);
+    // The tolerance decides what is collinear, and nothing else: not what is an end.
+    EXPECT_TRUE(doLineSegmentsIntersect({0, 0}, {4, 0}, {1, 0.05}, {2, 0.05}, parameter, point,
+                                        hasPoint, 0.1));
+    EXPECT_EQ(parameter, 0.25);
+    EXPECT_FALSE(hasPoint);
+    EXPECT_FALSE(doLineSegmentsIntersect({0, 0}, {4, 0}, {4.05, 0.05}, {9, 5}, parameter, point,
+                                         hasPoint, 0.1));
     // A crossing just beyond an end counts while it is equivalent to the end.
     EXPECT_TRUE(doLineSegmentsIntersect({0, 0}, {1, 0}, {1 + 5e-13, -1}, {1 + 5e-13, 1}, parameter,
                                         point, hasPoint));
     EXPECT_GT(parameter, 1);
+    EXPECT_TRUE(doLineSegmentsIntersect({0, 0}, {1, 0}, {-5e-13, -1}, {-5e-13, 1}, parameter, point,
+                                        hasPoint));
+    EXPECT_LT(parameter, 0);
 }
 
 TEST(LinearIntersect, RaysAgainstRectangles) {
@@ -210,12 +223,13 @@ TEST(LinearIntersect, TrianglesAgainstBoxes) {
 
 TEST(LinearIntersect, CollinearPoints) {
     EXPECT_TRUE(areCollinear(kOrigin, kOrigin, Point(1, 2, 3)));
-    EXPECT_TRUE(areCollinear(kOrigin, Point(10, 0, 0), Point(3, 0.05, 0), 0.01));
-    EXPECT_FALSE(areCollinear(kOrigin, Point(10, 0, 0), Point(3, 0.2, 0), 0.01));
     for (const auto& order : {std::array{0, 1, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}}) {
-        const Point p[] = {kOrigin, Point(1, 1, 1), Point(3, 3, 3)};
-        const auto at = [&](int i) { return p[order[static_cast<std::size_t>(i)]]; };
-        EXPECT_TRUE(areCollinear(at(0), at(1), at(2)));
+        // Off the longest side, of length 10, by less and by more than a hundredth of it.
+        for (double off : {0.05, 0.2}) {
+            const Point p[] = {kOrigin, Point(10, 0, 0), Point(3, off, 0)};
+            const auto at = [&](std::size_t i) { return p[order[i]]; };
+            EXPECT_EQ(areCollinear(at(0), at(1), at(2), 0.01), off < 0.1);
+        }
     }
 }
 

@@ -106,6 +106,13 @@ TEST(AffineMatrix, LeavesAnOutputThatIsTheInputAlone) {
     turn.preMult(sheet, sheet);
     EXPECT_EQ(sheet.point, Point(1, 0, 0));
     EXPECT_EQ(sheet.u, Vector(1, 0, 0));
+    turn.identity();
+    turn.rotateX(pi / 4);
+    turn.preMult(sheet, sheet); // the old v is made orthogonal to the new normal
+    EXPECT_TRUE(equivalent(sheet.v, Vector(0, 0.5, 0.5)));
+    turn.identity();
+    turn.translate(5, 5, 5);
+    turn.rotateZ(pi / 2);
     Range3d box(Point(0, 0, 0), Point(1, 1, 1));
     turn.preMult(box, box); // ranges have no such guard
     EXPECT_TRUE(equivalent(box, Range3d(Point(4, 5, 5), Point(5, 6, 6))));
@@ -191,6 +198,8 @@ TEST(AffineMatrix, TurnsOneDirectionIntoAnother) {
     m.rotate(odd, -odd);
     EXPECT_EQ(m, AffineMatrix(-1.0));
     m.identity();
+    m.rotate(Normal(), odd); // not valid
+    EXPECT_EQ(m, AffineMatrix::Identity);
     m.rotate(1, Normal()); // no axis
     EXPECT_EQ(m, AffineMatrix(std::cos(1.0)));
 }
@@ -363,6 +372,9 @@ TEST(Decompose, DegenerateAndMirroredMatrices) {
         EXPECT_NEAR(atPole.rotate.x, 20, 1e-6);
         EXPECT_EQ(atPole.rotate.z, 0);
     }
+    AffineMatrix unknown;
+    unknown.m[0][2] = kNaN;
+    EXPECT_TRUE(std::isnan(Decomposed(unknown).rotate.z)); // no pole
     // Its own tolerance: what invert() still takes is singular here.
     const Decomposed flat(AffineMatrix(5e-10));
     EXPECT_FALSE(flat.ok);
@@ -380,6 +392,7 @@ TEST(Quaternion, AngleAndAxis) {
     EXPECT_TRUE(equivalent(axis, Normal(1, 2, 3)));
     EXPECT_TRUE(Quaternion(0, 0, 0, -1).getAngleAxis(angle, axis));
     EXPECT_DOUBLE_EQ(angle, 2 * pi);
+    EXPECT_FALSE(axis.valid);
     EXPECT_EQ(Quaternion(1, Normal()), Quaternion(0, 0, 0, 1)); // no axis, no rotation
     Quaternion zero(0, 0, 0, 0);
     zero.normalize();

@@ -42,6 +42,8 @@ TEST(LinearNumeric, SolvesQuadratics) {
         {1, 2, 3, {}},
         {1, 0, -4, {-2, 2}},
         {1, 0, 4, {}},
+        {0, kNaN, 1, {}}, // a NaN is neither above a tolerance nor negative
+        {1, 0, kNaN, {}},
         // Without cancellation the small root is exact: the plain formula gives 7.45e-9.
         {1, -1e8, 1, {1e-8, 1e8}},
         // A negative leading coefficient without a linear term is judged by the last alone.

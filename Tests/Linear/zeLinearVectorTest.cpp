@@ -2,7 +2,9 @@
 
 #include "Base/Linear/zeLinearVector.h"
 
+#include <array>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <numbers>
@@ -10,8 +12,7 @@
 
 #include <gtest/gtest.h>
 
-#include "Base/Linear/zeLinearPoint.h"
-#include "Base/Linear/zeLinearTuple.h"
+#include "Base/Linear/zeLinearMatrix.h"
 
 namespace {
 
@@ -32,6 +33,21 @@ TEST(LinearTolerance, HasTheStatedBits) {
     EXPECT_EQ(parallel2Tol, 0.9999999999999696);
     EXPECT_EQ(perpendicularTol, 1.745329251994321e-07);
     EXPECT_EQ(perpendicular2Tol, 3.046174197867056e-14);
+}
+
+TEST(LinearTolerance, IsReadWhereItIsUsed) {
+    const auto saved = std::array{epsilonTol, epsilon2Tol, parallelTol};
+    epsilonTol = 0.5;
+    epsilon2Tol = 0.25;
+    parallelTol = 0.7;
+    EXPECT_TRUE(equivalent(Vector(1, 1, 1), Vector(1.4, 1, 1)));
+    EXPECT_FALSE(Normal(0.5, 0, 0).valid);
+    EXPECT_FALSE(Vector2(0.4, 0).normalize());
+    EXPECT_FALSE(AffineMatrix(0.4).invert());
+    EXPECT_TRUE(isParallel(Normal::xAxis, Normal(1, 1, 0)));
+    epsilonTol = saved[0];
+    epsilon2Tol = saved[1];
+    parallelTol = saved[2];
 }
 
 // Plug-ins are compiled against these layouts.
@@ -172,6 +188,8 @@ TEST(LinearVector, AnglesOfInvalidDirections) {
     EXPECT_FALSE(isParallel(Normal::xAxis, Normal(1, 1e-6, 0)));
     EXPECT_TRUE(isPerpendicular(Normal::xAxis, Normal(1e-7, 1, 0)));
     EXPECT_FALSE(isPerpendicular(Normal::xAxis, Normal(1e-6, 1, 0)));
+    EXPECT_TRUE(isParallel(Normal::xAxis, -Normal::xAxis, 1)); // a bound belongs to both
+    EXPECT_TRUE(isPerpendicular(Normal::xAxis, Normal::yAxis, 0));
     EXPECT_EQ(rotate(Vector(1, 2, 3), none, 1), Vector(1, 2, 3));
     EXPECT_EQ(interpolate(Normal::xAxis, none, 1), Normal::xAxis);
     EXPECT_EQ(unitCircleRotation(none, Normal::xAxis, Normal::yAxis, true), 0);

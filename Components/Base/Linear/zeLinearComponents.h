@@ -4,13 +4,13 @@
 /// The map of the value types that are made of components x, y, z and w, and what all of them
 /// share: comparison within a tolerance.
 ///
-/// | Meaning                    | double, 3-D | double, 2-D | float, 3-D | float, 2-D | others |
-/// |----------------------------|-------------|-------------|------------|------------|--------|
-/// | displacement               | Vector      | Vector2     | VectorFlt  | Vector2Flt |        |
-/// | unit direction             | Normal      |             |            |            |        |
-/// | position                   | Point       | Point2      | PointFlt   | Point2Flt  | RPoint,
-/// HPoint | | bare group of numbers      | Tuple3      | Tuple2      |            |            |
-/// Tuple4 | | rotation                   | Quaternion  |             |            |            | |
+/// | Meaning           | double | double, 2-D | float     | float, 2-D | others         |
+/// |-------------------|--------|-------------|-----------|------------|----------------|
+/// | displacement      | Vector | Vector2     | VectorFlt | Vector2Flt |                |
+/// | unit direction    | Normal |             |           |            |                |
+/// | position          | Point  | Point2      | PointFlt  | Point2Flt  | RPoint, HPoint |
+/// | bare numbers      | Tuple3 | Tuple2      |           |            | Tuple4         |
+/// | rotation          |        |             |           |            | Quaternion     |
 ///
 /// All are plain values: no virtual operations, no allocation, nothing to destroy. Fields are
 /// public. A value made without arguments is zero (a Normal is then invalid, a Quaternion the

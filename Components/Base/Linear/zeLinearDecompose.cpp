@@ -32,7 +32,7 @@ Vector eulerAngles(const AffineMatrix& rotation) {
     const double s = clampToUnit(-r[0][2]);
     const double c = std::sqrt(1 - s * s);
     const double ry = toDegrees(std::asin(s));
-    if (vanishes(c) || vanishes(std::fabs(s) - 1) || s != -r[0][2])
+    if (vanishes(c) || vanishes(std::fabs(s) - 1) || std::fabs(r[0][2]) > 1)
         return Vector(angleOf(r[1][0] / s, r[1][1]), ry, 0); // at the pole
     return Vector(angleOf(r[1][2] / c, r[2][2] / c), ry, angleOf(r[0][1] / c, r[0][0] / c));
 }

@@ -44,7 +44,8 @@ ZEBASE_API Point intersect(const Plane& a, const Plane& b, const Plane& c, bool&
 
 /// The parameters at which a line enters and leaves a box. **An unbounded result says that there is
 /// no hit**: test isUnbounded() first. A line through the box gives its two parameters in order;
-/// one that touches an edge gives a range of one value.
+/// one that touches an edge gives a range of one value. The box must be bounded: it is taken by
+/// its corners.
 ZEBASE_API Range1d intersect(const ParamLine& line, const Range3d& box);
 
 /// The parameters at which a line meets the infinite cylinder about `axis`, in rising order.

@@ -7,13 +7,14 @@
 /// are the images of the axes, and the last row is the translation. In a product `A * B`, A is
 /// applied first.
 ///
-/// | Class           | Entries     | Meaning                                              |
-/// |-----------------|-------------|------------------------------------------------------|
-/// | AffineMatrix    | 4 x 3 double| rows x, y, z and translation; the last column is implied to be
-/// 0, 0, 0, 1 | | AffineMatrix2   | 3 x 2 double| the same in the plane | | AffineMatrixFlt | 4 x 3
-/// float | the same in single precision                         | | ProjMatrix      | 4 x 4 double|
-/// any homogeneous map                                  | | ProjMatrixFlt   | 4 x 4 float | the
-/// same in single precision                         |
+/// | Class           | Entries      | Meaning                                              |
+/// |-----------------|--------------|------------------------------------------------------|
+/// | AffineMatrix    | 4 x 3 double | rows x, y, z and translation; the last column is     |
+/// |                 |              | implied to be 0, 0, 0, 1                             |
+/// | AffineMatrix2   | 3 x 2 double | the same in the plane                                |
+/// | AffineMatrixFlt | 4 x 3 float  | the same in single precision                         |
+/// | ProjMatrix      | 4 x 4 double | any homogeneous map                                  |
+/// | ProjMatrixFlt   | 4 x 4 float  | the same in single precision                         |
 ///
 /// A matrix made without arguments is the identity. The members of each class stand in the class;
 /// what all five share (products, sums, comparison, tests for NaN) stands once below them. The
@@ -23,7 +24,7 @@
 /// `preMult(out, in)` of points, vectors and homogeneous points **does nothing if `out` and `in`
 /// are the same object**: use another one, or `p = p * m`. Lines and planes follow from that: in
 /// place, the point stays (and so do the vectors of the parametric forms), while the direction or
-/// normal is transformed.
+/// normal is transformed; a ParamPlane then makes its old `v` orthogonal to the new normal.
 ///
 /// @code
 /// using namespace zeLinear;
@@ -219,7 +220,7 @@ struct AffineMatrix {
     ZEBASE_API void rotate(double angle, const Line& axis);
     /// The shortest turn that takes one direction to the other. Opposite ones turn by half about
     /// `from.orthogonalVector()`; along (1, -1, 1), where that is zero, this is a reflection in the
-    /// origin.
+    /// origin. Nothing happens if one of the two is not valid.
     ZEBASE_API void rotate(const Normal& from, const Normal& to);
     /// Reflects in a plane.
     ZEBASE_API void mirror(const Plane& plane);

@@ -59,7 +59,7 @@ Fraction interpolationStep(const Sample& best, const Sample& previous, const Sam
 
 int solveQuadratic(double a, double b, double c, double* roots) {
     if (std::fabs(a) < epsilonTol) {
-        if (std::fabs(b) < epsilonTol)
+        if (!(std::fabs(b) >= epsilonTol)) // a NaN too
             return 0;
         roots[0] = -c / b;
         return 1;
@@ -76,7 +76,7 @@ int solveQuadratic(double a, double b, double c, double* roots) {
     }
     if (std::fabs(c) < epsilonTol)
         return storeInOrder(0, 0, roots);
-    if (c > 0)
+    if (!(c < 0))
         return 0;
     const double root = std::sqrt(-c / a);
     return storeInOrder(-root, root, roots);

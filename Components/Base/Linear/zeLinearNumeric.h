@@ -65,10 +65,11 @@ public:
     virtual double evaluate(double x) = 0;
 };
 
-/// A root of `f` between `a` and `b`, by Brent's method: never slower than bisection, and much
-/// faster near a smooth root. `f` is evaluated at `a` and at `b`, in this order, and then at most
-/// once in each of 100 rounds. An end where |f| is below `tol` is the root; otherwise the root is
-/// found to about half of `tol`, or to 2e-16 of its own size.
+/// A root of `f` between `a` and `b`, by Brent's method: as safe as bisection, and much faster near
+/// a smooth root. `f` is evaluated at `a` and at `b`, in this order, and then at most once in each
+/// of 100 rounds. An end where |f| is below `tol` is the root. Otherwise the search ends where the
+/// sign is known to change within `tol` (plus 4e-16 of the root's size) of the result, or where |f|
+/// is below 1e-16.
 ///
 /// `status` becomes 0 on success; 1 if f(a) and f(b) have the same sign (the result is `b`); 2 if
 /// 100 rounds did not suffice (the result is the latest estimate).

@@ -50,7 +50,8 @@ struct Quaternion {
     /// The rotation by an angle in radians about an axis.
     ZEBASE_API void setAngleAxis(double angle, const Normal& axis);
     /// The angle, 0 to 2 pi, and the axis. The identity (`w` within epsilonTol of 1) gives angle 0,
-    /// the x axis, and false. The quaternion must be of length 1.
+    /// the x axis, and false; a full turn (`w` of -1) has an angle, and an axis that is not valid.
+    /// The quaternion must be of length 1.
     ZEBASE_API bool getAngleAxis(double& angle, Normal& axis) const;
 
     /// Scales to length 1. A length of 0 is not tested: the result is NaN.

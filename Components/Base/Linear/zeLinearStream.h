@@ -4,13 +4,13 @@
 /// Text output of the value types, for logs and debuggers: the name of the type and its numbers,
 /// as the stream is set to print a double.
 ///
-/// | Type                                        | Text                        |
-/// |---------------------------------------------|-----------------------------|
-/// | Normal, Point, PointFlt, Vector, VectorFlt  | `Point(1,2,3)`              |
-/// | Point2                                      | `Point2(1,2)`               |
-/// | Line                                        | `Line(Point(1,2,3),Normal(0,0,1))` |
-/// | AffineMatrix, ProjMatrix, ProjMatrixFlt     | `AffineMatrix(`, a line for each row, `)` on a
-/// line of its own without a line end |
+/// | Type                                       | Text                                    |
+/// |--------------------------------------------|-----------------------------------------|
+/// | Normal, Point, PointFlt, Vector, VectorFlt | `Point(1,2,3)`                          |
+/// | Point2                                     | `Point2(1,2)`                           |
+/// | Line                                       | `Line(Point(1,2,3),Normal(0,0,1))`      |
+/// | AffineMatrix, ProjMatrix, ProjMatrixFlt    | `AffineMatrix(`, a line for each row,   |
+/// |                                            | and `)` on a line that is not ended     |
 ///
 /// The lines of a matrix end with `std::endl`, which flushes the stream.
 ///

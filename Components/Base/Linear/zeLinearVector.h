@@ -12,13 +12,12 @@
 /// of squares, so that components beyond 1e154 (1e19 in single precision) overflow. Normalising
 /// treats what is too short as zero, and the types differ in what then becomes of it:
 ///
-/// | Type                   | Too short                                   | Left behind | Result |
-/// |------------------------|---------------------------------------------|-------------|--------|
-/// | Normal                 | squared length not above epsilon2Tol        | zero, `valid` false |
-/// false | | Vector                 | the same                                    | zero        |
-/// false  | | VectorFlt, Vector2Flt  | squared length not above epsilon2TolFlt     | zero        |
-/// false  | | Vector2                | length strictly below epsilonTol            | its value   |
-/// false  |
+/// | Type                  | Too short                               | Left behind   | Result |
+/// |-----------------------|-----------------------------------------|---------------|--------|
+/// | Normal                | squared length not above epsilon2Tol    | zero, invalid | false  |
+/// | Vector                | the same                                | zero          | false  |
+/// | VectorFlt, Vector2Flt | squared length not above epsilon2TolFlt | zero          | false  |
+/// | Vector2               | length strictly below epsilonTol        | its value     | false  |
 ///
 /// @code
 /// using namespace zeLinear;
