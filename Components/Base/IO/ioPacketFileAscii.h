@@ -11,8 +11,8 @@
 ///
 /// Each value is followed by one blank. Numbers are decimal (float with 7 digits, double with 16,
 /// so that not every bit returns), a bool is 0 or 1, a character its number from 0 to 255, an array
-/// its elements. A string stands between double quotes, with a backslash before each bracket (of the
-/// four kinds), double quote and backslash in it; line ends in it stay as they are.
+/// its elements. A string stands between double quotes, with a backslash before each bracket (of
+/// the four kinds), double quote and backslash in it; line ends in it stay as they are.
 ///
 /// The decimal point of numbers is that of the process's locale: write and read under one locale,
 /// which must not change within a packet.
