@@ -7,8 +7,9 @@
 #include <filesystem>
 #include <new>
 #include <ostream>
-#include <stdexcept>
 #include <utility>
+
+#include "Base/Linear/zeLinearMatrix.h"
 
 #include "document.h"
 #include "failure.h"
@@ -17,6 +18,8 @@
 #include "objWriter.h"
 #include "replaceFile.h"
 #include "report.h"
+#include "transform.h"
+#include "transformOptions.h"
 
 namespace scenefile {
 
@@ -24,6 +27,7 @@ namespace {
 
 constexpr const char* help =
     R"(usage: scenefile import MODEL.obj DOCUMENT [--method binary|text] [--skip-unsupported]
+       scenefile transform DOCUMENT [--rotate DEGREES,AXIS] [--scale FACTORS] [--translate X,Y,Z]
        scenefile show DOCUMENT
        scenefile verify DOCUMENT
        scenefile export DOCUMENT MODEL.obj
@@ -33,14 +37,19 @@ constexpr const char* help =
 Keeps the models of OBJ files in documents.
 
   import    reads a model and writes it as a document
-  show      prints what is in a document, with counts and sizes
+  transform turns, scales and moves the whole scene in a document
+  show      prints what is in a document, with counts, sizes and bounds
   verify    reads a document whole and says whether it is sound
-  export    writes the model in a document as an OBJ file
+  export    writes the model in a document as an OBJ file, with its transforms applied
   generate  writes a small model to try things out with
 
   --method METHOD     binary (the default) is small and exact; text can be read and compared by
                       people, and holds 16 digits of each number
   --skip-unsupported  passes over statements that a document has no place for, and says how many
+  --rotate DEGREES,AXIS
+                      right-handed, about x, y, z or a direction X,Y,Z through the origin: 90,z
+  --scale FACTORS     away from the origin: one factor, or X,Y,Z; none is 0
+  --translate X,Y,Z   in the units of the model
   --segments N        steps around the ring of the generated model, 3 to 2000 (default 48)
   --                  what follows is a file, even if it begins with "-"
 
@@ -49,20 +58,21 @@ all index forms, negative numbers, weights or colours of vertices. Other stateme
 and surfaces, display attributes) are refused unless they are skipped. Comments are not kept, nor
 are groups and materials that no element uses.
 
+A transform acts in the order in which its options are given, each as often as you like, and after
+the transforms that the document holds. It is kept as a matrix: the coordinates stay as they were
+imported, and the opposite steps in the opposite order take it back. One that makes the model flat,
+as a factor below 1e-12 does, or its coordinates too large, is refused.
+
 A file is written whole or not at all. Exit codes: 0 success, 1 bad input or a failed write, 2 wrong
 use.
 )";
-
-class UsageError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 struct Arguments {
     std::vector<std::string> words; // without the options
     ioWriteMethod method = ioWriteBinary;
     bool skipUnsupported = false;
     int segments = 48;
+    zeLinear::AffineMatrix transform; // what came first acts first
     bool help = false;
     std::vector<std::string> options; // as they were given
 };
@@ -101,6 +111,12 @@ private:
             setMethod(value());
         else if (name == "--segments")
             setSegments(value());
+        else if (name == "--rotate")
+            result_.transform *= rotation(value());
+        else if (name == "--scale")
+            result_.transform *= scaling(value());
+        else if (name == "--translate")
+            result_.transform *= translation(value());
         else if (word == "--skip-unsupported")
             result_.skipUnsupported = true;
         else if (word == "--help" || word == "-h")
@@ -135,18 +151,44 @@ void refuseSameFile(const std::string& a, const std::string& b) {
         throw UsageError(a + " and " + b + " are the same file");
 }
 
+/// Returns how many numbers had to be rounded. What is checked is what the document will hold.
+int writeDocument(Scene& scene, ioWriteMethod method, const std::string& target) {
+    const int rounded = method == ioWriteAscii ? roundForText(scene) : 0;
+    if (const SceneFault fault = checkScene(scene); !fault.text.empty())
+        throw Failure(target + ": cannot be written: " + fault.text);
+    replaceFile(target, [&](int descriptor) { saveDocument(scene, method, descriptor); });
+    return rounded;
+}
+
+void noteRounded(int count, std::ostream& out) {
+    if (count > 0)
+        out << "note: " << count << " numbers were rounded to the 16 digits of a text document\n";
+}
+
 void importModel(const Arguments& arguments, std::ostream& out) {
     const std::string& model = arguments.words[1];
     const std::string& target = arguments.words[2];
     refuseSameFile(model, target);
-    const ObjModel read = readObj(model, arguments.skipUnsupported);
-    replaceFile(target,
-                [&](int descriptor) { saveDocument(read.scene, arguments.method, descriptor); });
+    ObjModel read = readObj(model, arguments.skipUnsupported);
+    const int rounded = writeDocument(read.scene, arguments.method, target);
     out << target << ": " << summary(read.scene) << "\n";
     for (const auto& [keyword, count] : read.skipped)
         out << "skipped: " << keyword << " (" << count << " times)\n";
-    if (const int rounded = arguments.method == ioWriteAscii ? countRounded(read.scene) : 0)
-        out << "note: " << rounded << " numbers were rounded to the 16 digits of a text document\n";
+    noteRounded(rounded, out);
+}
+
+/// What is new acts last, on the scene as show tells its bounds.
+void transform(const Arguments& arguments, std::ostream& out) {
+    if (arguments.options.empty())
+        throw UsageError("transform takes --rotate, --scale or --translate");
+    const std::string& target = arguments.words[1];
+    Document document = loadDocument(target);
+    Scene& scene = document.scene;
+    scene.root->transform *= arguments.transform;
+    const int rounded =
+        writeDocument(scene, document.outline.text ? ioWriteAscii : ioWriteBinary, target);
+    out << target << ": " << boundsText(sceneBounds(scene)) << "\n";
+    noteRounded(rounded, out);
 }
 
 void show(const Arguments& arguments, std::ostream& out) {
@@ -166,7 +208,9 @@ void exportModel(const Arguments& arguments, std::ostream& out) {
     const std::string& source = arguments.words[1];
     const std::string& target = arguments.words[2];
     refuseSameFile(source, target);
-    writeModel(loadDocument(source).scene, target, out);
+    Document document = loadDocument(source);
+    applyTransforms(document.scene);
+    writeModel(document.scene, target, out);
 }
 
 void generate(const Arguments& arguments, std::ostream& out) {
@@ -183,6 +227,7 @@ struct Command {
 const Command& findCommand(const std::string& name) {
     static const Command commands[] = {
         {"import", {"MODEL.obj", "DOCUMENT"}, {"--method", "--skip-unsupported"}, importModel},
+        {"transform", {"DOCUMENT"}, {"--rotate", "--scale", "--translate"}, transform},
         {"show", {"DOCUMENT"}, {}, show},
         {"verify", {"DOCUMENT"}, {}, verify},
         {"export", {"DOCUMENT", "MODEL.obj"}, {}, exportModel},

@@ -65,6 +65,17 @@ for method in binary text; do
     run cmp model.$method again.$method
 done
 
+say "Turns, scales and moves the model in its document, and shows the new bounds."
+run cp model.binary moved.binary
+run scenefile transform moved.binary --rotate 90,x --scale 2 --translate 0,0,5
+run scenefile show moved.binary
+say "The opposite steps in the opposite order take that back: the same document, byte for byte."
+run scenefile transform moved.binary --translate 0,0,-5 --scale 0.5 --rotate -90,x
+run cmp model.binary moved.binary
+say "A transform that makes the model flat is refused, and the old document stays."
+refuse scenefile transform moved.binary --scale 1e-20
+run cmp model.binary moved.binary
+
 for method in binary text; do
     say "Cuts 20 bytes off the $method document. It is refused, and what an export would replace stays."
     run truncate --size=-20 again.$method

@@ -26,6 +26,9 @@ inline constexpr const char* vertices = "scenefile_vertices";
 inline constexpr const char* string = "packetFile_string";
 } // namespace packetType
 
+/// Rounds all numbers of a scene as a text document does, to 16 digits. Returns how many changed.
+int roundForText(Scene& scene);
+
 /// Writes a scene that checkScene() finds nothing wrong with, by the binary or the text method. The
 /// descriptor stays the caller's. Throws a Failure if a write fails.
 void saveDocument(const Scene& scene, ioWriteMethod method, int descriptor);

@@ -260,11 +260,15 @@ void Loader::readNode() {
     linkName("name", true, node->name);
     link<Node>("parent", true, [node](Node* parent) { node->parent = parent; });
     link<Mesh>("mesh", true, [node](Mesh* mesh) { node->mesh = mesh; });
-    if (!nextChunk())
-        return;
-    node->children.resize(referenceCount());
+    if (nextChunk())
+        node->children.resize(referenceCount());
     for (std::size_t i = 0; i < node->children.size() && !failed(); ++i)
         link<Node>("child", false, [node, i](Node* child) { node->children[i] = child; });
+    if (nextChunk()) {
+        double entries[12] = {};
+        readDoubleArray(entries, 12);
+        node->transform.set(entries);
+    }
 }
 
 void Loader::readMesh() {

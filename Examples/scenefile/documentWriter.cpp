@@ -2,12 +2,17 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
 #include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "Base/IO/ioPacketFile.h"
+#include "Base/Linear/zeLinearMatrix.h"
 
 #include "document.h"
 #include "failure.h"
@@ -127,6 +132,12 @@ void Writer::writeNode(const Node& node) {
         for (const Node* child : node.children)
             reference(child);
     }
+    if (node.transform != zeLinear::AffineMatrix::Identity) {
+        double entries[12];
+        node.transform.get(entries);
+        out_.startChunk();
+        out_.writeDoubleArray(entries, 12);
+    }
     out_.endPacket();
 }
 
@@ -204,6 +215,24 @@ void Writer::writeVertices(const Vertices& vertices) {
 }
 
 } // namespace
+
+int roundForText(Scene& scene) {
+    int changed = 0;
+    const auto round = [&](double& number) {
+        char text[32];
+        std::snprintf(text, sizeof text, "%.16g", number);
+        const double rounded = std::strtod(text, nullptr);
+        changed += rounded != number;
+        number = rounded;
+    };
+    Vertices& all = *scene.vertices;
+    for (auto* numbers : {&all.positions, &all.weights, &all.colours, &all.texture, &all.normals})
+        std::for_each(numbers->begin(), numbers->end(), round);
+    for (const auto& node : scene.nodes)
+        for (auto& row : node->transform.m)
+            std::for_each(std::begin(row), std::end(row), round);
+    return changed;
+}
 
 void saveDocument(const Scene& scene, ioWriteMethod method, int descriptor) {
     ioBufferedStreamOutput stream;

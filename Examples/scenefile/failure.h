@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// How the program gives up: a Failure carries the message that the user reads.
+/// How the program gives up: an exception carries the message that the user reads.
 
 #pragma once
 
@@ -12,6 +12,12 @@ namespace scenefile {
 
 /// Bad input or a failed write. `what()` is a whole message, with the file and the place in it.
 class Failure : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Arguments that the program cannot be meant to be called with.
+class UsageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };

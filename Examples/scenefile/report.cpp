@@ -3,9 +3,12 @@
 #include "report.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <iomanip>
 #include <ostream>
+
+#include "Base/Linear/zeLinearMatrix.h"
+
+#include "transform.h"
 
 namespace scenefile {
 
@@ -13,6 +16,22 @@ namespace {
 
 std::string counted(std::int64_t count, const char* noun) {
     return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+std::string triple(const double* numbers) {
+    char text[80];
+    std::snprintf(text, sizeof text, "(%.9g %.9g %.9g)", numbers[0], numbers[1], numbers[2]);
+    return text;
+}
+
+/// Rows: where the axes go, and the translation. Nothing for the identity.
+void showTransform(const Node& node, const char* indent, std::ostream& out) {
+    if (node.transform == zeLinear::AffineMatrix::Identity)
+        return;
+    out << indent << "transform";
+    for (const auto& row : node.transform.m)
+        out << " " << triple(row);
+    out << "\n";
 }
 
 std::int64_t documentSize(const DocumentOutline& outline) {
@@ -71,16 +90,27 @@ void showRun(const Run& run, std::ostream& out) {
 
 void showNode(const Node& node, std::ostream& out) {
     out << "  node " << (node.name.empty() ? "(no name)" : node.name) << ": ";
-    if (node.mesh == nullptr) {
+    if (node.mesh == nullptr)
         out << "no mesh\n";
-        return;
-    }
-    out << "mesh of " << counted(static_cast<std::int64_t>(node.mesh->runs.size()), "run") << "\n";
-    for (const Run& run : node.mesh->runs)
-        showRun(run, out);
+    else
+        out << "mesh of " << counted(static_cast<std::int64_t>(node.mesh->runs.size()), "run")
+            << ", " << boundsText(meshBounds(node)) << "\n";
+    showTransform(node, "    ", out);
+    if (node.mesh != nullptr)
+        for (const Run& run : node.mesh->runs)
+            showRun(run, out);
 }
 
 } // namespace
+
+std::string boundsText(const zeLinear::Range3d& bounds) {
+    if (bounds.isUnbounded())
+        return "no bounds";
+    double low[3];
+    double high[3];
+    bounds.get(low, high);
+    return "bounds " + triple(low) + " to " + triple(high);
+}
 
 std::string summary(const Scene& scene) {
     const SceneCounts counts = countScene(scene);
@@ -104,6 +134,8 @@ void showDocument(const Document& document, const std::string& path, std::ostrea
     showVertices(*scene.vertices, out);
     for (const std::string& library : scene.libraries)
         out << "material library: " << library << "\n";
+    showTransform(*scene.root, "", out);
+    out << boundsText(sceneBounds(scene)) << "\n";
     out << "objects: " << scene.root->children.size() << "\n";
     for (const Node* child : scene.root->children)
         showNode(*child, out);
@@ -119,19 +151,6 @@ void reportSound(const Document& document, const std::string& path, std::ostream
         << ", each to an object of the right kind, and every object referred to\n"
         << "  every index within the vertices, every coordinate a number\n"
         << "  as much as the document states: " << summary(document.scene) << "\n";
-}
-
-int countRounded(const Scene& scene) {
-    int count = 0;
-    const Vertices& all = *scene.vertices;
-    for (const auto* numbers :
-         {&all.positions, &all.weights, &all.colours, &all.texture, &all.normals})
-        for (double number : *numbers) {
-            char text[32];
-            std::snprintf(text, sizeof text, "%.16g", number);
-            count += std::strtod(text, nullptr) != number;
-        }
-    return count;
 }
 
 } // namespace scenefile

@@ -8,21 +8,23 @@
 #include <iosfwd>
 #include <string>
 
+#include "Base/Linear/zeLinearRange.h"
+
 #include "document.h"
 
 namespace scenefile {
 
 /// What is in the document, with counts and sizes: its packets by type, its vertices, and each
-/// object with its runs of elements.
+/// object with its transform, its bounds and its runs of elements.
 void showDocument(const Document& document, const std::string& path, std::ostream& out);
 
 /// What was checked, for a document that loadDocument() found nothing wrong with.
 void reportSound(const Document& document, const std::string& path, std::ostream& out);
 
+/// "bounds (0 0 0) to (1 1 1)": the corners, to 9 digits.
+std::string boundsText(const zeLinear::Range3d& bounds);
+
 /// "3 nodes, 2 meshes, ...", in one line.
 std::string summary(const Scene& scene);
-
-/// How many of the scene's coordinates a text document, with its 16 digits, does not hold exactly.
-int countRounded(const Scene& scene);
 
 } // namespace scenefile

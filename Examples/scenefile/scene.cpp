@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 namespace scenefile {
 
@@ -11,6 +12,13 @@ int Run::commonSize() const {
     const bool agree =
         std::all_of(sizes.begin(), sizes.end(), [&](int n) { return n == sizes[0]; });
     return agree && !sizes.empty() ? sizes[0] : 0;
+}
+
+zeLinear::AffineMatrix Node::toScene() const {
+    zeLinear::AffineMatrix result = transform;
+    for (const Node* above = parent; above != nullptr; above = above->parent)
+        result *= above->transform;
+    return result;
 }
 
 Scene makeScene() {
@@ -53,9 +61,10 @@ bool isGroupName(std::string_view text) {
     return isName(text) && text.find(' ') == std::string_view::npos;
 }
 
-bool allInRange(const std::vector<double>& numbers) {
+/// NaN is in no range.
+bool allInRange(std::span<const double> numbers, double largest = largestCoordinate) {
     return std::all_of(numbers.begin(), numbers.end(),
-                       [](double n) { return std::fabs(n) <= largestCoordinate; });
+                       [largest](double n) { return std::fabs(n) <= largest; });
 }
 
 std::string checkVertices(const Vertices& vertices) {
@@ -162,6 +171,46 @@ SceneFault checkMeshes(const Scene& scene) {
     return {};
 }
 
+/// The largest coordinate on each axis, without its sign.
+zeLinear::Point farthest(const std::vector<double>& positions) {
+    double largest[3] = {};
+    for (std::size_t i = 0; i < positions.size(); ++i)
+        largest[i % 3] = std::max(largest[i % 3], std::fabs(positions[i]));
+    return zeLinear::Point(largest);
+}
+
+bool allInRange(const zeLinear::AffineMatrix& matrix) {
+    double entries[12];
+    matrix.get(entries);
+    return allInRange(entries, largestInTransform);
+}
+
+/// Whether positions up to `farthest` stay in range. None of them meets a larger product or sum on
+/// its way than the farthest does where nothing cancels.
+bool keepsInRange(const zeLinear::AffineMatrix& matrix, const zeLinear::Point& farthest) {
+    double magnitudes[12];
+    matrix.get(magnitudes);
+    for (double& entry : magnitudes)
+        entry = std::fabs(entry);
+    double reach[3];
+    (farthest * zeLinear::AffineMatrix(magnitudes)).get(reach);
+    return allInRange(reach);
+}
+
+SceneFault checkTransforms(const Scene& scene) {
+    const zeLinear::Point limit = farthest(scene.vertices->positions);
+    for (const auto& node : scene.nodes) {
+        const zeLinear::AffineMatrix matrix = node->toScene();
+        if (!allInRange(node->transform) || !allInRange(matrix))
+            return {"its transform has an entry that is no number, or too large", node->packet};
+        if (zeLinear::AffineMatrix inverse = matrix; !inverse.invert())
+            return {"its transform has no inverse", node->packet};
+        if (!keepsInRange(matrix, limit))
+            return {"its transform makes coordinates too large", node->packet};
+    }
+    return {};
+}
+
 SceneFault checkNames(const Scene& scene) {
     for (const auto& group : scene.groups)
         if (group->names.empty() ||
@@ -186,6 +235,8 @@ SceneFault checkScene(const Scene& scene) {
     if (std::string fault = checkVertices(*scene.vertices); !fault.empty())
         return {fault, scene.vertices->packet};
     if (SceneFault fault = checkMeshes(scene); !fault.text.empty())
+        return fault;
+    if (SceneFault fault = checkTransforms(scene); !fault.text.empty())
         return fault;
     return checkNames(scene);
 }

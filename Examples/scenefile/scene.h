@@ -5,7 +5,8 @@
 ///
 /// The root node has one child for each object of the model; a node has a mesh, a mesh has runs of
 /// elements, and a run points at its material and its group. All indices go into one set of
-/// vertices, as they do in an OBJ file.
+/// vertices, as they do in an OBJ file. What a mesh uses of them, the transforms of its node and of
+/// the root put into its place.
 
 #pragma once
 
@@ -14,6 +15,8 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "Base/Linear/zeLinearMatrix.h"
 
 namespace scenefile {
 
@@ -85,6 +88,10 @@ struct Node : SceneObject {
     Node* parent = nullptr;
     std::vector<Node*> children;
     Mesh* mesh = nullptr;
+    zeLinear::AffineMatrix transform; ///< to the coordinates of the parent, or of the scene
+
+    /// To the coordinates of the scene: the node's transform, then its parent's, up to the root's.
+    zeLinear::AffineMatrix toScene() const;
 };
 
 struct Scene {
@@ -132,6 +139,9 @@ inline constexpr std::size_t mostNumbers = 80'000'000;
 /// The largest coordinate. Beyond it, the 16 digits of a text document may round to no number.
 inline constexpr double largestCoordinate = 1.797693134862315e308;
 
+/// The largest number in a transform: with those of the parents, and inverted, it is finite still.
+inline constexpr double largestInTransform = 1e100;
+
 /// Whether an OBJ file can state `text` as a name, so that it comes back as it is: no control
 /// bytes, no blanks at its ends, no word that would begin a comment, no backslash at the end.
 bool isName(std::string_view text);
@@ -143,7 +153,8 @@ struct SceneFault {
 };
 
 /// Checks everything that the other functions rely on: the tree, the names, the sizes of all
-/// arrays, every index, every number.
+/// arrays, every index, every number, that each transform can be inverted, and that none takes
+/// coordinates beyond the largest.
 SceneFault checkScene(const Scene& scene);
 
 } // namespace scenefile

@@ -158,6 +158,9 @@ def read_references(values):
     return read_many(values, values.take('i'), 'I')
 
 
+IDENTITY = [1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0]
+
+
 def read_scene(values):
     assert values.chunk()
     scene = {'root': values.take('I'), 'vertices': values.take('I')}
@@ -172,12 +175,13 @@ def read_node(values):
     assert values.chunk()
     node = dict(zip(('name', 'parent', 'mesh'), read_many(values, 3, 'I')))
     node['children'] = read_references(values) if values.chunk() else []
+    node['transform'] = read_many(values, 12, 'd') if values.chunk() else IDENTITY
     return node
 
 
 def read_mesh(values):
     assert values.chunk()
-    values.take('I')
+    values.take('I')  # the vertices
     return {'runs': [read_run(values) for _ in range(values.take('i'))]}
 
 
@@ -192,7 +196,8 @@ def read_run(values):
     assert values.chunk()
     run['sizes'] = [size] * run['elements'] if size else read_many(values, run['elements'], 'i')
     assert sum(run['sizes']) == run['corners']
-    read_many(values, run['corners'] * (1 + run['texture'] + run['normals']), 'i')
+    run['positions'] = read_many(values, run['corners'], 'i')
+    read_many(values, run['corners'] * (run['texture'] + run['normals']), 'i')
     values.end()
     return run
 
@@ -211,7 +216,7 @@ def read_vertices(values):
     vertices = {'texture': 0, 'texture_size': 0, 'normals': 0}
     assert values.chunk()
     vertices['positions'] = values.take('i')
-    read_many(values, 3 * vertices['positions'], 'd')
+    vertices['xyz'] = read_many(values, 3 * vertices['positions'], 'd')
     if values.chunk():
         vertices['texture'], vertices['texture_size'] = values.take('i'), values.take('B')
         read_many(values, vertices['texture'] * vertices['texture_size'], 'd')
@@ -269,6 +274,34 @@ def show_run(run, objects):
     return line + (f"; smoothing {run['smoothing']}" if run['smoothing'] else '')
 
 
+def place(point, matrix):
+    """A row vector times a matrix."""
+    x, y, z = point
+    return [x * matrix[k] + y * matrix[3 + k] + z * matrix[6 + k] + matrix[9 + k] for k in range(3)]
+
+
+def triple(numbers):
+    return '(' + ' '.join(f'{number:.9g}' for number in numbers) + ')'
+
+
+def show_transform(matrix):
+    if matrix != IDENTITY:
+        yield 'transform ' + ' '.join(triple(matrix[i:i + 3]) for i in (0, 3, 6, 9))
+
+
+def show_bounds(points):
+    axes = list(zip(*points))
+    return f'bounds {triple(map(min, axes))} to {triple(map(max, axes))}' if axes else 'no bounds'
+
+
+def placed_points(node, objects, vertices, root):
+    """The corners of the node's mesh in the coordinates of the scene."""
+    runs = objects[node['mesh']]['runs'] if node['mesh'] else []
+    for index in (index for run in runs for index in run['positions']):
+        point = place(vertices['xyz'][3 * index:3 * index + 3], node['transform'])
+        yield place(point, root['transform'])
+
+
 def show(path, file):
     scene, objects = read_document(file)
     vertices, root = objects[scene['vertices']], objects[scene['root']]
@@ -279,9 +312,9 @@ def show(path, file):
     for name in file.types:
         sizes = [packet.size for packet in file.packets if packet.type == name]
         yield f'  {name:20}{len(sizes):8}{sum(sizes):12} bytes'
-    nodes, _, groups, materials, runs, elements, corners = scene['counts']
+    node_count, _, groups, materials, runs, elements, corners = scene['counts']
     yield 'scene: ' + ', '.join(counted(*each) for each in (
-        (vertices['positions'], 'position'), (nodes, 'node'), (runs, 'run'), (elements, 'element'),
+        (vertices['positions'], 'position'), (node_count, 'node'), (runs, 'run'), (elements, 'element'),
         (corners, 'corner'), (materials, 'material'), (groups, 'group')))
     line = 'vertices: ' + counted(vertices['positions'], 'position')
     line += ' with weights' if vertices['weights'] else ''
@@ -292,16 +325,19 @@ def show(path, file):
     yield line + ', ' + counted(vertices['normals'], 'normal')
     for library in scene['libraries']:
         yield f'material library: {objects[library]}'
-    yield f"objects: {len(root['children'])}"
-    for child in root['children']:
-        node = objects[child]
+    yield from show_transform(root['transform'])
+    nodes = [objects[child] for child in root['children']]
+    yield show_bounds([point for node in nodes
+                       for point in placed_points(node, objects, vertices, root)])
+    yield f'objects: {len(nodes)}'
+    for node in nodes:
         name = objects[node['name']] if node['name'] else '(no name)'
-        if not node['mesh']:
-            yield f'  node {name}: no mesh'
-            continue
-        mesh = objects[node['mesh']]
-        yield f"  node {name}: mesh of {counted(len(mesh['runs']), 'run')}"
-        for run in mesh['runs']:
+        runs = objects[node['mesh']]['runs'] if node['mesh'] else []
+        bounds = show_bounds(placed_points(node, objects, vertices, root))
+        yield f'  node {name}: ' + \
+            (f"mesh of {counted(len(runs), 'run')}, {bounds}" if runs else 'no mesh')
+        yield from ('    ' + line for line in show_transform(node['transform']))
+        for run in runs:
             yield show_run(run, objects)
 
 
@@ -379,13 +415,21 @@ def main():
               start.replace(b'1 1 1', b'1 0 1') + example['text'].encode(), 'the text example')
 
         for method in 'binary', 'text':
+            path = folder / method
             for model in MODEL, example['model']:
                 data = make(model, method)
-                path = folder / method
                 equal('\n'.join(show(path, File(data))) + '\n', run('show', path),
                       f'what is in a {method} document')
+                run('transform', path, '--rotate', '90,z', '--translate', '5,0,0')
+                equal('\n'.join(show(path, File(path.read_bytes()))) + '\n', run('show', path),
+                      f'what is in a {method} document with a transform')
+        for method, root in (('binary', bytes_of(example['binary_root'])),
+                             ('text', example['text_root'].encode())):
+            equal((folder / method).read_bytes().count(root), 1, f'the {method} root example')
 
-        data = make(MODEL, 'binary')
+        make(MODEL, 'binary')
+        run('transform', folder / 'binary', '--scale=3,-2,0.5')
+        data = (folder / 'binary').read_bytes()
         (folder / 'swapped').write_bytes(swap(data))
         equal(swap(swap(data)), data, 'a document that was swapped twice')
         equal('\n'.join(show(folder / 'swapped', File(swap(data)))) + '\n',

@@ -3,6 +3,9 @@
 // Documents that somebody else made, or that were damaged: scenefile must end, with a message, and
 // never by a signal. (Sanitizer builds see what a lucky run would not.)
 
+#include <cmath>
+#include <limits>
+
 #include "scenefileFixture.h"
 
 using testing::AllOf;
@@ -18,6 +21,11 @@ protected:
         std::filesystem::remove(path("damaged")); // much faster than to overwrite it
         folder_.write("damaged", content);
         return run({"verify", path("damaged")});
+    }
+
+    /// The document of the full model, with a transform in its root.
+    std::string movedDocument(const std::string& method) const {
+        return transformText(fullModel, method, {"--scale", "2,-4,8", "--translate", "5,6,7"});
     }
 
     /// Refused with the file's name and a place in it.
@@ -36,7 +44,7 @@ INSTANTIATE_TEST_SUITE_P(Method, DamagedBy, testing::Values("binary", "text"),
                          [](const auto& method) { return std::string(method.param); });
 
 TEST_P(DamagedBy, RefusesEveryTruncation) {
-    const std::string document = importText(fullModel, GetParam());
+    const std::string document = movedDocument(GetParam());
     ASSERT_EQ(verify(document).code, 0);
     for (std::size_t size = 0; size < document.size(); ++size) {
         SCOPED_TRACE(size);
@@ -47,7 +55,7 @@ TEST_P(DamagedBy, RefusesEveryTruncation) {
 
 /// A changed byte may make another sound document; then export must take it as well.
 TEST_P(DamagedBy, EndsWhateverByteIsChanged) {
-    const std::string document = importText(fullModel, GetParam());
+    const std::string document = movedDocument(GetParam());
     for (std::size_t at = 0; at < document.size(); ++at)
         for (int change : {0x01, 0x10, 0x80, 0xFF}) {
             std::string damaged = document;
@@ -63,7 +71,7 @@ TEST_P(DamagedBy, EndsWhateverByteIsChanged) {
 }
 
 TEST_F(Damaged, EndsWhateverStructureATextGains) {
-    const std::string document = importText(fullModel, "text");
+    const std::string document = movedDocument("text");
     for (std::size_t at = document.find('{'); at < document.size(); ++at)
         for (const char* piece : {"{", "}", "[", "]", "<", ">", "\"", "\\", " ", "9", "-", "\n"})
             ASSERT_LE(verify(std::string(document).insert(at, piece)).code, 1) << at << piece;
@@ -115,6 +123,21 @@ const Edit edits[] = {
     {"0 0 0 1 0 0", "0 0 1e9 1 0 0", ""},
     {"0 0 0 1 0 0", "0 0 1e999 1 0 0", "no number, or too large"},
     {"[ ] }\n{ 0", "[ 1 1 1 1 ] }\n{ 0", ""},
+    // transforms
+    {"[ 2 0 0 0 -4 0 0 0 8 5 6 7 ]", "", ""}, // as before there were any
+    {"[ 2 0 0 0 -4 0 0 0 8 5 6 7 ]", "[ ]", ""},
+    {"[ 2 0 0 0 -4 0 0 0 8 5 6 7 ]", "[ 2 0 0 0 -4 0 0 0 8 5 6 7 8 ] [ 9 ]", ""},
+    {"[ 2 0 0 0 -4 0 0 0 8 5 6 7 ]", "[ 2 0 0 0 -4 0 ]", "transform has no inverse"},
+    {"0 8 5 6 7 ]", "0 0 5 6 7 ]", "packet 1 (scenefile_node)"},
+    {"0 8 5 6 7 ]", "0 0 5 6 7 ]", "transform has no inverse"},
+    {"0 8 5 6 7 ]", "0 1e-13 5 6 7 ]", "transform has no inverse"},
+    {"0 8 5 6 7 ]", "0 nan 5 6 7 ]", "no place in a text"},
+    {"0 8 5 6 7 ]", "0 1e999 5 6 7 ]", "no number, or too large"},
+    {"0 8 5 6 7 ]", "0 8 5 -1e101 7 ]", "no number, or too large"},
+    {"[ 9 1 10 ] \n  [ ]", "[ 9 1 10 ] \n  [ ] \n  [ 1 2 3 2 4 6 0 0 1 0 0 0 ]",
+     "packet 3 (scenefile_node)"},
+    {"[ 9 1 10 ] \n  [ ]", "[ 9 1 10 ] \n  [ ] \n  [ 1e100 0 0 0 1 0 0 0 1 0 0 0 ]",
+     "no number, or too large"}, // with the root's
     // what does not fit together
     {"[ 4 4 5 6 7 ]", "[ 5 4 4 5 6 7 ]", "5 children, but there are 5 nodes"},
     {"[ 12 1 13 ]", "[ 12 4 13 ]", "parent is not the root"},
@@ -133,7 +156,7 @@ const Edit edits[] = {
 };
 
 TEST_F(Damaged, SaysWhatIsWrong) {
-    const std::string document = importText(fullModel, "text");
+    const std::string document = movedDocument("text");
     for (const Edit& edit : edits) {
         SCOPED_TRACE(std::string(edit.what) + " -> " + edit.with);
         const std::size_t at = document.find(edit.what);
@@ -147,9 +170,29 @@ TEST_F(Damaged, SaysWhatIsWrong) {
     }
 }
 
+/// Only a binary document can hold some of these numbers, and those of others lead out of range.
+TEST_F(Damaged, RefusesTransformsThatLeadToNoNumbers) {
+    const auto bytes = [](double number) {
+        return std::string(reinterpret_cast<const char*>(&number), sizeof number);
+    };
+    const std::string document = movedDocument("binary");
+    const double infinite = std::numeric_limits<double>::infinity();
+    for (const double entry : {std::nan(""), -std::nan(""), infinite, -infinite, 1.001e100}) {
+        const std::size_t at = document.find(bytes(-4));
+        expectRefused(std::string(document).replace(at, 8, bytes(entry)),
+                      "packet 1 (scenefile_node)");
+    }
+    const char* far = "v 1e308 1e308 0\nv 0 0 0\nl 1 2\n";
+    const std::string large = transformText(far, "binary", {"--scale", "0.5"});
+    const std::size_t at = large.find(bytes(0.5));
+    expectRefused(std::string(large).replace(at, 8, bytes(2)), "makes coordinates too large");
+    const std::string cancelled = bytes(1e10) + bytes(0) + bytes(0) + bytes(-1e10) + bytes(1);
+    expectRefused(std::string(large).replace(at, 40, cancelled), "makes coordinates too large");
+}
+
 TEST_F(Damaged, ExportLeavesTheOldModel) {
     folder_.write("old.obj", "old");
-    const std::string document = importText(fullModel, "binary");
+    const std::string document = movedDocument("binary");
     folder_.write("damaged", document.substr(0, document.size() - 20));
     EXPECT_EQ(run({"export", path("damaged"), path("old.obj")}).code, 1);
     EXPECT_EQ(folder_.read("old.obj"), "old");

@@ -41,6 +41,17 @@ protected:
         return folder_.read("made");
     }
 
+    /// The document that `model` makes, with transforms from options.
+    std::string transformText(const std::string& model, const std::string& method,
+                              const std::vector<std::string>& options) const {
+        importText(model, method);
+        std::vector<std::string> arguments = {"transform", path("made")};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const Result result = run(arguments);
+        EXPECT_EQ(result.code, 0) << result.err << testing::PrintToString(options);
+        return folder_.read("made");
+    }
+
     /// The model that the document `content` exports, or the message of its refusal.
     std::string exportText(const std::string& content) const {
         folder_.write("out.zd", content);

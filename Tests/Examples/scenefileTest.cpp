@@ -179,13 +179,16 @@ TEST_F(Scenefile, ShowsWhatIsInADocument) {
         run({"show", path("made")}).out,
         AllOf(HasSubstr("vertices: 4 positions, 2 texture coordinates of 2 numbers, 1 normal\n"),
               HasSubstr("material library: house.mtl\n"),
-              HasSubstr("  node house: mesh of 3 runs\n"
+              HasSubstr("bounds (0 0 -0.001) to (1 1 0.1)\n"),
+              HasSubstr("  node house: mesh of 3 runs, bounds (0 0 -0.001) to (1 1 0.1)\n"
                         "    2 faces, 7 corners of v/vt/vn; material red {brick}; group "
                         "walls south; smoothing 3\n"
                         "    1 face, 3 corners of v//vn; material red {brick}; smoothing 3\n"
                         "    1 line, 2 corners of v/vt\n"
                         "  node empty: no mesh\n"
-                        "  node \"roof\" <1>: mesh of 1 run\n")));
+                        "  node \"roof\" <1>: mesh of 1 run, bounds (0 0 -0.001) to (1 1 0.1)\n")));
+    importText("v 0 0 0\n", "text");
+    EXPECT_THAT(run({"show", path("made")}).out, HasSubstr("\nno bounds\n"));
 }
 
 TEST_F(Scenefile, GeneratesAModelThatImports) {
@@ -206,6 +209,26 @@ TEST_F(Scenefile, ExplainsWrongUse) {
         {"import", "a.obj", "b", "--method"},
         {"import", "a.obj", "b", "--colour"},
         {"show", "a", "--method", "text"},
+        {"show", "a", "--scale", "2"},
+        {"transform", "a"},
+        {"transform", "a", "--method", "text"},
+        {"transform", "a", "--rotate", "90"},
+        {"transform", "a", "--rotate", "90,w"},
+        {"transform", "a", "--rotate", "x,90"},
+        {"transform", "a", "--rotate", "90,1,0"},
+        {"transform", "a", "--rotate", "90,0,0,0"},
+        {"transform", "a", "--scale", "0"},
+        {"transform", "a", "--scale", "1,-0,1"},
+        {"transform", "a", "--scale", "1,2"},
+        {"transform", "a", "--scale", ""},
+        {"transform", "a", "--scale", "2x"},
+        {"transform", "a", "--translate", "1,2"},
+        {"transform", "a", "--translate", "1,2,3,4"},
+        {"transform", "a", "--translate", "1,2,"},
+        {"transform", "a", "--translate", "inf,0,0"},
+        {"transform", "a", "--translate", "0,nan,0"},
+        {"transform", "a", "--translate", "0,0,1e999"},
+        {"transform", "a", "--translate"},
         {"generate", "a.obj", "--segments", "2"},
         {"generate", "a.obj", "--segments", "9x"},
         {"import", path("in.obj"),
@@ -247,6 +270,7 @@ TEST_F(Scenefile, WritesOnlyToFiles) {
 TEST_F(Scenefile, LeavesTheOldFileWhenAWriteFails) {
     ASSERT_EQ(run({"generate", path("in.obj"), "--segments", "16"}).code, 0);
     ASSERT_EQ(run({"import", path("in.obj"), path("in.zd")}).code, 0);
+    const std::string document = folder_.read("in.zd");
     folder_.write("old", "old");
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit limit = {};
@@ -257,13 +281,16 @@ TEST_F(Scenefile, LeavesTheOldFileWhenAWriteFails) {
         run({"import", path("in.obj"), path("old")}),
         run({"import", path("in.obj"), path("old"), "--method", "text"}),
         run({"export", path("in.zd"), path("old")}),
+        run({"transform", path("in.zd"), "--scale", "2"}),
     };
     setrlimit(RLIMIT_FSIZE, &limit);
     for (const Result& result : results) {
         EXPECT_EQ(result.code, 1);
-        EXPECT_THAT(result.err, HasSubstr(path("old") + ": cannot be written"));
+        const char* target = &result == std::end(results) - 1 ? "in.zd" : "old";
+        EXPECT_THAT(result.err, HasSubstr(path(target) + ": cannot be written"));
     }
     EXPECT_EQ(folder_.read("old"), "old");
+    EXPECT_EQ(folder_.read("in.zd"), document);
     EXPECT_THAT(filesInFolder(), ElementsAre("in.obj", "in.zd", "old"));
 }
 
