@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cassert>
 #include <climits>
+#include <cstdlib>
 #include <new>
 
 #include "Base/IO/ioBuffer.h"
@@ -13,14 +14,14 @@
 namespace {
 
 constexpr int initialCapacity = 50000;
-constexpr int initialFrames = 25;
 constexpr int headSize = 12;      // id, hasReference, length
 constexpr int lengthPosition = 8; // of the length in the head
 constexpr char chunkMarker = 44;
 constexpr char subPacketMarker = 46;
 
-/// How far a length from a file is believed before as many bytes have come.
-constexpr int trustedLength = 1 << 20;
+/// How far a length from a file is believed before as many bytes have come. It costs addresses more
+/// than memory: pages that nothing has touched take none.
+constexpr int trustedLength = 16 << 20;
 
 /// Lengths from files may be anything: the sum wraps, and the reads look after the rest.
 int wrappedSum(int a, int b) {
@@ -30,8 +31,9 @@ int wrappedSum(int a, int b) {
 } // namespace
 
 ioPacketFileBinaryBuffer::ioPacketFileBinaryBuffer()
-    : data_(new char[initialCapacity + slack]()), capacity_(initialCapacity) {
-    frames_.reserve(initialFrames);
+    : data_(allocate(initialCapacity)), capacity_(initialCapacity) {
+    if (!data_)
+        throw std::bad_alloc();
 }
 
 ioPacketFileBinaryBuffer::~ioPacketFileBinaryBuffer() = default;
@@ -224,14 +226,22 @@ void ioPacketFileBinaryBuffer::read4BytesStreamSwapped(ioBufferedStreamInput& st
 
 // The array
 
+/// Zeros, from `calloc`: of a large block it touches no page before somebody writes to it.
+ioPacketFileBinaryBuffer::Block ioPacketFileBinaryBuffer::allocate(int capacity) {
+    return Block(static_cast<char*>(std::calloc(static_cast<std::size_t>(capacity) + slack, 1)));
+}
+
+void ioPacketFileBinaryBuffer::Release::operator()(char* block) const {
+    std::free(block);
+}
+
 bool ioPacketFileBinaryBuffer::resize(int size) {
     if (capacity_ >= size)
         return true;
     int grown = capacity_;
     while (grown < size)
         grown = grown > INT_MAX / 2 ? INT_MAX : 2 * grown;
-    std::unique_ptr<char[]> data(
-        new (std::nothrow) char[static_cast<std::size_t>(grown) + slack]());
+    Block data = allocate(grown);
     if (!data)
         return false;
     std::memcpy(data.get(), data_.get(), static_cast<std::size_t>(capacity_));

@@ -32,8 +32,8 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <deque>
 #include <memory>
-#include <vector>
 
 #include "Base/IO/ioPacketFileBuffer.h"
 #include "Base/IO/ioReadContext.h"
@@ -144,6 +144,12 @@ private:
             bytes[i] = stored[sizeof(Word) - 1 - i];
     }
 
+    struct Release {
+        void operator()(char* block) const;
+    };
+    using Block = std::unique_ptr<char, Release>;
+
+    static Block allocate(int capacity);
     bool resize(int size);
     bool makeRoom(unsigned long size);
     void putGrowing(std::uint64_t word, unsigned long size);
@@ -154,10 +160,10 @@ private:
     int readMeasured(ioReadContext* context);
     void popFrame();
 
-    std::unique_ptr<char[]> data_;
+    Block data_;
     int capacity_;
     int position_ = 0;
-    std::vector<ioSubPacket> frames_; // never empty while a packet is open
+    std::deque<ioSubPacket> frames_; // never empty while a packet is open
 };
 
 /// Writes files in the binary format.

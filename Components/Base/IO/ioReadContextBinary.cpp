@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 
+#include <algorithm>
+
 #include "Base/IO/ioPacketFileBinary.h"
 
 // No typed operation calls another here, but for the arrays of bool, which go element by element:
@@ -24,16 +26,28 @@ void readArray(ioReadContextBinary& context, T* values, int count) {
                            static_cast<unsigned long>(count) * sizeof(T));
 }
 
-/// `Word` is the unsigned integer of the elements' size.
 template<class Word, class T>
-void readSwappedArray(ioReadContextBinary& context, T* values, int count) {
-    static_assert(sizeof(Word) == sizeof(T));
-    readArray(context, values, count);
+void swapInPlace(T* values, int count) {
     for (int i = 0; i < count; ++i) {
         Word word;
         std::memcpy(&word, values + i, sizeof word);
         word = swapped(word);
         std::memcpy(values + i, &word, sizeof word);
+    }
+}
+
+/// `Word` is the unsigned integer of the elements' size. It goes piece by piece, so that each is
+/// swapped while it is near.
+template<class Word, class T>
+void readSwappedArray(ioReadContextBinary& context, T* values, int count) {
+    static_assert(sizeof(Word) == sizeof(T));
+    constexpr int piece = 1024;
+    for (; count > 0; values += piece, count -= piece) {
+        const int n = std::min(count, piece);
+        readArray(context, values, n);
+        swapInPlace<Word>(values, n);
+        if (n < piece)
+            break;
     }
 }
 
