@@ -99,9 +99,11 @@ const bool registered = [] {
         bench::reg("tree_find" + size, [n](State& s) { find(s, n); });
         bench::reg("tree_iterate" + size, [n](State& s) { iterate(s, n); });
         bench::reg("tree_erase" + size, [n](State& s) { erase(s, n); });
-        // Filling a map takes 10,000 times as long as its teardown: a fixed count, not a fixed time.
-        bench::reg("tree_teardown" + size, [n](State& s) { teardown(s, n); })
-            ->Iterations(n == 1000 ? 1000 : 3);
+        // Filling a map takes 10,000 times as long as its teardown: a fixed count, not a fixed
+        // time.
+        bench::reg("tree_teardown" + size, [n](State& s) {
+            teardown(s, n);
+        })->Iterations(n == 1000 ? 1000 : 3);
     }
     for (size_t n : {8, 32, 256, 4096})
         bench::reg("hash/ours/" + std::to_string(n), [n](State& s) { hash(s, n); });
