@@ -242,7 +242,7 @@ TEST(PacketFile, NeedsARegistry) {
 }
 
 TEST(PacketFile, MakesTheContextThatTheHeaderAsksFor) {
-    for (const int method : {-1, 2, 3, 4}) {
+    for (const int method : {-1, 4}) {
         Output output;
         EXPECT_EQ(ioWriteContextAlloc(output.stream, static_cast<ioWriteMethod>(method), nullptr),
                   nullptr);
@@ -255,8 +255,12 @@ TEST(PacketFile, MakesTheContextThatTheHeaderAsksFor) {
         {"^@\n1\n0 1 1\n1 2 4 8 4 8 8\n@\n", &typeid(ioReadContextBinarySwapped)},
         {"^@\n1\n1 0 1\n1 2 4 8 4 8 8\n@\n", &typeid(ioReadContextAscii)},
         {"^@\n1\n1 1 0\n1 2 4 8 4 8 8\n@\n", nullptr},
-        {"^@\n1\n1 2 1\n1 2 4 8 4 8 8\n@\n", nullptr},
-        {"^@\n1\n1 3 1\n1 2 4 8 4 8 8\n@\n", nullptr},
+        {"^@\n1\n1 2 1\n1 2 4 8 4 8 8\n@\n", &typeid(ioReadContextDebug<ioReadContextAscii>)},
+        {"^@\n1\n1 3 1\n1 2 4 8 4 8 8\n@\n",
+         &typeid(ioReadContextDebug<ioReadContextBinarySameEndian>)},
+        {"^@\n1\n0 3 1\n1 2 4 8 4 8 8\n@\n",
+         &typeid(ioReadContextDebug<ioReadContextBinarySwapped>)},
+        {"^@\n1\n1 3 0\n1 2 4 8 4 8 8\n@\n", nullptr},
         {"^@\n1\n1 7 1\n1 2 4 8 4 8 8\n@\n", nullptr},
         {"PK\3\4", nullptr},
     };

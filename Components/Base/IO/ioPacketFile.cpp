@@ -10,9 +10,12 @@ ioWriteContext* newWriteContext(ioBufferedStreamOutput& stream, ioWriteMethod me
         return ioPacketFileWriteAscii(stream);
     case ioWriteBinary:
         return ioPacketFileWriteBinary(stream);
-    default:
-        return nullptr;
+    case ioWriteAsciiDebug:
+        return ioPacketFileWriteAsciiDebug(stream);
+    case ioWriteBinaryDebug:
+        return ioPacketFileWriteBinaryDebug(stream);
     }
+    return nullptr;
 }
 
 ioReadContext* newReadContext(ioBufferedStreamInput& stream, ioReadMethod method) {
@@ -23,9 +26,16 @@ ioReadContext* newReadContext(ioBufferedStreamInput& stream, ioReadMethod method
         return ioPacketFileReadBinarySwapped(stream);
     case ioReadAscii:
         return ioPacketFileReadAscii(stream);
-    default:
-        return nullptr;
+    case ioReadBinarySameEndianDebug:
+        return ioPacketFileReadBinaryDebugSameEndian(stream);
+    case ioReadBinarySwappedDebug:
+        return ioPacketFileReadBinaryDebugSwapped(stream);
+    case ioReadAsciiDebug:
+        return ioPacketFileReadAsciiDebug(stream);
+    case ioReadUnknown:
+        break;
     }
+    return nullptr;
 }
 
 } // namespace
@@ -56,6 +66,14 @@ ioWriteContext* ioPacketFileWriteBinary(ioBufferedStreamOutput& stream) {
     return new ioWriteContextBinary(stream);
 }
 
+ioWriteContext* ioPacketFileWriteAsciiDebug(ioBufferedStreamOutput& stream) {
+    return new ioWriteContextDebug<ioWriteContextAscii, ioWriteAsciiDebug>(stream);
+}
+
+ioWriteContext* ioPacketFileWriteBinaryDebug(ioBufferedStreamOutput& stream) {
+    return new ioWriteContextDebug<ioWriteContextBinary, ioWriteBinaryDebug>(stream);
+}
+
 ioReadContext* ioPacketFileReadAscii(ioBufferedStreamInput& stream) {
     return new ioReadContextAscii(stream);
 }
@@ -66,4 +84,16 @@ ioReadContext* ioPacketFileReadBinarySameEndian(ioBufferedStreamInput& stream) {
 
 ioReadContext* ioPacketFileReadBinarySwapped(ioBufferedStreamInput& stream) {
     return new ioReadContextBinarySwapped(stream);
+}
+
+ioReadContext* ioPacketFileReadAsciiDebug(ioBufferedStreamInput& stream) {
+    return new ioReadContextDebug<ioReadContextAscii>(stream);
+}
+
+ioReadContext* ioPacketFileReadBinaryDebugSameEndian(ioBufferedStreamInput& stream) {
+    return new ioReadContextDebug<ioReadContextBinarySameEndian>(stream);
+}
+
+ioReadContext* ioPacketFileReadBinaryDebugSwapped(ioBufferedStreamInput& stream) {
+    return new ioReadContextDebug<ioReadContextBinarySwapped>(stream);
 }

@@ -58,6 +58,7 @@
 #include "Base/IO/ioPacketFileAscii.h"
 #include "Base/IO/ioPacketFileBinary.h"
 #include "Base/IO/ioPacketFileBuffer.h"
+#include "Base/IO/ioPacketFileDebug.h"
 #include "Base/IO/ioPacketFileError.h"
 #include "Base/IO/ioPacketRegistry.h"
 #include "Base/IO/ioPacketType.h"
@@ -79,6 +80,11 @@ ZEBASE_API ioReadContext* ioReadContextAlloc(ioBufferedStreamInput& stream,
 /// One of these for each variant, for a stream whose format is known. The caller owns the context.
 ZEBASE_API ioWriteContext* ioPacketFileWriteAscii(ioBufferedStreamOutput& stream);
 ZEBASE_API ioWriteContext* ioPacketFileWriteBinary(ioBufferedStreamOutput& stream);
+ZEBASE_API ioWriteContext* ioPacketFileWriteAsciiDebug(ioBufferedStreamOutput& stream);
+ZEBASE_API ioWriteContext* ioPacketFileWriteBinaryDebug(ioBufferedStreamOutput& stream);
 ZEBASE_API ioReadContext* ioPacketFileReadAscii(ioBufferedStreamInput& stream);
 ZEBASE_API ioReadContext* ioPacketFileReadBinarySameEndian(ioBufferedStreamInput& stream);
 ZEBASE_API ioReadContext* ioPacketFileReadBinarySwapped(ioBufferedStreamInput& stream);
+ZEBASE_API ioReadContext* ioPacketFileReadAsciiDebug(ioBufferedStreamInput& stream);
+ZEBASE_API ioReadContext* ioPacketFileReadBinaryDebugSameEndian(ioBufferedStreamInput& stream);
+ZEBASE_API ioReadContext* ioPacketFileReadBinaryDebugSwapped(ioBufferedStreamInput& stream);

@@ -6,6 +6,10 @@
 /// They are plain variables: set them at the start of the program, before a second thread reads or
 /// writes packet files. Everything else that fails is in the status of the context.
 ///
+/// A program that must survive what is fatal, a debug file that somebody damaged, say, sets an
+/// abort hook that throws: the exception passes through readFile() to its caller, and the context
+/// is good for nothing but its destruction then.
+///
 /// @code
 /// #include <string>
 /// static std::string messages;
