@@ -2,19 +2,73 @@
 
 #include "Support/SystemFaults.h"
 
+#include <dirent.h>
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <utility>
 
 namespace {
 
+constexpr const char* names[] = {
+    "open",    "close",   "read",   "write",  "fsync",  "fopen",  "fdopen",  "fread",
+    "fwrite",  "fclose",  "rename", "unlink", "mkdir",  "rmdir",  "mkstemp", "tempnam",
+    "opendir", "readdir", "stat",   "lstat",  "access", "getcwd", "chdir",   "statvfs",
+};
+static_assert(std::size(names) == SystemFaults::callCount);
+
 SystemFaults* active = nullptr;
 
+std::size_t callsToLive = 0; // 0: for ever
+int killReport = -1;
+
+void countToDeath(SystemFaults::Call call) {
+    if (callsToLive == 0 || --callsToLive > 0)
+        return;
+    // Not through write(), which would come here again.
+    syscall(SYS_write, killReport, names[call], std::strlen(names[call]));
+    kill(getpid(), SIGKILL);
+}
+
+/// Makes the call itself: the C library's function behind ours.
+template<class Result, class... Arguments>
+Result genuine(SystemFaults::Call call, Arguments... arguments) {
+    static void* found[SystemFaults::callCount];
+    if (!found[call])
+        found[call] = dlsym(RTLD_NEXT, names[call]);
+    return reinterpret_cast<Result (*)(Arguments...)>(found[call])(arguments...);
+}
+
+/// Returns `failure` where the call is to fail, else what the C library answers.
+template<class Result, class... Arguments>
+Result answer(SystemFaults::Call call, Result failure, Arguments... arguments) {
+    if (SystemFaults::next(call).error)
+        return failure;
+    return genuine<Result>(call, arguments...);
+}
+
+/// Fails, for a call that has done its work and cannot be made again.
+template<class Result>
+Result failAfterwards(int error, Result failure) {
+    errno = error;
+    return failure;
+}
+
 } // namespace
+
+const char* SystemFaults::name(Call call) {
+    return names[call];
+}
 
 SystemFaults::SystemFaults(Call call, std::vector<Answer> answers)
     : call_(call), answers_(std::move(answers)) {
@@ -25,7 +79,13 @@ SystemFaults::~SystemFaults() {
     active = nullptr;
 }
 
+void SystemFaults::killAt(std::size_t n, int report) {
+    callsToLive = n;
+    killReport = report;
+}
+
 SystemFaults::Answer SystemFaults::next(Call call) {
+    countToDeath(call);
     Answer answer;
     if (active && active->call_ == call && active->calls_++ < active->answers_.size())
         answer = active->answers_[active->calls_ - 1];
@@ -46,20 +106,116 @@ int open(const char* path, int flags, ...) {
     return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
 }
 
+int close(int fd) {
+    const int error = SystemFaults::next(SystemFaults::onClose).error;
+    if (error == EINTR)
+        return -1;
+    const int result = genuine<int>(SystemFaults::onClose, fd);
+    return error ? failAfterwards(error, -1) : result;
+}
+
 ssize_t read(int fd, void* destination, size_t n) {
-    const SystemFaults::Answer answer = SystemFaults::next(SystemFaults::onRead);
-    return answer.error ? -1 : syscall(SYS_read, fd, destination, std::min(n, answer.limit));
+    const auto [error, limit] = SystemFaults::next(SystemFaults::onRead);
+    if (error)
+        return -1;
+    return genuine<ssize_t>(SystemFaults::onRead, fd, destination, std::min(n, limit));
 }
 
 ssize_t write(int fd, const void* source, size_t n) {
-    const SystemFaults::Answer answer = SystemFaults::next(SystemFaults::onWrite);
-    return answer.error ? -1 : syscall(SYS_write, fd, source, std::min(n, answer.limit));
+    const auto [error, limit] = SystemFaults::next(SystemFaults::onWrite);
+    if (error)
+        return -1;
+    return genuine<ssize_t>(SystemFaults::onWrite, fd, source, std::min(n, limit));
 }
 
-int close(int fd) {
-    if (SystemFaults::next(SystemFaults::onClose).error)
-        return -1;
-    return static_cast<int>(syscall(SYS_close, fd));
+int fsync(int fd) {
+    return answer(SystemFaults::onFsync, -1, fd);
+}
+
+FILE* fopen(const char* path, const char* mode) {
+    return answer<FILE*>(SystemFaults::onFopen, nullptr, path, mode);
+}
+
+FILE* fdopen(int fd, const char* mode) noexcept {
+    return answer<FILE*>(SystemFaults::onFdopen, nullptr, fd, mode);
+}
+
+size_t fread(void* destination, size_t size, size_t n, FILE* file) {
+    const auto [error, limit] = SystemFaults::next(SystemFaults::onFread);
+    if (error)
+        return 0;
+    const size_t count = std::min(n, limit / size);
+    return genuine<size_t>(SystemFaults::onFread, destination, size, count, file);
+}
+
+size_t fwrite(const void* source, size_t size, size_t n, FILE* file) {
+    const auto [error, limit] = SystemFaults::next(SystemFaults::onFwrite);
+    if (error)
+        return 0;
+    const size_t count = std::min(n, limit / size);
+    return genuine<size_t>(SystemFaults::onFwrite, source, size, count, file);
+}
+
+int fclose(FILE* file) {
+    const int error = SystemFaults::next(SystemFaults::onFclose).error;
+    const int result = genuine<int>(SystemFaults::onFclose, file);
+    return error ? failAfterwards(error, EOF) : result;
+}
+
+int rename(const char* from, const char* to) noexcept {
+    return answer(SystemFaults::onRename, -1, from, to);
+}
+
+int unlink(const char* path) noexcept {
+    return answer(SystemFaults::onUnlink, -1, path);
+}
+
+int mkdir(const char* path, mode_t mode) noexcept {
+    return answer(SystemFaults::onMkdir, -1, path, mode);
+}
+
+int rmdir(const char* path) noexcept {
+    return answer(SystemFaults::onRmdir, -1, path);
+}
+
+int mkstemp(char* name) {
+    return answer(SystemFaults::onMkstemp, -1, name);
+}
+
+char* tempnam(const char* folder, const char* prefix) noexcept {
+    return answer<char*>(SystemFaults::onTempnam, nullptr, folder, prefix);
+}
+
+DIR* opendir(const char* path) {
+    return answer<DIR*>(SystemFaults::onOpendir, nullptr, path);
+}
+
+dirent* readdir(DIR* folder) {
+    return answer<dirent*>(SystemFaults::onReaddir, nullptr, folder);
+}
+
+int stat(const char* path, struct stat* status) noexcept {
+    return answer(SystemFaults::onStat, -1, path, status);
+}
+
+int lstat(const char* path, struct stat* status) noexcept {
+    return answer(SystemFaults::onLstat, -1, path, status);
+}
+
+int access(const char* path, int mode) noexcept {
+    return answer(SystemFaults::onAccess, -1, path, mode);
+}
+
+char* getcwd(char* buffer, size_t size) noexcept {
+    return answer<char*>(SystemFaults::onGetcwd, nullptr, buffer, size);
+}
+
+int chdir(const char* path) noexcept {
+    return answer(SystemFaults::onChdir, -1, path);
+}
+
+int statvfs(const char* path, struct statvfs* status) noexcept {
+    return answer(SystemFaults::onStatvfs, -1, path, status);
 }
 
 } // extern "C"

@@ -2,12 +2,15 @@
 
 /// @file
 /// Stands between the library and the system: a test program that links SystemFaults.cpp has its
-/// own open, read, write and close, which fail where a test says so.
+/// own calls of the names below, which fail where a test says so, or kill the process. What the C
+/// library calls within itself does not pass here.
 ///
 /// @code
 /// SystemFaults faults(SystemFaults::onWrite, {{EINTR}, {ENOSPC}});
 /// // The next write is interrupted, the one after it meets a full disk, the third works again.
 /// @endcode
+///
+/// One thread, and one object at a time. FaultTrial.h fails each call in turn.
 
 #pragma once
 
@@ -16,9 +19,42 @@
 
 class SystemFaults {
 public:
-    enum Call { onOpen, onRead, onWrite, onClose };
+    enum Call {
+        onOpen,
+        onClose,
+        onRead,
+        onWrite,
+        onFsync,
+        onFopen,
+        onFdopen,
+        onFread,
+        onFwrite,
+        onFclose,
+        onRename,
+        onUnlink,
+        onMkdir,
+        onRmdir,
+        onMkstemp,
+        onTempnam,
+        onOpendir,
+        onReaddir,
+        onStat,
+        onLstat,
+        onAccess,
+        onGetcwd,
+        onChdir,
+        onStatvfs,
+        callCount
+    };
 
-    /// What one call meets: a failure with `error`, or, with error 0, at most `limit` bytes moved.
+    /// The function's own name.
+    static const char* name(Call call);
+
+    /// What one call meets: a failure with `error`, or, with error 0, at most `limit` bytes moved
+    /// by a read, write, fread or fwrite.
+    ///
+    /// A failing close or fclose releases what it was given before it reports, as Linux does; only
+    /// a close that is interrupted has done nothing yet.
     struct Answer {
         int error = 0;
         std::size_t limit = static_cast<std::size_t>(-1);
@@ -32,6 +68,10 @@ public:
 
     /// How many calls were made.
     std::size_t calls() const { return calls_; }
+
+    /// From now on counts calls of every name, and kills the process instead of making the `n`-th
+    /// (1 is the next), whose name it writes to the descriptor `report` first.
+    static void killAt(std::size_t n, int report);
 
     /// The answer to a call that is being made: sets errno where it is a failure.
     static Answer next(Call call);

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// Breaks an operation at every system call that it makes.
+///
+/// @code
+/// zeUtil::Error error;
+/// FaultTrial trial;
+/// trial.prepare = [&] { folder.write("a", "content"); };
+/// trial.operation = [&] { error = zeOS::fileRename(name("a"), name("b")); };
+/// trial.check = [&](const Fault& fault) {
+///     EXPECT_EQ(error.code(), fault.n ? 6 : 0);
+///     EXPECT_EQ(folder.read(fault.n ? "a" : "b"), "content");
+/// };
+/// trial.run(SystemFaults::onRename, {EACCES});
+/// trial.report("renaming");
+/// @endcode
+
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <vector>
+
+#include "Support/SystemFaults.h"
+
+/// What one run of an operation met.
+struct Fault {
+    SystemFaults::Call call;
+    SystemFaults::Answer answer;
+    std::size_t n; ///< which of the calls it was, from 1; 0 in the last run, which met none
+};
+
+class FaultTrial {
+public:
+    /// Sets the scene.
+    std::function<void()> prepare = [] {};
+    /// What is tried: the only part that meets the fault. It closes what it opens.
+    std::function<void()> operation;
+    /// Looks at what the operation left behind.
+    std::function<void(const Fault&)> check = [](const Fault&) {};
+
+    /// Runs the operation with its first `call` answered so, then with its second, and so on until
+    /// a run makes no call that is left to fail; that run passes untouched, and is checked too. A
+    /// descriptor that a run leaves open is a failure of the test.
+    void run(SystemFaults::Call call, SystemFaults::Answer answer);
+
+    /// The same for every call there is, with each error that calls are known for (ENOSPC, EIO,
+    /// EACCES, EINTR), and a byte at a time where a call moves bytes. A `close` that is interrupted
+    /// is left out: see SystemFaults::Answer.
+    void runAll();
+
+    std::size_t faultsTried() const { return tried_; }
+
+    /// Prints how many faults were tried, in a line that `./dev test` collects.
+    void report(const char* what) const;
+
+private:
+    std::size_t tried_ = 0;
+};
