@@ -16,3 +16,7 @@
 /// no mark; a class that plug-ins derive from, cast to or catch bears it on the class, and has an
 /// out-of-line first virtual operation, so that its type information exists once in a process.
 #define ZEBASE_API __attribute__((visibility("default")))
+
+/// Marks what is nested in an exported class and stays inside the library all the same: hidden
+/// implementations.
+#define ZEBASE_HIDDEN __attribute__((visibility("hidden")))

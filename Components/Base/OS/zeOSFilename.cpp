@@ -1,0 +1,373 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/OS/zeOSFilename.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+#include "Base/Strings/zeStringCString.h"
+#include "Base/Utility/zeReferenceCount.h"
+
+namespace zeOS {
+
+using zeString::IString;
+
+namespace {
+
+constexpr int maxPathBytes = 4096;
+
+/// The separator that pairs and "/../" are searched with. Any but the backslash means the slash: a
+/// Filename with the separator ':' still searches for "//", and callers know it so.
+wchar_t searchedSeparator(wchar_t sep) {
+    return sep == L'\\' ? L'\\' : L'/';
+}
+
+/// Whether "/../" begins here, in a terminated text.
+bool isParentStep(const wchar_t* text, wchar_t slash) {
+    return text[0] == slash && text[1] == L'.' && text[2] == L'.' && text[3] == slash;
+}
+
+/// One scan that spares most paths the passes.
+bool isNormal(const IString& text, wchar_t sep) {
+    const wchar_t slash = searchedSeparator(sep);
+    const wchar_t* const begin = text.asWChar();
+    const wchar_t* const end = begin + text.length();
+    for (const wchar_t* c = begin; c < end; ++c)
+        if (*c == slash && (c[1] == slash || isParentStep(c, slash)))
+            return false;
+    return end - begin < 2 || end[-1] != sep;
+}
+
+void normalize(IString& text, wchar_t sep) {
+    if (isNormal(text, sep))
+        return;
+    Filename::removeDuplicateSeparators(text, sep);
+    Filename::removeTrailingSeparators(text, sep);
+    Filename::removeSlashDotDotSlash(text, sep);
+}
+
+void cutAt(IString& text, std::size_t length) {
+    if (length < text.length())
+        text.erase(static_cast<unsigned int>(length));
+}
+
+/// Puts the normal form of the two joined into `out`, which may be either of them.
+void joinInto(IString& out, const IString& dir, const IString& name) {
+    if (&name == &out)
+        return joinInto(out, dir, IString(name));
+    if (name.isEmpty()) {
+        out.assign(dir);
+    } else if (dir.isEmpty()) {
+        out.assign(name);
+    } else {
+        out.reserve(dir.length() + 1 + name.length());
+        out.assign(dir).append(Filename::separator()).append(name);
+    }
+    normalize(out, Filename::separator());
+}
+
+void copyOut(const IString& text, char* out) {
+    std::strcpy(out, text.asMultibyte());
+}
+
+} // namespace
+
+/// The path, split.
+class Filename::Impl : public ze::ImplBase {
+public:
+    Impl(const IString& fullName, wchar_t separator);
+
+    const IString* fullName_; ///< the owner's path, not owned
+    IString prefix_;          ///< for paths with a volume prefix; always empty here
+    IString dirname_;
+    IString basename_;
+    IString baseTrunk_;
+    IString baseSuffix_;
+    wchar_t separator_; ///< the owner's
+
+private:
+    void splitPath();
+    void splitBasename();
+};
+
+Filename::Impl::Impl(const IString& fullName, wchar_t separator)
+    : fullName_(&fullName), separator_(separator) {
+    splitPath();
+    splitBasename();
+}
+
+void Filename::Impl::splitPath() {
+    const IString& path = *fullName_;
+    const unsigned int last = path.rfind(separator_);
+    if (last == IString::npos) {
+        basename_.assign(path);
+        return;
+    }
+    path.substr(dirname_, 0, std::max(last, 1U)); // the root keeps its separator
+    path.substr(basename_, last + 1);
+}
+
+void Filename::Impl::splitBasename() {
+    const unsigned int dot = basename_.rfind(L'.');
+    if (dot == IString::npos) {
+        baseTrunk_.assign(basename_);
+    } else if (basename_.length() > 1) { // "." has neither
+        basename_.substr(baseTrunk_, 0, dot);
+        basename_.substr(baseSuffix_, dot + 1);
+    }
+}
+
+Filename::Filename() : separator_(separator()) {}
+
+Filename::Filename(const IString& name) : Filename(name, separator()) {}
+
+Filename::Filename(const IString& name, wchar_t sep) : separator_(sep) {
+    assign(name);
+}
+
+Filename::Filename(const zeString::CString& name, char sep)
+    : Filename(IString(name), static_cast<unsigned char>(sep)) {}
+
+Filename::Filename(const char* name, char sep)
+    : Filename(IString(name), static_cast<unsigned char>(sep)) {}
+
+// Unlike operator=, it does not take over the separator: callers rely on a copy that splits at "/".
+Filename::Filename(const Filename& other) : separator_(separator()) {
+    path_.assign(other.path_);
+}
+
+Filename::Filename(const Filename& a, const Filename& b) : Filename(a.path_, b.path_) {}
+
+Filename::Filename(const IString& a, const IString& b) : separator_(separator()) {
+    assign(a, b);
+}
+
+Filename::~Filename() {
+    deleteImpl();
+}
+
+Filename& Filename::operator=(const Filename& other) {
+    separator_ = other.separator_;
+    path_.assign(other.path_);
+    deleteImpl();
+    return *this;
+}
+
+Filename& Filename::operator=(const IString& name) {
+    assign(name);
+    return *this;
+}
+
+// The parts go last in both: `name` and `dir` may be among them.
+
+void Filename::assign(const IString& name) {
+    canonicalize(name, separator_, path_);
+    deleteImpl();
+}
+
+void Filename::assign(const IString& dir, const IString& name) {
+    joinInto(path_, dir, name);
+    deleteImpl();
+}
+
+const IString& Filename::path() const {
+    return path_;
+}
+
+wchar_t Filename::separator() {
+    return L'/';
+}
+
+wchar_t Filename::pathSeparator() {
+    return L':';
+}
+
+int Filename::maxLength() {
+    return maxPathBytes;
+}
+
+const IString& Filename::prefix() const {
+    split();
+    return impl_->prefix_;
+}
+
+const IString& Filename::dirname() const {
+    split();
+    return impl_->dirname_;
+}
+
+const IString& Filename::basename() const {
+    split();
+    return impl_->basename_;
+}
+
+const IString& Filename::baseTrunk() const {
+    split();
+    return impl_->baseTrunk_;
+}
+
+const IString& Filename::baseSuffix() const {
+    split();
+    return impl_->baseSuffix_;
+}
+
+void Filename::split() const {
+    if (!impl_)
+        impl_ = new Impl(path_, separator_);
+}
+
+std::vector<IString> Filename::components() const {
+    std::vector<IString> parts;
+    parts.reserve(5);
+    for (const IString* part : {&prefix(), &dirname(), &basename(), &baseTrunk(), &baseSuffix()})
+        parts.push_back(*part);
+    return parts;
+}
+
+bool Filename::isAbsolute() const {
+    return !path_.isEmpty() && path_[0] == L'/';
+}
+
+Filename Filename::getCwd() {
+    char buffer[maxPathBytes];
+    if (!getcwd(buffer, sizeof buffer))
+        buffer[0] = '\0';
+    return Filename(IString(buffer));
+}
+
+bool Filename::setCwd() const {
+    return chdir(path_.asUTF8()) == 0;
+}
+
+bool Filename::makeDir() const {
+    return mkdir(path_.asUTF8(), 0777) == 0;
+}
+
+IString Filename::join(const IString& a, const IString& b) {
+    IString result;
+    joinInto(result, a, b);
+    return result;
+}
+
+IString Filename::join(const IString& a, const IString& b, const IString& c) {
+    IString result = join(a, b);
+    joinInto(result, result, c);
+    return result;
+}
+
+IString Filename::join(const IString& a, const IString& b, const IString& c, const IString& d) {
+    IString result = join(a, b, c);
+    joinInto(result, result, d);
+    return result;
+}
+
+void Filename::canonicalize(const IString& in, wchar_t sep, IString& out) {
+    out.assign(in);
+    normalize(out, sep);
+}
+
+// The passes work within the text: what is kept moves to the front, and the rest is cut off.
+
+void Filename::removeDuplicateSeparators(IString& text, wchar_t sep) {
+    const wchar_t slash = searchedSeparator(sep);
+    wchar_t* const begin = &text[0];
+    const wchar_t* const end =
+        std::unique(begin, begin + text.length(),
+                    [slash](wchar_t a, wchar_t b) { return a == slash && b == slash; });
+    cutAt(text, static_cast<std::size_t>(end - begin));
+}
+
+void Filename::removeTrailingSeparators(IString& text, wchar_t sep) {
+    unsigned int kept = text.length();
+    while (kept > 1 && text[kept - 1] == sep)
+        --kept;
+    cutAt(text, kept);
+}
+
+void Filename::removeSlashDotDotSlash(IString& text, wchar_t sep) {
+    const wchar_t slash = searchedSeparator(sep);
+    wchar_t* const begin = &text[0];
+    wchar_t* const end = begin + text.length();
+    wchar_t* kept = begin; // the text is [begin, kept) and [next, end); the first holds no "/../"
+    wchar_t* next = begin;
+    while (next < end) {
+        if (!isParentStep(next, slash)) {
+            *kept++ = *next++;
+            continue;
+        }
+        const std::wstring_view before(begin, kept);
+        const std::size_t last = before.rfind(sep);
+        if (last != before.npos) {
+            kept = begin + last + 1;
+        } else if (before == L"..") {
+            break; // callers rely on it: what follows stays, even where it could be reduced
+        } else if (before == L".") {
+            begin[1] = L'.';
+            begin[2] = sep;
+            kept = begin + 3;
+        } else {
+            kept = begin; // the root too: "/../x" is "x", and callers rely on it
+        }
+        next += 4;
+        // The next one may begin with up to three characters that are kept: they are read again.
+        const std::ptrdiff_t again = std::min<std::ptrdiff_t>(3, kept - begin);
+        next = std::copy_backward(kept - again, kept, next);
+        kept -= again;
+    }
+    kept = std::copy(next, end, kept);
+    cutAt(text, static_cast<std::size_t>(kept - begin));
+}
+
+void Filename::deleteImpl() {
+    delete impl_;
+    impl_ = nullptr;
+}
+
+bool isWindowsReservedDeviceName(const Filename& name) {
+    const IString trunk = IString(name.baseTrunk()).toUpperCase();
+    if (trunk.length() == 3)
+        return trunk == L"CON" || trunk == L"PRN" || trunk == L"AUX" || trunk == L"NUL";
+    return trunk.length() == 4 && (trunk.find(L"COM") == 0 || trunk.find(L"LPT") == 0) &&
+           trunk[3] >= L'1' && trunk[3] <= L'9';
+}
+
+} // namespace zeOS
+
+extern "C" {
+
+using zeOS::Filename;
+
+int zeOS_FilenameMakeDir(const char* path) {
+    return Filename(path).makeDir();
+}
+
+void zeOS_FilenameJoin(const char* a, const char* b, char* out) {
+    zeOS::copyOut(Filename::join(a, b), out);
+}
+
+void zeOS_FilenamePrefix(const char* path, char* out) {
+    zeOS::copyOut(Filename(path).prefix(), out);
+}
+
+void zeOS_FilenameDirname(const char* path, char* out) {
+    zeOS::copyOut(Filename(path).dirname(), out);
+}
+
+void zeOS_FilenameBasename(const char* path, char* out) {
+    zeOS::copyOut(Filename(path).basename(), out);
+}
+
+void zeOS_FilenameBaseTrunk(const char* path, char* out) {
+    zeOS::copyOut(Filename(path).baseTrunk(), out);
+}
+
+void zeOS_FilenameBaseSuffix(const char* path, char* out) {
+    zeOS::copyOut(Filename(path).baseSuffix(), out);
+}
+
+} // extern "C"

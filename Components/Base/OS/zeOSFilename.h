@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// The path value: a wide text in normal form that splits itself into its parts on demand.
+///
+/// The work is purely textual: apart from getCwd(), setCwd() and makeDir(), nothing here touches
+/// the file system, and a path is never resolved against the disk or the current directory. Links
+/// are not looked at: "link/../a" becomes "a". Nor is a URL scheme known: what may be a URL goes
+/// through `zeOS::URL`.
+///
+/// Normal form, reached on every assignment of a text: pairs of separators become one, separators
+/// at the end go (not the one at the start), and "name/../" in the middle is taken out. "." and a
+/// ".." at the end stay. **Going above the root makes a path relative**: "/../x" becomes "x". Each
+/// pass is a function of its own below.
+///
+/// A Filename belongs to one thread at a time: even a const accessor may write the cache of parts.
+/// Distinct objects are independent. A path that is only stored and passed on is never split.
+///
+/// @code
+/// const zeOS::Filename scene(L"shots//take1/../take2/scene.v2.ze");
+/// assert(scene.path() == L"shots/take2/scene.v2.ze");
+/// assert(scene.dirname() == L"shots/take2" && scene.basename() == L"scene.v2.ze");
+/// assert(scene.baseTrunk() == L"scene.v2" && scene.baseSuffix() == L"ze");
+/// assert(zeOS::Filename::join(scene.dirname(), L"../notes.txt") == L"shots/notes.txt");
+/// @endcode
+
+#pragma once
+
+#include <vector>
+
+#include "Base/Strings/zeStringIString.h"
+#include "Base/zeBaseExport.h"
+
+namespace zeString {
+class CString;
+}
+
+namespace zeOS {
+
+/// A path. Copies are independent; there is no move, so that a moved Filename is a copied one.
+///
+/// Each object has a separator, "/" unless a constructor is given another. It decides where the
+/// text is split and which separators the end loses; pairs and "/../" are looked for in backslashes
+/// if the separator is a backslash, and in slashes with any other.
+class ZEBASE_API Filename {
+public:
+    /// The empty path.
+    Filename();
+    /// The normal form of `name`. Implicit, so that a text goes where a path is wanted.
+    Filename(const zeString::IString& name);
+    /// The normal form of `name` with `sep` as the object's separator.
+    Filename(const zeString::IString& name, wchar_t sep);
+    /// The same for text in the locale's encoding; `sep` is taken as an unsigned byte.
+    Filename(const zeString::CString& name, char sep);
+    Filename(const char* name, char sep);
+    /// The same path with separator() as the object's separator, whatever `other` has;
+    /// assignment takes over the separator.
+    Filename(const Filename& other);
+    /// The two joined: see assign().
+    Filename(const Filename& a, const Filename& b);
+    Filename(const zeString::IString& a, const zeString::IString& b);
+    virtual ~Filename();
+
+    /// The path and the separator of `other`, as they stand.
+    Filename& operator=(const Filename& other);
+    /// assign(name).
+    Filename& operator=(const zeString::IString& name);
+
+    /// Replaces the path by the normal form of `name`, which may be a part of this object.
+    void assign(const zeString::IString& name);
+    /// Replaces the path by the normal form of `dir`, separator() and `name`, or by that of the one
+    /// that is not empty. Both may be parts of this object. An absolute `name` is no special case:
+    /// "/x" and "/y" give "/x/y". The object's own separator takes no part.
+    void assign(const zeString::IString& dir, const zeString::IString& name);
+
+    /// The whole text.
+    const zeString::IString& path() const;
+
+    /// "/".
+    static wchar_t separator();
+    /// ":", as it stands between the directories of a search path.
+    static wchar_t pathSeparator();
+    /// 4096, the longest path in bytes that the system takes. Nothing here enforces it.
+    static int maxLength();
+
+    /// The parts, each a reference that is valid until the next assignment. The first accessor
+    /// splits.
+    ///
+    /// The prefix is always empty on this platform.
+    const zeString::IString& prefix() const;
+    /// What stands before the last separator; the separator itself for what lies in the root, and
+    /// empty where there is no separator.
+    const zeString::IString& dirname() const;
+    /// What stands behind the last separator; empty for the root.
+    const zeString::IString& basename() const;
+    /// The base name before its last ".": "a.tar" of "a.tar.gz", empty for ".profile" and ".".
+    const zeString::IString& baseTrunk() const;
+    /// The base name behind its last ".": "gz" of "a.tar.gz", "profile" of ".profile", empty
+    /// where there is no ".".
+    const zeString::IString& baseSuffix() const;
+    /// Splits the path now, if that has not been done.
+    void split() const;
+    /// Five texts: prefix, directory, base name, trunk, suffix.
+    std::vector<zeString::IString> components() const;
+
+    /// Whether the path begins with "/", whatever the object's separator.
+    bool isAbsolute() const;
+
+    /// The current directory of the process; empty where the system cannot tell it.
+    static Filename getCwd();
+    /// Makes this the current directory of the process. False on failure, with `errno`.
+    bool setCwd() const;
+    /// Creates this directory, one level only, with mode 0777 less the process's mask. False on
+    /// failure, with `errno`.
+    bool makeDir() const;
+
+    /// The path of Filename(a, b). More arguments are joined one by one, from the left, so that
+    /// each step normalises.
+    static zeString::IString join(const zeString::IString& a, const zeString::IString& b);
+    static zeString::IString join(const zeString::IString& a, const zeString::IString& b,
+                                  const zeString::IString& c);
+    static zeString::IString join(const zeString::IString& a, const zeString::IString& b,
+                                  const zeString::IString& c, const zeString::IString& d);
+
+    /// Puts the normal form of `in` into `out`, which may be the same string: the three passes
+    /// below in their order, in linear time.
+    static void canonicalize(const zeString::IString& in, wchar_t sep, zeString::IString& out);
+    /// Leaves one of each run of separators, at the start too.
+    static void removeDuplicateSeparators(zeString::IString& text, wchar_t sep);
+    /// Removes all `sep` at the end but the first character of the text.
+    static void removeTrailingSeparators(zeString::IString& text, wchar_t sep);
+    /// Takes out the first "/../" with the component before it, again and again. It ends at one
+    /// that nothing but ".." stands before; what follows it stays as it is: "../../a/../b" is left
+    /// alone. A first component "." becomes "..", and an empty one (the root) goes like any other.
+    static void removeSlashDotDotSlash(zeString::IString& text, wchar_t sep);
+
+private:
+    class ZEBASE_HIDDEN Impl;
+
+    wchar_t separator_;
+    zeString::IString path_;
+    mutable Impl* impl_ = nullptr; ///< owned; null until someone asks for a part
+
+    void deleteImpl();
+};
+
+/// Whether a certain other system would take the file for a device: its trunk is CON, PRN, AUX,
+/// NUL, or COM or LPT and a digit from 1 to 9, in any case. True for "dir/con.txt", false for
+/// ".con". Callable on every platform, for names that shall travel.
+ZEBASE_API bool isWindowsReservedDeviceName(const Filename& name);
+
+} // namespace zeOS
+
+/// The same for callers that hold narrow strings. Texts are in the locale's encoding. `out` must
+/// have room for the result and its terminator, which 4096 bytes are for every path within
+/// Filename::maxLength(); it may be the same buffer as an argument.
+extern "C" {
+
+/// Filename::makeDir(): 1 on success, 0 on failure.
+ZEBASE_API int zeOS_FilenameMakeDir(const char* path);
+/// Filename::join().
+ZEBASE_API void zeOS_FilenameJoin(const char* a, const char* b, char* out);
+/// The parts of Filename(path).
+ZEBASE_API void zeOS_FilenamePrefix(const char* path, char* out);
+ZEBASE_API void zeOS_FilenameDirname(const char* path, char* out);
+ZEBASE_API void zeOS_FilenameBasename(const char* path, char* out);
+ZEBASE_API void zeOS_FilenameBaseTrunk(const char* path, char* out);
+ZEBASE_API void zeOS_FilenameBaseSuffix(const char* path, char* out);
+
+} // extern "C"
