@@ -289,6 +289,17 @@ public:
     /// held has gone down the chain by then.
     void popBufferChain();
 
+    /// Pushes the filter that compresses (ioBufferCompress), or pops it. What bytes go through it
+    /// begins and ends where these calls stand, on both sides. Popping clears streamCompressEnd, in
+    /// which a compressed section ends. With `on` false the filter must be on top of the chain.
+    void compress(bool on);
+
+    /// Pushes the filter that guards bytes by a checksum (ioBufferChecksum), or pops it.
+    void checksum(bool on);
+
+    /// Pushes the filter that obscures bytes (ioBufferEncrypt), or pops it.
+    void encrypt(bool on);
+
     /// Sets the progress hook of the link that is on top now; see
     /// ioBuffer::associateProgressFunction().
     void associateProgressFunction(void (*progress)(int));
@@ -319,6 +330,7 @@ protected:
     ioBuffer* top_ = nullptr;          ///< Owned; null when nothing is open.
 
 private:
+    void setFilter(ioBuffer* filter);
     void promoteFailure();
 };
 

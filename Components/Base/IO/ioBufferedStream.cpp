@@ -5,6 +5,9 @@
 #include <utility>
 
 #include "Base/IO/ioBuffer.h"
+#include "Base/IO/ioBufferChecksum.h"
+#include "Base/IO/ioBufferCompress.h"
+#include "Base/IO/ioBufferEncrypt.h"
 #include "Base/Strings/zeStringIString.h"
 
 ioBufferedStream::~ioBufferedStream() {
@@ -29,6 +32,21 @@ void ioBufferedStream::popBufferChain() {
         return;
     ioBuffer* const below = top_->unchain();
     delete std::exchange(top_, below);
+}
+
+void ioBufferedStream::compress(bool on) {
+    setFilter(on ? new ioBufferCompress(input_) : nullptr);
+    // The end of a compressed section is the normal way out of it.
+    if (!on && status_ == streamCompressEnd)
+        resetStatus();
+}
+
+void ioBufferedStream::checksum(bool on) {
+    setFilter(on ? new ioBufferChecksum(input_) : nullptr);
+}
+
+void ioBufferedStream::encrypt(bool on) {
+    setFilter(on ? new ioBufferEncrypt(input_) : nullptr);
 }
 
 void ioBufferedStream::associateProgressFunction(void (*progress)(int)) {
@@ -72,6 +90,17 @@ void ioBufferedStream::dropChainOnFailure() {
 void ioBufferedStream::swapChain(ioBufferedStream& other) noexcept {
     std::swap(status_, other.status_);
     std::swap(top_, other.top_);
+}
+
+/// Pushes a filter, or pops the top link if it is null. On a closed stream there is nothing that a
+/// filter could work on.
+void ioBufferedStream::setFilter(ioBuffer* filter) {
+    if (!filter)
+        popBufferChain();
+    else if (top_)
+        addBufferToChain(filter);
+    else
+        delete filter;
 }
 
 void ioBufferedStream::promoteFailure() {

@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/IO/ioBufferChecksum.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace {
+
+constexpr int blockSize = 4096;
+constexpr int firstRoom = 65536; ///< For a frame that is larger than the reader's block.
+
+} // namespace
+
+ioBufferChecksum::ioBufferChecksum(bool reading) : ioBuffer(reading, blockSize) {}
+
+ioBufferChecksum::~ioBufferChecksum() = default;
+
+void ioBufferChecksum::unchainHook() {
+    if (reading_)
+        return;
+    flushBuffer();
+    next_->flush();
+    promoteNextBufferStatus(true);
+}
+
+int ioBufferChecksum::getType() {
+    return 2;
+}
+
+void ioBufferChecksum::close() {
+    next_->close();
+}
+
+int ioBufferChecksum::read(char* destination, int n) {
+    if (readCount_ > readPosition_) {
+        const int taken = std::min(n, readCount_ - readPosition_);
+        std::memcpy(destination, readBuffer_.get() + readPosition_, static_cast<unsigned>(taken));
+        readPosition_ += taken;
+        return taken;
+    }
+    const int size = readBufferInt();
+    const int complement = readBufferInt();
+    const unsigned short checksum = readBufferChecksum();
+    bool valid = (size ^ complement) == -1 && size > 0;
+    int delivered = 0;
+    if (valid && next_->good()) {
+        if (n < size) {
+            readLargeFrame(size);
+            if (checksum == sum_ && readCount_ == size)
+                return read(destination, n);
+            valid = false;
+        } else {
+            delivered = next_->readData(destination, size);
+            valid = checksum16(reinterpret_cast<const unsigned char*>(destination), delivered) ==
+                        checksum &&
+                    delivered == size;
+        }
+    }
+    // A file that ends where no byte is delivered is an ordinary end, not damage.
+    if (delivered == 0 && !next_->good()) {
+        promoteNextBufferStatus(true);
+        return 0;
+    }
+    if (!valid)
+        setStatus(bufferChecksumError);
+    return delivered;
+}
+
+void ioBufferChecksum::write(const char* source, int n) {
+    checksum16(reinterpret_cast<const unsigned char*>(source), n);
+    writeBufferInt(n);
+    writeBufferInt(~n);
+    writeBufferChecksum(sum_);
+    next_->writeData(source, n);
+    promoteNextBufferStatus(true);
+}
+
+/// Takes the bytes into the sum, an end-around-carry sum of native 16-bit words, and returns it. A
+/// last odd byte counts as it is. The order of additions and the times of the carries do not
+/// matter: only zeros keep a sum of 0, and any other sum is the one number from 1 to 65535 with its
+/// remainder modulo 65535. So words are added in pairs, wide, and folded once.
+unsigned short ioBufferChecksum::checksum16(const unsigned char* data, int n) {
+    const int pairs = n / 4;
+    std::uint64_t sum = sum_;
+    for (int i = 0; i < pairs; ++i) {
+        std::uint32_t pair;
+        std::memcpy(&pair, data + 4 * i, sizeof pair);
+        sum += pair;
+    }
+    const unsigned char* const rest = data + 4 * pairs;
+    if (n & 2) {
+        std::uint16_t word;
+        std::memcpy(&word, rest, sizeof word);
+        sum += word;
+    }
+    if (n & 1)
+        sum += data[n - 1];
+    while (sum > 0xFFFF)
+        sum = (sum & 0xFFFF) + (sum >> 16);
+    return sum_ = static_cast<unsigned short>(sum);
+}
+
+/// Most significant byte first.
+void ioBufferChecksum::writeBufferInt(int value) {
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        const char byte = static_cast<char>(value >> shift);
+        next_->writeData(&byte, 1);
+    }
+}
+
+/// A missing byte reads as 0.
+int ioBufferChecksum::readBufferInt() {
+    unsigned value = 0;
+    for (int i = 0; i < 4; ++i) {
+        char byte = 0;
+        next_->readData(&byte, 1);
+        value = value << 8 | static_cast<unsigned char>(byte);
+    }
+    return static_cast<int>(value);
+}
+
+/// In the machine's order of bytes, as the words that it sums up.
+void ioBufferChecksum::writeBufferChecksum(unsigned short checksum) {
+    char bytes[sizeof checksum];
+    std::memcpy(bytes, &checksum, sizeof checksum);
+    next_->writeData(bytes, sizeof bytes);
+}
+
+unsigned short ioBufferChecksum::readBufferChecksum() {
+    char bytes[2] = {};
+    next_->readData(bytes, sizeof bytes);
+    unsigned short checksum;
+    std::memcpy(&checksum, bytes, sizeof checksum);
+    return checksum;
+}
+
+/// Makes room for `n` bytes, and keeps what was read of them.
+void ioBufferChecksum::growReadBuffer(int n) {
+    auto grown = std::make_unique_for_overwrite<char[]>(static_cast<unsigned>(n));
+    if (readCount_ > 0)
+        std::memcpy(grown.get(), readBuffer_.get(), static_cast<unsigned>(readCount_));
+    readBuffer_ = std::move(grown);
+    readCapacity_ = n;
+}
+
+/// Reads a frame that is larger than the caller's memory into the link's own, and sums it up. The
+/// size may be damaged: room is made as the bytes come.
+void ioBufferChecksum::readLargeFrame(int size) {
+    readPosition_ = 0;
+    readCount_ = 0;
+    while (readCount_ < size && next_->good()) {
+        if (readCount_ == readCapacity_) {
+            const bool nearlyAll = readCapacity_ > size / 2;
+            growReadBuffer(nearlyAll ? size
+                                     : std::min(size, std::max(firstRoom, 2 * readCapacity_)));
+        }
+        const int wanted = std::min(size, readCapacity_) - readCount_;
+        readCount_ += next_->readData(readBuffer_.get() + readCount_, wanted);
+    }
+    checksum16(reinterpret_cast<const unsigned char*>(readBuffer_.get()), readCount_);
+}

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// The filter that compresses: LZW with codes of 9 to 16 bits, for a whole file or a stretch of it.
+///
+/// Pushed on a stream by ioBufferedStream::compress(true) and popped by compress(false). The
+/// compressed section knows its own end, so that other bytes can follow it in the same file.
+///
+/// A reader reads on until the status is streamCompressEnd, then pops the filter, which clears that
+/// status. One that stops at the last byte that it wants may leave the end of the section unread:
+/// always where the section holds a multiple of 4096 bytes, and what is read next begins with the
+/// rest of it. A packet file has one way to stop right: write an end-of-file packet last, and read
+/// one byte more.
+///
+/// Push it on a writer only if bytes follow: a section to which nothing was written has no magic,
+/// and its reader ends in streamIOError. A section that is cut off or damaged beyond sense ends in
+/// streamIOError too; a damaged one may also give wrong bytes, since nothing checks them (push
+/// ioBufferChecksum above this filter for that). Memory is bounded whatever is read.
+///
+/// @code
+/// #include <unistd.h>
+/// #include "Base/Strings/zeStringIString.h"
+///
+/// ioBufferedStreamOutput out;
+/// out.openFile(L"compress-example");
+/// out.writeString("before ");
+/// out.compress(true);
+/// for (int i = 0; i < 1000; ++i)
+///     out.writeString("again ");
+/// out.compress(false);
+/// out.writeString("after");
+/// out.close();
+/// assert(out.getStatus() == streamOK && ioBufferedStream::fileSize(L"compress-example") < 500);
+///
+/// char text[7000];
+/// ioBufferedStreamInput in;
+/// in.openFile(L"compress-example");
+/// in.readData(text, 7);
+/// in.compress(true);
+/// assert(in.readData(text, 7000) == 6000 && in.getStatus() == streamCompressEnd);
+/// in.compress(false);
+/// assert(in.getStatus() == streamOK && in.readData(text, 5) == 5);
+/// in.close();
+/// unlink("compress-example");
+/// @endcode
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "Base/IO/ioBuffer.h"
+
+/// The link that compresses what is written through it, or expands what is read. Its tables (550
+/// KiB for a writer, 1.1 MiB for a reader) are allocated by the first write() or read().
+class ZEBASE_API ioBufferCompress : public ioBuffer {
+public:
+    explicit ioBufferCompress(bool reading);
+    ~ioBufferCompress() override;
+
+    /// finished().
+    void unchainHook() override;
+
+    int getType() override;
+
+    /// finished(), then closes the link below.
+    void close() override;
+
+    /// Expands up to `n` bytes, at least 1. At the end of the section 0 bytes and
+    /// bufferCompressEnd; where that end falls on the end of a block, one call before that gives 0
+    /// bytes in good state. bufferIOError where the magic is missing or the section has no end.
+    /// Memory behind the bytes returned, up to `n`, may be written to.
+    int read(char* destination, int n) override;
+
+    /// Compresses `n` bytes, at least 1.
+    void write(const char* source, int n) override;
+
+    /// Ends the section on a writer, and flushes the chain below; a reader does nothing. Called by
+    /// close() and by popping the filter, one of which comes once: each call writes an end.
+    void finished();
+
+private:
+    struct String; ///< What a code stands for.
+
+    void initCompress();
+    void compress();
+    void output(int code);
+    void doneCompress();
+    void cl_block();
+    void cl_hash(int size);
+    void writeCodeBuf(int n);
+
+    bool initUncompress();
+    void uncompress();
+    int getcode();
+    int readCodeBuf(int n);
+    bool expand(int code);
+    bool push(int code);
+    void addString();
+    void unstack();
+
+    char* data_ = nullptr; ///< The caller's bytes in read() or write().
+    int dataSize_ = 0;
+    int dataPosition_ = 0;
+    bool started_ = false; ///< The magic was handled and the tables exist.
+    int codeBits_ = 9;     ///< Current width.
+    int maxCode_ = 511;    ///< Largest code at that width.
+    int maxMaxCode_ = 65536;
+    int freeCode_ = 258;     ///< Next code to assign.
+    int clearFlag_ = 0;      ///< A clear was done: the width goes back to 9 with the next group.
+    int ratio_ = 0;          ///< Best compression ratio seen.
+    int checkPoint_ = 10000; ///< Input count at which the ratio is next checked.
+    int currentCode_ = 0;    ///< The string being matched, on writing.
+    int lastCode_ = 0;       ///< Last code read; 257 after the end, negative after failure.
+    int oldCode_ = 0;        ///< The code before, on reading.
+    int finChar_ = 0;        ///< First byte of the last string, on reading.
+    char* stackTop_ = nullptr;
+    int bitOffset_ = 0; ///< Bit position in the group.
+    int groupBits_ = 0; ///< Bits in the group at which a code can start, on reading.
+    int inCount_ = 0;   ///< Bytes of input; wraps.
+    int outCount_ = 0;  ///< Bytes of output, without the magic; wraps.
+    /// Key and code of a slot stand in one word, so that a look-up touches one cache line; writer
+    /// only.
+    std::unique_ptr<std::uint64_t[]> hashTable_;
+    /// Prefix and suffix of each code, and what else helps to expand it; reader only.
+    std::unique_ptr<String[]> stringTable_;
+    std::unique_ptr<char[]> decodeStack_; ///< Strings that do not fit; reader only.
+    /// The codes being filled or emptied: 16 bytes, and 4 that words at its end reach into. Bits
+    /// that no code covers keep what they held before, and are written so.
+    unsigned char group_[20] = {};
+    int currentSlot_ = 0; ///< Where the string being matched stands in the table.
+    bool regular_ = true; ///< No code since the last clear was one that no writer makes.
+};
