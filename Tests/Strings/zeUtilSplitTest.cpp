@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/Strings/zeUtilSplit.h"
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "Support/Locale.h"
+
+using zeString::CString;
+using zeString::IString;
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+Texts texts(const std::vector<CString>& items) {
+    Texts result;
+    for (const CString& item : items)
+        result.emplace_back(item.asChar(), item.length());
+    return result;
+}
+
+Texts texts(const std::vector<IString>& items) {
+    Texts result;
+    for (const IString& item : items)
+        result.emplace_back(item.asUTF8());
+    return result;
+}
+
+bool isComma(char c) {
+    return c == ',';
+}
+
+bool isWideComma(wchar_t c) {
+    return c == L',';
+}
+
+TEST(Split, TakesTextApartAtSeparators) {
+    const struct {
+        const char* text;
+        Texts plain, skipping, keeping;
+    } cases[] = {
+        {"", {}, {}, {}},
+        {"a", {"a"}, {"a"}, {"a"}},
+        {",", {""}, {}, {","}},
+        {"a,", {"a"}, {"a"}, {"a", ","}},
+        {",a", {"", "a"}, {"a"}, {",", "a"}},
+        {"ab,c", {"ab", "c"}, {"ab", "c"}, {"ab", ",", "c"}},
+        {"a,,b", {"a", "", "b"}, {"a", "b"}, {"a", ",", ",", "b"}},
+        {",,a,,", {"", "", "a", ""}, {"a"}, {",", ",", "a", ",", ","}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        for (const bool skip : {false, true})
+            for (const bool keep : {false, true}) {
+                const Texts& expected = keep ? c.keeping : skip ? c.skipping : c.plain;
+                EXPECT_EQ(texts(zeUtil::split(CString(c.text), ',', skip, keep)), expected);
+                EXPECT_EQ(texts(zeUtil::split(CString(c.text), isComma, skip, keep)), expected);
+                EXPECT_EQ(texts(zeUtil::split(IString(c.text), L',', skip, keep)), expected);
+                EXPECT_EQ(texts(zeUtil::split(IString(c.text), isWideComma, skip, keep)), expected);
+            }
+        EXPECT_EQ(texts(zeUtil::split(c.text, ',')), c.plain);
+    }
+}
+
+TEST(Split, KeepsTheTerminatorsOfAByteStringOnly) {
+    using namespace std::string_literals;
+    EXPECT_EQ(texts(zeUtil::split(CString("a\0b,c", 5), ',')), (Texts{"a\0b"s, "c"}));
+    EXPECT_EQ(texts(zeUtil::split(IString(L"a,b\0c,d", 7), L',')), (Texts{"a", "b"}));
+}
+
+TEST(Join, PutsItemsTogetherWithNothingBetween) {
+    EXPECT_EQ(zeUtil::join(std::vector<CString>()), "");
+    EXPECT_EQ(zeUtil::join(std::vector<IString>()), L"");
+    EXPECT_EQ(zeUtil::join(std::vector<CString>{"a", "", "b,"}), "ab,");
+    EXPECT_EQ(zeUtil::join(std::vector<IString>{L"a", L"", L"\u00F6"}), L"a\u00F6");
+}
+
+struct LineCase {
+    const char* line;
+    Texts items;
+    int code = 0;
+    const char* message = "";
+};
+
+using SplitLine = zeUtil::Error (*)(const CString&, std::vector<CString>&);
+
+void expectItems(SplitLine splitLine, std::initializer_list<LineCase> cases) {
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.line);
+        std::vector<CString> out = {"from before"};
+        const zeUtil::Error error = splitLine(c.line, out);
+        EXPECT_EQ(texts(out), c.items);
+        EXPECT_EQ(error.code(), c.code);
+        EXPECT_STREQ(error.message(), c.message);
+    }
+}
+
+TEST(SplitWithQuotes, ReadsItemsThatAreQuotedAsAWhole) {
+    expectItems(zeUtil::splitWithQuotes,
+                {
+                    {"", {}},
+                    {" \t\n\v\f\r", {}},
+                    {"  one two\tthree ", {"one", "two", "three"}},
+                    {"\"one two\"", {"one two"}},
+                    {"\"\"", {""}},
+                    {"\"\" \" \" a", {"", " ", "a"}},
+                    {"a\\ \"b\\\"", {"a\\", "b\\"}},
+                    // The code is the column of the quote, or of the character that touches it.
+                    {"\"", {}, 1, "Unmatched double quote"},
+                    {"ab \"", {"ab"}, 4, "Unmatched double quote"},
+                    {"a \"b c", {"a"}, 3, "Unmatched double quote"},
+                    {"\"open", {}, 1, "Unmatched double quote"},
+                    {"a b\"c\"", {"a"}, 3, "Unexpected character before a double quote: 'b'"},
+                    {"a\"", {}, 1, "Unexpected character before a double quote: 'a'"},
+                    {"x \"a\"b", {"x"}, 6, "Unexpected character after double quote: 'b'"},
+                    {"\"a\"\"", {}, 4, "Unexpected character after double quote: '\"'"},
+                });
+}
+
+TEST(SplitWithQuotesAndBackslash, ReadsQuotesAndEscapesAnywhere) {
+    expectItems(zeUtil::splitWithQuotesAndBackslash,
+                {
+                    {"", {}},
+                    {" one  two ", {"one", "two"}},
+                    {"\"one two\" \"\"", {"one two", ""}},
+                    {"a\"b c\"d e", {"ab cd", "e"}},
+                    {"\"a\"\"b\"", {"ab"}},
+                    {"a\\\\b \\\" \"\\\" \\\\\"", {"a\\b", "\"", "\" \\"}},
+                    {"\\\"a b\\\"", {"\"a", "b\""}},
+                    {"\"", {}, 1, "Unmatched double quote"},
+                    {"a b\"c d", {"a"}, 4, "Unmatched double quote"},
+                    {"\"a\\\"", {}, 1, "Unmatched double quote"},
+                    {"a \\", {"a"}, 3, "Single backslash character"},
+                    {"\"\\", {}, 2, "Single backslash character"},
+                    {"a \"b\\nc\"", {"a"}, 6, "Illegal escape of character 'n'"},
+                    {"a\\ b", {}, 3, "Illegal escape of character ' '"},
+                });
+}
+
+using SplitUtf8 = support::Utf8LocaleTest;
+
+TEST_F(SplitUtf8, LosesTheMessageButNotTheColumnToAByteOfACharacter) {
+    expectItems(zeUtil::splitWithQuotes, {
+                                             {"\"\xC3\xB6\" \xC3\xB6", {"\xC3\xB6", "\xC3\xB6"}},
+                                             {"\xC3\xB6\"", {}, 2, ""},
+                                             {"a \"\"\xC3\xB6", {"a"}, 5, ""},
+                                         });
+    expectItems(zeUtil::splitWithQuotesAndBackslash, {{"\\\xC3\xB6", {}, 2, ""}});
+}
+
+TEST(SplitMultiLines, EndsALineAtEachOfItsTwoCharacters) {
+    const struct {
+        const char* text;
+        Texts lines;
+    } cases[] = {
+        {"", {""}},
+        {"one", {"one"}},
+        {"one\n", {"one", ""}},
+        {"\none\rtwo", {"", "one", "two"}},
+        {"one\r\ntwo", {"one", "", "two"}},
+        {"\n\n", {"", "", ""}},
+        {"a\v\fb", {"a\v\fb"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.text));
+        EXPECT_EQ(texts(zeUtil::splitMultiLines(c.text)), c.lines);
+        EXPECT_EQ(zeUtil::numMultiLines(c.text), c.lines.size());
+    }
+}
+
+TEST(RemoveDuplicated, SortsByBytesAndKeepsOneOfEach) {
+    using namespace std::string_literals;
+    EXPECT_EQ(texts(zeUtil::removeDuplicated({})), Texts());
+    EXPECT_EQ(texts(zeUtil::removeDuplicated(
+                  {"b", "\xC3", "a", "B", "", "ab", "a", CString("a\0", 2), "", "\xC3", "b"})),
+              (Texts{"", "B", "a", "a\0"s, "ab", "b", "\xC3"}));
+}
+
+} // namespace
