@@ -26,7 +26,7 @@ namespace scenefile {
 namespace {
 
 constexpr const char* help =
-    R"(usage: scenefile import MODEL.obj DOCUMENT [--method binary|text] [--skip-unsupported]
+    R"(usage: scenefile import MODEL.obj DOCUMENT [--method METHOD] [--skip-unsupported]
        scenefile transform DOCUMENT [--rotate DEGREES,AXIS] [--scale FACTORS] [--translate X,Y,Z]
        scenefile show DOCUMENT
        scenefile verify DOCUMENT
@@ -44,7 +44,8 @@ Keeps the models of OBJ files in documents.
   generate  writes a small model to try things out with
 
   --method METHOD     binary (the default) is small and exact; text can be read and compared by
-                      people, and holds 16 digits of each number
+                      people, and holds 16 digits of each number; binary-debug and text-debug have a
+                      tag before each value, which finds a reader that is out of step
   --skip-unsupported  passes over statements that a document has no place for, and says how many
   --rotate DEGREES,AXIS
                       right-handed, about x, y, z or a direction X,Y,Z through the origin: 90,z
@@ -127,9 +128,18 @@ private:
     }
 
     void setMethod(const std::string& value) {
-        if (value != "text" && value != "binary")
-            throw UsageError("there is no method '" + value + "': it is binary or text");
-        result_.method = value == "text" ? ioWriteAscii : ioWriteBinary;
+        static const std::pair<const char*, ioWriteMethod> methods[] = {
+            {"binary", ioWriteBinary},
+            {"text", ioWriteAscii},
+            {"binary-debug", ioWriteBinaryDebug},
+            {"text-debug", ioWriteAsciiDebug}};
+        for (const auto& [name, method] : methods)
+            if (value == name) {
+                result_.method = method;
+                return;
+            }
+        throw UsageError("there is no method '" + value +
+                         "': it is binary or text, or one of them with -debug");
     }
 
     void setSegments(const std::string& value) {
@@ -153,7 +163,8 @@ void refuseSameFile(const std::string& a, const std::string& b) {
 
 /// Returns how many numbers had to be rounded. What is checked is what the document will hold.
 int writeDocument(Scene& scene, ioWriteMethod method, const std::string& target) {
-    const int rounded = method == ioWriteAscii ? roundForText(scene) : 0;
+    const bool isText = method == ioWriteAscii || method == ioWriteAsciiDebug;
+    const int rounded = isText ? roundForText(scene) : 0;
     if (const SceneFault fault = checkScene(scene); !fault.text.empty())
         throw Failure(target + ": cannot be written: " + fault.text);
     replaceFile(target, [&](int descriptor) { saveDocument(scene, method, descriptor); });
@@ -185,8 +196,7 @@ void transform(const Arguments& arguments, std::ostream& out) {
     Document document = loadDocument(target);
     Scene& scene = document.scene;
     scene.root->transform *= arguments.transform;
-    const int rounded =
-        writeDocument(scene, document.outline.text ? ioWriteAscii : ioWriteBinary, target);
+    const int rounded = writeDocument(scene, document.outline.method, target);
     out << target << ": " << boundsText(sceneBounds(scene)) << "\n";
     noteRounded(rounded, out);
 }

@@ -29,7 +29,7 @@ inline constexpr const char* string = "packetFile_string";
 /// Rounds all numbers of a scene as a text document does, to 16 digits. Returns how many changed.
 int roundForText(Scene& scene);
 
-/// Writes a scene that checkScene() finds nothing wrong with, by the binary or the text method. The
+/// Writes a scene that checkScene() finds nothing wrong with, by any method. The
 /// descriptor stays the caller's. Throws a Failure if a write fails.
 void saveDocument(const Scene& scene, ioWriteMethod method, int descriptor);
 

@@ -87,7 +87,7 @@ DocumentOutline Walker::walk() {
     while (!ended) {
         if (atEnd())
             fail(position_, "the file ends without its end-of-file packet: it is cut off");
-        if (outline_.text)
+        if (outline_.isText())
             textPacket();
         else
             binaryPacket();
@@ -114,12 +114,12 @@ void Walker::header() {
     expect('@', "the end of the header");
     expect('\n', "the end of the header");
     outline_.littleEndian = numbers[1] != 0;
-    outline_.text = numbers[2] == 0;
-    if (numbers[2] > 1)
+    outline_.method = static_cast<ioWriteMethod>(numbers[2]);
+    if (numbers[2] > ioWriteBinaryDebug)
         fail(0, "the document is written by method " + std::to_string(numbers[2]) +
                     ", which scenefile does not read");
     constexpr int sizes[] = {1, 2, 4, 8, 4, 8};
-    if (!outline_.text &&
+    if (!outline_.isText() &&
         (numbers[3] == 0 || !std::equal(std::begin(sizes), std::end(sizes), numbers + 4)))
         fail(0, "the document was written by a machine with other sizes of numbers");
 }
@@ -174,7 +174,8 @@ void Walker::binaryPacket() {
     const std::int32_t length = int32();
     if (hasReference < 0 || hasReference > 1)
         fail(start + 4, "a packet says neither that it has a reference nor that it has none");
-    if (length < 4 * hasReference || length > file_.size() - position_)
+    const int referenceSize = outline_.isDebug() ? 6 : 4; // two tags
+    if (length < referenceSize * hasReference || length > file_.size() - position_)
         fail(start + 8, "a packet of " + std::to_string(length) + " bytes where " +
                             std::to_string(file_.size() - position_) + " are left");
     position_ += length;
@@ -196,9 +197,11 @@ void Walker::textPacket() {
     addPacket(start, type);
 }
 
-/// Up to the right brace. Outside of quotes, only what numbers and brackets are made of can stand,
-/// and the brackets close in order.
+/// Up to the right brace. Outside of quotes, only what numbers, tags and brackets are made of can
+/// stand, and the brackets close in order.
 void Walker::textValues() {
+    const std::string_view plain =
+        outline_.isDebug() ? " \n+-.0123456789ebBcChHiIlLfdsr" : " \n+-.0123456789e";
     std::string open;
     for (;;) {
         const char c = next();
@@ -210,7 +213,7 @@ void Walker::textValues() {
             open.push_back(c == '[' ? ']' : '>');
         else if (!open.empty() && c == open.back())
             open.pop_back();
-        else if (std::string_view(" \n+-.0123456789e").find(c) == std::string_view::npos)
+        else if (plain.find(c) == std::string_view::npos)
             fail(position_ - 1, "a byte that has no place in a text document");
     }
 }

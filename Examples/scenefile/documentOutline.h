@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include "Base/IO/ioHeader.h"
+
 namespace scenefile {
 
 /// A document that is open for reading.
@@ -42,10 +44,14 @@ struct PacketOutline {
 };
 
 struct DocumentOutline {
-    bool text = false;
+    ioWriteMethod method = ioWriteBinary;
     bool littleEndian = true;           ///< of no meaning in a text document
     std::vector<std::string> types;     ///< the registry, by id
     std::vector<PacketOutline> packets; ///< the end-of-file packet is the last
+
+    bool isText() const { return method == ioWriteAscii || method == ioWriteAsciiDebug; }
+    /// Each value has a tag.
+    bool isDebug() const { return method == ioWriteAsciiDebug || method == ioWriteBinaryDebug; }
 
     /// "packet 3 (scenefile_node) at byte 512", for messages.
     std::string describePacket(int number) const;

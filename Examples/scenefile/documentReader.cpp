@@ -5,6 +5,8 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <sstream>
+#include <stdexcept>
 
 #include "Base/IO/ioPacketFile.h"
 
@@ -15,6 +17,44 @@
 namespace scenefile {
 
 namespace {
+
+/// What the library cannot go on after: a value in a debug document that is not what it should be.
+class FatalError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// As long as it lives, such errors are exceptions, with the library's lines as one.
+class FatalHooks {
+public:
+    FatalHooks() {
+        s_lines.clear();
+        ioPacketFileErrorInit([](char* text) { s_lines.push_back(text); });
+        ioPacketFileAbortInit([] { throw FatalError(message()); });
+    }
+    FatalHooks(const FatalHooks&) = delete;
+    FatalHooks& operator=(const FatalHooks&) = delete;
+    ~FatalHooks() {
+        ioPacketFileErrorInit(nullptr);
+        ioPacketFileAbortInit(nullptr);
+    }
+
+private:
+    static std::string message() {
+        std::istringstream words;
+        std::string result;
+        for (const std::string& line : s_lines) {
+            if (line.starts_with("ioPacketFile: Fatal error"))
+                break;
+            words = std::istringstream(line);
+            for (std::string word; words >> word;)
+                result += (result.empty() ? "" : " ") + word;
+        }
+        return result;
+    }
+
+    static inline std::vector<std::string> s_lines;
+};
 
 /// Carries a document through its reading: each packet type's read leads to one of its operations.
 ///
@@ -97,9 +137,14 @@ private:
 };
 
 void Loader::load() {
-    const ioStatus status = readFile();
-    if (!failed() && status != ioOK)
-        fail("the reader gave up (status " + std::to_string(status) + ")");
+    try {
+        const FatalHooks hooks;
+        const ioStatus status = readFile();
+        if (status != ioOK)
+            fail("the reader gave up (status " + std::to_string(status) + ")");
+    } catch (const FatalError& error) {
+        fail(error.what());
+    }
     if (!failed())
         resolveLinks();
     if (!failed())
@@ -202,7 +247,7 @@ std::size_t Loader::number() {
 /// used up: what a file states never makes memory that the file does not fill. In a text, a value
 /// has a digit and a blank at least.
 bool Loader::take(std::size_t number, std::size_t size) {
-    const std::size_t bytes = outline_.text ? 2 : size;
+    const std::size_t bytes = outline_.isText() ? 2 : size;
     if (number > static_cast<std::size_t>(room_) / bytes)
         fail("it cannot hold the " + std::to_string(number) + " values that it states");
     else

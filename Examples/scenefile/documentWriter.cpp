@@ -207,10 +207,11 @@ void Writer::writeVertices(const Vertices& vertices) {
         out_.writeInt(vertices.normalCount());
         doubles(vertices.normals);
     }
-    out_.startChunk();
-    doubles(vertices.weights);
-    out_.startChunk();
-    doubles(vertices.colours);
+    for (const auto* list : {&vertices.weights, &vertices.colours}) {
+        out_.startChunk();
+        if (!list->empty()) // no array of none: in a debug document it would be a tag
+            doubles(*list);
+    }
     out_.endPacket();
 }
 

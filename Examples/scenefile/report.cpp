@@ -123,10 +123,12 @@ std::string summary(const Scene& scene) {
 void showDocument(const Document& document, const std::string& path, std::ostream& out) {
     const DocumentOutline& outline = document.outline;
     out << path << ": ";
-    if (outline.text)
+    if (outline.isText())
         out << "text";
     else
         out << "binary, " << (outline.littleEndian ? "little" : "big") << "-endian";
+    if (outline.isDebug())
+        out << " with debug tags";
     out << ", " << documentSize(outline) << " bytes\n";
     showPackets(outline, out);
     const Scene& scene = document.scene;

@@ -19,16 +19,33 @@ import tempfile
 # --- The two formats: values, chunks and sub-packets -----------------------------------------------
 
 
+# The tags of debug files: of a value, and of an array, by the code of the struct module. R is a
+# reference.
+VALUE_TAGS = {'?': b'b', 'B': b'C', 'i': b'i', 'I': b'I', 'q': b'l', 'd': b'd', 'R': b'r', 's': b's'}
+ARRAY_TAGS = {'i': b'5', 'd': b'0'}
+
+
 class BinaryValues:
     """The body of a binary packet. `swapped` collects its bytes in the other order."""
 
-    def __init__(self, data, order):
-        self.data, self.order, self.at = data, order, 0
+    def __init__(self, data, order, debug):
+        self.data, self.order, self.debug, self.at = data, order, debug, 0
         self.ends = [len(data)]
         self.chunk_ends = [None]
         self.swapped = bytearray()
 
+    def tag(self, tag):
+        assert not self.debug or self.raw('c') == tag
+
     def take(self, code):
+        self.tag(VALUE_TAGS[code])
+        return self.take('I') if code == 'R' else self.raw(code)
+
+    def array(self, count, code):
+        self.tag(ARRAY_TAGS[code])
+        return [self.raw(code) for _ in range(count)]
+
+    def raw(self, code):
         size = struct.calcsize('<' + code)
         value, = struct.unpack(self.order + code, self.data[self.at:self.at + size])
         self.at += size
@@ -36,19 +53,20 @@ class BinaryValues:
         return value
 
     def begin(self, mark):
-        assert chr(self.take('B')) == mark
+        assert self.raw('c') == mark
         start = self.at
         return start + self.take('i')
 
     def string(self):
-        return bytes(iter(lambda: self.take('B'), 0)).decode()
+        self.tag(VALUE_TAGS['s'])
+        return bytes(iter(lambda: self.raw('B'), 0)).decode()
 
     def chunk(self):
         """Whether there is a further chunk with anything in it."""
         self.end_chunk()
         if self.at == self.ends[-1]:
             return False
-        self.chunk_ends[-1] = self.begin(',')
+        self.chunk_ends[-1] = self.begin(b',')
         return self.at < self.chunk_ends[-1]
 
     def end_chunk(self):
@@ -57,7 +75,7 @@ class BinaryValues:
             self.chunk_ends[-1] = None
 
     def start(self):
-        self.ends.append(self.begin('.'))
+        self.ends.append(self.begin(b'.'))
         self.chunk_ends.append(None)
 
     def end(self):
@@ -69,8 +87,8 @@ class BinaryValues:
 class TextValues:
     """The text of a packet behind "{ ", its id and its reference mark."""
 
-    def __init__(self, text):
-        self.text, self.at = text, 0
+    def __init__(self, text, debug):
+        self.text, self.debug, self.at = text, debug, 0
         self.open = [False]
 
     def skip(self, text):
@@ -78,12 +96,23 @@ class TextValues:
         self.at += len(text) if found else 0
         return found
 
+    def tag(self, tag):
+        assert not self.debug or self.skip(tag)
+
+    def array(self, count, code):
+        self.tag(ARRAY_TAGS[code])
+        return [self.take(code) for _ in range(count)]
+
     def take(self, code):
+        self.tag(VALUE_TAGS[code])
+        if code == 'R':
+            return self.take('I')
         end = self.text.index(b' ', self.at)
         word, self.at = self.text[self.at:end], end + 1
         return float(word) if code == 'd' else int(word)
 
     def string(self):
+        self.tag(VALUE_TAGS['s'])
         match = re.compile(rb'"((?:\\.|[^"\\])*)" ', re.S).match(self.text, self.at)
         self.at = match.end()
         return re.sub(rb'\\(.)', rb'\1', match[1], flags=re.S).decode()
@@ -120,7 +149,8 @@ class File:
         lines = data.split(b'\n')
         assert lines[0] == b'^@' and lines[4] == b'@'
         little, method, _ = map(int, lines[2].split())
-        self.order, self.text = '<' if little else '>', method == 0
+        self.order, self.method = '<' if little else '>', method
+        self.text, self.debug = method in (0, 2), method in (2, 3)
         end = lines.index(b'@', 5)
         self.types = [line.split()[1].decode() for line in lines[5:end]]
         self.start = len(b'\n'.join(lines[:end + 1])) + 1
@@ -134,16 +164,16 @@ class File:
     def binary_packet(self, data, at):
         type_id, has_reference, length = struct.unpack(self.order + '3i', data[at:at + 12])
         self.add(type_id, has_reference, 12 + length,
-                 BinaryValues(data[at + 12:at + 12 + length], self.order))
+                 BinaryValues(data[at + 12:at + 12 + length], self.order, self.debug))
         return 12 + length
 
     def text_packet(self, data, at):
         match = re.compile(rb'\{ (\d+) ([01]) ((?:\\.|[^\\}])*)\}\n', re.S).match(data, at)
-        self.add(int(match[1]), int(match[2]), len(match[0]), TextValues(match[3]))
+        self.add(int(match[1]), int(match[2]), len(match[0]), TextValues(match[3], self.debug))
         return len(match[0])
 
     def add(self, type_id, has_reference, size, values):
-        reference = values.take('I') if has_reference else 0
+        reference = values.take('R') if has_reference else 0
         self.packets.append(Packet(self.types[type_id], size, reference, values))
 
 
@@ -155,7 +185,7 @@ def read_many(values, count, code):
 
 
 def read_references(values):
-    return read_many(values, values.take('i'), 'I')
+    return read_many(values, values.take('i'), 'R')
 
 
 IDENTITY = [1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0]
@@ -163,7 +193,7 @@ IDENTITY = [1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0]
 
 def read_scene(values):
     assert values.chunk()
-    scene = {'root': values.take('I'), 'vertices': values.take('I')}
+    scene = {'root': values.take('R'), 'vertices': values.take('R')}
     assert values.chunk()
     scene['libraries'] = read_references(values)
     assert values.chunk()
@@ -173,31 +203,32 @@ def read_scene(values):
 
 def read_node(values):
     assert values.chunk()
-    node = dict(zip(('name', 'parent', 'mesh'), read_many(values, 3, 'I')))
+    node = dict(zip(('name', 'parent', 'mesh'), read_many(values, 3, 'R')))
     node['children'] = read_references(values) if values.chunk() else []
-    node['transform'] = read_many(values, 12, 'd') if values.chunk() else IDENTITY
+    node['transform'] = values.array(12, 'd') if values.chunk() else IDENTITY
     return node
 
 
 def read_mesh(values):
     assert values.chunk()
-    values.take('I')  # the vertices
+    values.take('R')  # the vertices
     return {'runs': [read_run(values) for _ in range(values.take('i'))]}
 
 
 def read_run(values):
     values.start()
     assert values.chunk()
-    run = dict(zip(('kind', 'texture', 'normals'), read_many(values, 3, 'B')))
+    run = {'kind': values.take('B'), 'texture': values.take('?'), 'normals': values.take('?')}
     run['elements'], run['corners'], size = read_many(values, 3, 'i')
     assert values.chunk()
-    run['material'], run['group'] = read_many(values, 2, 'I')
+    run['material'], run['group'] = read_many(values, 2, 'R')
     run['smoothing'] = values.take('i')
     assert values.chunk()
-    run['sizes'] = [size] * run['elements'] if size else read_many(values, run['elements'], 'i')
+    run['sizes'] = [size] * run['elements'] if size else values.array(run['elements'], 'i')
     assert sum(run['sizes']) == run['corners']
-    run['positions'] = read_many(values, run['corners'], 'i')
-    read_many(values, run['corners'] * (run['texture'] + run['normals']), 'i')
+    run['positions'] = values.array(run['corners'], 'i')
+    for has in run['texture'], run['normals']:
+        values.array(run['corners'] * has, 'i')
     values.end()
     return run
 
@@ -209,24 +240,24 @@ def read_group(values):
 
 def read_material(values):
     assert values.chunk()
-    return {'name': values.take('I')}
+    return {'name': values.take('R')}
 
 
 def read_vertices(values):
     vertices = {'texture': 0, 'texture_size': 0, 'normals': 0}
     assert values.chunk()
     vertices['positions'] = values.take('i')
-    vertices['xyz'] = read_many(values, 3 * vertices['positions'], 'd')
+    vertices['xyz'] = values.array(3 * vertices['positions'], 'd')
     if values.chunk():
         vertices['texture'], vertices['texture_size'] = values.take('i'), values.take('B')
-        read_many(values, vertices['texture'] * vertices['texture_size'], 'd')
+        values.array(vertices['texture'] * vertices['texture_size'], 'd')
     if values.chunk():
         vertices['normals'] = values.take('i')
-        read_many(values, 3 * vertices['normals'], 'd')
-    vertices['weights'] = values.chunk()
-    read_many(values, vertices['positions'] * vertices['weights'], 'd')
-    vertices['colours'] = values.chunk()
-    read_many(values, 3 * vertices['positions'] * vertices['colours'], 'd')
+        values.array(3 * vertices['normals'], 'd')
+    for name, size in (('weights', 1), ('colours', 3)):
+        vertices[name] = values.chunk()
+        if vertices[name]:
+            values.array(size * vertices['positions'], 'd')
     return vertices
 
 
@@ -307,6 +338,7 @@ def show(path, file):
     vertices, root = objects[scene['vertices']], objects[scene['root']]
     form = 'text' if file.text else \
         'binary, ' + ('little' if file.order == '<' else 'big') + '-endian'
+    form += ' with debug tags' if file.debug else ''
     yield f'{path}: {form}, {file.size} bytes'
     yield f'packets: {len(file.packets)}, and the header of {file.start} bytes'
     for name in file.types:
@@ -347,7 +379,7 @@ def swap(data):
     read_document(file)
     order = '>' if file.order == '<' else '<'
     start = data[:file.start].split(b'\n')
-    start[2] = b'0 1 1' if file.order == '<' else b'1 1 1'
+    start[2] = b'%d %d 1' % (file.order == '>', file.method)
     result = b'\n'.join(start)
     for packet in file.packets:
         result += struct.pack(order + '3i', file.types.index(packet.type), packet.reference != 0,
@@ -414,7 +446,7 @@ def main():
         equal(make(example['model'], 'text'),
               start.replace(b'1 1 1', b'1 0 1') + example['text'].encode(), 'the text example')
 
-        for method in 'binary', 'text':
+        for method in 'binary', 'text', 'binary-debug', 'text-debug':
             path = folder / method
             for model in MODEL, example['model']:
                 data = make(model, method)
@@ -426,18 +458,24 @@ def main():
         for method, root in (('binary', bytes_of(example['binary_root'])),
                              ('text', example['text_root'].encode())):
             equal((folder / method).read_bytes().count(root), 1, f'the {method} root example')
+        for method, scene in (('binary', bytes_of(example['binary_debug'])),
+                              ('text', example['text_debug'].encode())):
+            data = make(example['model'], method + '-debug')
+            place = len(start.replace(b'1 1 1', b'1 %d 1' % File(data).method))
+            equal(data[place:place + len(scene)], scene, f'the {method} example with tags')
 
-        make(MODEL, 'binary')
-        run('transform', folder / 'binary', '--scale=3,-2,0.5')
-        data = (folder / 'binary').read_bytes()
-        (folder / 'swapped').write_bytes(swap(data))
-        equal(swap(swap(data)), data, 'a document that was swapped twice')
-        equal('\n'.join(show(folder / 'swapped', File(swap(data)))) + '\n',
-              run('show', folder / 'swapped'), 'what is in a swapped document')
-        for document in 'binary', 'swapped':
-            run('export', folder / document, folder / f'{document}.obj')
-        equal((folder / 'swapped.obj').read_text(), (folder / 'binary.obj').read_text(),
-              'the model in a swapped document')
+        for method in 'binary', 'binary-debug':
+            make(MODEL, method)
+            run('transform', folder / method, '--scale=3,-2,0.5')
+            data = (folder / method).read_bytes()
+            (folder / 'swapped').write_bytes(swap(data))
+            equal(swap(swap(data)), data, 'a document that was swapped twice')
+            equal('\n'.join(show(folder / 'swapped', File(swap(data)))) + '\n',
+                  run('show', folder / 'swapped'), 'what is in a swapped document')
+            for document in method, 'swapped':
+                run('export', folder / document, folder / f'{document}.obj')
+            equal((folder / 'swapped.obj').read_text(), (folder / f'{method}.obj').read_text(),
+                  'the model in a swapped document')
 
         for arguments, code in ((['verify', folder / 'in.obj'], 1), (['show'], 2), (['--help'], 0)):
             equal(subprocess.run([scenefile, *map(str, arguments)], capture_output=True).returncode,

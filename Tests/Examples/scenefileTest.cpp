@@ -15,7 +15,7 @@ using testing::StartsWith;
 
 namespace {
 
-const char* const methods[] = {"binary", "text"};
+const char* const methods[] = {"binary", "text", "binary-debug", "text-debug"};
 
 struct Malformed {
     const char* model;

@@ -22,8 +22,9 @@
 /// reference is a Reference and the UInt that it is written as; the length of a chunk or sub-packet
 /// in a binary file is an Int, and counts from its tag (5 is an empty one); an array has one tag,
 /// and where the format writes it element by element (in binary those of bool, in text all) one
-/// more for each element. An array without elements is its tag alone. Bytes of writeRawByte() and
-/// the start of a packet have none. Text has the tag directly before the value, with no blank.
+/// more for each element. An array without elements is its tag alone, and a chunk that holds it is
+/// not empty. Bytes of writeRawByte() and the start of a packet have none. Text has the tag
+/// directly before the value, with no blank.
 ///
 /// @code
 /// #include <cstdio>
