@@ -42,8 +42,10 @@ public:
 
     /// Runs the operation with its first `call` answered so, then with its second, and so on until
     /// a run makes no call that is left to fail; that run passes untouched, and is checked too. A
-    /// descriptor that a run leaves open is a failure of the test.
-    void run(SystemFaults::Call call, SystemFaults::Answer answer);
+    /// descriptor that a run leaves open is a failure of the test. With `inARow` as many calls get
+    /// the answer, one after the other: a disk that is full and stays so. Returns how many faults
+    /// that made.
+    std::size_t run(SystemFaults::Call call, SystemFaults::Answer answer, std::size_t inARow = 1);
 
     /// The same for every call there is, with each error that calls are known for (ENOSPC, EIO,
     /// EACCES, EINTR), and a byte at a time where a call moves bytes. A `close` that is interrupted

@@ -15,8 +15,9 @@
 
 class TempFolder {
 public:
-    TempFolder() {
-        std::string name = std::filesystem::temp_directory_path() / "zeBase-XXXXXX";
+    explicit TempFolder(
+        const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
+        std::string name = parent / "zeBase-XXXXXX";
         if (!mkdtemp(name.data()))
             throw std::runtime_error("cannot make a temporary folder");
         path_ = name;
