@@ -26,7 +26,8 @@ namespace scenefile {
 namespace {
 
 constexpr const char* help =
-    R"(usage: scenefile import MODEL.obj DOCUMENT [--method METHOD] [--skip-unsupported]
+    R"(usage: scenefile import MODEL.obj DOCUMENT [--method METHOD] [--compress] [--checksum] [--encrypt]
+                        [--skip-unsupported]
        scenefile transform DOCUMENT [--rotate DEGREES,AXIS] [--scale FACTORS] [--translate X,Y,Z]
        scenefile show DOCUMENT
        scenefile verify DOCUMENT
@@ -46,6 +47,9 @@ Keeps the models of OBJ files in documents.
   --method METHOD     binary (the default) is small and exact; text can be read and compared by
                       people, and holds 16 digits of each number; binary-debug and text-debug have a
                       tag before each value, which finds a reader that is out of step
+  --compress, --checksum, --encrypt
+                      in any combination: make the document smaller, guard it against damage,
+                      keep it from being read casually (it is no secret: every scenefile has the key)
   --skip-unsupported  passes over statements that a document has no place for, and says how many
   --rotate DEGREES,AXIS
                       right-handed, about x, y, z or a direction X,Y,Z through the origin: 90,z
@@ -70,7 +74,7 @@ use.
 
 struct Arguments {
     std::vector<std::string> words; // without the options
-    ioWriteMethod method = ioWriteBinary;
+    DocumentForm form;
     bool skipUnsupported = false;
     int segments = 48;
     zeLinear::AffineMatrix transform; // what came first acts first
@@ -118,6 +122,12 @@ private:
             result_.transform *= scaling(value());
         else if (name == "--translate")
             result_.transform *= translation(value());
+        else if (word == "--compress")
+            result_.form.filters.compress = true;
+        else if (word == "--checksum")
+            result_.form.filters.checksum = true;
+        else if (word == "--encrypt")
+            result_.form.filters.encrypt = true;
         else if (word == "--skip-unsupported")
             result_.skipUnsupported = true;
         else if (word == "--help" || word == "-h")
@@ -135,7 +145,7 @@ private:
             {"text-debug", ioWriteAsciiDebug}};
         for (const auto& [name, method] : methods)
             if (value == name) {
-                result_.method = method;
+                result_.form.method = method;
                 return;
             }
         throw UsageError("there is no method '" + value +
@@ -162,12 +172,12 @@ void refuseSameFile(const std::string& a, const std::string& b) {
 }
 
 /// Returns how many numbers had to be rounded. What is checked is what the document will hold.
-int writeDocument(Scene& scene, ioWriteMethod method, const std::string& target) {
-    const bool isText = method == ioWriteAscii || method == ioWriteAsciiDebug;
+int writeDocument(Scene& scene, const DocumentForm& form, const std::string& target) {
+    const bool isText = form.method == ioWriteAscii || form.method == ioWriteAsciiDebug;
     const int rounded = isText ? roundForText(scene) : 0;
     if (const SceneFault fault = checkScene(scene); !fault.text.empty())
         throw Failure(target + ": cannot be written: " + fault.text);
-    replaceFile(target, [&](int descriptor) { saveDocument(scene, method, descriptor); });
+    replaceFile(target, [&](int descriptor) { saveDocument(scene, form, descriptor); });
     return rounded;
 }
 
@@ -181,7 +191,7 @@ void importModel(const Arguments& arguments, std::ostream& out) {
     const std::string& target = arguments.words[2];
     refuseSameFile(model, target);
     ObjModel read = readObj(model, arguments.skipUnsupported);
-    const int rounded = writeDocument(read.scene, arguments.method, target);
+    const int rounded = writeDocument(read.scene, arguments.form, target);
     out << target << ": " << summary(read.scene) << "\n";
     for (const auto& [keyword, count] : read.skipped)
         out << "skipped: " << keyword << " (" << count << " times)\n";
@@ -196,7 +206,7 @@ void transform(const Arguments& arguments, std::ostream& out) {
     Document document = loadDocument(target);
     Scene& scene = document.scene;
     scene.root->transform *= arguments.transform;
-    const int rounded = writeDocument(scene, document.outline.method, target);
+    const int rounded = writeDocument(scene, document.form(), target);
     out << target << ": " << boundsText(sceneBounds(scene)) << "\n";
     noteRounded(rounded, out);
 }
@@ -236,7 +246,10 @@ struct Command {
 
 const Command& findCommand(const std::string& name) {
     static const Command commands[] = {
-        {"import", {"MODEL.obj", "DOCUMENT"}, {"--method", "--skip-unsupported"}, importModel},
+        {"import",
+         {"MODEL.obj", "DOCUMENT"},
+         {"--method", "--compress", "--checksum", "--encrypt", "--skip-unsupported"},
+         importModel},
         {"transform", {"DOCUMENT"}, {"--rotate", "--scale", "--translate"}, transform},
         {"show", {"DOCUMENT"}, {}, show},
         {"verify", {"DOCUMENT"}, {}, verify},

@@ -65,6 +65,16 @@ for method in binary text; do
     run cmp model.$method again.$method
 done
 
+say "The same document compressed, encrypted and guarded by a checksum: it exports the same model."
+run scenefile import model.obj model.small --compress --encrypt --checksum
+run scenefile verify model.small
+run scenefile export model.small small.obj
+run scenefile export model.binary again.obj
+run cmp small.obj again.obj
+say "One byte of it is changed. The checksum tells."
+run dd if=/dev/zero of=model.small bs=1 seek=500 count=1 conv=notrunc status=none
+refuse scenefile verify model.small
+
 say "Turns, scales and moves the model in its document, and shows the new bounds."
 run cp model.binary moved.binary
 run scenefile transform moved.binary --rotate 90,x --scale 2 --translate 0,0,5

@@ -29,14 +29,22 @@ inline constexpr const char* string = "packetFile_string";
 /// Rounds all numbers of a scene as a text document does, to 16 digits. Returns how many changed.
 int roundForText(Scene& scene);
 
-/// Writes a scene that checkScene() finds nothing wrong with, by any method. The
+/// How a document is written.
+struct DocumentForm {
+    ioWriteMethod method = ioWriteBinary;
+    DocumentFilters filters;
+};
+
+/// Writes a scene that checkScene() finds nothing wrong with. The
 /// descriptor stays the caller's. Throws a Failure if a write fails.
-void saveDocument(const Scene& scene, ioWriteMethod method, int descriptor);
+void saveDocument(const Scene& scene, const DocumentForm& form, int descriptor);
 
 struct Document {
     DocumentOutline outline;
     Scene scene;
     int references = 0; ///< usages of references, null ones left out
+
+    DocumentForm form() const { return {outline.method, outline.filters}; }
 };
 
 /// Reads a document and checks it whole: its outline, that each reference leads to an object of the

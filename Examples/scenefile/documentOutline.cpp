@@ -2,35 +2,13 @@
 
 #include "documentOutline.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <bit>
-#include <cerrno>
 #include <string_view>
 
 #include "failure.h"
-#include "progress.h"
 
 namespace scenefile {
-
-DocumentFile::DocumentFile(const std::string& path)
-    : path_(path), descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
-    if (descriptor_ < 0)
-        throw Failure(path_ + ": cannot be opened: " + systemMessage(errno));
-    struct stat status = {};
-    if (fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) {
-        close(descriptor_);
-        throw Failure(path_ + ": cannot be read: not a regular file");
-    }
-    size_ = status.st_size;
-}
-
-DocumentFile::~DocumentFile() {
-    close(descriptor_);
-}
 
 std::string DocumentOutline::describePacket(int number) const {
     const PacketOutline& packet = packets.at(static_cast<std::size_t>(number));
@@ -43,12 +21,17 @@ namespace {
 
 constexpr std::string_view endOfFileType = "packetFile_EOF";
 
+/// Longer than any packet that announces filters.
+constexpr int longestAnnouncement = 64;
+
 /// The longest line of a registry that the reader takes in one piece, with its newline.
 constexpr int longestTypeLine = 89;
 
 class Walker {
 public:
-    explicit Walker(const DocumentFile& file) : file_(file), progress_("checking", file.size()) {}
+    explicit Walker(const DocumentFile& file) : file_(file), stream_(file, "checking") {
+        outline_.fileSize = file.size();
+    }
 
     DocumentOutline walk();
 
@@ -60,42 +43,43 @@ private:
     void textPacket();
     void textValues();
     void quotedText();
+    std::string shortLine();
+    void announcement(std::int64_t position, std::string_view values);
+    void end();
+    void expectStatus(ioStreamStatus status);
 
-    bool atEnd() const { return position_ == file_.size(); }
-    void fillBlock();
     char next();
+    void back();
+    void skip(std::int64_t size);
     void expect(char wanted, const char* what);
     int digits(const char* what);
     std::int32_t int32();
     void addPacket(std::int64_t position, int type);
+    int findType(std::string_view name) const;
+    [[noreturn]] void failBehind() const;
+    [[noreturn]] void failStream() const;
     [[noreturn]] void fail(std::int64_t position, const std::string& message) const;
 
     const DocumentFile& file_;
-    Progress progress_;
+    DocumentStream stream_;
     DocumentOutline outline_;
     int endType_ = -1;
+    int filtersType_ = -1;
     std::int64_t position_ = 0; // of the next byte
-    std::int64_t blockStart_ = 0;
-    std::size_t blockSize_ = 0;
-    char block_[65536];
+    char last_ = 0;
+    bool again_ = false; // the last byte is the next once more
 };
 
 DocumentOutline Walker::walk() {
     header();
     registry();
-    bool ended = false;
-    while (!ended) {
-        if (atEnd())
-            fail(position_, "the file ends without its end-of-file packet: it is cut off");
+    do {
         if (outline_.isText())
             textPacket();
         else
             binaryPacket();
-        ended = outline_.packets.back().type == endType_;
-        progress_.report(position_);
-    }
-    if (!atEnd())
-        fail(position_, "there is something behind the end-of-file packet");
+    } while (outline_.packets.back().type != endType_);
+    end();
     return std::move(outline_);
 }
 
@@ -103,7 +87,7 @@ DocumentOutline Walker::walk() {
 /// would then run past the at sign in search of it.
 void Walker::header() {
     for (char c : {'^', '@', '\n'})
-        if (atEnd() || next() != c)
+        if (file_.size() < 3 || next() != c)
             fail(0, "this is no document");
     int numbers[11];
     for (int& number : numbers) {
@@ -133,7 +117,7 @@ void Walker::registry() {
             break;
         while (c == ' ')
             c = next();
-        --position_;
+        back();
         const int number = digits("a type's number");
         expect(' ', "a type's name");
         if (outline_.types.empty())
@@ -148,10 +132,16 @@ void Walker::registry() {
         outline_.types.push_back(std::move(name));
     }
     expect('\n', "the end of the list of types");
-    const auto end = std::find(outline_.types.begin(), outline_.types.end(), endOfFileType);
-    if (end == outline_.types.end())
+    endType_ = findType(endOfFileType);
+    filtersType_ = findType(packetType::filters);
+    if (endType_ < 0)
         fail(position_, "the list of types has no end-of-file packet");
-    endType_ = static_cast<int>(end - outline_.types.begin());
+}
+
+/// -1 for a type that is not listed.
+int Walker::findType(std::string_view name) const {
+    const auto place = std::find(outline_.types.begin(), outline_.types.end(), name);
+    return place == outline_.types.end() ? -1 : static_cast<int>(place - outline_.types.begin());
 }
 
 std::string Walker::typeName() {
@@ -175,11 +165,20 @@ void Walker::binaryPacket() {
     if (hasReference < 0 || hasReference > 1)
         fail(start + 4, "a packet says neither that it has a reference nor that it has none");
     const int referenceSize = outline_.isDebug() ? 6 : 4; // two tags
-    if (length < referenceSize * hasReference || length > file_.size() - position_)
+    if (length < referenceSize * hasReference)
+        fail(start + 8, "a packet of " + std::to_string(length) + " bytes");
+    if (!outline_.filters.any() && length > file_.size() - position_)
         fail(start + 8, "a packet of " + std::to_string(length) + " bytes where " +
                             std::to_string(file_.size() - position_) + " are left");
-    position_ += length;
+    if (type != filtersType_) {
+        skip(length);
+        return addPacket(start, type);
+    }
+    std::string values;
+    for (int i = 0; i < std::min(length, longestAnnouncement); ++i)
+        values.push_back(next());
     addPacket(start, type);
+    announcement(start, values);
 }
 
 /// "{ ", id, whether there is a reference, values, "}\n".
@@ -192,9 +191,14 @@ void Walker::textPacket() {
     const int hasReference = digits("whether there is a reference");
     if (hasReference > 1)
         fail(position_ - 1, "a packet says neither that it has a reference nor that it has none");
-    textValues();
-    expect('\n', "the end of a packet");
+    if (type != filtersType_) {
+        textValues();
+        expect('\n', "the end of a packet");
+        return addPacket(start, type);
+    }
+    const std::string values = shortLine();
     addPacket(start, type);
+    announcement(start, values);
 }
 
 /// Up to the right brace. Outside of quotes, only what numbers, tags and brackets are made of can
@@ -229,25 +233,91 @@ void Walker::quotedText() {
     }
 }
 
-void Walker::fillBlock() {
-    blockStart_ = position_;
-    ssize_t size;
-    do
-        size = pread(file_.descriptor(), block_, sizeof block_, position_);
-    while (size < 0 && errno == EINTR);
-    if (size < 0)
-        throw Failure(file_.path() + ": cannot be read: " + systemMessage(errno));
-    if (size == 0)
-        fail(position_, "the file became shorter");
-    blockSize_ = static_cast<std::size_t>(size);
+/// Up to a newline, which is left out.
+std::string Walker::shortLine() {
+    std::string line;
+    for (char c = next(); c != '\n' && line.size() < longestAnnouncement; c = next())
+        line.push_back(c);
+    return line;
+}
+
+/// The values of the packet are one string, with the words of the filters. What follows is read
+/// through them.
+void Walker::announcement(std::int64_t position, std::string_view values) {
+    std::string before = outline_.isDebug() ? "s" : "";
+    std::string after = std::string(1, '\0');
+    if (outline_.isText()) {
+        before = " " + before + "\"";
+        after = "\" }";
+    }
+    std::optional<DocumentFilters> filters;
+    if (values.starts_with(before) && values.ends_with(after)) {
+        values.remove_prefix(before.size());
+        values.remove_suffix(std::min(after.size(), values.size()));
+        filters = DocumentFilters::fromWords(values);
+    }
+    if (!filters)
+        fail(position, "a packet that announces no filters that scenefile knows");
+    if (outline_.packets.size() > 1)
+        fail(position, "a packet that announces filters behind other packets");
+    outline_.filters = *filters;
+    filters->push(stream_);
+}
+
+/// Nothing may stand behind the last packet, neither within the filters nor below them. Only a
+/// compressed part has an end of its own. The others are taken off as soon as they have handed out
+/// all that they held: asked for more, a checksum takes the rest of a frame for an ordinary end.
+void Walker::end() {
+    if (outline_.filters.compress) {
+        expectStatus(streamCompressEnd);
+        stream_.compress(false);
+    }
+    for (const bool filter : {outline_.filters.encrypt, outline_.filters.checksum})
+        if (filter) {
+            if (!stream_.buffered().empty())
+                failBehind();
+            stream_.popBufferChain();
+        }
+    expectStatus(streamEOF);
+}
+
+void Walker::expectStatus(ioStreamStatus status) {
+    stream_.readChar();
+    if (stream_.getStatus() == streamOK)
+        failBehind();
+    if (stream_.getStatus() != status)
+        failStream();
 }
 
 char Walker::next() {
-    if (atEnd())
-        fail(position_, "the file ends too early: it is cut off");
-    if (position_ < blockStart_ || position_ >= blockStart_ + static_cast<std::int64_t>(blockSize_))
-        fillBlock();
-    return block_[position_++ - blockStart_];
+    if (!again_) {
+        last_ = static_cast<char>(stream_.readChar());
+        if (stream_.getStatus() != streamOK)
+            failStream();
+    }
+    again_ = false;
+    ++position_;
+    return last_;
+}
+
+void Walker::back() {
+    again_ = true;
+    --position_;
+}
+
+/// Not after back().
+void Walker::skip(std::int64_t size) {
+    while (size > 0) {
+        const auto held = static_cast<std::int64_t>(stream_.buffered().size());
+        const std::int64_t skipped = std::min(held, size);
+        stream_.skip(static_cast<int>(skipped));
+        position_ += skipped;
+        size -= skipped;
+        if (size > 0) {
+            next();
+            --size;
+        }
+    }
 }
 
 void Walker::expect(char wanted, const char* what) {
@@ -262,7 +332,7 @@ int Walker::digits(const char* what) {
     char c = next();
     for (; c >= '0' && c <= '9' && position_ - start < 10; c = next())
         number = 10 * number + (c - '0');
-    --position_;
+    back();
     if (position_ == start || (c >= '0' && c <= '9'))
         fail(start, std::string("expected ") + what);
     return number;
@@ -283,8 +353,29 @@ void Walker::addPacket(std::int64_t position, int type) {
     outline_.packets.push_back({position, position_ - position, type});
 }
 
+void Walker::failBehind() const {
+    fail(position_, "there is something behind the end-of-file packet");
+}
+
+void Walker::failStream() const {
+    switch (stream_.getStatus()) {
+    case streamChecksumError:
+        fail(position_, "the checksum does not agree: the document is damaged");
+    case streamEOF:
+        fail(position_, "the file ends too early: it is cut off");
+    case streamCompressEnd:
+        fail(position_, "what is compressed ends too early");
+    default:
+        if (outline_.filters.any())
+            fail(position_, "what is behind is damaged or cut off, and cannot be " +
+                                std::string(outline_.filters.compress ? "expanded" : "deciphered"));
+        fail(position_, "the file cannot be read");
+    }
+}
+
 void Walker::fail(std::int64_t position, const std::string& message) const {
-    throw Failure(file_.path() + ": byte " + std::to_string(position) + ": " + message);
+    const char* note = outline_.filters.any() ? " (without its filters)" : "";
+    throw Failure(file_.path() + ": byte " + std::to_string(position) + note + ": " + message);
 }
 
 } // namespace

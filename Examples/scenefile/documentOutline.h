@@ -16,36 +16,24 @@
 
 #include "Base/IO/ioHeader.h"
 
+#include "documentFile.h"
+#include "documentFilters.h"
+
 namespace scenefile {
 
-/// A document that is open for reading.
-class DocumentFile {
-public:
-    /// Throws a Failure if there is no such file, or it is something else.
-    explicit DocumentFile(const std::string& path);
-    DocumentFile(const DocumentFile&) = delete;
-    DocumentFile& operator=(const DocumentFile&) = delete;
-    ~DocumentFile();
-
-    const std::string& path() const { return path_; }
-    int descriptor() const { return descriptor_; }
-    std::int64_t size() const { return size_; }
-
-private:
-    std::string path_;
-    int descriptor_;
-    std::int64_t size_ = 0;
-};
-
+/// Positions are those in the document without its filters: in the file, what stands behind the
+/// packet that announces filters has no place of its own.
 struct PacketOutline {
-    std::int64_t position = 0; ///< of its first byte in the file
+    std::int64_t position = 0; ///< of its first byte
     std::int64_t size = 0;     ///< from there to the next packet
     int type = 0;              ///< its place in DocumentOutline::types
 };
 
 struct DocumentOutline {
     ioWriteMethod method = ioWriteBinary;
-    bool littleEndian = true;           ///< of no meaning in a text document
+    bool littleEndian = true; ///< of no meaning in a text document
+    DocumentFilters filters;
+    std::int64_t fileSize = 0;          ///< with the filters
     std::vector<std::string> types;     ///< the registry, by id
     std::vector<PacketOutline> packets; ///< the end-of-file packet is the last
 

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
 
-#include <unistd.h>
-
 #include <deque>
 #include <functional>
 #include <memory>
@@ -12,7 +10,6 @@
 
 #include "document.h"
 #include "failure.h"
-#include "progress.h"
 
 namespace scenefile {
 
@@ -62,8 +59,9 @@ private:
 /// halts the reading; what follows it in the packet is read, and without meaning.
 class Loader : public ioClientReadContext {
 public:
-    Loader(ioReadContext* context, const DocumentFile& file, const DocumentOutline& outline)
-        : ioClientReadContext(context), file_(file), outline_(outline) {}
+    Loader(ioReadContext* context, DocumentStream& stream, const DocumentFile& file,
+           const DocumentOutline& outline)
+        : ioClientReadContext(context), stream_(stream), file_(file), outline_(outline) {}
 
     /// Reads the file and checks the scene; throws a Failure.
     void load();
@@ -71,6 +69,7 @@ public:
     Scene takeScene() { return std::move(scene_); }
     int references() const { return static_cast<int>(links_.size()); }
 
+    void readFilters();
     void readScene();
     void readNode();
     void readMesh();
@@ -125,6 +124,7 @@ private:
     void fail(const std::string& message) { fail(static_cast<int>(currentPacket()), message); }
     void fail(int packet, const std::string& message);
 
+    DocumentStream& stream_;
     const DocumentFile& file_;
     const DocumentOutline& outline_;
     Scene scene_;
@@ -276,6 +276,18 @@ void Loader::doubles(std::vector<double>& list, std::size_t number) {
 }
 
 // Packets.
+
+/// Everything behind this packet goes through the filters. A packet of text ends in a newline that
+/// the context has not read yet.
+void Loader::readFilters() {
+    const char* words = readCString();
+    const auto filters = DocumentFilters::fromWords(words == nullptr ? "" : words);
+    if (!filters)
+        return fail("it announces no filters that scenefile knows");
+    if (outline_.isText())
+        stream_.readChar();
+    filters->push(stream_);
+}
 
 void Loader::readScene() {
     if (++sceneCount_ > 1 || getPacketReference() != 0) {
@@ -431,6 +443,7 @@ public:
     /// The type of strings takes the place of the built-in one, whose strings the program would
     /// have to free one by one.
     void registerAllTypes() override {
+        supportedType(new ReadingType(packetType::filters, &Loader::readFilters));
         supportedType(new ReadingType(packetType::scene, &Loader::readScene));
         supportedType(new ReadingType(packetType::node, &Loader::readNode));
         supportedType(new ReadingType(packetType::mesh, &Loader::readMesh));
@@ -441,13 +454,6 @@ public:
     }
 };
 
-/// What the hook of a stream reports to, which is a plain function.
-thread_local Progress* s_progress = nullptr;
-
-void reportBytes(int total) {
-    s_progress->report(static_cast<unsigned int>(total));
-}
-
 } // namespace
 
 Document loadDocument(const std::string& path) {
@@ -455,24 +461,16 @@ Document loadDocument(const std::string& path) {
     Document document;
     document.outline = outlineDocument(file);
 
-    // The descriptor that was checked is the one that is read: its file cannot be another by now.
-    ioBufferedStreamInput stream;
-    auto sink = std::make_unique<ioBufferFD>(true);
-    sink->useFD(dup(file.descriptor()));
-    stream.addBufferToChain(sink.release());
-    Progress progress("reading", file.size());
-    s_progress = &progress;
-    stream.associateProgressFunction(reportBytes);
-
+    // The file that was checked is the one that is read: it cannot be another by now.
+    DocumentStream stream(file, "reading");
     ReadingRegistry registry;
     const std::unique_ptr<ioReadContext> context(ioReadContextAlloc(stream, &registry));
     if (!context)
         throw Failure(path + ": is no document of a known form");
-    Loader loader(context.get(), file, document.outline);
+    Loader loader(context.get(), stream, file, document.outline);
     loader.load();
     document.scene = loader.takeScene();
     document.references = loader.references();
-    stream.close();
     return document;
 }
 

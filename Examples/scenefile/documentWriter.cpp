@@ -24,14 +24,31 @@ namespace {
 /// A type that is only written needs no more than its name.
 class WritingRegistry : public ioPacketRegistry {
 public:
-    WritingRegistry() : ioPacketRegistry(false) {}
+    explicit WritingRegistry(bool withFilters)
+        : ioPacketRegistry(false), withFilters_(withFilters) {}
 
     void registerAllTypes() override {
         for (const char* name : {packetType::scene, packetType::node, packetType::mesh,
                                  packetType::group, packetType::material, packetType::vertices})
             supportedType(new ioPacketType(name));
+        if (withFilters_)
+            supportedType(new ioPacketType(packetType::filters));
     }
+
+private:
+    bool withFilters_;
 };
+
+/// The announcement stands ahead of the filters, so that a reader finds it in plain bytes.
+void startFilters(const DocumentFilters& filters, ioWriteContext& out,
+                  ioBufferedStreamOutput& stream) {
+    if (!filters.any())
+        return;
+    out.startPacket(packetType::filters, nullptr);
+    out.writeCString(filters.words().c_str());
+    out.endPacket();
+    filters.push(stream);
+}
 
 /// The names of a scene, each once. The address of a text is its reference.
 class Names {
@@ -235,15 +252,17 @@ int roundForText(Scene& scene) {
     return changed;
 }
 
-void saveDocument(const Scene& scene, ioWriteMethod method, int descriptor) {
+void saveDocument(const Scene& scene, const DocumentForm& form, int descriptor) {
     ioBufferedStreamOutput stream;
     auto sink = std::make_unique<ioBufferFD>(false);
     sink->useFD(dup(descriptor));
     stream.addBufferToChain(sink.release());
 
-    WritingRegistry registry;
-    const std::unique_ptr<ioWriteContext> context(ioWriteContextAlloc(stream, method, &registry));
+    WritingRegistry registry(form.filters.any());
+    const std::unique_ptr<ioWriteContext> context(
+        ioWriteContextAlloc(stream, form.method, &registry));
     context->startFile();
+    startFilters(form.filters, *context, stream);
     Writer(*context).write(scene);
     context->endFile();
     stream.close(); // writes out what is left: only then is the status the whole truth

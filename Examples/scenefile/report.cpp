@@ -130,6 +130,9 @@ void showDocument(const Document& document, const std::string& path, std::ostrea
     if (outline.isDebug())
         out << " with debug tags";
     out << ", " << documentSize(outline) << " bytes\n";
+    if (outline.filters.any())
+        out << "filters: " << outline.filters.words() << ", " << outline.fileSize
+            << " bytes in the file\n";
     showPackets(outline, out);
     const Scene& scene = document.scene;
     out << "scene: " << summary(scene) << "\n";

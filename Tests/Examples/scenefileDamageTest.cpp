@@ -17,12 +17,6 @@ namespace {
 
 class Damaged : public Scenefile {
 protected:
-    Result verify(const std::string& content) const {
-        std::filesystem::remove(path("damaged")); // much faster than to overwrite it
-        folder_.write("damaged", content);
-        return run({"verify", path("damaged")});
-    }
-
     /// The document of the full model, with a transform in its root.
     std::string movedDocument(const std::string& method) const {
         return transformText(fullModel, method, {"--scale", "2,-4,8", "--translate", "5,6,7"});

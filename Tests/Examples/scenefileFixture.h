@@ -34,9 +34,13 @@ protected:
     std::string path(const std::string& name) const { return folder_.path(name); }
 
     /// The document that `model` makes.
-    std::string importText(const std::string& model, const std::string& method) const {
+    std::string importText(const std::string& model, const std::string& method,
+                           const std::vector<std::string>& options = {}) const {
         folder_.write("in.obj", model);
-        const Result result = run({"import", path("in.obj"), path("made"), "--method", method});
+        std::vector<std::string> arguments = {"import", path("in.obj"), path("made"), "--method",
+                                              method};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const Result result = run(arguments);
         EXPECT_EQ(result.code, 0) << result.err << model;
         return folder_.read("made");
     }
@@ -57,6 +61,13 @@ protected:
         folder_.write("out.zd", content);
         const Result result = run({"export", path("out.zd"), path("out.obj")});
         return result.code == 0 ? folder_.read("out.obj") : result.err;
+    }
+
+    /// What becomes of the document `content`, which lies in the file "damaged".
+    Result verify(const std::string& content) const {
+        std::filesystem::remove(path("damaged")); // much faster than to overwrite it
+        folder_.write("damaged", content);
+        return run({"verify", path("damaged")});
     }
 
     std::vector<std::string> filesInFolder() const {
