@@ -152,6 +152,27 @@ inline std::string utf8(const std::string& kind, size_t n) {
     return s;
 }
 
+/// 1000 paths of 3 to 12 components; a third have doubled separators, a third "/../".
+inline std::vector<std::string> paths() {
+    Rng random(50);
+    std::vector<std::string> v;
+    for (int i = 0; i < 1000; ++i) {
+        std::string path;
+        const int components = 3 + int(random.below(10));
+        for (int k = 0; k < components; ++k) {
+            path += '/';
+            if (i % 3 == 0 && k && random.below(4) == 0)
+                path += '/';
+            if (i % 3 == 1 && k && random.below(4) == 0)
+                path += "../";
+            for (int j = 2 + int(random.below(10)); j; --j)
+                path += char('a' + random.below(26));
+        }
+        v.push_back(path + ".txt");
+    }
+    return v;
+}
+
 /// A file in the temporary directory (point TMPDIR to a memory file system: the disk is not
 /// measured), removed when the program ends.
 struct ScratchFile {

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <optional>
 #include <string_view>
 
 #include "Base/Strings/zeStringCString.h"
@@ -32,19 +33,23 @@ bool isParentStep(const wchar_t* text, wchar_t slash) {
     return text[0] == slash && text[1] == L'.' && text[2] == L'.' && text[3] == slash;
 }
 
-/// One scan that spares most paths the passes.
-bool isNormal(const IString& text, wchar_t sep) {
+std::wstring_view view(const IString& text) {
+    return {text.asWChar(), text.length()};
+}
+
+/// One scan that spares most paths the passes: they do nothing without two separators or two dots
+/// side by side, or a separator at the end. It has no early way out, so that the compiler can look
+/// at several characters at once, and its flag is as wide as they are.
+bool isNormal(std::wstring_view text, wchar_t sep) {
     const wchar_t slash = searchedSeparator(sep);
-    const wchar_t* const begin = text.asWChar();
-    const wchar_t* const end = begin + text.length();
-    for (const wchar_t* c = begin; c < end; ++c)
-        if (*c == slash && (c[1] == slash || isParentStep(c, slash)))
-            return false;
-    return end - begin < 2 || end[-1] != sep;
+    int found = text.size() > 1 && text.back() == sep;
+    for (std::size_t i = 1; i < text.size(); ++i)
+        found |= (text[i - 1] == text[i]) & ((text[i] == slash) | (text[i] == L'.'));
+    return found == 0;
 }
 
 void normalize(IString& text, wchar_t sep) {
-    if (isNormal(text, sep))
+    if (isNormal(view(text), sep))
         return;
     Filename::removeDuplicateSeparators(text, sep);
     Filename::removeTrailingSeparators(text, sep);
@@ -71,6 +76,21 @@ void joinInto(IString& out, const IString& dir, const IString& name) {
     normalize(out, Filename::separator());
 }
 
+/// A part of a path. Its text is made when it is first asked for: most callers want one part only.
+class Part {
+public:
+    const IString& text() {
+        if (!text_)
+            text_.emplace(place.data(), static_cast<int>(place.size()));
+        return *text_;
+    }
+
+    std::wstring_view place;
+
+private:
+    std::optional<IString> text_;
+};
+
 void copyOut(const IString& text, char* out) {
     std::strcpy(out, text.asMultibyte());
 }
@@ -83,11 +103,11 @@ public:
     Impl(const IString& fullName, wchar_t separator);
 
     const IString* fullName_; ///< the owner's path, not owned
-    IString prefix_;          ///< for paths with a volume prefix; always empty here
-    IString dirname_;
-    IString basename_;
-    IString baseTrunk_;
-    IString baseSuffix_;
+    Part prefix_;             ///< for paths with a volume prefix; always empty here
+    Part dirname_;
+    Part basename_;
+    Part baseTrunk_;
+    Part baseSuffix_;
     wchar_t separator_; ///< the owner's
 
 private:
@@ -102,23 +122,24 @@ Filename::Impl::Impl(const IString& fullName, wchar_t separator)
 }
 
 void Filename::Impl::splitPath() {
-    const IString& path = *fullName_;
-    const unsigned int last = path.rfind(separator_);
-    if (last == IString::npos) {
-        basename_.assign(path);
+    const std::wstring_view path = view(*fullName_);
+    const std::size_t last = path.rfind(separator_);
+    if (last == path.npos) {
+        basename_.place = path;
         return;
     }
-    path.substr(dirname_, 0, std::max(last, 1U)); // the root keeps its separator
-    path.substr(basename_, last + 1);
+    dirname_.place = path.substr(0, std::max<std::size_t>(last, 1)); // the root keeps its separator
+    basename_.place = path.substr(last + 1);
 }
 
 void Filename::Impl::splitBasename() {
-    const unsigned int dot = basename_.rfind(L'.');
-    if (dot == IString::npos) {
-        baseTrunk_.assign(basename_);
-    } else if (basename_.length() > 1) { // "." has neither
-        basename_.substr(baseTrunk_, 0, dot);
-        basename_.substr(baseSuffix_, dot + 1);
+    const std::wstring_view name = basename_.place;
+    const std::size_t dot = name.rfind(L'.');
+    if (dot == name.npos) {
+        baseTrunk_.place = name;
+    } else if (name.size() > 1) { // "." has neither
+        baseTrunk_.place = name.substr(0, dot);
+        baseSuffix_.place = name.substr(dot + 1);
     }
 }
 
@@ -126,8 +147,9 @@ Filename::Filename() : separator_(separator()) {}
 
 Filename::Filename(const IString& name) : Filename(name, separator()) {}
 
-Filename::Filename(const IString& name, wchar_t sep) : separator_(sep) {
-    assign(name);
+Filename::Filename(const IString& name, wchar_t sep)
+    : separator_(sep), path_(name.asWChar(), static_cast<int>(name.length())) {
+    normalize(path_, sep);
 }
 
 Filename::Filename(const zeString::CString& name, char sep)
@@ -193,27 +215,27 @@ int Filename::maxLength() {
 
 const IString& Filename::prefix() const {
     split();
-    return impl_->prefix_;
+    return impl_->prefix_.text();
 }
 
 const IString& Filename::dirname() const {
     split();
-    return impl_->dirname_;
+    return impl_->dirname_.text();
 }
 
 const IString& Filename::basename() const {
     split();
-    return impl_->basename_;
+    return impl_->basename_.text();
 }
 
 const IString& Filename::baseTrunk() const {
     split();
-    return impl_->baseTrunk_;
+    return impl_->baseTrunk_.text();
 }
 
 const IString& Filename::baseSuffix() const {
     split();
-    return impl_->baseSuffix_;
+    return impl_->baseSuffix_.text();
 }
 
 void Filename::split() const {
