@@ -2,11 +2,15 @@
 
 #include "commands.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
 #include <new>
+#include <optional>
 #include <ostream>
+#include <tuple>
 #include <utility>
 
 #include "Base/Linear/zeLinearMatrix.h"
@@ -14,6 +18,7 @@
 #include "document.h"
 #include "failure.h"
 #include "generate.h"
+#include "leftovers.h"
 #include "objReader.h"
 #include "objWriter.h"
 #include "replaceFile.h"
@@ -242,6 +247,7 @@ struct Command {
     std::vector<const char*> files;
     std::vector<const char*> options;
     void (*run)(const Arguments&, std::ostream&);
+    std::size_t written = 0; ///< which of the words is the file that it writes, if any
 };
 
 const Command& findCommand(const std::string& name) {
@@ -249,12 +255,13 @@ const Command& findCommand(const std::string& name) {
         {"import",
          {"MODEL.obj", "DOCUMENT"},
          {"--method", "--compress", "--checksum", "--encrypt", "--skip-unsupported"},
-         importModel},
-        {"transform", {"DOCUMENT"}, {"--rotate", "--scale", "--translate"}, transform},
+         importModel,
+         2},
+        {"transform", {"DOCUMENT"}, {"--rotate", "--scale", "--translate"}, transform, 1},
         {"show", {"DOCUMENT"}, {}, show},
         {"verify", {"DOCUMENT"}, {}, verify},
-        {"export", {"DOCUMENT", "MODEL.obj"}, {}, exportModel},
-        {"generate", {"MODEL.obj"}, {"--segments"}, generate},
+        {"export", {"DOCUMENT", "MODEL.obj"}, {}, exportModel, 2},
+        {"generate", {"MODEL.obj"}, {"--segments"}, generate, 1},
     };
     for (const Command& command : commands)
         if (name == command.name)
@@ -262,7 +269,29 @@ const Command& findCommand(const std::string& name) {
     throw UsageError("there is no command '" + name + "'");
 }
 
-void runCommand(const Arguments& arguments, std::ostream& out) {
+/// Knows whether a file was touched.
+class Witness {
+public:
+    explicit Witness(const std::string& file) : file_(file), before_(look()) {}
+
+    bool isAsItWas() const { return before_ && look() == before_; }
+
+private:
+    /// A file in its place has another number, and a change of it another time.
+    using Look = std::tuple<dev_t, ino_t, off_t, time_t, long>;
+
+    std::optional<Look> look() const {
+        struct stat now = {};
+        if (stat(file_.c_str(), &now) != 0)
+            return {};
+        return Look(now.st_dev, now.st_ino, now.st_size, now.st_mtim.tv_sec, now.st_mtim.tv_nsec);
+    }
+
+    std::string file_;
+    std::optional<Look> before_;
+};
+
+void runCommand(const Arguments& arguments, std::ostream& out, std::ostream& err) {
     if (arguments.words.empty())
         throw UsageError("a command is missing");
     const Command& command = findCommand(arguments.words[0]);
@@ -276,7 +305,20 @@ void runCommand(const Arguments& arguments, std::ostream& out) {
             expected += std::string(" ") + file;
         throw UsageError(std::string(command.name) + " takes" + expected);
     }
-    command.run(arguments, out);
+    const std::string& file = arguments.words[command.written > 0 ? command.written : 1];
+    const Witness witness(file);
+    try {
+        command.run(arguments, out);
+    } catch (const Failure& failure) {
+        std::string message = failure.what();
+        if (command.written > 0 && witness.isAsItWas())
+            message += "\n" + file + " is as it was";
+        for (const std::string& note : leftoverNotes(file))
+            message += "\n" + note;
+        throw Failure(message);
+    }
+    for (const std::string& note : leftoverNotes(file))
+        err << note << "\n";
 }
 
 } // namespace
@@ -287,7 +329,7 @@ int run(const std::vector<std::string>& arguments, std::ostream& out, std::ostre
         if (parsed.help)
             out << help;
         else
-            runCommand(parsed, out);
+            runCommand(parsed, out, err);
         out.flush();
         if (!out)
             throw Failure("standard output: cannot be written");

@@ -268,9 +268,9 @@ void saveDocument(const Scene& scene, const DocumentForm& form, int descriptor) 
     stream.close(); // writes out what is left: only then is the status the whole truth
     context->promoteStreamStatus(stream);
     if (context->getStatus() == ioDiskFull)
-        throw Failure("cannot be written: the disk is full");
+        throw Failure("the disk is full");
     if (!context->good())
-        throw Failure("cannot be written");
+        throw Failure("a write failed");
 }
 
 } // namespace scenefile

@@ -46,7 +46,7 @@ private:
         return *this << std::string_view(digits, static_cast<std::size_t>(end - digits));
     }
 
-    [[noreturn]] static void fail() { throw Failure("cannot be written: " + systemMessage(errno)); }
+    [[noreturn]] static void fail() { throw Failure(systemMessage(errno)); }
 
     static std::FILE* openFile(int descriptor) {
         std::FILE* file = fdopen(dup(descriptor), "w");

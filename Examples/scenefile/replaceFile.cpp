@@ -2,22 +2,28 @@
 
 #include "replaceFile.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
+#include <utility>
+
+#include "Base/OS/zeOSProtectedWrite.h"
 
 #include "failure.h"
+#include "fileName.h"
+#include "interruption.h"
 
 namespace scenefile {
 
 namespace {
 
+using zeOS::ProtectedWrite;
+
 [[noreturn]] void failSystem() {
-    throw Failure("cannot be written: " + systemMessage(errno));
+    throw Failure(systemMessage(errno));
 }
 
 /// The rights of the file that is replaced, or those that a new one usually gets.
@@ -25,7 +31,7 @@ mode_t finalRights(const std::string& place) {
     struct stat status = {};
     if (stat(place.c_str(), &status) == 0) {
         if (!S_ISREG(status.st_mode))
-            throw Failure("cannot be written: not a regular file");
+            throw Failure("not a regular file");
         return status.st_mode & 07777;
     }
     const mode_t mask = umask(0);
@@ -33,50 +39,81 @@ mode_t finalRights(const std::string& place) {
     return 0666 & ~mask;
 }
 
-/// Removes the temporary file unless it was put in place.
+/// A new file, which nobody else may read until it has its final rights.
 class TemporaryFile {
 public:
-    explicit TemporaryFile(const std::string& place)
-        : path_(place + ".XXXXXX"), descriptor_(mkstemp(path_.data())) {
+    explicit TemporaryFile(const std::string& name)
+        : descriptor_(open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600)) {
         if (descriptor_ < 0)
             failSystem();
     }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     ~TemporaryFile() {
-        close(descriptor_);
-        if (!path_.empty())
-            unlink(path_.c_str());
+        if (descriptor_ >= 0)
+            close(descriptor_);
     }
 
     int descriptor() const { return descriptor_; }
 
-    void moveTo(const std::string& place, mode_t rights) {
-        if (fchmod(descriptor_, rights) != 0 || fsync(descriptor_) != 0 ||
-            std::rename(path_.c_str(), place.c_str()) != 0)
+    /// Only when all of this went well is the content known to be on disk.
+    void complete(mode_t rights) {
+        if (fchmod(descriptor_, rights) != 0 || fsync(descriptor_) != 0)
             failSystem();
-        path_.clear();
+        if (close(std::exchange(descriptor_, -1)) != 0)
+            failSystem();
     }
 
 private:
-    std::string path_;
     int descriptor_;
 };
+
+/// Why a save could not be begun, or ended.
+const char* reason(int status) {
+    switch (status) {
+    case ProtectedWrite::StatusTempDirCreated:
+        return "the temporary directory was missing; it is there now: try again";
+    case ProtectedWrite::StatusTempNotDirectory:
+        return "what should be the temporary directory is a file";
+    case ProtectedWrite::StatusCannotClearTemp:
+        return "there is no name for a temporary file";
+    case ProtectedWrite::StatusTempMissing:
+        return "the temporary file was taken away";
+    case ProtectedWrite::StatusCannotBackup:
+        return "the old file cannot be moved aside";
+    default:
+        return "the new file cannot be put in its place";
+    }
+}
+
+void replacePlace(const std::string& place, const std::function<void(int)>& write) {
+    const mode_t rights = finalRights(place);
+    ProtectedWrite save(fileName(place));
+    if (!save.init())
+        throw Failure(save.getStatus() == ProtectedWrite::StatusNotWritable
+                          ? systemMessage(EACCES)
+                          : reason(save.getStatus()));
+    // From here on every exception abandons the save: its destructor removes the temporary file.
+    const std::string temporary = save.getTempFilename().path().asUTF8();
+    Interruption interruption(temporary);
+    TemporaryFile file(temporary);
+    write(file.descriptor());
+    file.complete(rights);
+    interruption.holdBack();
+    if (!save.finalize())
+        throw Failure(reason(save.getStatus()));
+}
 
 } // namespace
 
 void replaceFile(const std::string& target, const std::function<void(int)>& write) {
     try {
         // A link is followed, so that it is what it points at that is replaced.
-        const std::string place = std::filesystem::weakly_canonical(target).string();
-        const mode_t rights = finalRights(place);
-        TemporaryFile file(place);
-        write(file.descriptor());
-        file.moveTo(place, rights);
+        replacePlace(std::filesystem::weakly_canonical(target).string(), write);
     } catch (const std::filesystem::filesystem_error& error) {
         throw Failure(target + ": cannot be written: " + error.code().message());
     } catch (const Failure& failure) {
-        throw Failure(target + ": " + failure.what());
+        throw Failure(target + ": cannot be written: " + failure.what());
     }
 }
 

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+
+#include "leftovers.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace scenefile {
+
+namespace {
+
+/// zeOS::ProtectedWrite names its files after 5 bytes of the name, or the whole characters in them.
+/// A shorter name is filled up with a dot and a number.
+std::string beginning(const std::string& name) {
+    std::size_t end = 5;
+    if (name.size() < end)
+        return name + ".";
+    while (end > 0 && (name[end] & 0xC0) == 0x80)
+        --end;
+    return name.substr(0, end);
+}
+
+/// Behind the beginning stand 6 letters and the ending.
+bool mayBeLeftOf(const std::string& name, const std::string& other, const std::string& ending) {
+    return other.starts_with(beginning(name)) && other.ends_with(ending) &&
+           other.size() <= 5 + 6 + ending.size();
+}
+
+} // namespace
+
+std::vector<std::string> leftoverNotes(const std::string& path) {
+    namespace fs = std::filesystem;
+    const std::string name = fs::path(path).filename();
+    const fs::path folder = fs::path(path).parent_path();
+    std::vector<std::string> notes;
+    std::error_code error;
+    for (fs::directory_iterator entry(folder.empty() ? "." : folder, error), end;
+         !error && entry != end; entry.increment(error)) {
+        const std::string other = entry->path().filename();
+        const std::string place = (folder / other).string();
+        if (mayBeLeftOf(name, other, ".0.tmp"))
+            notes.push_back("note: " + place +
+                            " may be a part of a new file, from a save that was killed: delete it");
+        if (mayBeLeftOf(name, other, ".1.tmp"))
+            notes.push_back("note: " + place +
+                            " may be the old file, from a save that was killed: if " + path +
+                            " is missing, rename it");
+    }
+    std::sort(notes.begin(), notes.end());
+    return notes;
+}
+
+} // namespace scenefile
