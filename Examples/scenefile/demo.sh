@@ -71,8 +71,8 @@ run scenefile verify model.small
 run scenefile export model.small small.obj
 run scenefile export model.binary again.obj
 run cmp small.obj again.obj
-say "One byte of it is changed. The checksum tells."
-run dd if=/dev/zero of=model.small bs=1 seek=500 count=1 conv=notrunc status=none
+say "Five bytes of it are overwritten. The checksum tells."
+run dd of=model.small bs=1 seek=500 conv=notrunc status=none <<< demo
 refuse scenefile verify model.small
 
 say "Turns, scales and moves the model in its document, and shows the new bounds."

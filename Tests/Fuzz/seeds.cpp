@@ -6,7 +6,11 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 
+#include "Base/IO/ioBuffer.h"
+
+#include "Fuzz/FilterFuzz.h"
 #include "Fuzz/PacketFuzz.h"
 
 int main(int argc, char** argv) {
@@ -20,6 +24,18 @@ int main(int argc, char** argv) {
         std::filesystem::create_directories(folder);
         std::ofstream(folder / seed, std::ios::binary) << bytes;
     };
+    for (const auto& [target, filter] : {std::pair("Checksum", &ioBufferedStream::checksum),
+                                         std::pair("Compression", &ioBufferedStream::compress),
+                                         std::pair("Encryption", &ioBufferedStream::encrypt)}) {
+        std::string text;
+        for (int line = 0; line < 40; ++line)
+            text += std::to_string(line * line) + " bottles of something\n";
+        write(target, "text", fuzz::filtered(filter, text) + "plain");
+        write(target, "zeros", fuzz::filtered(filter, std::string(3000, '\0')) + "plain");
+        write(target, "one-block", fuzz::filtered(filter, std::string(4096, 'x')) + "plain");
+        write(target, "one-byte", fuzz::filtered(filter, "x"));
+    }
+    write("Checksum", "large-frame", fuzz::largeFrame());
     write("BinaryPackets", "everything", fuzz::everything(ioWriteBinary));
     write("TextPackets", "everything", fuzz::everything(ioWriteAscii));
     write("DebugPackets", "everything-binary", fuzz::everything(ioWriteBinaryDebug));
