@@ -11,8 +11,9 @@
 /// **What is on disk.** write() hands bytes to a buffer of the process. They survive a killed
 /// process only after close(), a power cut only once the system has written them back in its own
 /// time: nothing here waits for the disk. close() is always a success for a local file, so a full
-/// disk can pass unnoticed there. Open modes truncate at once: an interrupted save has destroyed
-/// the old content. Use zeOS::ProtectedWrite for documents.
+/// disk can pass unnoticed there. Opening to write empties the file at once: an interrupted save
+/// has destroyed the old content. What is made, moved by renaming or deleted is so at once for all
+/// processes, and on disk, too, in the system's own time. Use zeOS::ProtectedWrite for documents.
 ///
 /// Nothing throws. Every call first looks whether the file is open, where that matters, then hands
 /// on to the transport.
@@ -49,8 +50,8 @@ class FileTransport;
 
 /// The handle of one file or directory.
 ///
-/// All members but isValid() and getTransport() require a transport: that isValid() is true. It
-/// is, unless null was passed in, or a registered factory took the place of the local one.
+/// All members but isValid() and getTransport() require that isValid() is true. It is, unless null
+/// was passed in.
 class ZEBASE_API File : public IOStream {
 public:
     /// The bits of open(). A local file knows these four ways, whatever else is asked:

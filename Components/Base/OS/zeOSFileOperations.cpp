@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <optional>
 
 #include "Base/OS/zeOSError.h"
 #include "Base/OS/zeOSFile.h"
@@ -34,12 +35,16 @@ public:
     }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (isOpen())
-            ::close(fd_);
-    }
+    ~Descriptor() { close(); }
 
     bool isOpen() const { return fd_ != -1; }
+
+    /// What a close finds out is not asked for.
+    void close() {
+        if (isOpen())
+            ::close(fd_);
+        fd_ = -1;
+    }
 
     /// The number of bytes, 0 at the end, -1 for a failure.
     ssize_t read(void* block, size_t size) const {
@@ -122,7 +127,7 @@ zeUtil::Error renameError(int result, const zeString::IString& path) {
 
 bool doesFileExist(const Filename& name) {
     if (everyNameIsLocal()) {
-        zeString::IString storage;
+        std::optional<zeString::IString> storage;
         return existsLocally(localPath(name.path(), storage));
     }
     FileStatus status;
@@ -131,7 +136,7 @@ bool doesFileExist(const Filename& name) {
 
 bool isFileWritable(const Filename& name) {
     if (everyNameIsLocal()) {
-        zeString::IString storage;
+        std::optional<zeString::IString> storage;
         const zeString::IString& path = localPath(name.path(), storage);
         return existsLocally(path) && ::access(path.asUTF8(), W_OK) == 0;
     }
@@ -165,15 +170,17 @@ zeUtil::Error fileCopy(const Filename& src, const Filename& dst, bool overwrite)
             error.code() != 0)
             return error;
 
-    const Descriptor input(from.asUTF8(), O_RDONLY);
+    Descriptor input(from.asUTF8(), O_RDONLY);
     if (!input.isOpen())
         return pathError(1, L"Can't open %S for reading", from);
-    const Descriptor output(to.asUTF8(), O_WRONLY | O_CREAT | O_TRUNC);
+    Descriptor output(to.asUTF8(), O_WRONLY | O_CREAT | O_TRUNC);
     if (!output.isOpen())
         return pathError(1, L"Can't create %S", to);
     if (copyBlocks(input, output))
         return zeUtil::Error();
     // A part of a file is worse than none. The text is the same for a write that failed.
+    input.close();
+    output.close();
     ::unlink(to.asUTF8());
     return pathError(1, L"Error reading file %S.", from);
 }

@@ -52,7 +52,7 @@ zeString::IString withSeparator(const FileTransport& directory) {
 void deleteChild(const zeString::IString& name) {
     File child(name);
     // Not followed: what a link points to lies outside the tree, and belongs to somebody else.
-    if (child.transportId() == LocalFileTransport::id && isLocalLink(child.getFullName()))
+    if (child.transportId() == LocalFileTransport::id && mayBeLocalLink(child.getFullName()))
         unlinkLocal(child.getFullName());
     else
         child.deleteSelf(File::DeleteRecursive);

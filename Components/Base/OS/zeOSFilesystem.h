@@ -32,6 +32,7 @@ public:
     /// -1 and not the reason, which `errno` has.
     zeUtil::Error stat();
 
+    /// As it was given.
     const zeString::IString& path() const { return path_; }
     /// In bytes; like the sizes 0 before the first stat().
     std::uint64_t blockSize() const { return blockSize_; }

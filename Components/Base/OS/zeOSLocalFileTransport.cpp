@@ -123,7 +123,7 @@ Temporary openTemporary(const IString& seed, const std::string& mode) {
 // The factory.
 
 FileTransport* LocalFileTransportFactory::create(const IString& name) {
-    IString storage;
+    std::optional<IString> storage;
     return new LocalFileTransport(localPath(name, storage));
 }
 
@@ -133,17 +133,17 @@ int LocalFileTransportFactory::s_forceTransportLoad() {
 
 // What else is done with local paths.
 
-const IString& localPath(const IString& name, IString& storage) {
+const IString& localPath(const IString& name, std::optional<IString>& storage) {
     const unsigned int colon = name.find(L':');
     if (colon == String::npos || name.substr(0, colon) != L"file")
         return name;
-    storage = name.substr(colon + 1);
-    return storage.rstrip(Filename::separator()).prepend(Filename::separator());
+    storage.emplace(name.substr(colon + 1));
+    return storage->rstrip(Filename::separator()).prepend(Filename::separator());
 }
 
-bool isLocalLink(const IString& path) {
+bool mayBeLocalLink(const IString& path) {
     struct stat status;
-    return ::lstat(path.asUTF8(), &status) == 0 && S_ISLNK(status.st_mode);
+    return ::lstat(path.asUTF8(), &status) != 0 || S_ISLNK(status.st_mode);
 }
 
 void unlinkLocal(const IString& path) {

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdio>
+#include <optional>
 
 #include "Base/OS/zeOSFileTransport.h"
 
@@ -13,10 +14,11 @@ namespace zeOS {
 
 /// The path that LocalFileTransportFactory::create() gives its transport: `name` itself, or
 /// `storage`, which receives what differs from it.
-const zeString::IString& localPath(const zeString::IString& name, zeString::IString& storage);
+const zeString::IString& localPath(const zeString::IString& name,
+                                   std::optional<zeString::IString>& storage);
 
-/// Whether the path itself is a symbolic link.
-bool isLocalLink(const zeString::IString& path);
+/// Whether the path itself is a symbolic link, or cannot be looked at.
+bool mayBeLocalLink(const zeString::IString& path);
 
 /// Removes the name, whatever it is but a directory.
 void unlinkLocal(const zeString::IString& path);
