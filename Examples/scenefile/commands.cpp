@@ -18,6 +18,7 @@
 #include "document.h"
 #include "failure.h"
 #include "generate.h"
+#include "hash.h"
 #include "leftovers.h"
 #include "objReader.h"
 #include "objWriter.h"
@@ -38,6 +39,7 @@ constexpr const char* help =
        scenefile verify DOCUMENT
        scenefile export DOCUMENT MODEL.obj
        scenefile generate MODEL.obj [--segments N]
+       scenefile hash DOCUMENT [--key-file FILE] [--expect DIGEST]
        scenefile --help
 
 Keeps the models of OBJ files in documents.
@@ -48,6 +50,7 @@ Keeps the models of OBJ files in documents.
   verify    reads a document whole and says whether it is sound
   export    writes the model in a document as an OBJ file, with its transforms applied
   generate  writes a small model to try things out with
+  hash      prints the keyed digest of a document's name and content; "--hash DOCUMENT" does, too
 
   --method METHOD     binary (the default) is small and exact; text can be read and compared by
                       people, and holds 16 digits of each number; binary-debug and text-debug have a
@@ -61,6 +64,9 @@ Keeps the models of OBJ files in documents.
   --scale FACTORS     away from the origin: one factor, or X,Y,Z; none is 0
   --translate X,Y,Z   in the units of the model
   --segments N        steps around the ring of the generated model, 3 to 2000 (default 48)
+  --key-file FILE     all bytes of this file are the key of the digest; without it, the text of the
+                      environment's SCENEFILE_KEY is, or else the word scenefile
+  --expect DIGEST     an error if the digest is another one
   --                  what follows is a file, even if it begins with "-"
 
 A document holds v, vt, vn, f, l, p, o, g, s, usemtl and mtllib: points, lines and polygons with
@@ -73,8 +79,11 @@ the transforms that the document holds. It is kept as a matrix: the coordinates 
 imported, and the opposite steps in the opposite order take it back. One that makes the model flat,
 as a factor below 1e-12 does, or its coordinates too large, is refused.
 
-A file is written whole or not at all. Exit codes: 0 success, 1 bad input or a failed write, 2 wrong
-use.
+A digest tells that a document was changed or renamed, however cleverly, by somebody who has not the
+key: keep that where they cannot read it. With the word scenefile for a key it shows accidents only.
+
+A file is written whole or not at all: if anything fails, the old one stays as it was. Exit codes: 0
+success, 1 bad input or a failed write, 2 wrong use.
 )";
 
 struct Arguments {
@@ -83,6 +92,8 @@ struct Arguments {
     bool skipUnsupported = false;
     int segments = 48;
     zeLinear::AffineMatrix transform; // what came first acts first
+    std::optional<std::string> keyFile;
+    std::optional<std::string> expectedHash;
     bool help = false;
     std::vector<std::string> options; // as they were given
 };
@@ -99,6 +110,8 @@ public:
                 result_.words.push_back(word);
             else if (word == "--")
                 optionsEnded = true;
+            else if (word == "--hash" && result_.words.empty())
+                result_.words.push_back("hash"); // as other programs have it
             else
                 option(word);
         }
@@ -127,6 +140,10 @@ private:
             result_.transform *= scaling(value());
         else if (name == "--translate")
             result_.transform *= translation(value());
+        else if (name == "--key-file")
+            result_.keyFile = value();
+        else if (name == "--expect")
+            result_.expectedHash = value();
         else if (word == "--compress")
             result_.form.filters.compress = true;
         else if (word == "--checksum")
@@ -242,6 +259,14 @@ void generate(const Arguments& arguments, std::ostream& out) {
     writeModel(generateModel(arguments.segments), arguments.words[1], out);
 }
 
+void hash(const Arguments& arguments, std::ostream& out) {
+    const std::string& path = arguments.words[1];
+    const std::string digest = fileHash(path, hashKey(arguments.keyFile));
+    if (arguments.expectedHash)
+        expectHash(path, digest, *arguments.expectedHash);
+    out << digest << "  " << path << "\n";
+}
+
 struct Command {
     const char* name;
     std::vector<const char*> files;
@@ -262,6 +287,7 @@ const Command& findCommand(const std::string& name) {
         {"verify", {"DOCUMENT"}, {}, verify},
         {"export", {"DOCUMENT", "MODEL.obj"}, {}, exportModel, 2},
         {"generate", {"MODEL.obj"}, {"--segments"}, generate, 1},
+        {"hash", {"DOCUMENT"}, {"--key-file", "--expect"}, hash},
     };
     for (const Command& command : commands)
         if (name == command.name)

@@ -39,6 +39,26 @@ refuse() {
     [ $code = 1 ]
 }
 
+# Runs scenefile with the arguments behind the first, and kills it when the temporary file of its save
+# of that document is there. On a busy machine that may come too late, and is tried again.
+kill_in_save() {
+    local document=$1 code=0 attempt
+    shift
+    cp "$document" before
+    echo "$bold\$ scenefile $* & kill -KILL \$!$plain"
+    for attempt in 1 2 3 4 5; do
+        "$scenefile" "$@" > printed &
+        until compgen -G '*.0.tmp' || ! kill -0 $!; do :; done > /dev/null 2>&1
+        kill -KILL $! 2> /dev/null || true
+        wait $! 2> /dev/null && code=0 || code=$?
+        [ $code = 0 ] || break
+        cp before "$document"
+    done
+    cat printed
+    echo "exit code $code"
+    [ $code = 137 ] # that of a kill
+}
+
 if [ -n "$model" ]; then
     say "Takes a copy of your model."
     run cp "$model" model.obj
@@ -100,5 +120,22 @@ run cp again.obj bad.obj
 run tee --append bad.obj <<< "f 1 2 1000000000"
 refuse scenefile import bad.obj kept.binary
 run cmp model.binary kept.binary
+
+say "Saves a larger model over an existing document. The digest tells that it was replaced."
+run scenefile --hash kept.binary
+run scenefile generate large.obj --segments 400
+run scenefile import large.obj kept.binary
+run scenefile --hash kept.binary
+
+say "The program is killed while it saves over that document: the old one stands, and still verifies."
+digest=$(scenefile --hash kept.binary | cut --delimiter=' ' --fields=1)
+kill_in_save kept.binary import large.obj kept.binary --method text
+run cmp before kept.binary
+run scenefile --hash kept.binary --expect "$digest"
+run scenefile verify kept.binary
+say "What the kill left is noted. It goes, and the next save is as good as any."
+run rm kept*.0.tmp
+run scenefile import model.obj kept.binary
+run scenefile verify kept.binary
 
 say "Done."

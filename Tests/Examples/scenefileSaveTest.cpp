@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 
 #include "Support/FaultTrial.h"
 #include "Support/OrdinaryUser.h"
@@ -129,6 +130,51 @@ TEST_F(ScenefileSave, NotesWhatAKillLeft) {
     EXPECT_THAT(run({"show", path("made")}).err,
                 EndsWith("made.ABCDEF.1.tmp may be the old file, from a save that was killed: if " +
                          path("made") + " is missing, rename it\n"));
+}
+
+// The digests come from another implementation, over the bytes that zeOSFileHash.h describes.
+TEST_F(Scenefile, PrintsAndComparesTheDigestOfADocument) {
+    const std::string document = folder_.write("scene.zd", "hello");
+    const std::string key = folder_.write("key", std::string("\0\xFF\n", 3));
+    const std::string line = "  " + document + "\n";
+    const std::string byDefault =
+        "df39e6f668002e237d7aacb6c27ed781e5024f5006582e204a46c535439b745b";
+    const std::string byText = "238666048bffb5df0d4dcea46a875fc88be5678323122bfeb68f119e7aad0ed5";
+    const std::string byFile = "7f795c97c204b65f4fdeea394425ba4ef9bd77ed53915ad4186293fc2baf4cae";
+    unsetenv("SCENEFILE_KEY");
+    EXPECT_EQ(run({"--hash", document}).out, byDefault + line);
+    EXPECT_EQ(run({"hash", document}).out, byDefault + line);
+    setenv("SCENEFILE_KEY", "secret", 1);
+    EXPECT_EQ(run({"--hash", document}).out, byText + line);
+    EXPECT_EQ(run({"--hash", document, "--key-file", key}).out, byFile + line);
+    EXPECT_EQ(run({"--hash", document, "--expect", byText}).out, byText + line);
+
+    const struct {
+        std::vector<std::string> arguments;
+        int code;
+        const char* message;
+    } failures[] = {
+        {{"--hash", document, "--expect", byFile}, 1, "another one"},
+        {{"--hash", document, "--expect", byText.substr(1)}, 2, "no digest"},
+        {{"--hash", document, "--expect=" + std::string(64, 'A')}, 2, "no digest"},
+        {{"--hash", path("none")}, 1, "File does not exist"},
+        {{"--hash", path("")}, 1, "not a file"},
+        {{"--hash", path("\xFF")}, 1, "not UTF-8"},
+        {{"--hash", document, "--key-file", path("none")}, 1, "No such file"},
+        {{"--hash", document, "--key-file", path("")}, 1, "Is a directory"},
+        {{"--hash", document, "--key-file", "/dev/null"}, 1, "the key is empty"},
+        {{"--hash"}, 2, "hash takes DOCUMENT"},
+        {{"show", "--hash", document}, 2, "--hash"},
+    };
+    for (const auto& test : failures) {
+        const Result result = run(test.arguments);
+        EXPECT_EQ(result.code, test.code) << result.err;
+        EXPECT_THAT(result.err, HasSubstr(test.message));
+        EXPECT_EQ(result.out, "");
+    }
+    setenv("SCENEFILE_KEY", "", 1);
+    EXPECT_THAT(run({"--hash", document}).err, HasSubstr("SCENEFILE_KEY: the key is empty"));
+    unsetenv("SCENEFILE_KEY");
 }
 
 } // namespace
