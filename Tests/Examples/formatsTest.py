@@ -177,6 +177,58 @@ class File:
         self.packets.append(Packet(self.types[type_id], size, reference, values))
 
 
+# --- Filters --------------------------------------------------------------------------------------
+
+
+def unguard(data):
+    """What is in the frames of a checksum."""
+    result, at, total = b'', 0, 0
+    while at < len(data):
+        size, complement = struct.unpack('>II', data[at:at + 8])
+        frame = data[at + 10:at + 10 + size]
+        assert size ^ complement == 0xFFFFFFFF and len(frame) == size > 0
+        total += sum(word for word, in struct.iter_unpack('<H', frame + b'\0' * (size % 2)))
+        while total > 0xFFFF:
+            total = (total & 0xFFFF) + (total >> 16)
+        assert total == int.from_bytes(data[at + 8:at + 10], 'little')
+        result += frame
+        at += 10 + size
+    return result
+
+
+def codes(data):
+    """The codes of a compressed section, behind its magic. They grow with their number since the
+    start, or since 256, which clears."""
+    at, width, number = 3, 9, 0
+    while True:
+        group = int.from_bytes(data[at:at + width], 'little')
+        at += width
+        for i in range(8):
+            code = group >> i * width & (1 << width) - 1
+            yield code
+            number = 0 if code == 256 else number + 1
+            grows = width < 16 and 257 + number >= 1 << width
+            if code == 256 or grows:
+                break
+        width = 9 if code == 256 else width + grows
+
+
+def expand(data):
+    assert data[:3] == b'\x1F\x9D\x90'
+    empty = [bytes([byte]) for byte in range(256)] + [b'clear', b'end']
+    result, strings, before = bytearray(), list(empty), b''
+    for code in codes(data):
+        if code == 257:
+            return bytes(result)
+        if code == 256:
+            strings, before = list(empty), b''
+            continue
+        if before and len(strings) < 65536:
+            strings.append(before + (strings[code] if code < len(strings) else before)[:1])
+        before = strings[code]
+        result += before
+
+
 # --- Documents ------------------------------------------------------------------------------------
 
 
@@ -430,9 +482,9 @@ def main():
             return subprocess.run([scenefile, *map(str, arguments)], check=True,
                                   stdout=subprocess.PIPE).stdout.decode()
 
-        def make(model, method):
+        def make(model, method, *options):
             (folder / 'in.obj').write_text(model)
-            run('import', folder / 'in.obj', folder / method, '--method', method)
+            run('import', folder / 'in.obj', folder / method, '--method', method, *options)
             return (folder / method).read_bytes()
 
         def equal(found, expected, what):
@@ -445,6 +497,21 @@ def main():
               'the binary example')
         equal(make(example['model'], 'text'),
               start.replace(b'1 1 1', b'1 0 1') + example['text'].encode(), 'the text example')
+
+        def filtered(model, method):
+            make(model, method, '--checksum', '--compress')
+            data = (folder / method).read_bytes()
+            start = data.index(b'scenefile_filters\n@\n') + 20
+            packet = re.compile(rb'.{12}s?checksum compress\0|\{ 8 0 s?"checksum compress" \}\n', re.S)
+            packets = expand(unguard(data[packet.match(data, start).end():]))
+            plain = data[:start].replace(b'   8 scenefile_filters\n', b'') + packets
+            equal(plain, make(model, method), f'a {method} document through its filters')
+            return data
+
+        for method in 'binary', 'text', 'binary-debug', 'text-debug':
+            filtered(MODEL * 500, method)
+        data, part = filtered(example['model'], 'binary'), bytes_of(example['filtered'])
+        equal(data[225:225 + len(part)], part, 'the example with filters')
 
         for method in 'binary', 'text', 'binary-debug', 'text-debug':
             path = folder / method
