@@ -21,6 +21,7 @@ using zeString::IString;
 namespace {
 
 constexpr int maxPathBytes = 4096;
+constexpr std::size_t none = std::wstring_view::npos;
 
 /// The separator that pairs and "/../" are searched with. Any but the backslash means the slash: a
 /// Filename with the separator ':' still searches for "//", and callers know it so.
@@ -44,7 +45,7 @@ bool isNormal(std::wstring_view text, wchar_t sep) {
     const wchar_t slash = searchedSeparator(sep);
     int found = text.size() > 1 && text.back() == sep;
     for (std::size_t i = 1; i < text.size(); ++i)
-        found |= (text[i - 1] == text[i]) & ((text[i] == slash) | (text[i] == L'.'));
+        found |= text[i - 1] == text[i] && (text[i] == slash || text[i] == L'.');
     return found == 0;
 }
 
@@ -124,7 +125,7 @@ Filename::Impl::Impl(const IString& fullName, wchar_t separator)
 void Filename::Impl::splitPath() {
     const std::wstring_view path = view(*fullName_);
     const std::size_t last = path.rfind(separator_);
-    if (last == path.npos) {
+    if (last == none) {
         basename_.place = path;
         return;
     }
@@ -135,7 +136,7 @@ void Filename::Impl::splitPath() {
 void Filename::Impl::splitBasename() {
     const std::wstring_view name = basename_.place;
     const std::size_t dot = name.rfind(L'.');
-    if (dot == name.npos) {
+    if (dot == none) {
         baseTrunk_.place = name;
     } else if (name.size() > 1) { // "." has neither
         baseTrunk_.place = name.substr(0, dot);
@@ -324,7 +325,7 @@ void Filename::removeSlashDotDotSlash(IString& text, wchar_t sep) {
         }
         const std::wstring_view before(begin, kept);
         const std::size_t last = before.rfind(sep);
-        if (last != before.npos) {
+        if (last != none) {
             kept = begin + last + 1;
         } else if (before == L"..") {
             break; // callers rely on it: what follows stays, even where it could be reduced

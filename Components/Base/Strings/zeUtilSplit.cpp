@@ -18,6 +18,8 @@ using zeString::IString;
 
 namespace {
 
+constexpr std::size_t none = std::string_view::npos;
+
 std::string_view view(const CString& text) {
     return {text.asChar(), text.length()};
 }
@@ -116,7 +118,7 @@ Error Reader::readQuoted(std::string& item) {
         return Error();
     }
     const std::size_t close = text_.find('"', pos_ + 1);
-    if (close == text_.npos)
+    if (close == none)
         return unmatchedQuote(pos_);
     item = text_.substr(pos_ + 1, close - pos_ - 1);
     pos_ = close + 1;
@@ -126,10 +128,10 @@ Error Reader::readQuoted(std::string& item) {
 }
 
 Error Reader::readEscaped(std::string& item) {
-    std::size_t open = text_.npos; // where a quote is open
-    for (; !atEnd() && (open != text_.npos || !isSpace()); ++pos_) {
+    std::size_t open = none; // where a quote is open
+    for (; !atEnd() && (open != none || !isSpace()); ++pos_) {
         if (text_[pos_] == '"') {
-            open = open == text_.npos ? pos_ : text_.npos;
+            open = open == none ? pos_ : none;
             continue;
         }
         if (text_[pos_] == '\\') {
@@ -140,7 +142,7 @@ Error Reader::readEscaped(std::string& item) {
         }
         item += text_[pos_];
     }
-    return open == text_.npos ? Error() : unmatchedQuote(open);
+    return open == none ? Error() : unmatchedQuote(open);
 }
 
 Error splitLine(const CString& text, ReadItem readItem, std::vector<CString>& out) {
