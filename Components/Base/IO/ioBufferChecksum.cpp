@@ -103,20 +103,18 @@ unsigned short ioBufferChecksum::checksum16(const unsigned char* data, int n) {
 
 /// Most significant byte first.
 void ioBufferChecksum::writeBufferInt(int value) {
-    for (int shift = 24; shift >= 0; shift -= 8) {
-        const char byte = static_cast<char>(value >> shift);
-        next_->writeData(&byte, 1);
-    }
+    const char bytes[] = {static_cast<char>(value >> 24), static_cast<char>(value >> 16),
+                          static_cast<char>(value >> 8), static_cast<char>(value)};
+    next_->writeData(bytes, sizeof bytes);
 }
 
 /// A missing byte reads as 0.
 int ioBufferChecksum::readBufferInt() {
+    unsigned char bytes[4] = {};
+    next_->readData(reinterpret_cast<char*>(bytes), sizeof bytes);
     unsigned value = 0;
-    for (int i = 0; i < 4; ++i) {
-        char byte = 0;
-        next_->readData(&byte, 1);
-        value = value << 8 | static_cast<unsigned char>(byte);
-    }
+    for (const unsigned byte : bytes)
+        value = value << 8 | byte;
     return static_cast<int>(value);
 }
 

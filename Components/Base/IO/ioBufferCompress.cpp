@@ -7,69 +7,14 @@
 #include <limits>
 
 #include "Base/IO/ioBufferCompressImpl.h"
+#include "Base/IO/ioCompressTableImpl.h"
 
 using namespace ioCompressFormat;
 
 namespace {
 
 constexpr int blockSize = 4096;
-constexpr int hashSize = 69001;
 constexpr int checkGap = 10000;
-
-// --- The table of strings ----------------------------------------------------------------------
-//
-// Open addressing. A key is a byte and, below it, the code of the string before that byte. A slot
-// is one word:
-//
-//   bits  0 to 15   the code of the string
-//   bits 16 to 38   which bytes may follow the string: bit 16 + byte % 23 is set if one does
-//   bits 39 to 63   the key plus `taken`; 0 in a free slot
-//
-// The 256 strings of one byte have slots of their own behind the table, with no key. The bits of
-// the followers spare most of the long searches for strings that are not there, which in a full
-// table take some 20 probes.
-
-using Slot = std::uint64_t;
-
-constexpr unsigned keyShift = 39;
-constexpr unsigned taken = 1u << 24;
-constexpr unsigned followers = 23;
-
-int codeOf(Slot slot) {
-    return static_cast<int>(slot & 0xFFFF);
-}
-
-unsigned keyOf(Slot slot) {
-    return static_cast<unsigned>(slot >> keyShift);
-}
-
-unsigned keyFor(int byte, int code) {
-    return taken | (static_cast<unsigned>(byte) << 16) | static_cast<unsigned>(code);
-}
-
-Slot followerBit(int byte) {
-    return Slot{1} << (16 + static_cast<unsigned>(byte) % followers);
-}
-
-/// The slot of the string with `key`, or the one that it will take.
-///
-/// The order of probes is part of the format, because of one string: that of two zero bytes, with
-/// key 0. A search that meets it at its first probe goes on, but one that meets it later stops, as
-/// if the slot were free. The new string then takes the slot, and the string of two zero bytes is
-/// forgotten (or, in a full table, a string further on is not found). Readers follow whatever codes
-/// come, but any other search gives another stream.
-int findSlot(const Slot* table, unsigned key, int first) {
-    if (table[first] == 0 || keyOf(table[first]) == key)
-        return first;
-    const int step = first == 0 ? 1 : hashSize - first;
-    int i = first;
-    do {
-        i -= step;
-        if (i < 0)
-            i += hashSize;
-    } while (keyOf(table[i]) > taken && keyOf(table[i]) != key);
-    return i;
-}
 
 int plus(int a, int b) {
     return static_cast<int>(static_cast<unsigned>(a) + static_cast<unsigned>(b));
@@ -114,10 +59,8 @@ void ioBufferCompress::finished() {
 
 void ioBufferCompress::initCompress() {
     started_ = true;
-    hashTable_ = std::make_unique<Slot[]>(hashSize + 256);
-    cl_hash(hashSize);
+    table_ = std::make_unique<ioCompressTableImpl>();
     currentCode_ = static_cast<unsigned char>(data_[0]);
-    currentSlot_ = hashSize + currentCode_;
     dataPosition_ = 1;
     inCount_ = 1;
     next_->writeData(magic, sizeof magic);
@@ -126,36 +69,28 @@ void ioBufferCompress::initCompress() {
 void ioBufferCompress::compress() {
     if (!started_)
         initCompress();
-    Slot* const table = hashTable_.get();
-    Slot* current = table + currentSlot_;
+    ioCompressTableImpl& table = *table_;
+    const char* const data = data_;
     const int inCountBefore = plus(inCount_, -dataPosition_);
-    while (dataPosition_ < dataSize_) {
-        const int byte = static_cast<unsigned char>(data_[dataPosition_++]);
-        const int code = codeOf(*current);
-        const unsigned key = keyFor(byte, code);
-        const bool mayFollow = (*current & followerBit(byte)) != 0;
-        int i = 0;
-        if (mayFollow || freeCode_ < maxMaxCode_) {
-            i = findSlot(table, key, (byte << 8) ^ code);
-            if (keyOf(table[i]) == key) {
-                current = table + i;
-                continue;
-            }
+    auto code = static_cast<unsigned>(currentCode_);
+    for (int at = dataPosition_; at < dataSize_;) {
+        const unsigned byte = static_cast<unsigned char>(data[at++]);
+        if (const unsigned longer = table.find(code, byte)) {
+            code = longer;
+            continue;
         }
-        output(code);
-        if (freeCode_ < maxMaxCode_) {
-            *current |= followerBit(byte); // before the slot is taken: it may be this very one
-            table[i] = Slot{key} << keyShift | static_cast<unsigned>(freeCode_++);
+        output(static_cast<int>(code));
+        if (freeCode_ < maxMaxCode) {
+            table.add(code, byte, static_cast<unsigned>(freeCode_++));
         } else {
-            inCount_ = plus(inCountBefore, dataPosition_);
+            inCount_ = plus(inCountBefore, at);
             if (inCount_ >= checkPoint_)
                 cl_block();
         }
-        current = table + hashSize + byte;
+        code = byte;
     }
-    inCount_ = plus(inCountBefore, dataPosition_);
-    currentSlot_ = static_cast<int>(current - table);
-    currentCode_ = codeOf(*current);
+    inCount_ = plus(inCountBefore, dataSize_);
+    currentCode_ = static_cast<int>(code);
 }
 
 /// A negative code writes what is left in the group.
@@ -214,18 +149,10 @@ void ioBufferCompress::cl_block() {
         return;
     }
     ratio_ = 0;
-    cl_hash(hashSize);
+    table_->clear();
     freeCode_ = firstFreeCode;
     clearFlag_ = 1;
     output(clearCode);
-}
-
-/// Empties the table.
-void ioBufferCompress::cl_hash(int size) {
-    Slot* const table = hashTable_.get();
-    std::memset(table, 0, static_cast<std::size_t>(size) * sizeof(Slot));
-    for (int byte = 0; byte < 256; ++byte)
-        table[size + byte] = static_cast<unsigned>(byte);
 }
 
 /// Moves the first `n` bytes of the group into the block below.

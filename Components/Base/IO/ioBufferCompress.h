@@ -51,8 +51,10 @@
 
 #include "Base/IO/ioBuffer.h"
 
-/// The link that compresses what is written through it, or expands what is read. Its tables (550
-/// KiB for a writer, 1.1 MiB for a reader) are allocated by the first write() or read().
+class ioCompressTableImpl;
+
+/// The link that compresses what is written through it, or expands what is read. Its tables, 1.1
+/// MiB on either side, are allocated by the first write() or read(), and nothing after that.
 class ZEBASE_API ioBufferCompress : public ioBuffer {
 public:
     explicit ioBufferCompress(bool reading);
@@ -87,16 +89,16 @@ private:
     void output(int code);
     void doneCompress();
     void cl_block();
-    void cl_hash(int size);
     void writeCodeBuf(int n);
 
     bool initUncompress();
     void uncompress();
+    void expandUsualCodes();
     int getcode();
+    std::uint32_t codeAt(int bitOffset) const;
     int readCodeBuf(int n);
-    bool expand(int code);
-    bool push(int code);
     void addString();
+    bool push(int code);
     void unstack();
 
     char* data_ = nullptr; ///< The caller's bytes in read() or write().
@@ -119,15 +121,12 @@ private:
     int groupBits_ = 0; ///< Bits in the group at which a code can start, on reading.
     int inCount_ = 0;   ///< Bytes of input; wraps.
     int outCount_ = 0;  ///< Bytes of output, without the magic; wraps.
-    /// Key and code of a slot stand in one word, so that a look-up touches one cache line; writer
-    /// only.
-    std::unique_ptr<std::uint64_t[]> hashTable_;
+    std::unique_ptr<ioCompressTableImpl> table_; ///< The strings; writer only.
     /// Prefix and suffix of each code, and what else helps to expand it; reader only.
     std::unique_ptr<String[]> stringTable_;
     std::unique_ptr<char[]> decodeStack_; ///< Strings that do not fit; reader only.
     /// The codes being filled or emptied: 16 bytes, and 4 that words at its end reach into. Bits
     /// that no code covers keep what they held before, and are written so.
     unsigned char group_[20] = {};
-    int currentSlot_ = 0; ///< Where the string being matched stands in the table.
     bool regular_ = true; ///< No code since the last clear was one that no writer makes.
 };

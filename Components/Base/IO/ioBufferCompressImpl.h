@@ -29,8 +29,8 @@ constexpr int largestCode(int bits) {
 } // namespace ioCompressFormat
 
 /// A string is that of its prefix and one byte more. So that it need not be followed byte by byte,
-/// the entry also holds the string's last piece: the bytes from the last multiple of 8 on, the
-/// first of them lowest.
+/// it also holds its last piece: the bytes from the last multiple of 8 on, the first of them
+/// lowest.
 struct ioBufferCompress::String {
     static constexpr int pieceSize = 8;
 
@@ -40,4 +40,28 @@ struct ioBufferCompress::String {
     std::uint16_t prefix;
     std::uint8_t first;
     std::uint8_t suffix;
+
+    static String ofByte(std::uint8_t byte) { return {byte, 0, 1, 0, byte, byte}; }
+
+    /// This string, whose code is `code`, and `byte`.
+    String extended(unsigned code, std::uint8_t byte) const {
+        const unsigned used = length % pieceSize;
+        const auto prefixCode = static_cast<std::uint16_t>(code);
+        return {used == 0 ? byte : piece | std::uint64_t{byte} << (8 * used),
+                used == 0 ? prefixCode : pieces,
+                static_cast<std::uint16_t>(length + 1),
+                prefixCode,
+                first,
+                byte};
+    }
+
+    /// Writes the string and, behind it, up to 7 bytes more.
+    void write(char* out, const String* strings) const {
+        for (const String* last = this;; last = &strings[last->pieces]) {
+            const int at = (last->length - 1) & -pieceSize;
+            std::memcpy(out + at, &last->piece, pieceSize);
+            if (at == 0)
+                return;
+        }
+    }
 };

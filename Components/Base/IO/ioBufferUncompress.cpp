@@ -48,12 +48,10 @@ bool ioBufferCompress::initUncompress() {
         setStatus(bufferIOError);
         return false;
     }
-    for (unsigned byte = 0; byte < 256; ++byte) {
-        const auto c = static_cast<std::uint8_t>(byte);
-        stringTable_[byte] = {c, 0, 1, 0, c, c};
-    }
+    for (unsigned byte = 0; byte < 256; ++byte)
+        stringTable_[byte] = String::ofByte(static_cast<std::uint8_t>(byte));
     // No writer uses the code of a clear as a string. As one it is two zero bytes.
-    stringTable_[clearCode].length = 2;
+    stringTable_[clearCode] = stringTable_[0].extended(0, 0);
     oldCode_ = getcode();
     if (oldCode_ == endCode || oldCode_ < 0)
         return false;
@@ -69,6 +67,8 @@ void ioBufferCompress::uncompress() {
         return;
     unstack();
     while (dataPosition_ < dataSize_) {
+        if (regular_)
+            expandUsualCodes();
         int code = getcode();
         if (code == clearCode) {
             clearFlag_ = 1;
@@ -78,14 +78,60 @@ void ioBufferCompress::uncompress() {
         }
         if (code < 0 || code == endCode)
             return;
-        if (!expand(code)) {
+        if (!push(code)) {
             lastCode_ = -1;
             return;
         }
-        if (freeCode_ < maxMaxCode_)
+        unstack();
+        regular_ = regular_ && code <= freeCode_;
+        if (freeCode_ < maxMaxCode)
             addString();
         oldCode_ = code;
     }
+}
+
+/// Does what the loop of uncompress() does, but quickly: writes strings where they belong, with all
+/// state in registers. Leaves as soon as a code is not quite usual, or might not fit into the
+/// caller's memory or the block below.
+void ioBufferCompress::expandUsualCodes() {
+    String* const strings = stringTable_.get();
+    const int codeBits = codeBits_;
+    const unsigned mask = (1u << codeBits) - 1;
+    char* out = data_ + dataPosition_;
+    const char* const end = data_ + dataSize_ - String::pieceSize;
+    int bitOffset = bitOffset_;
+    auto freeCode = static_cast<unsigned>(freeCode_);
+    auto oldCode = static_cast<unsigned>(oldCode_);
+    String old = strings[oldCode];
+    while (freeCode <= static_cast<unsigned>(maxCode_)) {
+        if (bitOffset >= groupBits_) {
+            if (!next_->good() || next_->count_ - next_->position_ < maxBits)
+                break;
+            groupBits_ = readCodeBuf(codeBits) * 8 + 1 - codeBits;
+            bitOffset = 0;
+        }
+        const unsigned code = codeAt(bitOffset) & mask;
+        // A string may be defined by itself: the one before and its own first byte once more.
+        if (code == freeCode)
+            strings[code] = old.extended(oldCode, old.first);
+        else if (code > freeCode || code == clearCode || code == endCode)
+            break;
+        const String string = strings[code];
+        if (end - out < string.length)
+            break;
+        bitOffset += codeBits;
+        string.write(out, strings);
+        out += string.length;
+        if (freeCode < maxMaxCode)
+            strings[freeCode++] = old.extended(oldCode, string.first);
+        old = string;
+        oldCode = code;
+    }
+    dataPosition_ = static_cast<int>(out - data_);
+    bitOffset_ = bitOffset;
+    freeCode_ = static_cast<int>(freeCode);
+    oldCode_ = static_cast<int>(oldCode);
+    finChar_ = old.first;
 }
 
 int ioBufferCompress::getcode() {
@@ -102,12 +148,16 @@ int ioBufferCompress::getcode() {
         if (groupBits_ <= 0)
             return lastCode_ = -1;
     }
-    std::uint32_t word;
-    std::memcpy(&word, group_ + bitOffset_ / 8, sizeof word);
+    lastCode_ = static_cast<int>(codeAt(bitOffset_) & ((1u << codeBits_) - 1));
     bitOffset_ += codeBits_;
-    lastCode_ = static_cast<int>(word >> (static_cast<unsigned>(bitOffset_ - codeBits_) % 8)) &
-                ((1 << codeBits_) - 1);
     return lastCode_;
+}
+
+/// The bits of the group from `bitOffset` on, as far as a code can reach.
+std::uint32_t ioBufferCompress::codeAt(int bitOffset) const {
+    std::uint32_t word;
+    std::memcpy(&word, group_ + bitOffset / 8, sizeof word);
+    return word >> (static_cast<unsigned>(bitOffset) % 8);
 }
 
 /// Moves the next `n` bytes from the block below into the group, and returns their number.
@@ -120,33 +170,12 @@ int ioBufferCompress::readCodeBuf(int n) {
     return next_->readData(reinterpret_cast<char*>(group_), n);
 }
 
-/// Delivers the string of a code; false if it has no end.
-bool ioBufferCompress::expand(int code) {
-    // A string may be defined by itself: the one before and its own first byte once more.
-    const bool known = code < freeCode_;
-    regular_ = regular_ && code <= freeCode_;
-    const String& string = stringTable_[static_cast<unsigned>(known ? code : oldCode_)];
-    const int length = string.length + (known ? 0 : 1);
-    if (!regular_ || dataSize_ - dataPosition_ < length + String::pieceSize) {
-        if (!push(code))
-            return false;
-        unstack();
-        return true;
-    }
-    char* const place = data_ + dataPosition_;
-    const String* last = &string;
-    for (;;) {
-        const int at = (last->length - 1) & -String::pieceSize;
-        std::memcpy(place + at, &last->piece, String::pieceSize);
-        if (at == 0)
-            break;
-        last = &stringTable_[last->pieces];
-    }
-    finChar_ = string.first;
-    if (!known)
-        place[length - 1] = static_cast<char>(finChar_);
-    dataPosition_ += length;
-    return true;
+/// The string before and the first byte of this one become the next string.
+void ioBufferCompress::addString() {
+    const auto oldCode = static_cast<unsigned>(oldCode_);
+    const auto suffix = static_cast<std::uint8_t>(finChar_);
+    stringTable_[static_cast<unsigned>(freeCode_++)] =
+        stringTable_[oldCode].extended(oldCode, suffix);
 }
 
 /// Puts the string of a code on the stack, last byte first; false if it has no end. Gives every
@@ -168,26 +197,10 @@ bool ioBufferCompress::push(int code) {
     }
     if (top == end)
         return false;
-    finChar_ = strings[c].suffix;
+    finChar_ = static_cast<int>(c);
     *top++ = static_cast<char>(finChar_);
     stackTop_ = top;
     return true;
-}
-
-/// The string before with the first byte of this one becomes the next string.
-void ioBufferCompress::addString() {
-    String& added = stringTable_[static_cast<unsigned>(freeCode_)];
-    const auto oldCode = static_cast<std::uint16_t>(oldCode_);
-    const String old = stringTable_[oldCode];
-    const auto suffix = static_cast<std::uint8_t>(finChar_);
-    const unsigned used = old.length % String::pieceSize;
-    added.piece = used == 0 ? suffix : old.piece | std::uint64_t{suffix} << (8 * used);
-    added.pieces = used == 0 ? oldCode : old.pieces;
-    added.length = static_cast<std::uint16_t>(old.length + 1);
-    added.prefix = oldCode;
-    added.first = old.first;
-    added.suffix = suffix;
-    ++freeCode_;
 }
 
 /// Delivers what the stack holds, as far as the caller's memory reaches.

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+
+#include "Support/AllocationCount.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+std::atomic<std::size_t> count = 0;
+std::atomic<std::size_t> bytes = 0;
+
+} // namespace
+
+std::size_t allocationCount() {
+    return count;
+}
+
+std::size_t allocatedBytes() {
+    return bytes;
+}
+
+void* operator new(std::size_t size) {
+    ++count;
+    bytes += size;
+    if (void* const memory = std::malloc(size))
+        return memory;
+    throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
