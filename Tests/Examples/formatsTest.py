@@ -229,6 +229,44 @@ def expand(data):
         result += before
 
 
+def rotate(word, by):
+    return (word << by % 32 | word >> -by % 32) & 0xFFFFFFFF
+
+
+class Cipher:
+    def __init__(self, key):
+        self.s = [(0x6A09E667 + i * 0xBB67AE85) & 0xFFFFFFFF for i in range(44)]
+        words, a, b = list(struct.unpack('<8I', key)), 0, 0
+        for i in range(3 * 44):
+            a = self.s[i % 44] = rotate(self.s[i % 44] + a + b & 0xFFFFFFFF, 3)
+            b = words[i % 8] = rotate(words[i % 8] + a + b & 0xFFFFFFFF, a + b)
+
+    def decipher(self, block):
+        a, b, c, d = struct.unpack('<4I', block)
+        c, a = c - self.s[43], a - self.s[42]
+        for i in range(20, 0, -1):
+            a, b, c, d = d, a, b, c
+            u, t = (rotate(x * (2 * x + 1) & 0xFFFFFFFF, 5) for x in (d, b))
+            c = rotate(c - self.s[2 * i + 1] & 0xFFFFFFFF, -t) ^ u
+            a = rotate(a - self.s[2 * i] & 0xFFFFFFFF, -u) ^ t
+        words = a, b - self.s[0], c, d - self.s[1]
+        return struct.pack('<4I', *(word & 0xFFFFFFFF for word in words))
+
+    def undo(self, data):
+        """What is in the frames of an encryption."""
+        result, at = b'', 1
+        assert data[:1] == b'\1'
+        while at < len(data):
+            frame = data[at + 1:at + 1 + data[at]]
+            assert 0 < len(frame) == data[at] <= 240
+            whole = len(frame) // 16 * 16
+            for i in range(0, whole, 16):
+                result += self.decipher(frame[i:i + 16])
+            result += frame[whole:]
+            at += 1 + len(frame)
+        return result
+
+
 # --- Documents ------------------------------------------------------------------------------------
 
 
@@ -498,18 +536,28 @@ def main():
         equal(make(example['model'], 'text'),
               start.replace(b'1 1 1', b'1 0 1') + example['text'].encode(), 'the text example')
 
-        def filtered(model, method):
-            make(model, method, '--checksum', '--compress')
+        cipher = Cipher(bytes_of(example['key']))
+        for name, undo, plain in (('compressed', expand, b'tick tick tick tick'),
+                                  ('guarded', unguard, b'abc'),
+                                  ('enciphered', cipher.undo, b'sixteen bytes or more')):
+            equal(undo(bytes_of(example[name])), plain, f'the {name} example')
+
+        def filtered(model, method, filters=('checksum', 'compress')):
+            make(model, method, *(f'--{name}' for name in filters))
             data = (folder / method).read_bytes()
             start = data.index(b'scenefile_filters\n@\n') + 20
-            packet = re.compile(rb'.{12}s?checksum compress\0|\{ 8 0 s?"checksum compress" \}\n', re.S)
-            packets = expand(unguard(data[packet.match(data, start).end():]))
+            names = ' '.join(filters).encode()
+            packet = re.compile(rb'.{12}s?%b\0|\{ 8 0 s?"%b" \}\n' % (names, names), re.S)
+            packets = data[packet.match(data, start).end():]
+            for name in filters:
+                packets = {'checksum': unguard, 'encrypt': cipher.undo, 'compress': expand}[name](packets)
             plain = data[:start].replace(b'   8 scenefile_filters\n', b'') + packets
             equal(plain, make(model, method), f'a {method} document through its filters')
             return data
 
         for method in 'binary', 'text', 'binary-debug', 'text-debug':
             filtered(MODEL * 500, method)
+        filtered(MODEL * 50, 'binary', ('checksum', 'encrypt', 'compress'))
         data, part = filtered(example['model'], 'binary'), bytes_of(example['filtered'])
         equal(data[225:225 + len(part)], part, 'the example with filters')
 

@@ -36,7 +36,10 @@ TEST(Compress, WritesTheseBytes) {
         {"aaa", "\x1f\x9d\x90\x61\x04\x06\x04\0\0\0\0\0"s},
         // 61 62 102 101
         {"abab", "\x1f\x9d\x90\x61\xc4\x08\x0c\x08\0\0\0\0"s},
-        // 61 to 68; 69 101. What follows in the second group are the bits of the first.
+        // 74 69 63 6b 20 102 104 106; 103 105 107 6b 101, and the bits that the first group left.
+        {"tick tick tick tick", "\x1f\x9d\x90\x74\xd2\x8c\x59\x03\x42\x20\x41\x83"
+                                "\x03\x0b\x1e\x5c\x13\x50\x20\x41\x83"},
+        // 61 to 68; 69 101.
         {"abcdefghi", "\x1f\x9d\x90\x61\xc4\x8c\x21\x53\xc6\xcc\x19\x34"
                       "\x69\x02\x8e\x21\x53\xc6\xcc\x19\x34"},
         // Nothing was written: codes 0 and 101 without a magic.

@@ -4,10 +4,10 @@
 /// The filter that guards bytes by a checksum, so that a reader can tell damage from an end.
 ///
 /// Pushed on a stream by ioBufferedStream::checksum(true) and popped by checksum(false). Each block
-/// is framed with its size and a running 16-bit sum, which tells accidents, not attacks: any single
-/// flipped bit, and all but one of 65535 other changes. A frame that does not agree ends in
-/// streamChecksumError. A file that stops at the end of a frame, or inside one of which no byte was
-/// delivered, is an ordinary end (streamEOF).
+/// is framed with its size and a running 16-bit sum. That tells accidents, such as any single
+/// flipped bit, but not two words that changed places, and no attack. A frame that does not agree
+/// ends in streamChecksumError, and its bytes are not delivered. A file that stops at the end of a
+/// frame, or within one before its first byte, is an ordinary end (streamEOF).
 ///
 /// Nothing in the file tells where the filter begins or ends: reader and writer must agree on it.
 /// The sums are in the byte order of the machine, and only another of the same order can read them.
@@ -62,8 +62,8 @@ public:
     void close() override;
 
     /// Reads one frame, or what is left of one, at most `n` bytes. bufferChecksumError if the frame
-    /// is damaged; a damaged frame of at most `n` bytes is handed over nevertheless. The memory for
-    /// a frame of more than `n` bytes grows with the bytes that come, not with the size claimed.
+    /// is damaged; one of at most `n` bytes is returned with that status nevertheless. The memory
+    /// for a larger frame grows with the bytes that come, not with the size claimed.
     int read(char* destination, int n) override;
 
     /// Writes one frame.

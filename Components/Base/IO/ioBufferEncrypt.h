@@ -14,7 +14,6 @@
 /// for that, push ioBufferChecksum above this filter.
 ///
 /// Nothing in the file tells where the filter begins or ends: reader and writer must agree on it.
-/// A file can be read on a machine of the other byte order.
 ///
 /// @code
 /// #include <unistd.h>
