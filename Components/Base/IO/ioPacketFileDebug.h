@@ -103,6 +103,7 @@ public:
     explicit ioWriteContextDebug(ioBufferedStreamOutput& stream) : Base(stream) {}
 
     using Base::writeReference;
+    /// The tag of the operation's name, and then what `Base` writes.
     void writeReference(int reference, bool define) override {
         tag(ioDebugTypeReference);
         Base::writeReference(reference, define);
@@ -199,6 +200,8 @@ public:
         tag(ioDebugTypeDoubleArray);
         Base::writeDoubleArray(values, count);
     }
+
+    /// The header of `Method`.
     ioHeader getHeader() override { return ioHeader(Method); }
 
 private:
@@ -212,6 +215,7 @@ class ioReadContextDebug : public Base {
 public:
     explicit ioReadContextDebug(ioBufferedStreamInput& stream) : Base(stream, method()) {}
 
+    /// Expects the tag of the operation's name, and then reads what `Base` reads.
     int readReference() override {
         expect(ioDebugTypeReference);
         return Base::readReference();
