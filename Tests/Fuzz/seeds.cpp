@@ -12,6 +12,7 @@
 
 #include "Fuzz/FilterFuzz.h"
 #include "Fuzz/PacketFuzz.h"
+#include "IO/PacketFileSupport.h"
 
 int main(int argc, char** argv) {
     if (argc != 2) {
@@ -37,6 +38,16 @@ int main(int argc, char** argv) {
     }
     write("Checksum", "large-frame", fuzz::largeFrame());
     write("BinaryPackets", "everything", fuzz::everything(ioWriteBinary));
+    // Of the other byte order, which nothing here writes: a few values, an array, a chunk.
+    write("BinaryPackets", "big-endian",
+          packets::bigEndianHeader + packets::thingTypes +
+              packets::bytes("00000002 00000000 00000017 05 00000001 0F 02 0001 0002"
+                             "18 2C 0000000A 05 00000002 FF") +
+              packets::bigEndianEnd);
+    write("DebugPackets", "big-endian",
+          "^@\n1\n0 3 1\n1 2 4 8 4 8 8\n@\n" + packets::thingTypes +
+              packets::bytes("00000002 00000000 00000009 'C'05 'i'00000001 'C'FF") +
+              packets::bigEndianEnd);
     write("TextPackets", "everything", fuzz::everything(ioWriteAscii));
     write("DebugPackets", "everything-binary", fuzz::everything(ioWriteBinaryDebug));
     write("DebugPackets", "everything-text", fuzz::everything(ioWriteAsciiDebug));
