@@ -74,13 +74,11 @@ std::optional<bool> findDirectory(IString path) {
     return S_ISDIR(status.st_mode);
 }
 
-/// Removes the last component; false, with nothing done, at the first one.
-bool cut(IString& path) {
-    const unsigned int last = path.rfind(Filename::separator());
-    if (last == 0 || last == String::npos)
-        return false;
-    path.erase(last);
-    return true;
+/// How long the first `length` characters of a path are without their last component; 0 if that is
+/// the first one.
+unsigned int lengthAbove(const IString& path, unsigned int length) {
+    const unsigned int last = path.rfind(Filename::separator(), length - 1);
+    return last == String::npos ? 0 : last;
 }
 
 /// `count` letters from a to y: `rand() % 25` has never given a z.
@@ -234,20 +232,25 @@ zeUtil::Error LocalFileTransport::makeDirectoryAll() {
     // Up from here until a directory is there, two steps at a time. Only each second step may be
     // the first component: callers know the error for a path that is climbed in vain, and that
     // nothing is made then.
-    std::vector<IString> missing{name_};
+    const auto isThere = [this](unsigned int length) {
+        return findDirectory(name_.substr(0, length)) == true;
+    };
+    std::vector<unsigned int> missing{name_.length()}; // the lengths of the paths to make
     for (;;) {
-        IString above = missing.back();
-        if (!cut(above))
+        const unsigned int parent = lengthAbove(name_, missing.back());
+        if (parent == 0)
             return File::getError(File::ErrPathTooLong);
-        if (findDirectory(above) == true)
+        if (isThere(parent))
             break;
-        missing.push_back(above);
-        if (!cut(above) || findDirectory(above) == true)
+        missing.push_back(parent);
+        const unsigned int grand = lengthAbove(name_, parent);
+        if (grand == 0 || isThere(grand))
             break;
-        missing.push_back(above);
+        missing.push_back(grand);
     }
     for (; !missing.empty(); missing.pop_back())
-        if (zeUtil::Error error = makeLocalDirectory(missing.back()); error.code() != File::ErrNone)
+        if (zeUtil::Error error = makeLocalDirectory(name_.substr(0, missing.back()));
+            error.code() != File::ErrNone)
             return error;
     return zeUtil::Error();
 }
