@@ -122,8 +122,9 @@ public:
     /// Bytes from, or to, the open file; `ErrIO` if it is not open. A read that met the end gives
     /// `ErrEndOfFile`, and `done` says how many bytes it brought; one that ends exactly before it
     /// is a success, and the next gives `ErrEndOfFile` with 0 bytes. A local read that fails is a
-    /// success with a short count. A local write is `ErrIO` if not all of it went into the buffer;
-    /// what is left in the buffer goes to disk in later calls, the last in close().
+    /// success with a short count, and each read of a directory, which opens for reading, one of 0
+    /// bytes: a loop ends there, too. A local write is `ErrIO` if not all of it went into the
+    /// buffer; what is left in the buffer goes to disk in later calls, the last in close().
     zeUtil::Error read(void* buffer, unsigned long count, unsigned long* done) override;
     zeUtil::Error write(const void* buffer, unsigned long count, unsigned long* done) override;
 
@@ -132,13 +133,15 @@ public:
     zeUtil::Error open(int mode);
     /// The same with a new file of a name that nobody has, which becomes this File's. A local one
     /// is made **in the current directory**, readable by its owner alone, and is named after this
-    /// File's base name with the suffix doubled and six characters more: "scene.datdatXXXXXX".
+    /// File's base name with the suffix doubled and six characters more: "scene.datdatXXXXXX". If
+    /// no stream has such a mode (`ErrIO`), an empty file of a name that is not told may stay.
     zeUtil::Error openTemp(int mode);
     /// `ErrNotOpen` unless open. Never reports a failure of a local file, not even a full disk.
     zeUtil::Error close();
 
-    /// Copies, or moves, this closed file or directory (else `ErrIsOpen`) to `dest`, under the
-    /// rules, and with the lost errors, of FileTransport::copyTo() and moveTo(). From local to
+    /// Copies, or moves, this closed file or directory (else `ErrIsOpen`) to `dest`, which must be
+    /// valid as well, under the rules, and with the lost errors, of FileTransport::copyTo() and
+    /// moveTo(): moved to a full disk of another volume, a file is lost. From local to
     /// local, moveTo() first tries to rename, which replaces a file in one step: whoever looks
     /// finds the old file or the new one. It does so also onto itself, and reports a source that is
     /// missing as `ErrFileExists`. A directory is renamed, too, unless `dest` is a file.
@@ -147,13 +150,17 @@ public:
 
     /// Deletes the closed file (else `ErrIsOpen`), or the directory, with all that it holds unless
     /// `flags` contains DeleteNonRecursive: see FileTransport::recursiveDeleteSelf(). Local
-    /// failures are `ErrIO`, also for a directory that is not empty. Whether the name is a
-    /// directory is looked up once in the life of a File.
+    /// failures are `ErrIO`, also for a directory that is not empty.
     zeUtil::Error deleteSelf(int flags);
 
-    /// Makes the directory (`ErrFileExists` if there is something already), one of a new name next
-    /// to this one, or this one and what is missing above it. `ErrIsOpen` if this is open, `ErrIO`
-    /// for most local failures.
+    /// Makes the directory (`ErrFileExists` if there is something already), one of a new name,
+    /// which becomes this File's, or this one and what is missing above it. `ErrIsOpen` if this is
+    /// open, `ErrIO` for most local failures.
+    ///
+    /// makeTempDirectory() makes a local directory next to this name, or in getTempDirectory() if
+    /// it names no directory, with a name of ten letters from `rand`, the last of which is kept
+    /// also after a failure. Three attempts are made: in a process that does not call `srand`, what
+    /// three others left there makes it fail with `ErrFileExists`.
     ///
     /// makeDirectoryAll() succeeds where the directory exists. It climbs two components at a time
     /// until it finds one that does, and only the second of the two may be the first of the path:
@@ -179,7 +186,9 @@ public:
     static zeUtil::Error query(const zeString::IString& name, FileStatus& status);
     static zeUtil::Error query(const Filename& name, FileStatus& status);
 
-    /// What the transport says of the same name.
+    /// What the transport says of the same name. Whether a local name is a directory is looked up
+    /// until there is something of that name, and the answer is then kept for the life of the File,
+    /// whatever happens on disk; deleteSelf(), readDir(), copyTo() and moveTo() go by it.
     bool isDirectory() const;
     bool isOpen() const;
     zeString::IString getFullName() const;

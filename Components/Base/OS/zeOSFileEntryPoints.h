@@ -25,7 +25,8 @@ ZEBASE_API int zeOS_CopyFileToW(const wchar_t* from, const wchar_t* to);
 
 /// Reads the first bytes of a file into `buffer` and returns their number. -1 for a null `buffer`,
 /// a negative `count`, and any failure, the end of the file among them: a file shorter than
-/// `count` gives -1, and `buffer` has its bytes. A `count` of 0 gives 0 without a look at the file.
+/// `count` gives -1, and `buffer` has its bytes. A local read that fails is none, and gives what it
+/// brought: 0 for a directory. A `count` of 0 gives 0 without a look at the file.
 ZEBASE_API int zeOS_ReadHeaderFromFile(const char* path, void* buffer, int count);
 ZEBASE_API int zeOS_ReadHeaderFromFileW(const wchar_t* path, void* buffer, int count);
 

@@ -55,7 +55,8 @@ ZEBASE_API zeUtil::Error fileDelete(const wchar_t* name);
 /// | 4 | `dst` is a directory |
 /// | 5 | both are the same file, by whatever names |
 ///
-/// A failed write, too, says "Error reading file". After a failed read or write there is no `dst`.
+/// A failed write, too, says "Error reading file". After a failed read or write there is no `dst`,
+/// whatever it was before. A directory as `src` is such a failure: its old `dst` is lost.
 ZEBASE_API zeUtil::Error fileCopy(const Filename& src, const Filename& dst, bool overwrite);
 ZEBASE_API zeUtil::Error fileCopy(const char* src, const char* dst, bool overwrite);
 ZEBASE_API zeUtil::Error fileCopy(const wchar_t* src, const wchar_t* dst, bool overwrite);

@@ -26,7 +26,7 @@ public:
     /// Flags false, numbers 0, texts empty.
     void reset();
 
-    /// All other fields keep their value of reset() where this is false.
+    /// Where this is false, all other fields are as reset() leaves them.
     bool exists() const { return exists_; }
     /// What the effective rights were at the moment of the query: opening may yet fail.
     bool isReadable() const { return isReadable_; }

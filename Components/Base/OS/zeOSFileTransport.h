@@ -76,8 +76,9 @@ public:
     /// `File::ErrIO`. Who must know compares the sizes, or uses zeOS::fileCopy().
     virtual zeUtil::Error copyTo(FileTransport& dest);
 
-    /// copyTo(), then deleteSelf() if that was a success: with what copyTo() calls a success. The
-    /// source of a directory therefore stays, and is the error, unless it was empty.
+    /// copyTo(), then deleteSelf() if that was a success: with what copyTo() calls a success, so
+    /// that a file moved to a full disk is lost. The source of a directory stays, and is the error,
+    /// unless it was empty.
     virtual zeUtil::Error moveTo(FileTransport& dest);
 
     /// Deletes the file or the empty directory.
@@ -107,6 +108,8 @@ public:
     /// Copies what this directory holds into the directory `dest`, and goes on after failures; the
     /// result is the first. With `deleteSource` each entry that was copied is deleted, which
     /// directories that are not empty resist. `File::ErrNotDirectory` unless both are directories.
+    /// A local file whose name is not valid UTF-8 arrives as an empty one, with "?" in its name,
+    /// and without an error.
     zeUtil::Error recreateDirStructure(FileTransport& dest, bool deleteSource);
 
 protected:

@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "Base/OS/zeOSFileTransport.h"
+#include "Base/OS/zeOSFilename.h"
 
 namespace zeOS {
 
@@ -48,14 +49,12 @@ public:
     zeString::IString getFullName() const override { return name_; }
     zeString::IString getNameTitle() const override;
     zeString::IString getNameBase() const override;
-    wchar_t getSeparator() const override { return separator; }
+    wchar_t getSeparator() const override { return Filename::separator(); }
     zeString::IString transportId() const override { return id; }
     zeUtil::Error query(FileStatus& status) const override;
     zeUtil::Error queryOwnerGroup(FileStatus& status) override;
 
 private:
-    static constexpr wchar_t separator = L'/';
-
     zeString::IString name_;
     std::FILE* file_ = nullptr;
     /// The answer of isDirectory() that is given for ever, once there was one.
