@@ -36,8 +36,9 @@ protected:
         };
     }
 
-    void tryEverything() {
-        trial.runAll();
+    /// `calls`: the names of those that the operation makes.
+    void tryEverything(const std::string& calls) {
+        EXPECT_EQ(trial.runAll(), calls);
         trial.report(testing::UnitTest::GetInstance()->current_test_info()->name());
     }
 
@@ -86,7 +87,7 @@ TEST_F(FileFaults, InCopying) {
         EXPECT_EQ(folder.read("old"), targetStays ? target : "");
         EXPECT_EQ(folder.read("new"), content);
     };
-    tryEverything();
+    tryEverything("open close read write stat");
 }
 
 TEST_F(FileFaults, InMoving) {
@@ -99,7 +100,7 @@ TEST_F(FileFaults, InMoving) {
         EXPECT_EQ(isThere("new"), !moved || failed(fault, SystemFaults::onUnlink));
         EXPECT_TRUE(moved || fault.n > 0);
     };
-    tryEverything();
+    tryEverything("open close read write unlink stat");
 }
 
 TEST_F(FileFaults, InRenamingAndDeleting) {
@@ -116,7 +117,7 @@ TEST_F(FileFaults, InRenamingAndDeleting) {
         EXPECT_EQ(folder.read("new"), notRenamed ? content : "");
         EXPECT_EQ(folder.read("old"), notDeleted ? content : "");
     };
-    tryEverything();
+    tryEverything("rename unlink");
 }
 
 TEST_F(FileFaults, InLooking) {
@@ -137,7 +138,7 @@ TEST_F(FileFaults, InLooking) {
         EXPECT_EQ(status.isReadable(), status.exists() && !(noAccess && fault.n == 2));
         EXPECT_EQ(status.isWritable(), status.exists() && !(noAccess && fault.n == 3));
     };
-    tryEverything();
+    tryEverything("stat access");
 }
 
 TEST_F(FileFaults, InWritingAndReadingAStream) {
@@ -175,7 +176,7 @@ TEST_F(FileFaults, InWritingAndReadingAStream) {
         EXPECT_EQ(readBack, read);
         EXPECT_EQ(bytes, expected);
     };
-    tryEverything();
+    tryEverything("fopen fread fwrite fclose");
 }
 
 // The copies of handles lose what the closes do not say, a short or an empty target among it; but
@@ -205,7 +206,7 @@ TEST_F(FileFaults, InCopyingATree) {
             EXPECT_EQ(result, ioError);
         }
     };
-    tryEverything();
+    tryEverything("fopen fread fwrite fclose mkdir opendir readdir stat");
 }
 
 TEST_F(FileFaults, InMovingAHandle) {
@@ -221,7 +222,7 @@ TEST_F(FileFaults, InMovingAHandle) {
         EXPECT_EQ(folder.read("old"), queryFailed ? "old" : content);
         EXPECT_EQ(isThere("new"), queryFailed);
     };
-    tryEverything();
+    tryEverything("rename stat access");
 }
 
 TEST_F(FileFaults, InDeletingATree) {
@@ -240,7 +241,7 @@ TEST_F(FileFaults, InDeletingATree) {
         EXPECT_TRUE(result.empty() || result == ioError);
         EXPECT_EQ(folder.read("outside/kept"), content); // not followed, whatever fails
     };
-    tryEverything();
+    tryEverything("unlink rmdir opendir readdir stat lstat");
 }
 
 TEST_F(FileFaults, InMakingDirectories) {
@@ -263,7 +264,7 @@ TEST_F(FileFaults, InMakingDirectories) {
         EXPECT_EQ(isThere("d/a/b/c/e"), expected == ";");
         EXPECT_TRUE(std::filesystem::is_directory(temporary.asUTF8()));
     };
-    tryEverything();
+    tryEverything("mkdir stat");
 }
 
 TEST_F(FileFaults, InOpeningATemporaryFile) {
@@ -280,7 +281,7 @@ TEST_F(FileFaults, InOpeningATemporaryFile) {
             failed(fault, SystemFaults::onMkstemp) || failed(fault, SystemFaults::onFdopen);
         EXPECT_EQ(result, noFile ? ioError : "");
     };
-    tryEverything();
+    tryEverything("fdopen fclose mkstemp");
     // Names that are taken are tried again, ten times in all.
     const struct {
         std::size_t attempts;
@@ -295,6 +296,21 @@ TEST_F(FileFaults, InOpeningATemporaryFile) {
         EXPECT_EQ(faults.calls(), std::min<std::size_t>(row.attempts + 1, 10));
     }
     std::filesystem::current_path(before);
+}
+
+TEST_F(FileFaults, InChangingTheCurrentDirectory) {
+    using zeOS::Filename;
+    const Filename before = Filename::getCwd();
+    trial.operation = [&] {
+        result = Filename(at("d")).setCwd() ? Filename::getCwd().path().asUTF8() : "no";
+    };
+    trial.check = [&](const Fault& fault) {
+        const bool notChanged = failed(fault, SystemFaults::onChdir);
+        const bool notTold = failed(fault, SystemFaults::onGetcwd);
+        EXPECT_EQ(result, notChanged ? "no" : notTold ? "" : folder.path("d"));
+        EXPECT_TRUE(before.setCwd());
+    };
+    tryEverything("getcwd chdir");
 }
 
 TEST_F(FileFaults, InReadingADirectoryAndTheSizeOfAVolume) {
@@ -320,5 +336,5 @@ TEST_F(FileFaults, InReadingADirectoryAndTheSizeOfAVolume) {
                               ? "1: Filesystem::stat(): stat failed: Unknown error -1"
                               : "");
     };
-    tryEverything();
+    tryEverything("opendir readdir stat statvfs");
 }

@@ -62,17 +62,20 @@ std::size_t FaultTrial::run(SystemFaults::Call call, SystemFaults::Answer answer
     }
 }
 
-void FaultTrial::runAll() {
+std::string FaultTrial::runAll() {
+    std::string broken;
     for (int i = 0; i < SystemFaults::callCount; ++i) {
         const auto call = static_cast<SystemFaults::Call>(i);
         if (run(call, {ENOSPC}) == 0)
             continue; // a call that the operation does not make
+        broken += (broken.empty() ? "" : " ") + std::string(SystemFaults::name(call));
         for (const int error : {EIO, EACCES, EINTR})
             if (call != SystemFaults::onClose || error != EINTR)
                 run(call, {error});
         if (movesBytes(call))
             run(call, {0, 1});
     }
+    return broken;
 }
 
 void FaultTrial::report(const char* what) const {

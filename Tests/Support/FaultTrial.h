@@ -20,6 +20,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "Support/SystemFaults.h"
@@ -49,8 +50,10 @@ public:
 
     /// The same for every call there is, with each error that calls are known for (ENOSPC, EIO,
     /// EACCES, EINTR), and a byte at a time where a call moves bytes. A `close` that is interrupted
-    /// is left out: see SystemFaults::Answer.
-    void runAll();
+    /// is left out: see SystemFaults::Answer. Returns the names of the calls that the operation
+    /// makes, in the order of SystemFaults::Call, so that a test notices one that it no longer
+    /// breaks.
+    std::string runAll();
 
     std::size_t faultsTried() const { return tried_; }
 

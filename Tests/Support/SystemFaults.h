@@ -53,8 +53,8 @@ public:
     /// What one call meets: a failure with `error`, or, with error 0, at most `limit` bytes moved
     /// by a read, write, fread or fwrite.
     ///
-    /// A failing close or fclose releases what it was given before it reports, as Linux does; only
-    /// a close that is interrupted has done nothing yet.
+    /// A failing close or fclose releases what it was given before it reports, as Linux does. Only
+    /// an interrupted close, which portable callers repeat, leaves it open: the repetition shows.
     struct Answer {
         int error = 0;
         std::size_t limit = static_cast<std::size_t>(-1);
