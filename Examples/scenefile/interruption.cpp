@@ -22,7 +22,9 @@ void deleteAndEnd(int signal) {
 } // namespace
 
 Interruption::Interruption(const std::string& file) {
-    temporaryFile[file.copy(temporaryFile, sizeof temporaryFile - 1)] = '\0';
+    // A name that is too long for the system is none that anybody could have opened.
+    const bool fits = file.size() < sizeof temporaryFile;
+    temporaryFile[fits ? file.copy(temporaryFile, file.size()) : 0] = '\0';
     sigprocmask(SIG_BLOCK, nullptr, &blockedBefore_);
     struct sigaction action = {};
     action.sa_handler = deleteAndEnd;

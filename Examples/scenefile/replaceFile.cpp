@@ -95,8 +95,8 @@ void replacePlace(const std::string& place, const std::function<void(int)>& writ
                           : reason(save.getStatus()));
     // From here on every exception abandons the save: its destructor removes the temporary file.
     const std::string temporary = save.getTempFilename().path().asUTF8();
-    Interruption interruption(temporary);
     TemporaryFile file(temporary);
+    Interruption interruption(temporary);
     write(file.descriptor());
     file.complete(rights);
     interruption.holdBack();
