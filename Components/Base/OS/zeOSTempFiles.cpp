@@ -93,6 +93,7 @@ bool isOlder(const Filename& file, std::time_t limit) {
 
 } // namespace
 
+// By value, as plug-ins are linked against them. NOLINTBEGIN(performance-unnecessary-value-param)
 Filename createTmpFilename(IString suffix, const wchar_t* prefix) {
     return createFilename(getTempDirectory(), prefix ? prefix : L"ASTMP", suffix);
 }
@@ -100,6 +101,7 @@ Filename createTmpFilename(IString suffix, const wchar_t* prefix) {
 Filename createNewFilenameVariant(Filename dir, const wchar_t* prefix, IString suffix) {
     return createFilename(dir, prefix ? prefix : L"recover", suffix);
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 int cleanupTempDirectory(const IString& dir) {
     constexpr std::time_t week = 604800;
