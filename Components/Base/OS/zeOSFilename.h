@@ -80,7 +80,8 @@ public:
     static wchar_t separator();
     /// ":", as it stands between the directories of a search path.
     static wchar_t pathSeparator();
-    /// 4096, the longest path in bytes that the system takes. Nothing here enforces it.
+    /// 4096, the system's limit to the bytes of a path with its terminator. Nothing here enforces
+    /// it.
     static int maxLength();
 
     /// The parts, each a reference that is valid until the next assignment. The first accessor
@@ -152,8 +153,8 @@ ZEBASE_API bool isWindowsReservedDeviceName(const Filename& name);
 } // namespace zeOS
 
 /// The same for callers that hold narrow strings. Texts are in the locale's encoding. `out` must
-/// have room for the result and its terminator, which 4096 bytes are for every path within
-/// Filename::maxLength(); it may be the same buffer as an argument.
+/// have room for the result and its terminator, which Filename::maxLength() bytes are for every
+/// path that the system takes; it may be the same buffer as an argument.
 extern "C" {
 
 /// Filename::makeDir(): 1 on success, 0 on failure.

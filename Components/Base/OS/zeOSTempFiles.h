@@ -6,10 +6,11 @@
 /// A name is only proposed: nothing is created, and somebody else may take it before you do. Open
 /// it with `O_EXCL` where that matters.
 ///
-/// **Where the name lies** is the C library's `tempnam` to say, which takes the first directory of
-/// these in which it may write: the environment's `TMPDIR`, the directory that is asked for, and
-/// "/tmp". So `TMPDIR` overrides setTempDirectory() here. The name itself is up to 5 bytes of
-/// "PREFIX.PID" (whole characters of UTF-8), 6 characters that make it new there, and the suffix.
+/// **Where the name lies** is the C library's `tempnam` to say, which takes the first of these that
+/// is a directory, whether or not you may write there: the environment's `TMPDIR`, what is asked
+/// for, and "/tmp". So `TMPDIR` overrides setTempDirectory() here. The name itself is up to 5 bytes
+/// of "PREFIX.PID" (whole characters of UTF-8), 6 characters that make it new there, and the
+/// suffix.
 ///
 /// Any thread may call these while none changes the environment or the temporary directory.
 ///
