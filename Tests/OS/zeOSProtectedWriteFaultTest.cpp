@@ -110,6 +110,13 @@ TEST_P(BrokenSave, SaysWhatFailed) {
 // The way forward fails, and so does the way back: the only old file is the backup, which stays.
 TEST_P(BrokenSave, KeepsTheBackupThatCannotBePutBack) {
     bool wasKept = false;
+    trial.operation = [this] {
+        ProtectedWrite save(folder->mainName());
+        if (copies())
+            save.useCopyStrategy();
+        result = saveNewContent(save);
+        EXPECT_FALSE(save.finalize()); // must not clear it away either
+    };
     trial.check = [&](const Fault& fault) {
         EXPECT_EQ(result.finalized, result.status == ProtectedWrite::StatusOk);
         if (result.finalized) {

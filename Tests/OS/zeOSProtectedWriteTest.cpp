@@ -124,19 +124,17 @@ TEST_P(ProtectedWriteBy, RefusesAFileThatTheUserMayNotWrite) {
     EXPECT_EQ(folder.state(), "main old");
 }
 
-// It is the file's own right that counts at first: what the directory allows shows in the writing.
-TEST(ProtectedWrite, FindsOutInWritingThatTheDirectoryTakesNoFiles) {
-    const SaveFolder folder;
+// It is the file's own right that counts at first: what the directory allows shows in the writing,
+// and is no matter for copies.
+TEST_P(ProtectedWriteBy, FindsOutInWritingWhetherTheDirectoryTakesFiles) {
     std::filesystem::permissions(folder.main, std::filesystem::perms::all);
     std::filesystem::permissions(folder.documents(), std::filesystem::perms(0555));
     EXPECT_EQ(asOrdinaryUser([&] {
-                  ProtectedWrite save(folder.mainName());
-                  const bool went = !save.init() || writeFile(save.getTempFilename(), newContent) ||
-                                    save.finalize();
-                  return went ? 100 : save.getStatus();
+                  const SaveResult result = saveNewContent(begin());
+                  return result.initialized ? result.status : 100;
               }),
-              ProtectedWrite::StatusTempMissing);
-    EXPECT_EQ(folder.state(), "main old");
+              copies() ? ProtectedWrite::StatusOk : ProtectedWrite::StatusInvalidated);
+    EXPECT_EQ(folder.state(), copies() ? "main new" : "main old");
 }
 
 TEST_P(ProtectedWriteBy, ReplacesALinkAndLeavesWhatItPointsAt) {
@@ -200,20 +198,17 @@ TEST_P(ProtectedWriteBy, NamesItsFilesAfterTheBeginningOfTheMainName) {
     }
 }
 
-// No file is worse than no save: without names nothing is written, and nothing touched.
-TEST_P(ProtectedWriteBy, KeepsTheOldFileWithoutANameForTheNewOne) {
-    for (const int n : {1, 2}) {
-        std::vector<SystemFaults::Answer> answers(static_cast<std::size_t>(n));
+// A name beside the main file would then be that of the directory, which is cleared like any link.
+TEST_P(ProtectedWriteBy, TouchesNoLinkedDirectoryWithoutNamesForItsFiles) {
+    const std::string link = folder.temporary() + "/link";
+    std::filesystem::create_symlink(folder.documents(), link);
+    for (const std::size_t n : {1U, 2U}) {
+        std::vector<SystemFaults::Answer> answers(n);
         answers.back() = {ENOENT};
         const SystemFaults faults(SystemFaults::onTempnam, answers);
-        const SaveResult result = saveNewContent(begin());
+        EXPECT_FALSE(saveNewContent(begin(zeOS::Filename((link + "/scene.zd").c_str()))).finalized);
         save.reset();
-        EXPECT_EQ(result.initialized, copies());
-        EXPECT_FALSE(result.finalized);
-        EXPECT_EQ(result.status, !copies() ? ProtectedWrite::StatusCannotClearTemp
-                                 : n == 1  ? ProtectedWrite::StatusInvalidated
-                                           : ProtectedWrite::StatusCannotBackup);
-        EXPECT_EQ(folder.state(), "main old");
+        EXPECT_EQ(folder.state(), "link link, main old");
     }
 }
 

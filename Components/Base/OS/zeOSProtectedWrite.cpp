@@ -105,6 +105,13 @@ void ProtectedWrite::chooseNames(bool copy) {
     backupFilename_ = createTmpFilename(L"1.tmp", prefix);
     if (copy)
         return;
+    if (tempFilename_.path().isEmpty() || backupFilename_.path().isEmpty()) {
+        // What would be left is the name of the directory. Clearing that away must not even be
+        // tried: it may be a link, which goes like any file.
+        tempFilename_ = backupFilename_ = Filename();
+        status_ = StatusCannotClearTemp;
+        return;
+    }
     // In the same directory, and so in the same file system, a rename is one step.
     const zeString::IString& directory = mainFilename_.dirname();
     tempFilename_ = Filename(directory, tempFilename_.basename());
@@ -118,18 +125,16 @@ void ProtectedWrite::invalidate() {
 bool ProtectedWrite::finalize() {
     if (!initialized_)
         return true;
-    bool backupIsNeeded = false;
     if (status_ == StatusOk)
-        status_ = replaceMainFile(backupIsNeeded);
+        status_ = replaceMainFile();
     clearFile(tempFilename_);
-    if (!backupIsNeeded)
-        clearFile(backupFilename_);
+    clearFile(backupFilename_);
     return status_ == StatusOk;
 }
 
 /// The order is the point: at every moment, also after a power cut, at least one complete file is
 /// on disk, under whatever name.
-ProtectedWrite::Status ProtectedWrite::replaceMainFile(bool& backupIsNeeded) {
+ProtectedWrite::Status ProtectedWrite::replaceMainFile() {
     if (!valid_)
         return StatusInvalidated;
     if (!doesFileExist(tempFilename_))
@@ -152,19 +157,25 @@ ProtectedWrite::Status ProtectedWrite::replaceMainFile(bool& backupIsNeeded) {
         }
     }
 
-    if (fileRename(tempFilename_, mainFilename_).code() != 0) {
-        // A copy that broke off may have left a part of a file there.
-        fileDelete(mainFilename_);
-        // Where the way back is barred as well, the backup is the only old file there is.
-        backupIsNeeded = fileRename(backupFilename_, mainFilename_).code() != 0;
-        return StatusNotWritable;
-    }
+    const bool isReplaced = fileRename(tempFilename_, mainFilename_).code() == 0;
+    if (!isReplaced)
+        putOldFileBack();
 
-    // Until the disk has the main name, the backup is what a power cut leaves: only now may it go.
+    // Until the disk has the main file, new or put back, one of the others is what a power cut
+    // leaves: only now may they go.
     if (renamesCopy)
         waitForDisk(mainFilename_.path());
     waitForDirectoryOf(mainFilename_);
-    return StatusOk;
+    return isReplaced ? StatusOk : StatusNotWritable;
+}
+
+void ProtectedWrite::putOldFileBack() {
+    // A copy that broke off may have left a part of a file there.
+    fileDelete(mainFilename_);
+    // Where the way back is barred as well, the backup is the only old file there is: its name is
+    // forgotten, so that nothing deletes it.
+    if (fileRename(backupFilename_, mainFilename_).code() != 0)
+        backupFilename_ = Filename();
 }
 
 } // namespace zeOS

@@ -39,6 +39,10 @@
 /// link is replaced by a file, and what it pointed at stays. A directory is moved aside and stays
 /// under the name of the backup. The name is that of a local file, without "file:".
 ///
+/// A copy has the rights of any new file, so the copy strategy loses those that the caller gave,
+/// and shows the old contents to whoever may read new files in the temporary directory. Where that
+/// matters, set the `umask` for the time of finalize(), and the rights after it.
+///
 /// One save belongs to one thread. Different saves may run at once; two of the same file end in one
 /// or the other. Nothing throws.
 ///
@@ -79,7 +83,8 @@ public:
         StatusTempDirCreated = 2,
         /// What should be the temporary directory is something else. Copy strategy only.
         StatusTempNotDirectory = 3,
-        /// Something at the name of the temporary or the backup file could not be deleted.
+        /// Something at the name of the temporary or the backup file could not be deleted; or there
+        /// is no such name to be found (see zeOSTempFiles.h), in the default strategy.
         StatusCannotClearTemp = 4,
         /// There is no file at getTempFilename().
         StatusTempMissing = 5,
@@ -139,7 +144,8 @@ private:
 
     void checkTempDirectory();
     void chooseNames(bool copy);
-    Status replaceMainFile(bool& backupIsNeeded);
+    Status replaceMainFile();
+    void putOldFileBack();
 };
 
 } // namespace zeOS
