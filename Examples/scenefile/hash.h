@@ -17,7 +17,8 @@ std::string hashKey(const std::optional<std::string>& keyFile);
 /// 64 digits: see zeOS::CreateFileHash(). Throws a Failure if the file cannot be read.
 std::string fileHash(const std::string& path, const std::string& key);
 
-/// Throws a UsageError if `text` is no digest, and a Failure if it is not that of the file.
+/// Throws a UsageError if `expected` is no digest, and a Failure if it is not `hash`, that of the
+/// file `path`.
 void expectHash(const std::string& path, const std::string& hash, const std::string& expected);
 
 } // namespace scenefile

@@ -9,6 +9,8 @@ namespace scenefile {
 
 namespace {
 
+namespace fs = std::filesystem;
+
 /// zeOS::ProtectedWrite names its files after 5 bytes of the name, or the whole characters in them.
 /// A shorter name is filled up with a dot and a number.
 std::string beginning(const std::string& name) {
@@ -26,12 +28,19 @@ bool mayBeLeftOf(const std::string& name, const std::string& other, const std::s
            other.size() <= 5 + 6 + ending.size();
 }
 
+/// What a save replaces: what a link points at, though it may be missing just now.
+fs::path savedPlace(const fs::path& path) {
+    std::error_code error;
+    const fs::path target = fs::read_symlink(path, error);
+    return error ? path : path.parent_path() / target;
+}
+
 } // namespace
 
 std::vector<std::string> leftoverNotes(const std::string& path) {
-    namespace fs = std::filesystem;
-    const std::string name = fs::path(path).filename();
-    const fs::path folder = fs::path(path).parent_path();
+    const fs::path saved = savedPlace(path);
+    const std::string name = saved.filename();
+    const fs::path folder = saved.parent_path();
     std::vector<std::string> notes;
     std::error_code error;
     for (fs::directory_iterator entry(folder.empty() ? "." : folder, error), end;
@@ -43,8 +52,8 @@ std::vector<std::string> leftoverNotes(const std::string& path) {
                             " may be a part of a new file, from a save that was killed: delete it");
         if (mayBeLeftOf(name, other, ".1.tmp"))
             notes.push_back("note: " + place +
-                            " may be the old file, from a save that was killed: if " + path +
-                            " is missing, rename it");
+                            " may be the old file, from a save that was killed: if " +
+                            saved.string() + " is missing, rename it");
     }
     std::sort(notes.begin(), notes.end());
     return notes;
