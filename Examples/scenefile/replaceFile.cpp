@@ -86,6 +86,16 @@ const char* reason(int status) {
     }
 }
 
+/// Puts the new file in its place. If the environment asks for copies, these have the rights of any
+/// new file: they are nobody else's until the file has its own again.
+bool finish(ProtectedWrite& save, const std::string& place, mode_t rights) {
+    const mode_t mask = umask(077);
+    const bool isDone = save.finalize();
+    umask(mask);
+    chmod(place.c_str(), rights);
+    return isDone;
+}
+
 void replacePlace(const std::string& place, const std::function<void(int)>& write) {
     const mode_t rights = finalRights(place);
     ProtectedWrite save(fileName(place));
@@ -100,7 +110,7 @@ void replacePlace(const std::string& place, const std::function<void(int)>& writ
     write(file.descriptor());
     file.complete(rights);
     interruption.holdBack();
-    if (!save.finalize())
+    if (!finish(save, place, rights))
         throw Failure(reason(save.getStatus()));
 }
 

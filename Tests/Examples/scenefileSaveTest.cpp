@@ -102,6 +102,17 @@ TEST_F(ScenefileSave, RefusesADocumentThatTheUserMayNotWrite) {
     EXPECT_EQ(folder_.read("made"), old_);
 }
 
+// The environment's wish is looked at once in a process: hence one of its own.
+TEST_F(ScenefileSave, KeepsTheRightsOfTheDocumentByEitherStrategy) {
+    const std::string command = SCENEFILE " import " + path("new.obj") + " " + path("made");
+    for (const std::string environment : {"", "ZEPHI_PROTECTED_WRITE_USE_COPY=1 "})
+        for (const auto rights : {std::filesystem::perms(0600), std::filesystem::perms(0666)}) {
+            std::filesystem::permissions(path("made"), rights);
+            EXPECT_EQ(std::system((environment + command + " > /dev/null").c_str()), 0);
+            EXPECT_EQ(std::filesystem::status(path("made")).permissions(), rights) << environment;
+        }
+}
+
 TEST_F(ScenefileSave, LeavesNoTemporaryFileWhenItIsBrokenOff) {
     for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
         EXPECT_EQ(endBy(signal), signal);
@@ -127,9 +138,13 @@ TEST_F(ScenefileSave, NotesWhatAKillLeft) {
     // Killed between its two renames.
     std::filesystem::rename(path("made"), path("made.ABCDEF.1.tmp"));
     folder_.write("made_of_wood.tmp", "no such file");
-    EXPECT_THAT(run({"show", path("made")}).err,
-                EndsWith("made.ABCDEF.1.tmp may be the old file, from a save that was killed: if " +
-                         path("made") + " is missing, rename it\n"));
+    std::filesystem::create_directory(path("links"));
+    std::filesystem::create_symlink(path("made"), path("links/other"));
+    for (const char* name : {"made", "links/other"})
+        EXPECT_THAT(run({"show", path(name)}).err,
+                    EndsWith("made.ABCDEF.1.tmp may be the old file, from a save that was killed: "
+                             "if " +
+                             path("made") + " is missing, rename it\n"));
 }
 
 // The digests come from another implementation, over the bytes that zeOSFileHash.h describes.
