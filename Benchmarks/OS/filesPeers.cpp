@@ -75,24 +75,42 @@ void standardReadDirectory(State& s) {
     bench::items(s, bench::entryCount);
 }
 
-void waitForDisk(const std::string& path) {
-    const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+void waitForDisk(const char* path) {
+    const int fd = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     fsync(fd);
     close(fd);
 }
 
-/// The 30 system calls of one save in their order, without any of the work between.
+/// Puts six letters of a number in the place of the "XXXXXX".
+class FreshName {
+public:
+    explicit FreshName(const std::string& path) : path_(path), place_(path.find("XXXXXX")) {}
+
+    const char* with(uint64_t number) {
+        for (size_t i = 0; i < 6; ++i, number /= 26)
+            path_[place_ + i] = char('A' + number % 26);
+        return path_.c_str();
+    }
+
+private:
+    std::string path_;
+    size_t place_;
+};
+
+/// The 30 system calls of one save in their order, without any of the work between. The names are
+/// new each time, as those of a save are: the system keeps what it knows about names.
 void bareSave(State& s) {
     const std::string& directory = bench::folder().root;
-    const std::string main = bench::folder().path("bare.ze");
-    const std::string temporary = bench::folder().path("bare.mQ4UT4.0.tmp");
-    const std::string backup = bench::folder().path("bare.vXs6Ma.1.tmp");
     const std::string temporaryDirectory = std::filesystem::temp_directory_path();
-    const std::string candidate = temporaryDirectory + "/bare.mQ4UT4";
+    const std::string main = bench::folder().path("bare.ze");
+    FreshName candidates(temporaryDirectory + "/bare.XXXXXX");
+    FreshName temporaries(bench::folder().path("bare.XXXXXX.0.tmp"));
+    FreshName backups(bench::folder().path("bare.XXXXXX.1.tmp"));
     const std::string& content = bench::document();
     std::ofstream(main) << content;
     struct stat status;
     char random[8];
+    uint64_t number = 0;
     for (auto _ : s) {
         bool good = stat(main.c_str(), &status) == 0;
         good &= access(main.c_str(), R_OK) == 0;
@@ -101,25 +119,27 @@ void bareSave(State& s) {
             bench::keep(getpid());
             good &= stat(temporaryDirectory.c_str(), &status) == 0;
             good &= getrandom(random, sizeof random, GRND_NONBLOCK) == sizeof random;
-            good &= lstat(candidate.c_str(), &status) != 0;
+            good &= lstat(candidates.with(++number), &status) != 0;
         }
-        good &= stat(temporary.c_str(), &status) != 0;
-        good &= stat(backup.c_str(), &status) != 0;
+        const char* const temporary = temporaries.with(number);
+        const char* const backup = backups.with(number);
+        good &= stat(temporary, &status) != 0;
+        good &= stat(backup, &status) != 0;
 
-        const int fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+        const int fd = open(temporary, O_WRONLY | O_CREAT | O_TRUNC, 0666);
         good &= write(fd, content.data(), content.size()) == ssize_t(content.size());
         close(fd);
 
-        good &= stat(temporary.c_str(), &status) == 0;
+        good &= stat(temporary, &status) == 0;
         waitForDisk(temporary);
         good &= stat(main.c_str(), &status) == 0;
-        good &= rename(main.c_str(), backup.c_str()) == 0;
-        good &= rename(temporary.c_str(), main.c_str()) == 0;
-        waitForDisk(directory);
-        good &= stat(temporary.c_str(), &status) != 0;
-        good &= stat(backup.c_str(), &status) == 0;
-        good &= unlink(backup.c_str()) == 0;
-        good &= stat(temporary.c_str(), &status) != 0;
+        good &= rename(main.c_str(), backup) == 0;
+        good &= rename(temporary, main.c_str()) == 0;
+        waitForDisk(directory.c_str());
+        good &= stat(temporary, &status) != 0;
+        good &= stat(backup, &status) == 0;
+        good &= unlink(backup) == 0;
+        good &= stat(temporary, &status) != 0;
         bench::require(good, "the save");
     }
     bench::items(s, 1);
