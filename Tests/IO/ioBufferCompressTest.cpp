@@ -146,6 +146,21 @@ TEST(Compress, DeliversAStringInAsManyPiecesAsTheCallerAsksFor) {
     EXPECT_EQ(link.getStatus(), ioBuffer::bufferCompressEnd);
 }
 
+// As 16 codes of nine bits, with nothing behind them.
+TEST(Compress, StaysInBoundsWhereTheStatusOfABadMagicIsReset) {
+    std::string section = "bad" + std::string(18, '\0');
+    ioBufferCompress link(true);
+    link.chain(new MemorySink(true, 4096, section));
+    std::string bytes(100, 'x');
+    EXPECT_EQ(link.read(bytes.data(), 100), 0);
+    EXPECT_EQ(link.getStatus(), ioBuffer::bufferIOError);
+    link.setStatus(ioBuffer::bufferOK);
+    EXPECT_EQ(link.read(bytes.data(), 100), 16);
+    EXPECT_EQ(bytes.substr(0, 16), std::string(16, '\0'));
+    EXPECT_EQ(link.read(bytes.data(), 100), 0);
+    EXPECT_EQ(link.getStatus(), ioBuffer::bufferIOError);
+}
+
 /// A section of nine-bit codes.
 std::string sectionOf(const std::vector<int>& codes) {
     std::string section = "\x1f\x9d\x90";

@@ -2,8 +2,6 @@
 
 // The reading side of the compression filter.
 
-#include <algorithm>
-
 #include "Base/IO/ioBufferCompressImpl.h"
 
 using namespace ioCompressFormat;
@@ -42,16 +40,17 @@ bool ioBufferCompress::initUncompress() {
     stringTable_ = std::make_unique<String[]>(maxMaxCode);
     decodeStack_ = std::make_unique_for_overwrite<char[]>(stackSize);
     stackTop_ = decodeStack_.get();
+    // Before anything can fail: whoever resets the status and reads on stays in bounds.
+    for (unsigned byte = 0; byte < 256; ++byte)
+        stringTable_[byte] = String::ofByte(static_cast<std::uint8_t>(byte));
+    // No writer uses the code of a clear as a string. As one it is two zero bytes.
+    stringTable_[clearCode] = stringTable_[0].extended(0, 0);
     char start[sizeof magic] = {};
     next_->readData(start, sizeof start);
     if (std::memcmp(start, magic, sizeof magic) != 0) {
         setStatus(bufferIOError);
         return false;
     }
-    for (unsigned byte = 0; byte < 256; ++byte)
-        stringTable_[byte] = String::ofByte(static_cast<std::uint8_t>(byte));
-    // No writer uses the code of a clear as a string. As one it is two zero bytes.
-    stringTable_[clearCode] = stringTable_[0].extended(0, 0);
     oldCode_ = getcode();
     if (oldCode_ == endCode || oldCode_ < 0)
         return false;
@@ -98,7 +97,7 @@ void ioBufferCompress::expandUsualCodes() {
     const int codeBits = codeBits_;
     const unsigned mask = (1u << codeBits) - 1;
     char* out = data_ + dataPosition_;
-    const char* const end = data_ + dataSize_ - String::pieceSize;
+    const char* const end = data_ + dataSize_;
     int bitOffset = bitOffset_;
     auto freeCode = static_cast<unsigned>(freeCode_);
     auto oldCode = static_cast<unsigned>(oldCode_);
@@ -117,7 +116,7 @@ void ioBufferCompress::expandUsualCodes() {
         else if (code > freeCode || code == clearCode || code == endCode)
             break;
         const String string = strings[code];
-        if (end - out < string.length)
+        if (end - out < string.length + String::pieceSize)
             break;
         bitOffset += codeBits;
         string.write(out, strings);
