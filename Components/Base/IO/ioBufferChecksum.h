@@ -7,7 +7,8 @@
 /// is framed with its size and a running 16-bit sum. That tells accidents, such as any single
 /// flipped bit, but not two words that changed places, and no attack. A frame that does not agree
 /// ends in streamChecksumError, and its bytes are not delivered. A file that stops at the end of a
-/// frame, or within one before its first byte, is an ordinary end (streamEOF).
+/// frame, or within one before its first byte, is an ordinary end (streamEOF), and so is one that
+/// stops anywhere within a frame larger than 4096 bytes, which this library does not write.
 ///
 /// Nothing in the file tells where the filter begins or ends: reader and writer must agree on it.
 /// The sums are in the byte order of the machine, and only another of the same order can read them.

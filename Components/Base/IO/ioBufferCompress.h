@@ -8,9 +8,9 @@
 ///
 /// A reader reads on until the status is streamCompressEnd, then pops the filter, which clears that
 /// status. One that stops at the last byte that it wants may leave the end of the section unread:
-/// always where the section holds a multiple of 4096 bytes, and what is read next begins with the
-/// rest of it. A packet file has one way to stop right: write an end-of-file packet last, and read
-/// one byte more.
+/// always where the section holds a multiple of 4096 bytes, and what is read next may then begin
+/// with the rest of it. A packet file has one way to stop right: write an end-of-file packet last,
+/// and read one byte more.
 ///
 /// Push it on a writer only if bytes follow: a section to which nothing was written has no magic,
 /// and its reader ends in streamIOError. A section that is cut off or damaged beyond sense ends in
