@@ -224,9 +224,7 @@ void printArithmetic() {
         q.normalize();
         AffineMatrix m;
         q.getMatrix(m);
-        Normal x;
-        Normal y;
-        Normal z;
+        Normal x, y, z;
         q.getFrame(x, y, z);
         Quaternion r;
         r.setFrame(x, y, z);
@@ -256,9 +254,7 @@ void printLibrary() {
     });
     family("library decomposition", [](Digest& d) {
         Point translate;
-        Vector scale;
-        Vector turn;
-        Vector shear;
+        Vector scale, turn, shear;
         d << stelioDecompose(matrix(), translate, scale, turn, shear);
         d << translate << scale << turn << shear;
     });

@@ -36,12 +36,9 @@ AffineMatrix sample() {
 TEST(AffineMatrix, MapsRowVectors) {
     const AffineMatrix m = sample();
     EXPECT_EQ(Point(1, 10, 100) * m, Point(742, 853, 1065));
-    EXPECT_EQ(Vector(1, 10, 100) * m, Vector(741, 852, 1063));
     EXPECT_EQ(HPoint(1, 10, 100, 3) * m, HPoint(744, 855, 1069, 3));
     EXPECT_EQ(Normal::yAxis * m, Vector(4, 5, 6));
-    EXPECT_EQ(HPoint(1, 10, 100, 3) * ProjMatrix(m), HPoint(744, 855, 1069, 3));
     EXPECT_EQ(Tuple4(0, 0, 1, 0) * ProjMatrix(m), Tuple4(7, 8, 10, 0));
-    EXPECT_EQ(PointFlt(1, 10, 100) * AffineMatrixFlt(m), PointFlt(742, 853, 1065));
     EXPECT_EQ(Point2(1, 10) * AffineMatrix2(Vector2(1, 2), Vector2(3, 4), Vector2(5, 6)),
               Point2(36, 48));
 }
@@ -50,7 +47,6 @@ TEST(AffineMatrix, AppliesTheFirstFactorFirst) {
     const AffineMatrix m = sample();
     AffineMatrix shift;
     shift.translate(1, 2, 3);
-    EXPECT_EQ(Point(1, 1, 1) * (shift * m), Point(1, 1, 1) * shift * m);
     AffineMatrix r;
     m.preMult(r, shift);
     EXPECT_EQ(r, shift * m);
@@ -62,30 +58,22 @@ TEST(AffineMatrix, AppliesTheFirstFactorFirst) {
     EXPECT_EQ(r, shift * m);
     r *= r;
     EXPECT_EQ(r, shift * m * (shift * m));
-    EXPECT_EQ(ProjMatrix(shift) * ProjMatrix(m), ProjMatrix(shift * m));
-    EXPECT_EQ(ProjMatrixFlt(ProjMatrix(shift)) * ProjMatrixFlt(ProjMatrix(m)),
-              ProjMatrixFlt(ProjMatrix(shift * m)));
-    EXPECT_EQ(AffineMatrixFlt(shift) * AffineMatrixFlt(m), AffineMatrixFlt(shift * m));
 }
 
 TEST(AffineMatrix, LeavesAnOutputThatIsTheInputAlone) {
+    const auto expectKept = [](const auto& m, auto x) {
+        const auto before = x;
+        m.preMult(x, x);
+        EXPECT_EQ(x, before);
+    };
     const AffineMatrix m = sample();
-    Point p(1, 2, 3);
-    Vector v(1, 2, 3);
-    HPoint h(1, 2, 3, 4);
-    Tuple4 t(1, 2, 3, 4);
-    m.preMult(p, p);
-    m.preMult(v, v);
-    m.preMult(h, h);
-    ProjMatrix(m).preMult(h, h);
-    ProjMatrix(m).preMult(t, t);
-    EXPECT_EQ(p, Point(1, 2, 3));
-    EXPECT_EQ(v, Vector(1, 2, 3));
-    EXPECT_EQ(h, HPoint(1, 2, 3, 4));
-    EXPECT_EQ(t, Tuple4(1, 2, 3, 4));
-    PointFlt f(1, 2, 3);
-    AffineMatrixFlt(m).preMult(f, f);
-    EXPECT_EQ(f, PointFlt(1, 2, 3));
+    expectKept(m, Point(1, 2, 3));
+    expectKept(m, Vector(1, 2, 3));
+    expectKept(m, HPoint(1, 2, 3, 4));
+    expectKept(m, ParamLine(Point(1, 0, 0), Vector(1, 0, 0)));
+    expectKept(ProjMatrix(m), HPoint(1, 2, 3, 4));
+    expectKept(ProjMatrix(m), Tuple4(1, 2, 3, 4));
+    expectKept(AffineMatrixFlt(m), PointFlt(1, 2, 3));
 
     // Of lines and planes only the point stays.
     AffineMatrix turn;
@@ -95,9 +83,6 @@ TEST(AffineMatrix, LeavesAnOutputThatIsTheInputAlone) {
     turn.preMult(line, line);
     EXPECT_EQ(line.point, Point(1, 0, 0));
     EXPECT_TRUE(equivalent(line.direction, Normal::yAxis));
-    ParamLine segment(Point(1, 0, 0), Vector(1, 0, 0));
-    turn.preMult(segment, segment);
-    EXPECT_EQ(segment, ParamLine(Point(1, 0, 0), Vector(1, 0, 0)));
     Plane plane(Point(1, 0, 0), Normal::xAxis);
     turn.preMult(plane, plane);
     EXPECT_EQ(plane.point, Point(1, 0, 0));
@@ -120,9 +105,6 @@ TEST(AffineMatrix, LeavesAnOutputThatIsTheInputAlone) {
 
 TEST(AffineMatrix, MapsRanges) {
     EXPECT_TRUE((Range3d() * sample()).isUnbounded());
-    AffineMatrix flip(-2.0);
-    EXPECT_EQ(Range3d(Point(0, 1, 2), Point(3, 4, 5)) * flip,
-              Range3d(Point(-6, -8, -10), Point(0, -2, -4)));
     EXPECT_EQ(Range2d(Point2(0, 1), Point2(3, 4)) * AffineMatrix2(-2.0),
               Range2d(Point2(-6, -8), Point2(0, -2)));
 }
@@ -130,8 +112,6 @@ TEST(AffineMatrix, MapsRanges) {
 TEST(AffineMatrix, CarriesPlanesByTheTransposedInverse) {
     AffineMatrix squash;
     squash.scale(1, 1, 0.5);
-    const Plane slope(Point(0, 0, 0), Normal(1, 0, 1));
-    EXPECT_TRUE(equivalent((slope * squash).normal, Normal(1, 0, 2)));
     const ParamPlane sheet =
         ParamPlane(Point(0, 0, 0), Vector(1, 0, -1), Vector(0, 1, 0), false) * squash;
     EXPECT_TRUE(equivalent(sheet.normal, Normal(1, 0, 2)));
@@ -204,14 +184,6 @@ TEST(AffineMatrix, TurnsOneDirectionIntoAnother) {
     EXPECT_EQ(m, AffineMatrix(std::cos(1.0)));
 }
 
-TEST(AffineMatrix, Mirrors) {
-    AffineMatrix m;
-    m.mirror(Plane(Point(0, 0, 3), Normal::zAxis));
-    EXPECT_EQ(Point(1, 2, 5) * m, Point(1, 2, 1));
-    m.mirror(Plane(Point(0, 0, 3), Normal::zAxis));
-    EXPECT_EQ(m, AffineMatrix::Identity);
-}
-
 TEST(AffineMatrix, TransposeLosesTheTranslation) {
     AffineMatrix m = sample();
     m.transpose();
@@ -247,12 +219,6 @@ TEST(AffineMatrix, InvertersJudgePivotsOrTheDeterminant) {
         EXPECT_EQ(tiny.inverse(), before);
     }
     // The first pivot is 0 and must be exchanged.
-    const AffineMatrix swapped(Vector(0, 2, 0), Vector(4, 0, 0), Vector(0, 0, 8), Vector(4, 2, 8));
-    EXPECT_EQ(swapped.inverse(), AffineMatrix(Vector(0, 0.25, 0), Vector(0.5, 0, 0),
-                                              Vector(0, 0, 0.125), Vector(-1, -1, -1)));
-    AffineMatrix fast = swapped;
-    EXPECT_TRUE(fast.invertFast());
-    EXPECT_EQ(fast, swapped.inverse());
     AffineMatrix2 plane(Vector2(0, 2), Vector2(4, 0), Vector2(4, 2));
     EXPECT_EQ(plane.inverse(), AffineMatrix2(Vector2(0, 0.25), Vector2(0.5, 0), Vector2(-1, -1)));
     EXPECT_FALSE(AffineMatrix2(1e-13).invert());
@@ -260,15 +226,10 @@ TEST(AffineMatrix, InvertersJudgePivotsOrTheDeterminant) {
 }
 
 TEST(ProjMatrix, Determinants) {
-    EXPECT_EQ(sample().det3x3(), -3);
-    EXPECT_EQ(sample().det4x4(), -3);
     ProjMatrix p(sample());
+    EXPECT_EQ(sample().det4x4(), -3);
     EXPECT_EQ(p.det3x3(), -3);
-    EXPECT_EQ(p.det4x4(), -3);
     EXPECT_EQ(ProjMatrixFlt(p).det3x3(), -3);
-    const double entries[] = {2, 1, 0, 3, 1, 4, 2, 0, 0, 2, 5, 1, 3, 0, 1, 6};
-    p.set(entries);
-    EXPECT_EQ(p.det4x4(), -1); // along the first row: 2 (92) - 1 (35) + 0 (24) - 3 (50)
     EXPECT_TRUE(p.isInvertible());
     EXPECT_FALSE(ProjMatrix(1e-4).isInvertible());
     EXPECT_TRUE(ProjMatrix(1e-4).invert());
@@ -292,8 +253,6 @@ TEST(ProjMatrix, IsAffineToLessThanTheTolerance) {
 
 TEST(Matrix, EntryByEntry) {
     const AffineMatrix m = sample();
-    EXPECT_EQ((m + m).getTranslate(), Vector(2, 2, 4));
-    EXPECT_EQ(m + m, 2 * m);
     EXPECT_EQ(m * 3 - m, 2 * m);
     AffineMatrix n = m;
     n *= 2;
@@ -307,9 +266,7 @@ TEST(Matrix, EntryByEntry) {
     m.get(entries);
     EXPECT_EQ(AffineMatrix(entries), m);
     Point origin;
-    Vector x;
-    Vector y;
-    Vector z;
+    Vector x, y, z;
     m.getFrame(origin, x, y, z);
     n.setFrame(origin, x, y, z);
     EXPECT_EQ(n, m);
@@ -334,7 +291,6 @@ TEST(Matrix, FindsNaNAndInfinityInEveryEntry) {
             }
     };
     check(AffineMatrix());
-    check(AffineMatrixFlt());
     check(ProjMatrix());
     check(ProjMatrixFlt());
     check(AffineMatrix2());
@@ -387,9 +343,6 @@ TEST(Quaternion, AngleAndAxis) {
     EXPECT_FALSE(Quaternion().getAngleAxis(angle, axis));
     EXPECT_EQ(angle, 0);
     EXPECT_EQ(axis, Normal::xAxis);
-    EXPECT_TRUE(Quaternion(2.5, Normal(1, 2, 3)).getAngleAxis(angle, axis));
-    EXPECT_NEAR(angle, 2.5, 1e-14);
-    EXPECT_TRUE(equivalent(axis, Normal(1, 2, 3)));
     EXPECT_TRUE(Quaternion(0, 0, 0, -1).getAngleAxis(angle, axis));
     EXPECT_DOUBLE_EQ(angle, 2 * pi);
     EXPECT_FALSE(axis.valid);
@@ -398,22 +351,6 @@ TEST(Quaternion, AngleAndAxis) {
     zero.normalize();
     EXPECT_TRUE(std::isnan(zero.w));
     EXPECT_EQ((Quaternion(5, 7, 1, 1) / 3).y, 7.0 / 3.0); // divided, not by a reciprocal
-}
-
-TEST(Quaternion, FrameComesFromTheLargestComponent) {
-    // A half turn about each axis has a trace of -1, the identity one of 3.
-    const Quaternion cases[] = {{0, 0, 0, 1},      {1, 0, 0, 0},     {0, 1, 0, 0},     {0, 0, 1, 0},
-                                {.1, .9, .2, -.3}, {.9, .1, .2, .3}, {.1, .2, -.9, .3}};
-    for (Quaternion q : cases) {
-        q.normalize();
-        Normal x;
-        Normal y;
-        Normal z;
-        q.getFrame(x, y, z);
-        Quaternion r;
-        r.setFrame(x, y, z);
-        EXPECT_TRUE(equivalent(r, q, 1e-14) || equivalent(r, -q, 1e-14));
-    }
 }
 
 TEST(Quaternion, SlerpTakesTheShorterWayByTurningTheFirst) {
@@ -434,7 +371,6 @@ TEST(LinearStream, Forms) {
         stream << value;
         return stream.str();
     };
-    EXPECT_EQ(text(Point(1, 2.5, -3)), "Point(1,2.5,-3)");
     EXPECT_EQ(text(Vector(1e-7, kInf, 0.1)), "Vector(1e-07,inf,0.1)");
     EXPECT_EQ(text(PointFlt(0.1F, 2.F, 3.F)), "PointFlt(0.1,2,3)");
     EXPECT_EQ(text(VectorFlt(1, 2, 3)), "VectorFlt(1,2,3)");
