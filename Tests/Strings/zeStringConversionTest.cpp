@@ -4,8 +4,6 @@
 
 #include <iconv.h>
 
-#include <algorithm>
-#include <cstring>
 #include <optional>
 #include <random>
 #include <string>
@@ -60,28 +58,20 @@ std::wstring repairedInC(const std::string& bytes) {
     return result;
 }
 
-/// UTF8toWCS against iconv, in the "C" locale; true if they agree.
+/// UTF8toWCS against iconv, in the "C" locale, counting and converting; true if they agree.
 bool decodesLikeIconv(const std::string& bytes) {
     static Twin<char, wchar_t> twin("UCS-4LE", "UTF-8");
     const auto expected = twin(bytes);
     const std::wstring text = expected ? *expected : repairedInC(bytes);
     const auto size = static_cast<unsigned int>(bytes.size());
     std::wstring dest(bytes.size() + 1, L'#');
+    bool countOk = !expected;
     bool ok = !expected;
+    const unsigned int count = zeString::UTF8toWCS(bytes.data(), size, nullptr, 0, true, &countOk);
     const unsigned int n =
         zeString::UTF8toWCS(bytes.data(), size, dest.data(), size + 1, true, &ok);
-    return n == text.size() && dest.compare(0, n, text) == 0 && ok == expected.has_value();
-}
-
-/// Whether counting gives what converting gives.
-bool countsAsItDecodes(const std::string& bytes) {
-    const auto size = static_cast<unsigned int>(bytes.size());
-    std::wstring dest(bytes.size() + 1, L'#');
-    bool ok = false;
-    bool countOk = false;
-    return zeString::UTF8toWCS(bytes.data(), size, nullptr, 0, true, &countOk) ==
-               zeString::UTF8toWCS(bytes.data(), size, dest.data(), size + 1, true, &ok) &&
-           countOk == ok;
+    return n == text.size() && count == n && dest.compare(0, n, text) == 0 &&
+           ok == expected.has_value() && countOk == ok;
 }
 
 /// The same for WCStoUTF8, which has no repair.
@@ -144,127 +134,96 @@ TEST(Conversion, TreatsDamagedTextAsIconvDoes) {
         if (!bytes.empty() && below(4) != 0)
             bytes[below(static_cast<unsigned int>(bytes.size()))] = static_cast<char>(below(256));
         bytes.resize(below(4) == 0 ? bytes.size() * 3 / 4 : bytes.size());
-        ASSERT_TRUE(decodesLikeIconv(bytes) && countsAsItDecodes(bytes)) << round;
+        ASSERT_TRUE(decodesLikeIconv(bytes)) << round;
     }
 }
 
-TEST(Conversion, Utf8GoesToWide) {
-    const std::string bom = "\xEF\xBB\xBF";
-    const struct {
-        std::string src;
-        unsigned int srcLen;
-        unsigned int destCap;
-        bool keepBOM;
-        unsigned int result;
-        bool ok;
-        std::wstring dest; ///< what the first characters become
-    } cases[] = {
-        // The terminator is converted only when it is the end of the source.
-        {"abc", 3, 3, false, 3, true, L"abc#"},
-        {"abc", terminated, 4, false, 4, true, L"abc\0#"s},
-        {"", 0, 8, false, 0, true, L"#"},
-        {"", terminated, 8, false, 0, true, L"#"},
-        {"a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", 10, 4, false, 4, true,
-         L"a\u00E9\u20AC\U0001F600#"},
-        {"a\0b"s, 3, 8, false, 3, true, L"a\0b#"s},
-        {bom + "x", 4, 8, false, 1, true, L"x#"},
-        {bom + "x", 4, 8, true, 2, true, L"\uFEFFx#"},
-        {bom, 3, 8, false, 0, true, L"#"},
-        {bom, terminated, 8, false, 1, true, L"\0#"s},
-        // Beyond Unicode, up to 31 bits, is still text.
-        {"\xFD\xBF\xBF\xBF\xBF\xBF", 6, 8, false, 1, true, {0x7FFFFFFF, L'#'}},
-        // Repair in the locale, here "C": cut to fit, terminated.
-        {"abcdef", 6, 4, false, 3, false, L"abc\0#"s},
-        {"a\xC3\xA9", 3, 1, false, 0, false, L"\0#"s},
-        {"a\xFF\xC3\xA9", 4, 8, false, 4, false, L"a???\0\0\0\0"s},
-        {"\xFF"
-         "bc",
-         1, 8, false, 3, false, L"?bc\0"s}, // fills on to the terminator
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::PrintToString(c.src) + " into " + std::to_string(c.destCap));
-        std::wstring dest(32, L'#');
-        bool ok = !c.ok;
-        EXPECT_EQ(
-            zeString::UTF8toWCS(c.src.c_str(), c.srcLen, dest.data(), c.destCap, c.keepBOM, &ok),
-            c.result);
-        EXPECT_EQ(ok, c.ok);
-        EXPECT_EQ(dest.substr(0, c.dest.size()), c.dest);
-        EXPECT_EQ(dest.back(), L'#');
-    }
-    bool ok = true;
-    EXPECT_EQ(zeString::UTF8toWCS(nullptr, 3, nullptr, 0, false, &ok), 0u);
-    EXPECT_FALSE(ok);
-    EXPECT_EQ(zeString::UTF8toWCS("\xFF"
-                                  "bc",
-                                  1, nullptr, 0, false, nullptr),
-              1u);
-    EXPECT_EQ(zeString::UTF8toWCS("\xFF"
-                                  "bc",
-                                  terminated, nullptr, 0, false, nullptr),
-              0u);
-}
-
-TEST(Conversion, WideGoesToUtf8OrNotAtAll) {
-    const struct {
-        std::wstring src;
-        unsigned int srcLen;
-        unsigned int destCap;
-        unsigned int result;
-        std::string dest;
-    } cases[] = {
-        {L"abc", 3, 3, 3, "abc#"},
-        {L"abc", terminated, 4, 4, "abc\0#"s},
-        {L"abc", terminated, 3, 0, ""},
-        {L"abc", 3, 2, 0, ""},
-        {L"a\u00E9\u20AC\U0001F600", 4, 10, 10, "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80#"},
-        {L"a\u00E9\u20AC\U0001F600", 4, 9, 0, ""},
-        {{0x7FFFFFFF}, 1, 8, 6, "\xFD\xBF\xBF\xBF\xBF\xBF#"},
-        {{L'a', 0xD800}, 2, 8, 0, ""},
-        {{-1}, 1, 8, 0, ""},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::PrintToString(c.src) + " into " + std::to_string(c.destCap));
-        std::string dest(32, '#');
-        bool ok = c.result == 0;
-        EXPECT_EQ(zeString::WCStoUTF8(c.src.c_str(), c.srcLen, dest.data(), c.destCap, &ok),
-                  c.result);
-        EXPECT_EQ(ok, c.result != 0);
-        EXPECT_EQ(dest.substr(0, c.dest.size()), c.dest);
-        EXPECT_EQ(dest.back(), '#');
-    }
-    bool ok = false;
-    EXPECT_EQ(zeString::WCStoUTF8(L"", terminated, nullptr, 0, &ok), 0u);
-    EXPECT_TRUE(ok);
-    EXPECT_EQ(zeString::WCStoUTF8(nullptr, 0, nullptr, 0, &ok), 0u);
-    EXPECT_FALSE(ok);
-}
-
-struct MultibyteCase {
-    std::string src;
+template<class From, class To>
+struct Case {
+    std::basic_string<From> src;
     unsigned int srcLen;
     unsigned int destCap; ///< 0: count only
     unsigned int result;
     bool ok;
-    std::wstring dest;
+    std::basic_string<To> dest; ///< what the first characters become
 };
+using Decoding = Case<char, wchar_t>;
+using Encoding = Case<wchar_t, char>;
 
-void expectFromMultibyte(const std::vector<MultibyteCase>& cases) {
+template<class From, class To, class Convert>
+void expectConversions(Convert convert, const std::vector<Case<From, To>>& cases) {
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::PrintToString(c.src) + " into " + std::to_string(c.destCap));
-        std::wstring dest(32, L'#');
+        std::basic_string<To> dest(128, '#');
         bool ok = !c.ok;
-        EXPECT_EQ(zeString::MBStoWCS(c.src.c_str(), c.srcLen, c.destCap ? dest.data() : nullptr,
-                                     c.destCap, &ok),
-                  c.result);
+        EXPECT_EQ(
+            convert(c.src.c_str(), c.srcLen, c.destCap ? dest.data() : nullptr, c.destCap, &ok),
+            c.result);
         EXPECT_EQ(ok, c.ok);
         EXPECT_EQ(dest.substr(0, c.dest.size()), c.dest);
-        EXPECT_EQ(dest.back(), L'#');
+        EXPECT_EQ(dest.back(), To('#'));
     }
 }
 
-TEST(Conversion, MultibyteGoesToWideInTheCLocale) {
-    expectFromMultibyte({
+template<bool keepBOM>
+unsigned int fromUtf8(const char* src, unsigned int srcLen, wchar_t* dest, unsigned int destCap,
+                      bool* ok) {
+    return zeString::UTF8toWCS(src, srcLen, dest, destCap, keepBOM, ok);
+}
+
+TEST(Conversion, Utf8GoesToWide) {
+    const std::string bom = "\xEF\xBB\xBF";
+    const std::string bad = "\xFF"
+                            "bc";
+    const std::vector<Decoding> cases = {
+        // The terminator is converted only when it is the end of the source.
+        {"abc", 3, 3, 3, true, L"abc#"},
+        {"abc", terminated, 4, 4, true, L"abc\0#"s},
+        {"", 0, 8, 0, true, L"#"},
+        {"", terminated, 8, 0, true, L"#"},
+        {"a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", 10, 4, 4, true, L"a\u00E9\u20AC\U0001F600#"},
+        {"a\0b"s, 3, 8, 3, true, L"a\0b#"s},
+        {bom + "x", 4, 8, 1, true, L"x#"},
+        {bom, 3, 8, 0, true, L"#"},
+        {bom, terminated, 8, 1, true, L"\0#"s},
+        // Beyond Unicode, up to 31 bits, is still text.
+        {"\xFD\xBF\xBF\xBF\xBF\xBF", 6, 8, 1, true, {0x7FFFFFFF, L'#'}},
+        // Repair in the locale, here "C": cut to fit, terminated, and filled on to the terminator.
+        {"abcdef", 6, 4, 3, false, L"abc\0#"s},
+        {"a\xC3\xA9", 3, 1, 0, false, L"\0#"s},
+        {"a\xFF\xC3\xA9", 4, 8, 4, false, L"a???\0\0\0\0"s},
+        {bad, 1, 8, 3, false, L"?bc\0"s},
+        {bad, 1, 0, 1, false, L""},
+        {bad, terminated, 0, 0, false, L""},
+    };
+    expectConversions(fromUtf8<false>, cases);
+    expectConversions<char, wchar_t>(fromUtf8<true>, {{bom + "x", 4, 8, 2, true, L"\uFEFFx#"}});
+    bool ok = true;
+    EXPECT_EQ(zeString::UTF8toWCS(nullptr, 3, nullptr, 0, false, &ok), 0u);
+    EXPECT_FALSE(ok);
+}
+
+TEST(Conversion, WideGoesToUtf8OrNotAtAll) {
+    const std::vector<Encoding> cases = {
+        {L"abc", 3, 3, 3, true, "abc#"},
+        {L"abc", terminated, 4, 4, true, "abc\0#"s},
+        {L"abc", terminated, 3, 0, false, ""},
+        {L"abc", 3, 2, 0, false, ""},
+        {L"", terminated, 0, 0, true, ""},
+        {L"a\u00E9\u20AC\U0001F600", 4, 10, 10, true, "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80#"},
+        {L"a\u00E9\u20AC\U0001F600", 4, 9, 0, false, ""},
+        {{0x7FFFFFFF}, 1, 8, 6, true, "\xFD\xBF\xBF\xBF\xBF\xBF#"},
+        {{L'a', 0xD800}, 2, 8, 0, false, ""},
+        {{-1}, 1, 8, 0, false, ""},
+    };
+    expectConversions(zeString::WCStoUTF8, cases);
+    bool ok = true;
+    EXPECT_EQ(zeString::WCStoUTF8(nullptr, 0, nullptr, 0, &ok), 0u);
+    EXPECT_FALSE(ok);
+}
+
+TEST(Conversion, MultibyteInTheCLocale) {
+    const std::vector<Decoding> toWide = {
         {"abc", 3, 4, 3, true, L"abc\0#"s},
         {"abc", terminated, 4, 3, true, L"abc\0#"s},
         {"abc", 3, 3, 0, true, L"#"}, // no room for the terminator
@@ -274,53 +233,9 @@ TEST(Conversion, MultibyteGoesToWideInTheCLocale) {
         {"a\xC3\xA9z", 4, 0, 4, false, L""},
         {"a\xC3\xA9z", 4, 4, 0, false, L"#"},
         {"a\xC3\xA9z", terminated, 8, 0, false, L"\0#"s},
-    });
-}
-
-TEST_F(ConversionUtf8, MultibyteGoesToWide) {
-    expectFromMultibyte({
-        {"a\xC3\xA9z", 4, 8, 3, true, L"a\u00E9z\0#"s},
-        {"a\xC3\xA9z", 4, 4, 3, true, L"a\u00E9z\0#"s},
-        {"a\xC3\xA9z", 4, 3, 0, true, L"#"},
-        {"\xC3\xA9\xFF\xC3\xA9", 5, 0, 3, false, L""},
-        {"\xC3\xA9\xFF\xC3\xA9", 5, 8, 3, false, L"\u00E9?\u00E9\0#"s},
-        {"\xC3\xA9\xC3", 3, 4, 2, false, L"\u00E9?\0#"s}, // ends within a character
-    });
-}
-
-TEST_F(ConversionUtf8, BadUtf8IsRepairedInTheLocale) {
-    wchar_t dest[8];
-    bool ok = true;
-    EXPECT_EQ(zeString::UTF8toWCS("\xC3\xA9\xFF\xE2\x82\xAC", 6, dest, 8, false, &ok), 3u);
-    EXPECT_STREQ(dest, L"\u00E9?\u20AC");
-    EXPECT_FALSE(ok);
-}
-
-struct WideCase {
-    std::wstring src;
-    unsigned int srcLen;
-    unsigned int destCap; ///< 0: count only
-    unsigned int result;
-    bool ok;
-    std::string dest;
-};
-
-void expectToMultibyte(const std::vector<WideCase>& cases) {
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::PrintToString(c.src) + " into " + std::to_string(c.destCap));
-        std::string dest(32, '#');
-        bool ok = !c.ok;
-        EXPECT_EQ(zeString::WCStoMBS(c.src.c_str(), c.srcLen, c.destCap ? dest.data() : nullptr,
-                                     c.destCap, &ok),
-                  c.result);
-        EXPECT_EQ(ok, c.ok);
-        EXPECT_EQ(dest.substr(0, c.dest.size()), c.dest);
-        EXPECT_EQ(dest.back(), '#');
-    }
-}
-
-TEST(Conversion, WideGoesToMultibyteInTheCLocale) {
-    expectToMultibyte({
+    };
+    expectConversions(zeString::MBStoWCS, toWide);
+    const std::vector<Encoding> fromWide = {
         {L"abc", 3, 4, 3, true, "abc\0#"s},
         {L"abc", 3, 3, 0, true, "#"},
         {L"abc", 2, 8, 0, true, "#"},
@@ -328,11 +243,21 @@ TEST(Conversion, WideGoesToMultibyteInTheCLocale) {
         {L"a\u00E9z", 3, 0, 3, false, ""},
         {L"a\u00E9z", 3, 4, 3, false, "a?z\0#"s},
         {L"a\u00E9z", terminated, 3, 0, false, "#"},
-    });
+    };
+    expectConversions(zeString::WCStoMBS, fromWide);
 }
 
-TEST_F(ConversionUtf8, WideGoesToMultibyte) {
-    expectToMultibyte({
+TEST_F(ConversionUtf8, Multibyte) {
+    const std::vector<Decoding> toWide = {
+        {"a\xC3\xA9z", 4, 8, 3, true, L"a\u00E9z\0#"s},
+        {"a\xC3\xA9z", 4, 4, 3, true, L"a\u00E9z\0#"s},
+        {"a\xC3\xA9z", 4, 3, 0, true, L"#"},
+        {"\xC3\xA9\xFF\xC3\xA9", 5, 0, 3, false, L""},
+        {"\xC3\xA9\xFF\xC3\xA9", 5, 8, 3, false, L"\u00E9?\u00E9\0#"s},
+        {"\xC3\xA9\xC3", 3, 4, 2, false, L"\u00E9?\0#"s}, // ends within a character
+    };
+    expectConversions(zeString::MBStoWCS, toWide);
+    const std::vector<Encoding> fromWide = {
         {L"a\u00E9z", 3, 5, 4, true, "a\xC3\xA9z\0#"s},
         {L"a\u00E9z", 3, 4, 0, true, "#"},
         // One bad character turns every other of more than one byte into "?" as well...
@@ -341,32 +266,27 @@ TEST_F(ConversionUtf8, WideGoesToMultibyte) {
         // ...unless the destination ends before it.
         {{0xE9, 0xE9, 0xD800}, 3, 4, 4, false, "\xC3\xA9\xC3\xA9#"},
         {{0x20AC, 0x20AC, 0xD800}, 3, 5, 3, false, "\xE2\x82\xAC\0"s},
-    });
+    };
+    expectConversions(zeString::WCStoMBS, fromWide);
+    // What is not UTF-8 is repaired in the locale.
+    expectConversions<char, wchar_t>(
+        fromUtf8<false>, {{"\xC3\xA9\xFF\xE2\x82\xAC", 6, 8, 3, false, L"\u00E9?\u20AC\0"s}});
 }
 
 TEST(Conversion, LongAsciiTakesTheFastRoadToTheSameResult) {
     for (unsigned int size : {15u, 16u, 17u, 31u, 32u, 33u, 100u}) {
-        std::string narrow(size, 'a');
-        narrow.back() = '\x7F';
+        const std::string narrow = std::string(size - 1, 'a') + '\x7F';
         const std::wstring wide(narrow.begin(), narrow.end());
-        std::wstring wideDest(size + 1, L'#');
-        std::string narrowDest(size + 1, '#');
-        for (unsigned int cap : {size, size + 1}) {
-            const bool fits = cap > size;
-            EXPECT_EQ(
-                zeString::UTF8toWCS(narrow.c_str(), size, wideDest.data(), cap, false, nullptr),
-                size);
-            EXPECT_EQ(wideDest, wide + L'#');
-            EXPECT_EQ(zeString::WCStoUTF8(wide.c_str(), size, narrowDest.data(), cap, nullptr),
-                      size);
-            EXPECT_EQ(narrowDest, narrow + '#');
-            EXPECT_EQ(zeString::MBStoWCS(narrow.c_str(), size, wideDest.data(), cap, nullptr),
-                      fits ? size : 0);
-            EXPECT_EQ(zeString::WCStoMBS(wide.c_str(), size, narrowDest.data(), cap, nullptr),
-                      fits ? size : 0);
-        }
-        EXPECT_EQ(wideDest, wide + L'\0');
-        EXPECT_EQ(narrowDest, narrow + '\0');
+        expectConversions<char, wchar_t>(fromUtf8<false>,
+                                         {{narrow, size, size, size, true, wide + L'#'}});
+        expectConversions<wchar_t, char>(zeString::WCStoUTF8,
+                                         {{wide, size, size, size, true, narrow + '#'}});
+        expectConversions<char, wchar_t>(zeString::MBStoWCS,
+                                         {{narrow, size, size, 0, true, L"#"},
+                                          {narrow, size, size + 1, size, true, wide + L'\0'}});
+        expectConversions<wchar_t, char>(
+            zeString::WCStoMBS,
+            {{wide, size, size, 0, true, "#"}, {wide, size, size + 1, size, true, narrow + '\0'}});
     }
 }
 

@@ -44,11 +44,9 @@ TEST(Split, TakesTextApartAtSeparators) {
         Texts plain, skipping, keeping;
     } cases[] = {
         {"", {}, {}, {}},
-        {"a", {"a"}, {"a"}, {"a"}},
         {",", {""}, {}, {","}},
         {"a,", {"a"}, {"a"}, {"a", ","}},
         {",a", {"", "a"}, {"a"}, {",", "a"}},
-        {"ab,c", {"ab", "c"}, {"ab", "c"}, {"ab", ",", "c"}},
         {"a,,b", {"a", "", "b"}, {"a", "b"}, {"a", ",", ",", "b"}},
         {",,a,,", {"", "", "a", ""}, {"a"}, {",", ",", "a", ",", ","}},
     };
@@ -105,15 +103,11 @@ TEST(SplitWithQuotes, ReadsItemsThatAreQuotedAsAWhole) {
                     {"", {}},
                     {" \t\n\v\f\r", {}},
                     {"  one two\tthree ", {"one", "two", "three"}},
-                    {"\"one two\"", {"one two"}},
-                    {"\"\"", {""}},
                     {"\"\" \" \" a", {"", " ", "a"}},
                     {"a\\ \"b\\\"", {"a\\", "b\\"}},
                     // The code is the column of the quote, or of the character that touches it.
                     {"\"", {}, 1, "Unmatched double quote"},
-                    {"ab \"", {"ab"}, 4, "Unmatched double quote"},
                     {"a \"b c", {"a"}, 3, "Unmatched double quote"},
-                    {"\"open", {}, 1, "Unmatched double quote"},
                     {"a b\"c\"", {"a"}, 3, "Unexpected character before a double quote: 'b'"},
                     {"a\"", {}, 1, "Unexpected character before a double quote: 'a'"},
                     {"x \"a\"b", {"x"}, 6, "Unexpected character after double quote: 'b'"},
@@ -159,7 +153,6 @@ TEST(SplitMultiLines, EndsALineAtEachOfItsTwoCharacters) {
     } cases[] = {
         {"", {""}},
         {"one", {"one"}},
-        {"one\n", {"one", ""}},
         {"\none\rtwo", {"", "one", "two"}},
         {"one\r\ntwo", {"one", "", "two"}},
         {"\n\n", {"", "", ""}},
