@@ -78,16 +78,8 @@ protected:
     }
 };
 
-TEST_F(SignalScene, CallsTheNewestConnectionFirst) {
-    EXPECT_EQ(fired(), "");
-    add('A');
-    add('B');
-    add('C');
-    EXPECT_EQ(fired(), "C.B.A.");
-    EXPECT_EQ(signal->numConnections(), 3);
-}
-
 TEST_F(SignalScene, DisconnectsOnlyItsOwnConnections) {
+    EXPECT_EQ(fired(), "");
     auto* a = add('A');
     auto* b = add('B');
     SignalVoid other;
@@ -124,15 +116,6 @@ TEST_F(SignalScene, RunningConnectionThatEndsStaysUntilTheFiringLeavesIt) {
     EXPECT_EQ(alive, 1);
 }
 
-TEST_F(SignalScene, LastConnectionEndingItselfLeavesTheSignalConnectedMeanwhile) {
-    self = add('A', [&] {
-        signal->disconnect(self);
-        EXPECT_TRUE(signal->isConnected());
-    });
-    EXPECT_EQ(fired(), "A.");
-    EXPECT_FALSE(signal->isConnected());
-}
-
 TEST_F(SignalScene, ConnectionsAheadAndBehindGoAtOnce) {
     auto* a = add('A');
     auto* b = add('B');
@@ -164,27 +147,19 @@ TEST_F(SignalScene, NestedFiringSkipsWhatEndedAndTheOuterOneGoesOn) {
     EXPECT_EQ(alive, 1);
 }
 
-TEST_F(SignalScene, SignalMayBeDestroyedByItsCallback) {
-    add('A');
-    add('B', [&] {
-        delete signal;
-        signal = nullptr;
-        EXPECT_EQ(alive, 1) << "the running one survives until it returns";
-    });
-    EXPECT_EQ(fired(), "B.");
-    EXPECT_EQ(alive, 0);
-}
-
 TEST_F(SignalScene, SignalMayBeDestroyedInsideANestedFiring) {
+    add('Z');
     add('A', [&] {
         delete signal;
         signal = nullptr;
+        EXPECT_EQ(alive, 2) << "the running ones survive until they return";
     });
     self = add('B', [&] {
         if (self->lockCount == 1)
             signal->send();
     });
     EXPECT_EQ(fired(), "BB.A..");
+    EXPECT_EQ(alive, 0);
 }
 
 TEST_F(SignalScene, ClientMayDieInsideTheCallbackItIsTiedTo) {

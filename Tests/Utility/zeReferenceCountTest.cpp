@@ -2,7 +2,6 @@
 
 #include "Base/Utility/zeReferenceCount.h"
 
-#include <memory>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -84,17 +83,6 @@ TEST(ReferenceCount, CopyHasNoOwnersAndAssignmentKeepsThem) {
     EXPECT_EQ(a->refs(), 1);
     EXPECT_EQ(b->refs(), 2);
     b->unref();
-}
-
-TEST(ImplBase, DeletesThroughItsVirtualDestructor) {
-    struct Impl : ze::ImplBase {
-        explicit Impl(bool& gone) : gone_(gone) {}
-        ~Impl() override { gone_ = true; }
-        bool& gone_;
-    };
-    bool gone = false;
-    std::unique_ptr<ze::ImplBase>(new Impl(gone)).reset();
-    EXPECT_TRUE(gone);
 }
 
 } // namespace
