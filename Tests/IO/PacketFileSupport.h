@@ -114,16 +114,24 @@ inline std::string written(ioWriteMethod method, const Write& write, ioStatus st
     return context->getStatus() == status ? output.bytes().substr(start) : "wrong status";
 }
 
+/// A program that reads a file by types of its own.
+template<class Client = ioClientReadContext>
+struct Reader {
+    explicit Reader(std::string file, std::vector<std::pair<const char*, Read>> types = {},
+                    int blockSize = 4096)
+        : input(std::move(file), blockSize), registry(true, std::move(types)) {}
+
+    Input input;
+    Registry registry;
+    std::unique_ptr<ioReadContext> context{ioReadContextAlloc(input.stream, &registry)};
+    Client client{context.get()};
+};
+
 /// Reads a file by a program whose types are "thing" and "other".
 inline ioStatus readFile(const std::string& file, const Read& thing, const Read& other = nullptr,
                          int blockSize = 4096) {
-    Input input(file, blockSize);
-    Registry registry(true, {{"thing", thing}, {"other", other}});
-    const std::unique_ptr<ioReadContext> context(ioReadContextAlloc(input.stream, &registry));
-    if (!context)
-        return ioOpenError;
-    ioClientReadContext client(context.get());
-    return client.readFile();
+    Reader<> reader(file, {{"thing", thing}, {"other", other}}, blockSize);
+    return reader.context ? reader.client.readFile() : ioOpenError;
 }
 
 } // namespace packets

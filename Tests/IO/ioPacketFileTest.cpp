@@ -2,7 +2,6 @@
 
 #include "Base/IO/ioPacketFile.h"
 
-#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -17,128 +16,84 @@ namespace {
 
 using namespace packets;
 
-// Values: one of each kind, in the three forms that a reader can meet.
+using W = ioWriteContext;
+using R = ioReadContext;
 
-void writeValues(ioWriteContext& context) {
-    context.writeBool(true);
-    context.writeChar(static_cast<char>(200));
-    context.writeUChar(254);
-    context.writeShort(-2);
-    context.writeUShort(0x1234);
-    context.writeInt(-3);
-    context.writeUInt(0x89ABCDEF);
-    context.writeInt64(-4);
-    context.writeUInt64(0x0102030405060708);
-    context.writeFloat(1.5F);
-    context.writeDouble(-2.25);
-    context.writeCString("ok");
-    context.writeRawByte('[');
-}
-
-void readValues(ioClientReadContext& client) {
-    EXPECT_EQ(client.readBool(), true);
-    EXPECT_EQ(client.readChar(), 200);
-    EXPECT_EQ(client.readUChar(), 254);
-    EXPECT_EQ(client.readShort(), -2);
-    EXPECT_EQ(client.readUShort(), 0x1234);
-    EXPECT_EQ(client.readInt(), -3);
-    EXPECT_EQ(client.readUInt(), 0x89ABCDEF);
-    EXPECT_EQ(client.readInt64(), -4);
-    EXPECT_EQ(client.readUInt64(), 0x0102030405060708U);
-    EXPECT_EQ(client.readFloat(), 1.5F);
-    EXPECT_EQ(client.readDouble(), -2.25);
-    EXPECT_STREQ(client.readCString(), "ok");
-    EXPECT_EQ(client.readRawByte(), '[');
-}
-
-TEST(PacketFile, WritesAndReadsEachKindOfValue) {
-    const std::string binary =
-        bytes("02000000 00000000 2F000000 01 C8 FE FEFF 3412 FDFFFFFF EFCDAB89"
-              "FCFFFFFFFFFFFFFF 0807060504030201 0000C03F 00000000000002C0"
-              "'ok'00 '['");
-    const std::string swapped =
-        bytes("00000002 00000000 0000002F 01 C8 FE FFFE 1234 FFFFFFFD 89ABCDEF"
-              "FFFFFFFFFFFFFFFC 0102030405060708 3FC00000 C002000000000000"
-              "'ok'00 '['");
-    const std::string text = "{ 2 0 1 200 254 -2 4660 -3 2309737967 -4 72623859790382856 1.5 -2.25 "
-                             "\"ok\" \\[}\n";
-    const Write write = [](ioWriteContext& context) {
-        context.startPacket("thing", nullptr);
-        writeValues(context);
-        context.endPacket();
-    };
-    EXPECT_EQ(written(ioWriteBinary, write), binary + binaryEnd);
-    EXPECT_EQ(written(ioWriteAscii, write), text + textEnd);
-    int packets = 0;
-    for (const std::string& file : {binaryHeader + thingTypes + binary + binaryEnd,
-                                    bigEndianHeader + thingTypes + swapped + bigEndianEnd,
-                                    textHeader + thingTypes + text + textEnd})
-        EXPECT_EQ(readFile(file,
-                           [&](ioClientReadContext& client) {
-                               ++packets;
-                               readValues(client);
-                           }),
-                  ioOK);
-    EXPECT_EQ(packets, 3);
-}
-
-/// The one array that `Write` and `Read` exchange, in each form; `text` is its text.
+/// Three values of one kind, alone and as an array, in the three forms that a reader can meet:
+/// `hex` and `text` are each value's bytes and text.
 template<class T>
-void expectArray(const T (&values)[3], void (ioWriteContext::*writeArray)(const T*, int),
-                 void (ioReadContext::*readArray)(T*, int), const std::string& text) {
+void expectKind(const T (&values)[3], void (W::*writeOne)(T), auto(R::*readOne)(),
+                void (W::*writeArray)(const T*, int), void (R::*readArray)(T*, int),
+                std::vector<std::string> hex, const std::string& text) {
     SCOPED_TRACE(text);
     const Write write = [&](ioWriteContext& context) {
         context.startPacket("thing", nullptr);
+        for (const T value : values)
+            (context.*writeOne)(value);
         for (const int count : {3, 0, -1})
             (context.*writeArray)(values, count);
         context.endPacket();
     };
-    constexpr char size = 3 * sizeof(T);
-    const std::string body(reinterpret_cast<const char*>(values), sizeof values);
-    std::string swappedBody;
-    for (std::size_t i = 0; i < body.size(); i += sizeof(T)) {
-        const std::string element = body.substr(i, sizeof(T));
-        swappedBody.append(element.rbegin(), element.rend());
+    std::string little, big;
+    for (const std::string& value : hex) {
+        const std::string element = bytes(value);
+        little += element;
+        big.append(element.rbegin(), element.rend());
     }
-    const std::string binary = bytes("02000000 00000000") + std::string({size, 0, 0, 0}) + body;
-    const std::string swapped =
-        bytes("00000002 00000000") + std::string({0, 0, 0, size}) + swappedBody;
-    const std::string packet = "{ 2 0 " + text + " }\n";
-    EXPECT_EQ(written(ioWriteBinary, write), binary + binaryEnd);
-    EXPECT_EQ(written(ioWriteAscii, write), packet + textEnd);
-    for (const std::string& file : {binaryHeader + thingTypes + binary + binaryEnd,
-                                    bigEndianHeader + thingTypes + swapped + bigEndianEnd,
-                                    textHeader + thingTypes + packet + textEnd})
-        EXPECT_EQ(readFile(file,
-                           [&](ioClientReadContext& client) {
-                               T read[3] = {};
-                               for (const int count : {0, -1, 3})
-                                   (client.getContext().*readArray)(read, count);
-                               EXPECT_THAT(read, testing::ElementsAreArray(values));
-                           }),
-                  ioOK);
+    const std::string size(1, static_cast<char>(6 * sizeof(T)));
+    const std::string binary =
+        bytes("02000000 00000000") + size + bytes("000000") + little + little + binaryEnd;
+    const std::string swapped = bytes("00000002 00000000 000000") + size + big + big + bigEndianEnd;
+    const std::string packet = "{ 2 0 " + text + " " + text + " }\n" + textEnd;
+    EXPECT_EQ(written(ioWriteBinary, write), binary);
+    EXPECT_EQ(written(ioWriteAscii, write), packet);
+    int packets = 0;
+    const Read read = [&](ioClientReadContext& client) {
+        ++packets;
+        for (const T value : values)
+            EXPECT_EQ(static_cast<T>((client.getContext().*readOne)()), value);
+        T found[3] = {};
+        for (const int count : {0, -1, 3})
+            (client.getContext().*readArray)(found, count);
+        EXPECT_THAT(found, testing::ElementsAreArray(values));
+    };
+    EXPECT_EQ(readFile(binaryHeader + thingTypes + binary, read), ioOK);
+    EXPECT_EQ(readFile(bigEndianHeader + thingTypes + swapped, read), ioOK);
+    EXPECT_EQ(readFile(textHeader + thingTypes + packet, read), ioOK);
+    EXPECT_EQ(packets, 3);
 }
 
-TEST(PacketFile, WritesAndReadsEachKindOfArray) {
-    using W = ioWriteContext;
-    using R = ioReadContext;
-    expectArray<bool>({true, false, true}, &W::writeBoolArray, &R::readBoolArray, "1 0 1");
-    expectArray<char>({'a', -1, 0}, &W::writeCharArray, &R::readCharArray, "97 255 0");
-    expectArray<unsigned char>({0, 200, 255}, &W::writeUCharArray, &R::readUCharArray, "0 200 255");
-    expectArray<short>({-2, 258, 0}, &W::writeShortArray, &R::readShortArray, "-2 258 0");
-    expectArray<unsigned short>({65534, 258, 0}, &W::writeUShortArray, &R::readUShortArray,
-                                "65534 258 0");
-    expectArray<int>({-2, 66051, 0}, &W::writeIntArray, &R::readIntArray, "-2 66051 0");
-    expectArray<unsigned int>({4294967294, 66051, 0}, &W::writeUIntArray, &R::readUIntArray,
-                              "4294967294 66051 0");
-    expectArray<std::int64_t>({-2, 72623859790382856, 0}, &W::writeInt64Array, &R::readInt64Array,
-                              "-2 72623859790382856 0");
-    expectArray<std::uint64_t>({18446744073709551614U, 7, 0}, &W::writeUInt64Array,
-                               &R::readUInt64Array, "18446744073709551614 7 0");
-    expectArray<float>({-1.5F, 0.25F, 1e10F}, &W::writeFloatArray, &R::readFloatArray,
-                       "-1.5 0.25 1e+10");
-    expectArray<double>({-1.5, 0.25, 1e100}, &W::writeDoubleArray, &R::readDoubleArray,
-                        "-1.5 0.25 1e+100");
+TEST(PacketFile, WritesAndReadsEachKindOfValue) {
+    expectKind<bool>({true, false, true}, &W::writeBool, &R::readBool, &W::writeBoolArray,
+                     &R::readBoolArray, {"01", "00", "01"}, "1 0 1");
+    expectKind<char>({'a', -1, 0}, &W::writeChar, &R::readChar, &W::writeCharArray,
+                     &R::readCharArray, {"61", "FF", "00"}, "97 255 0");
+    expectKind<unsigned char>({0, 200, 255}, &W::writeUChar, &R::readUChar, &W::writeUCharArray,
+                              &R::readUCharArray, {"00", "C8", "FF"}, "0 200 255");
+    expectKind<short>({-2, 258, 0}, &W::writeShort, &R::readShort, &W::writeShortArray,
+                      &R::readShortArray, {"FEFF", "0201", "0000"}, "-2 258 0");
+    expectKind<unsigned short>({65534, 258, 0}, &W::writeUShort, &R::readUShort,
+                               &W::writeUShortArray, &R::readUShortArray, {"FEFF", "0201", "0000"},
+                               "65534 258 0");
+    expectKind<int>({-2, 66051, 0}, &W::writeInt, &R::readInt, &W::writeIntArray, &R::readIntArray,
+                    {"FEFFFFFF", "03020100", "00000000"}, "-2 66051 0");
+    expectKind<unsigned int>({4294967294, 66051, 0}, &W::writeUInt, &R::readUInt,
+                             &W::writeUIntArray, &R::readUIntArray,
+                             {"FEFFFFFF", "03020100", "00000000"}, "4294967294 66051 0");
+    expectKind<std::int64_t>({-2, 72623859790382856, 0}, &W::writeInt64, &R::readInt64,
+                             &W::writeInt64Array, &R::readInt64Array,
+                             {"FEFFFFFFFFFFFFFF", "0807060504030201", "0000000000000000"},
+                             "-2 72623859790382856 0");
+    expectKind<std::uint64_t>({18446744073709551614U, 7, 0}, &W::writeUInt64, &R::readUInt64,
+                              &W::writeUInt64Array, &R::readUInt64Array,
+                              {"FEFFFFFFFFFFFFFF", "0700000000000000", "0000000000000000"},
+                              "18446744073709551614 7 0");
+    expectKind<float>({-1.5F, 0.25F, 1e10F}, &W::writeFloat, &R::readFloat, &W::writeFloatArray,
+                      &R::readFloatArray, {"0000C0BF", "0000803E", "F9021550"}, "-1.5 0.25 1e+10");
+    expectKind<double>({-2.25, 0.25, 1e100}, &W::writeDouble, &R::readDouble, &W::writeDoubleArray,
+                       &R::readDoubleArray,
+                       {"00000000000002C0", "000000000000D03F", "7DC39425AD49B254"},
+                       "-2.25 0.25 1e+100");
 }
 
 // The life of a file.
@@ -234,11 +189,6 @@ TEST(PacketFile, NeedsARegistry) {
     EXPECT_TRUE(writer->isInFile());
     EXPECT_EQ(writer->getStatus(), ioError);
     EXPECT_EQ(output.bytes(), "");
-
-    Input input(binaryHeader + thingTypes + binaryEnd);
-    const std::unique_ptr<ioReadContext> reader(ioReadContextAlloc(input.stream, nullptr));
-    ioClientReadContext client(reader.get());
-    EXPECT_EQ(client.readFile(), ioError);
 }
 
 TEST(PacketFile, MakesTheContextThatTheHeaderAsksFor) {
@@ -260,9 +210,7 @@ TEST(PacketFile, MakesTheContextThatTheHeaderAsksFor) {
          &typeid(ioReadContextDebug<ioReadContextBinarySameEndian>)},
         {"^@\n1\n0 3 1\n1 2 4 8 4 8 8\n@\n",
          &typeid(ioReadContextDebug<ioReadContextBinarySwapped>)},
-        {"^@\n1\n1 3 0\n1 2 4 8 4 8 8\n@\n", nullptr},
         {"^@\n1\n1 7 1\n1 2 4 8 4 8 8\n@\n", nullptr},
-        {"PK\3\4", nullptr},
     };
     for (const auto& [header, type] : cases) {
         Input input(header);
@@ -303,14 +251,12 @@ TEST(PacketFile, TakesOverTheStatusOfTheStream) {
     EXPECT_EQ(writer.getStatus(), ioDiskFull);
 
     int packets = 0;
-    Input input(textHeader + thingTypes + "{ 2 0 }\n{ 2 0 }\n" + textEnd);
-    Registry known(true, {{"thing", [&](auto&) {
-                               ++packets;
-                               input.stream.setStatus(streamChecksumError);
-                           }}});
-    const std::unique_ptr<ioReadContext> reader(ioReadContextAlloc(input.stream, &known));
-    ioClientReadContext client(reader.get());
-    EXPECT_EQ(client.readFile(), ioChecksumError);
+    Reader<> reader(textHeader + thingTypes + "{ 2 0 }\n{ 2 0 }\n" + textEnd,
+                    {{"thing", [&](auto&) {
+                          ++packets;
+                          reader.input.stream.setStatus(streamChecksumError);
+                      }}});
+    EXPECT_EQ(reader.client.readFile(), ioChecksumError);
     EXPECT_EQ(packets, 1);
 }
 
@@ -324,8 +270,7 @@ TEST(PacketFile, GoesWithoutAListOfTypesIfTheReaderNumbersAlike) {
     Registry registry(false, {{"thing", nullptr}, {"other", [&](auto&) { ++others; }}});
     Input input(binaryHeader + "@\n" + packets);
     const std::unique_ptr<ioReadContext> context(ioReadContextAlloc(input.stream, &registry));
-    ioClientReadContext client(context.get());
-    EXPECT_EQ(client.readFile(), ioOK);
+    EXPECT_EQ(ioClientReadContext(context.get()).readFile(), ioOK);
     EXPECT_EQ(others, 1);
 }
 
@@ -339,20 +284,16 @@ TEST(PacketFile, StopsWhereItIsTold) {
         }
         void* location = nullptr;
     };
-    Registry registry(true);
+    Reader<> reader(textHeader + thingTypes + "{ 2 0 9 1 }\n{ 2 0 9 2 }\n{ 2 0 9 3 }\n" + textEnd);
     auto* type = new Halting;
-    registry.supportedType(type);
-    Input input(textHeader + thingTypes + "{ 2 0 9 1 }\n{ 2 0 9 2 }\n{ 2 0 9 3 }\n" + textEnd);
-    const std::unique_ptr<ioReadContext> context(ioReadContextAlloc(input.stream, &registry));
-    ioClientReadContext client(context.get());
-    EXPECT_EQ(client.readFile(), ioHalted);
-    EXPECT_EQ(context->getPacketsRead(), 2);
+    reader.registry.supportedType(type);
+    EXPECT_EQ(reader.client.readFile(), ioHalted);
+    EXPECT_EQ(reader.context->getPacketsRead(), 2);
     EXPECT_FALSE(type->isUnresolved()); // what is open is not told
 
-    ioClientReadContext outside(context.get());
-    context->setStatus(ioOK);
-    context->readPacket(outside);
-    EXPECT_EQ(context->getStatus(), ioError);
+    reader.context->setStatus(ioOK);
+    reader.context->readPacket(reader.client); // outside of readFile()
+    EXPECT_EQ(reader.context->getStatus(), ioError);
 }
 
 TEST(PacketFile, ReadsFurtherFilesOfTheSameStream) {
@@ -362,24 +303,19 @@ TEST(PacketFile, ReadsFurtherFilesOfTheSameStream) {
     };
     const std::string file = binaryHeader + thingTypes + written(ioWriteBinary, oneThing);
     int packets = 0;
-    Registry registry(true, {{"thing", [&](auto&) { ++packets; }}});
-    Input input(file + file + textHeader + thingTypes + textEnd);
-    const std::unique_ptr<ioReadContext> context(ioReadContextAlloc(input.stream, &registry));
-    ioClientReadContext client(context.get());
-    EXPECT_EQ(client.readFile(), ioOK);
-    EXPECT_TRUE(context->reusePacketFile());
-    EXPECT_EQ(client.readFile(), ioOK);
+    Reader<> reader(file + file + textHeader + thingTypes + textEnd,
+                    {{"thing", [&](auto&) { ++packets; }}});
+    EXPECT_EQ(reader.client.readFile(), ioOK);
+    EXPECT_TRUE(reader.context->reusePacketFile());
+    EXPECT_EQ(reader.client.readFile(), ioOK);
     EXPECT_EQ(packets, 2);
-    EXPECT_FALSE(context->reusePacketFile()); // another format
-    EXPECT_EQ(client.readFile(), ioHalted);
+    EXPECT_FALSE(reader.context->reusePacketFile()); // another format
+    EXPECT_EQ(reader.client.readFile(), ioHalted);
 
     // The newline behind the last packet of a text file stands before the next header.
-    Input text(textHeader + thingTypes + textEnd + textHeader + thingTypes + textEnd);
-    Registry fresh(true);
-    const std::unique_ptr<ioReadContext> textContext(ioReadContextAlloc(text.stream, &fresh));
-    ioClientReadContext textClient(textContext.get());
-    EXPECT_EQ(textClient.readFile(), ioOK);
-    EXPECT_FALSE(textContext->reusePacketFile());
+    Reader<> text(textHeader + thingTypes + textEnd + textHeader + thingTypes + textEnd);
+    EXPECT_EQ(text.client.readFile(), ioOK);
+    EXPECT_FALSE(text.context->reusePacketFile());
 }
 
 // References between packets.
@@ -390,12 +326,10 @@ struct Node {
     const char* name = nullptr;
 };
 
-class ReferencesInBothFormats : public testing::TestWithParam<ioWriteMethod> {};
-
-TEST_P(ReferencesInBothFormats, BringPointersBack) {
+void expectPointersBack(ioWriteMethod method, const std::string& header) {
     Node nodes[3];
     const char name[] = "shared";
-    const std::string packets = written(GetParam(), [&](ioWriteContext& context) {
+    const std::string packets = written(method, [&](ioWriteContext& context) {
         for (int i = 0; i < 3; ++i) { // a ring: forward and backward references
             context.startPacket("thing", &nodes[i]);
             context.writeInt(i);
@@ -412,19 +346,17 @@ TEST_P(ReferencesInBothFormats, BringPointersBack) {
         int before = 0, after = 0;
     };
     Node read[3];
-    Registry registry(true, {{"thing", [&](ioClientReadContext& client) {
-                                  Node& node = read[static_cast<Client&>(client).after];
-                                  client.definePacketReference(&node);
-                                  node.value = client.readInt();
-                                  client.readReferenceUsage(&node.next, 0);
-                                  client.readReferenceUsage(&node.name, 0);
-                              }}});
-    Input input((GetParam() == ioWriteAscii ? textHeader : binaryHeader) + thingTypes + packets);
-    const std::unique_ptr<ioReadContext> context(ioReadContextAlloc(input.stream, &registry));
-    Client client(context.get());
-    EXPECT_EQ(client.readFile(), ioOK);
-    EXPECT_EQ(client.before, 4);
-    EXPECT_EQ(client.after, 4);
+    Reader<Client> reader(header + thingTypes + packets,
+                          {{"thing", [&](ioClientReadContext& client) {
+                                Node& node = read[static_cast<Client&>(client).after];
+                                client.definePacketReference(&node);
+                                node.value = client.readInt();
+                                client.readReferenceUsage(&node.next, 0);
+                                client.readReferenceUsage(&node.name, 0);
+                            }}});
+    EXPECT_EQ(reader.client.readFile(), ioOK);
+    EXPECT_EQ(reader.client.before, 4);
+    EXPECT_EQ(reader.client.after, 4);
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(read[i].value, i);
         EXPECT_EQ(read[i].next, &read[(i + 1) % 3]);
@@ -435,8 +367,10 @@ TEST_P(ReferencesInBothFormats, BringPointersBack) {
     std::free(const_cast<char*>(read[0].name));
 }
 
-INSTANTIATE_TEST_SUITE_P(, ReferencesInBothFormats, testing::Values(ioWriteAscii, ioWriteBinary),
-                         [](const auto& method) { return method.param ? "Binary" : "Text"; });
+TEST(References, BringPointersBackInBothFormats) {
+    expectPointersBack(ioWriteAscii, textHeader);
+    expectPointersBack(ioWriteBinary, binaryHeader);
+}
 
 TEST(References, AreReadByNumberAndByPointer) {
     const std::string packet = "{ 2 1 5 6 7 5 0 5 }\n";
@@ -481,20 +415,17 @@ TEST(References, ReportWhatStaysOpenAtTheEnd) {
         void* unused = nullptr;
         int offset = 0;
     };
-    Registry registry(true);
+    Reader<> reader(textHeader + thingTypes + "{ 2 1 5 6 }\n" + textEnd);
     auto* type = new Reporting;
-    registry.supportedType(type);
-    Input input(textHeader + thingTypes + "{ 2 1 5 6 }\n" + textEnd);
-    const std::unique_ptr<ioReadContext> context(ioReadContextAlloc(input.stream, &registry));
-    ioClientReadContext client(context.get());
-    EXPECT_EQ(client.readFile(), ioOK);
+    reader.registry.supportedType(type);
+    EXPECT_EQ(reader.client.readFile(), ioOK);
     EXPECT_TRUE(type->isUnresolved());
     EXPECT_TRUE(type->isUnreferenced());
     EXPECT_EQ(type->offset, 44);
     EXPECT_EQ(type->unused, type);
     EXPECT_EQ(type->location, nullptr);
     static void* reported;
-    context->reportUnresolvedPtrs(type, [](void* location, int) { reported = location; });
+    reader.context->reportUnresolvedPtrs(type, [](void* location, int) { reported = location; });
     EXPECT_EQ(reported, &type->location);
 }
 

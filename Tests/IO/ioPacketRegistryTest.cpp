@@ -2,7 +2,6 @@
 
 #include "Base/IO/ioPacketRegistry.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "PacketFileSupport.h"

@@ -220,15 +220,6 @@ TEST(ReferenceMap, BehavesAsItsSlowTwin) {
     }
 }
 
-TEST(ReferenceMap, GrowsWellAheadButIgnoresUsesBeyond) {
-    const auto map = newMap();
-    TellingType type;
-    map->resolveReferenceUsage(2000, nullptr, nullptr, 0);
-    map->useReference(21999, &type, 1);
-    map->useReference(22000, &type, 2);
-    EXPECT_THAT(report(*map, &type), ElementsAre(Event(nullptr, nullptr, 1)));
-}
-
 TEST(ReferenceMap, TakesHostileNumbersWithinBoundedMemory) {
     TellingType type;
     for (const int reference : {INT_MAX, INT_MAX - 20000, INT_MIN, -1}) {
