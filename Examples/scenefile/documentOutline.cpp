@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <string_view>
+#include <unordered_set>
 
 #include "failure.h"
 
@@ -110,6 +111,7 @@ void Walker::header() {
 
 void Walker::registry() {
     int first = 0;
+    std::unordered_set<std::string> names;
     for (;;) {
         const std::int64_t start = position_;
         char c = next();
@@ -127,7 +129,7 @@ void Walker::registry() {
         std::string name = typeName();
         if (position_ - start > longestTypeLine)
             fail(start, "the name of a type is too long");
-        if (std::find(outline_.types.begin(), outline_.types.end(), name) != outline_.types.end())
+        if (!names.insert(name).second)
             fail(start, "type " + name + " is listed twice");
         outline_.types.push_back(std::move(name));
     }
@@ -366,7 +368,7 @@ void Walker::failStream() const {
     case streamCompressEnd:
         fail(position_, "what is compressed ends too early");
     default:
-        if (outline_.filters.any())
+        if (outline_.filters.compress || outline_.filters.encrypt)
             fail(position_, "what is behind is damaged or cut off, and cannot be " +
                                 std::string(outline_.filters.compress ? "expanded" : "deciphered"));
         fail(position_, "the file cannot be read");

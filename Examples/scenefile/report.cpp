@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <iomanip>
 #include <ostream>
+#include <vector>
 
 #include "Base/Linear/zeLinearMatrix.h"
 
@@ -41,17 +42,19 @@ std::int64_t documentSize(const DocumentOutline& outline) {
 void showPackets(const DocumentOutline& outline, std::ostream& out) {
     out << "packets: " << outline.packets.size() << ", and the header of "
         << outline.packets.front().position << " bytes\n";
-    for (std::size_t type = 0; type < outline.types.size(); ++type) {
+    struct Sum {
         int count = 0;
         std::int64_t bytes = 0;
-        for (const PacketOutline& packet : outline.packets)
-            if (packet.type == static_cast<int>(type)) {
-                ++count;
-                bytes += packet.size;
-            }
-        out << "  " << std::left << std::setw(20) << outline.types[type] << std::right
-            << std::setw(8) << count << std::setw(12) << bytes << " bytes\n";
+    };
+    std::vector<Sum> sums(outline.types.size());
+    for (const PacketOutline& packet : outline.packets) {
+        Sum& sum = sums[static_cast<std::size_t>(packet.type)];
+        ++sum.count;
+        sum.bytes += packet.size;
     }
+    for (std::size_t type = 0; type < sums.size(); ++type)
+        out << "  " << std::left << std::setw(20) << outline.types[type] << std::right
+            << std::setw(8) << sums[type].count << std::setw(12) << sums[type].bytes << " bytes\n";
 }
 
 void showVertices(const Vertices& vertices, std::ostream& out) {

@@ -170,6 +170,17 @@ TEST_F(Damaged, SaysWhatIsWrong) {
     }
 }
 
+/// A list of types takes no longer than it is long.
+TEST_F(Damaged, TakesAnyNumberOfTypes) {
+    std::string document = movedDocument("text");
+    std::string types;
+    for (int i = 8; i < 100000; ++i)
+        types += std::to_string(i) + " other" + std::to_string(i) + "\n";
+    document.insert(document.find("@\n{"), types);
+    EXPECT_EQ(verify(document).code, 0);
+    EXPECT_EQ(run({"show", path("damaged")}).code, 0);
+}
+
 /// Only a binary document can hold some of these numbers, and those of others lead out of range.
 TEST_F(Damaged, RefusesTransformsThatLeadToNoNumbers) {
     const auto bytes = [](double number) {
