@@ -4,8 +4,8 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
+#include <string_view>
 
 #include "Base/IO/ioPacketFile.h"
 #include "Base/Strings/zeStringIString.h"
@@ -70,7 +70,7 @@ void setHooks() {
 }
 
 struct Method {
-    const char* name;
+    std::string_view name;
     ioWriteMethod method;
 };
 
@@ -79,21 +79,30 @@ constexpr Method methods[] = {{"binary", ioWriteBinary},
                               {"binary-debug", ioWriteBinaryDebug},
                               {"text-debug", ioWriteAsciiDebug}};
 
+/// Null for arguments that are not understood, "--help" among them.
+const Method* chosenMethod(int argc, char** argv) {
+    if (argc < 2 || argc > 3 || argv[1][0] == '-')
+        return nullptr;
+    const std::string_view name = argc == 3 ? argv[2] : "binary-debug";
+    for (const Method& each : methods)
+        if (each.name == name)
+            return &each;
+    return nullptr;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    const char* name = argc == 3 ? argv[2] : "binary-debug";
-    for (const Method& each : methods) {
-        if (argc < 2 || argc > 3 || std::strcmp(each.name, name) != 0)
-            continue;
-        std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // its lines stand before those of the hooks
-        setHooks();
-        const zeString::IString path(argv[1]);
-        if (write(path, each.method) && read(path))
-            return 0;
-        std::fprintf(stderr, "outofstep: %s: cannot be written and read\n", argv[1]);
-        return 1;
+    const Method* chosen = chosenMethod(argc, argv);
+    if (chosen == nullptr) {
+        std::fputs("usage: outofstep FILE [binary|text|binary-debug|text-debug]\n", stderr);
+        return 2;
     }
-    std::fputs("usage: outofstep FILE [binary|text|binary-debug|text-debug]\n", stderr);
-    return 2;
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // its lines stand before those of the hooks
+    setHooks();
+    const zeString::IString path(argv[1]);
+    if (write(path, chosen->method) && read(path))
+        return 0;
+    std::fprintf(stderr, "outofstep: %s: cannot be written and read\n", argv[1]);
+    return 1;
 }

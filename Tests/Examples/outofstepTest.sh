@@ -33,3 +33,11 @@ diff - <("$program" "$folder/none/circle.zp" 2>&1) << EXPECTED
 wrote: radius 2.5, colour 7, name wheel
 outofstep: $folder/none/circle.zp: cannot be written and read
 EXPECTED
+
+cd "$folder"
+for wrong in --help "circle.zp xml" ""; do # the words of each
+    code=0
+    "$program" $wrong 2> usage || code=$?
+    test "$code $(cut -c 1-16 usage)" = "2 usage: outofstep"
+done
+test ! -e --help
