@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <type_traits>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -81,32 +82,69 @@ TEST(DebugPackets, SayInTheHeaderWhatTheyAre) {
     }
 }
 
+/// A type's tags, and two of its values as they lie in a file, here in little-endian order: one
+/// value, an array of both, and two arrays without elements, which are their tags alone.
 template<class T>
-void expectValue(T value, void (W::*write)(T), auto(R::*read)(), const char* little,
-                 const char* big, const char* text) {
+void expectType(char tag, char arrayTag, const T (&values)[2], const char* const (&hex)[2],
+                const std::string (&text)[2], void (W::*write)(T), auto(R::*read)(),
+                void (W::*writeArray)(const T*, int), void (R::*readArray)(T*, int)) {
+    const std::string one(1, tag);
+    const std::string array(1, arrayTag);
+    const std::string each = std::is_same_v<T, bool> ? one : ""; // written one by one, as in text
+    const auto binary = [&](const std::string& first, const std::string& second) {
+        return one + first + array + each + first + each + second + array + array;
+    };
+    const auto swapped = [](const std::string& bytes) {
+        return std::string(bytes.rbegin(), bytes.rend());
+    };
+    const std::string first = bytes(hex[0]);
+    const std::string second = bytes(hex[1]);
     expectForms(
-        {bytes(little), bytes(big), text},
-        [&](ioWriteContext& context) { (context.*write)(value); },
-        [&](ioClientReadContext& client) { EXPECT_EQ(static_cast<T>((client.*read)()), value); });
+        {binary(first, second), binary(swapped(first), swapped(second)),
+         one + text[0] + " " + array + one + text[0] + " " + one + text[1] + " " + array + array},
+        [&](ioWriteContext& context) {
+            (context.*write)(values[0]);
+            for (const int count : {2, 0, -1})
+                (context.*writeArray)(values, count);
+        },
+        [&](ioClientReadContext& client) {
+            EXPECT_EQ(static_cast<T>((client.*read)()), values[0]);
+            T found[2] = {};
+            for (const int count : {2, 0, -1})
+                (client.*readArray)(found, count);
+            EXPECT_THAT(found, testing::ElementsAreArray(values));
+        });
 }
 
-TEST(DebugPackets, TagEachValue) {
-    expectValue<bool>(true, &W::writeBool, &R::readBool, "'b'01", "'b'01", "b1 ");
-    expectValue<char>(-56, &W::writeChar, &R::readChar, "'c'C8", "'c'C8", "c200 ");
-    expectValue<unsigned char>(254, &W::writeUChar, &R::readUChar, "'C'FE", "'C'FE", "C254 ");
-    expectValue<short>(-2, &W::writeShort, &R::readShort, "'h'FEFF", "'h'FFFE", "h-2 ");
-    expectValue<unsigned short>(0x1234, &W::writeUShort, &R::readUShort, "'H'3412", "'H'1234",
-                                "H4660 ");
-    expectValue<int>(-3, &W::writeInt, &R::readInt, "'i'FDFFFFFF", "'i'FFFFFFFD", "i-3 ");
-    expectValue<unsigned int>(0x89ABCDEF, &W::writeUInt, &R::readUInt, "'I'EFCDAB89", "'I'89ABCDEF",
-                              "I2309737967 ");
-    expectValue<std::int64_t>(-4, &W::writeInt64, &R::readInt64, "'l'FCFFFFFFFFFFFFFF",
-                              "'l'FFFFFFFFFFFFFFFC", "l-4 ");
-    expectValue<std::uint64_t>(0x0102030405060708, &W::writeUInt64, &R::readUInt64,
-                               "'L'0807060504030201", "'L'0102030405060708", "L72623859790382856 ");
-    expectValue<float>(1.5F, &W::writeFloat, &R::readFloat, "'f'0000C03F", "'f'3FC00000", "f1.5 ");
-    expectValue<double>(-2.25, &W::writeDouble, &R::readDouble, "'d'00000000000002C0",
-                        "'d'C002000000000000", "d-2.25 ");
+TEST(DebugPackets, TagEachValueAndArray) {
+    expectType<bool>('b', 'B', {true, false}, {"01", "00"}, {"1", "0"}, &W::writeBool, &R::readBool,
+                     &W::writeBoolArray, &R::readBoolArray);
+    expectType<char>('c', '1', {-56, 'a'}, {"C8", "61"}, {"200", "97"}, &W::writeChar, &R::readChar,
+                     &W::writeCharArray, &R::readCharArray);
+    expectType<unsigned char>('C', '2', {254, 0}, {"FE", "00"}, {"254", "0"}, &W::writeUChar,
+                              &R::readUChar, &W::writeUCharArray, &R::readUCharArray);
+    expectType<short>('h', '3', {-2, 258}, {"FEFF", "0201"}, {"-2", "258"}, &W::writeShort,
+                      &R::readShort, &W::writeShortArray, &R::readShortArray);
+    expectType<unsigned short>('H', '4', {0x1234, 65534}, {"3412", "FEFF"}, {"4660", "65534"},
+                               &W::writeUShort, &R::readUShort, &W::writeUShortArray,
+                               &R::readUShortArray);
+    expectType<int>('i', '5', {-3, 7}, {"FDFFFFFF", "07000000"}, {"-3", "7"}, &W::writeInt,
+                    &R::readInt, &W::writeIntArray, &R::readIntArray);
+    expectType<unsigned int>('I', '6', {0x89ABCDEF, 7}, {"EFCDAB89", "07000000"},
+                             {"2309737967", "7"}, &W::writeUInt, &R::readUInt, &W::writeUIntArray,
+                             &R::readUIntArray);
+    expectType<std::int64_t>('l', '7', {-4, 7}, {"FCFFFFFFFFFFFFFF", "0700000000000000"},
+                             {"-4", "7"}, &W::writeInt64, &R::readInt64, &W::writeInt64Array,
+                             &R::readInt64Array);
+    expectType<std::uint64_t>('L', '8', {0x0102030405060708, 7},
+                              {"0807060504030201", "0700000000000000"}, {"72623859790382856", "7"},
+                              &W::writeUInt64, &R::readUInt64, &W::writeUInt64Array,
+                              &R::readUInt64Array);
+    expectType<float>('f', '9', {1.5F, -2}, {"0000C03F", "000000C0"}, {"1.5", "-2"}, &W::writeFloat,
+                      &R::readFloat, &W::writeFloatArray, &R::readFloatArray);
+    expectType<double>('d', '0', {-2.25, 1}, {"00000000000002C0", "000000000000F03F"},
+                       {"-2.25", "1"}, &W::writeDouble, &R::readDouble, &W::writeDoubleArray,
+                       &R::readDoubleArray);
 }
 
 TEST(DebugPackets, TagStringsOnceAndRawBytesNever) {
@@ -122,53 +160,6 @@ TEST(DebugPackets, TagStringsOnceAndRawBytesNever) {
             EXPECT_STREQ(client.readCString(), "");
             EXPECT_EQ(client.readRawByte(), '[');
         });
-}
-
-/// Two elements, and then none: that is the tag alone.
-template<class T>
-void expectArray(const T (&values)[2], void (W::*write)(const T*, int), void (R::*read)(T*, int),
-                 const char* little, const char* big, const char* text) {
-    expectForms(
-        {bytes(little), bytes(big), text},
-        [&](ioWriteContext& context) {
-            for (const int count : {2, 0, -1})
-                (context.*write)(values, count);
-        },
-        [&](ioClientReadContext& client) {
-            T found[2] = {};
-            for (const int count : {2, 0, -1})
-                (client.*read)(found, count);
-            EXPECT_THAT(found, testing::ElementsAreArray(values));
-        });
-}
-
-TEST(DebugPackets, TagArraysAndWhatIsWrittenElementByElement) {
-    expectArray<bool>({true, false}, &W::writeBoolArray, &R::readBoolArray, "'Bb'01'b'00'BB'",
-                      "'Bb'01'b'00'BB'", "Bb1 b0 BB");
-    expectArray<char>({'a', -1}, &W::writeCharArray, &R::readCharArray, "'1'61FF'11'",
-                      "'1'61FF'11'", "1c97 c255 11");
-    expectArray<unsigned char>({0, 200}, &W::writeUCharArray, &R::readUCharArray, "'2'00C8'22'",
-                               "'2'00C8'22'", "2C0 C200 22");
-    expectArray<short>({-2, 258}, &W::writeShortArray, &R::readShortArray, "'3'FEFF0201'33'",
-                       "'3'FFFE0102'33'", "3h-2 h258 33");
-    expectArray<unsigned short>({65534, 258}, &W::writeUShortArray, &R::readUShortArray,
-                                "'4'FEFF0201'44'", "'4'FFFE0102'44'", "4H65534 H258 44");
-    expectArray<int>({-2, 7}, &W::writeIntArray, &R::readIntArray, "'5'FEFFFFFF07000000'55'",
-                     "'5'FFFFFFFE00000007'55'", "5i-2 i7 55");
-    expectArray<unsigned int>({4294967294, 7}, &W::writeUIntArray, &R::readUIntArray,
-                              "'6'FEFFFFFF07000000'66'", "'6'FFFFFFFE00000007'66'",
-                              "6I4294967294 I7 66");
-    expectArray<std::int64_t>({-2, 7}, &W::writeInt64Array, &R::readInt64Array,
-                              "'7'FEFFFFFFFFFFFFFF0700000000000000'77'",
-                              "'7'FFFFFFFFFFFFFFFE0000000000000007'77'", "7l-2 l7 77");
-    expectArray<std::uint64_t>({2, 7}, &W::writeUInt64Array, &R::readUInt64Array,
-                               "'8'02000000000000000700000000000000'88'",
-                               "'8'00000000000000020000000000000007'88'", "8L2 L7 88");
-    expectArray<float>({1.5F, -2}, &W::writeFloatArray, &R::readFloatArray,
-                       "'9'0000C03F000000C0'99'", "'9'3FC00000C0000000'99'", "9f1.5 f-2 99");
-    expectArray<double>({-2.25, 1}, &W::writeDoubleArray, &R::readDoubleArray,
-                        "'0'00000000000002C0000000000000F03F'00'",
-                        "'0'C0020000000000003FF0000000000000'00'", "0d-2.25 d1 00");
 }
 
 /// A reference is the unsigned number that the format makes of it, with the tags of both.
@@ -247,7 +238,7 @@ TEST(DebugPackets, LetTagsBelowZeroPass) {
                 "8 "}
              .files())
         EXPECT_EQ(readFile(file,
-                           [](ioClientReadContext& client) {
+                           [](R& client) {
                                EXPECT_EQ(client.readInt(), 7);
                                EXPECT_EQ(client.readShort(), 8);
                            }),
@@ -312,13 +303,8 @@ TEST_F(Mismatches, NameBothTypes) {
     expectMismatch(
         oneShort.files(), [](R& client) { client.readInt(); }, "Short (68)", "Int (69)");
     expectMismatch(
-        oneShort.files(), [](R& client) { client.readUShort(); }, "Short (68)", "UShort (48)");
-    expectMismatch(
         oneShort.files(), [](R& client) { client.readReference(); }, "Short (68)",
         "Reference (72)");
-    expectMismatch(
-        oneShort.files(), [](R& client) { client.readShortArray(nullptr, 0); }, "Short (68)",
-        "ShortArray (33)");
     const Bodies reference = {bytes("'ri'01000000"), bytes("'ri'00000001"), "ri1 "};
     expectMismatch(
         reference.files(), [](R& client) { client.readReference(); }, "Int (69)", "UInt (49)");
@@ -327,11 +313,6 @@ TEST_F(Mismatches, NameBothTypes) {
     expectMismatch(
         bools.files(), [&](R& client) { client.readBoolArray(flags, 2); }, "Char (63)",
         "Bool (62)");
-    const Bodies elements = {bytes("'3'0700"), bytes("'3'0007"), "3i7 "};
-    short number;
-    expectMismatch(
-        {elements.files()[2]}, [&](R& client) { client.readShortArray(&number, 1); }, "Int (69)",
-        "Short (68)");
 }
 
 /// What stands where no value was written.
@@ -349,18 +330,15 @@ TEST_F(Mismatches, NameWhatIsNoTag) {
 
 TEST(DebugPacketsDeathTest, EndTheProcessAtAMismatch) {
     const std::string file = Bodies{"", "", "h7 "}.files()[2];
-    const std::string message = "Packet file type mismatch:\n   got: Short \\(68\\)\n"
-                                "   expected: Int \\(69\\)\n"
-                                "ioPacketFile: Fatal error\\.  Aborting\\.\n";
     const auto read = [](R& client) { client.readInt(); };
-    EXPECT_EXIT(readFile(file, read), testing::KilledBySignal(SIGABRT), message);
     EXPECT_EXIT(
         {
-            ioPacketFileErrorInit([](char* text) { std::fprintf(stderr, "(%s)", text); });
-            ioPacketFileAbortInit([] { std::fputs("(gone)", stderr); }); // and then abort()
+            ioPacketFileAbortInit([] { std::fputs("(gone)", stderr); });
             readFile(file, read);
         },
-        testing::KilledBySignal(SIGABRT), "Int \\(69\\)\n\\)\\(ioPacketFile.*\\)\\(gone\\)");
+        testing::KilledBySignal(SIGABRT),
+        "mismatch:\n   got: Short \\(68\\)\n   expected: Int \\(69\\)\n"
+        "ioPacketFile: Fatal error\\.  Aborting\\.\n\\(gone\\)");
 }
 
 } // namespace
