@@ -161,11 +161,15 @@ extern "C" {
 ZEBASE_API int zeOS_FilenameMakeDir(const char* path);
 /// Filename::join().
 ZEBASE_API void zeOS_FilenameJoin(const char* a, const char* b, char* out);
-/// The parts of Filename(path).
+/// Filename(path).prefix().
 ZEBASE_API void zeOS_FilenamePrefix(const char* path, char* out);
+/// Filename(path).dirname().
 ZEBASE_API void zeOS_FilenameDirname(const char* path, char* out);
+/// Filename(path).basename().
 ZEBASE_API void zeOS_FilenameBasename(const char* path, char* out);
+/// Filename(path).baseTrunk().
 ZEBASE_API void zeOS_FilenameBaseTrunk(const char* path, char* out);
+/// Filename(path).baseSuffix().
 ZEBASE_API void zeOS_FilenameBaseSuffix(const char* path, char* out);
 
 } // extern "C"

@@ -72,6 +72,7 @@ namespace zeOS {
 /// One save of one file. getStatus() says what went wrong; a status that is set stays.
 class ZEBASE_API ProtectedWrite {
 public:
+    /// What became of the save.
     enum Status : int {
         StatusOk = 0,
         /// The main file exists and is not writable; or the new file could not be put in its place,
@@ -118,6 +119,7 @@ public:
     /// init().
     const Filename& getTempFilename() const { return tempFilename_; }
 
+    /// The file to protect.
     const Filename& getMainFilename() const { return mainFilename_; }
 
     /// A Status.

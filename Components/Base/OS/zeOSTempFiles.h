@@ -60,9 +60,11 @@ extern "C" {
 
 /// getTempDirectory().
 ZEBASE_API char* zeOS_GetTemporaryDirectory();
+/// The same in wide characters.
 ZEBASE_API wchar_t* zeOS_GetTemporaryDirectoryW();
 /// createTmpFilename() without a prefix; null where that is empty.
 ZEBASE_API char* zeOS_CreateTemporaryFileName(const char* suffix);
+/// The same in wide characters.
 ZEBASE_API wchar_t* zeOS_CreateTemporaryFileNameW(const wchar_t* suffix);
 
 } // extern "C"
