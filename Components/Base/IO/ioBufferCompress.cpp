@@ -70,11 +70,11 @@ void ioBufferCompress::compress() {
     if (!started_)
         initCompress();
     ioCompressTableImpl& table = *table_;
-    const char* const data = data_;
-    const int inCountBefore = plus(inCount_, -dataPosition_);
+    const char* const end = data_ + dataSize_;
+    const int inCountAtEnd = plus(inCount_, dataSize_ - dataPosition_);
     auto code = static_cast<unsigned>(currentCode_);
-    for (int at = dataPosition_; at < dataSize_;) {
-        const unsigned byte = static_cast<unsigned char>(data[at++]);
+    for (const char* at = data_ + dataPosition_; at != end;) {
+        const unsigned byte = static_cast<unsigned char>(*at++);
         if (const unsigned longer = table.find(code, byte)) {
             code = longer;
             continue;
@@ -83,13 +83,13 @@ void ioBufferCompress::compress() {
         if (freeCode_ < maxMaxCode) {
             table.add(code, byte, static_cast<unsigned>(freeCode_++));
         } else {
-            inCount_ = plus(inCountBefore, at);
+            inCount_ = plus(inCountAtEnd, static_cast<int>(at - end));
             if (inCount_ >= checkPoint_)
                 cl_block();
         }
         code = byte;
     }
-    inCount_ = plus(inCountBefore, dataSize_);
+    inCount_ = inCountAtEnd;
     currentCode_ = static_cast<int>(code);
 }
 
@@ -102,13 +102,12 @@ void ioBufferCompress::output(int code) {
         bitOffset_ = 0;
         return;
     }
-    unsigned char* const place = group_ + bitOffset_ / 8;
-    const unsigned shift = static_cast<unsigned>(bitOffset_) % 8;
+    const auto offset = static_cast<unsigned>(bitOffset_);
     const unsigned mask = (1u << codeBits_) - 1;
     std::uint32_t word;
-    std::memcpy(&word, place, sizeof word);
-    word = (word & ~(mask << shift)) | (static_cast<unsigned>(code) & mask) << shift;
-    std::memcpy(place, &word, sizeof word);
+    std::memcpy(&word, group_ + offset / 8, sizeof word);
+    word = (word & ~(mask << offset % 8)) | static_cast<unsigned>(code) << offset % 8;
+    std::memcpy(group_ + offset / 8, &word, sizeof word);
     bitOffset_ += codeBits_;
     if (bitOffset_ == codeBits_ * 8) {
         outCount_ = plus(outCount_, codeBits_);

@@ -29,11 +29,11 @@ constexpr int largestCode(int bits) {
 
 } // namespace ioCompressFormat
 
-/// A string is that of its prefix and one byte more. So that it need not be followed byte by byte,
-/// it also holds its last piece: the bytes from the last multiple of 8 on, the first of them
-/// lowest.
+/// A string is that of its prefix and one byte more, its suffix. So that it need not be followed
+/// byte by byte, it also holds its last piece: the bytes from the last multiple of 8 on, the first
+/// of them lowest.
 struct ioBufferCompress::String {
-    static constexpr int pieceSize = 8;
+    static constexpr unsigned pieceSize = 8;
 
     std::uint64_t piece;
     std::uint16_t pieces; ///< The code of the string before that piece.
@@ -58,11 +58,11 @@ struct ioBufferCompress::String {
 
     /// Writes the string and, behind it, up to 7 bytes more.
     void write(char* out, const String* strings) const {
-        for (const String* last = this;; last = &strings[last->pieces]) {
-            const int at = (last->length - 1) & -pieceSize;
-            std::memcpy(out + at, &last->piece, pieceSize);
-            if (at == 0)
-                return;
+        unsigned at = (length - 1u) / pieceSize * pieceSize;
+        std::memcpy(out + at, &piece, pieceSize);
+        for (unsigned code = pieces; at > 0; code = strings[code].pieces) {
+            at -= pieceSize;
+            std::memcpy(out + at, &strings[code].piece, pieceSize);
         }
     }
 };

@@ -89,34 +89,42 @@ void ioBufferCompress::uncompress() {
     }
 }
 
-/// Does what the loop of uncompress() does, but quickly: writes strings where they belong, with all
-/// state in registers. Leaves as soon as a code is not quite usual, or might not fit into the
-/// caller's memory or the block below.
+/// Does what the loop of uncompress() does, but quickly: with its state at hand and the strings
+/// written where they belong. Leaves as soon as a code is not a usual one, its string might not fit
+/// into the caller's memory, or the block below has no whole group.
 void ioBufferCompress::expandUsualCodes() {
     String* const strings = stringTable_.get();
-    const int codeBits = codeBits_;
+    const auto codeBits = static_cast<unsigned>(codeBits_);
+    const auto maxCode = static_cast<unsigned>(maxCode_);
     const unsigned mask = (1u << codeBits) - 1;
     char* out = data_ + dataPosition_;
     const char* const end = data_ + dataSize_;
-    int bitOffset = bitOffset_;
+    auto bitOffset = static_cast<unsigned>(bitOffset_);
+    auto groupBits = static_cast<unsigned>(groupBits_);
     auto freeCode = static_cast<unsigned>(freeCode_);
     auto oldCode = static_cast<unsigned>(oldCode_);
     String old = strings[oldCode];
-    while (freeCode <= static_cast<unsigned>(maxCode_)) {
-        if (bitOffset >= groupBits_) {
+    while (freeCode <= maxCode) {
+        if (bitOffset >= groupBits) {
             if (!next_->good() || next_->count_ - next_->position_ < maxBits)
                 break;
-            groupBits_ = readCodeBuf(codeBits) * 8 + 1 - codeBits;
+            readCodeBuf(codeBits_);
+            groupBits = 7 * codeBits + 1;
             bitOffset = 0;
         }
-        const unsigned code = codeAt(bitOffset) & mask;
-        // A string may be defined by itself: the one before and its own first byte once more.
-        if (code == freeCode)
+        std::uint32_t word;
+        std::memcpy(&word, group_ + bitOffset / 8, sizeof word);
+        const unsigned code = word >> bitOffset % 8 & mask;
+        if (code >= freeCode) {
+            if (code > freeCode)
+                break;
+            // A string is defined by itself: the one before and its own first byte once more.
             strings[code] = old.extended(oldCode, old.first);
-        else if (code > freeCode || code == clearCode || code == endCode)
+        } else if (code == clearCode || code == endCode) {
             break;
+        }
         const String string = strings[code];
-        if (end - out < string.length + String::pieceSize)
+        if (end - out < string.length + long{String::pieceSize})
             break;
         bitOffset += codeBits;
         string.write(out, strings);
@@ -127,7 +135,8 @@ void ioBufferCompress::expandUsualCodes() {
         oldCode = code;
     }
     dataPosition_ = static_cast<int>(out - data_);
-    bitOffset_ = bitOffset;
+    bitOffset_ = static_cast<int>(bitOffset);
+    groupBits_ = static_cast<int>(groupBits);
     freeCode_ = static_cast<int>(freeCode);
     oldCode_ = static_cast<int>(oldCode);
     finChar_ = old.first;
@@ -172,9 +181,8 @@ int ioBufferCompress::readCodeBuf(int n) {
 /// The string before and the first byte of this one become the next string.
 void ioBufferCompress::addString() {
     const auto oldCode = static_cast<unsigned>(oldCode_);
-    const auto suffix = static_cast<std::uint8_t>(finChar_);
     stringTable_[static_cast<unsigned>(freeCode_++)] =
-        stringTable_[oldCode].extended(oldCode, suffix);
+        stringTable_[oldCode].extended(oldCode, static_cast<std::uint8_t>(finChar_));
 }
 
 /// Puts the string of a code on the stack, last byte first; false if it has no end. Gives every

@@ -10,11 +10,11 @@
 /// Codes of strings, each found by the code of the string without its last byte and by that byte.
 ///
 /// The format comes from one particular table: open addressing with 69001 slots, whose search has a
-/// quirk (see findSlot()). But as long as that quirk cannot show, which is nearly always, any
+/// quirk (see findInSlots()). But as long as that quirk cannot show, which is nearly always, any
 /// table gives the same codes, and a quicker one stands in: strings of two bytes are found
-/// directly, longer ones in a table that is at most half full. If the quirk can show, the slots of
-/// the true table are worked out from the order of the strings, and it is searched until the next
-/// clear().
+/// directly, longer ones in a table that is at most half full. Where the quirk may show, or too
+/// many strings fall together, the slots of the true table are worked out from the order in which
+/// the strings came, and serve until the next clear().
 class ioCompressTableImpl {
 public:
     ioCompressTableImpl() { clear(); }
@@ -31,14 +31,13 @@ public:
             return pairs_[place_];
         }
         const std::uint32_t tag = tagOf(code, byte);
-        std::uint32_t i = indexOf(code, byte);
-        while (longer_[i] != 0) {
-            const unsigned found = longer_[i] & 0xFFFF;
-            if (longer_[i] >> 16 == tag && keys_[found] == keyOf(code, byte))
-                return found;
-            i = (i + 1) % longerSize;
+        const std::uint32_t first = firstPlace(code, byte);
+        place_ = first;
+        while (const std::uint32_t entry = longer_[place_]) {
+            if (entry >> 16 == tag && isNear(first))
+                return entry & 0xFFFF;
+            place_ = (place_ + 1) % longerSize;
         }
-        place_ = i;
         return 0;
     }
 
@@ -48,7 +47,7 @@ public:
         const auto stored = static_cast<std::uint16_t>(newCode);
         if (slotsInUse_) [[unlikely]]
             slots_[place_] = stored;
-        else if (firstSlot(code, byte) == 0 && quirkMayShow(code)) [[unlikely]]
+        else if (needsSlots(code, byte)) [[unlikely]]
             useSlots(newCode);
         else if (code < 256)
             pairs_[place_] = stored;
@@ -67,8 +66,18 @@ private:
     static std::uint32_t tagOf(unsigned code, unsigned byte) {
         return byte << 8 | (mixed(code) & 0xFF);
     }
-    static std::uint32_t indexOf(unsigned code, unsigned byte) {
+    static std::uint32_t firstPlace(unsigned code, unsigned byte) {
         return (mixed(code) ^ byte * 0x9E3779B1 >> 15) % longerSize;
+    }
+
+    /// Two strings with the same tag have first places that differ by a multiple of 256. So an
+    /// entry with the right tag is the right one if every entry is less than 256 places from its
+    /// first.
+    bool isNear(std::uint32_t first) const { return (place_ - first) % longerSize < 256; }
+
+    bool needsSlots(unsigned code, unsigned byte) {
+        return (firstSlot(code, byte) == 0 && quirkMayShow(code)) ||
+               (code > 255 && !isNear(firstPlace(code, byte)));
     }
 
     bool quirkMayShow(unsigned code);
