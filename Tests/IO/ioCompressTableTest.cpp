@@ -47,8 +47,8 @@ TEST_F(Table, KnowsWhatWasAdded) {
     }
 }
 
-// Codes whose places are neighbours, and three bytes that bring them to the same places: longer rows
-// than the quick table bears.
+// Codes whose places are neighbours, and three bytes that bring them to the same places: longer
+// rows than the quick table bears.
 TEST_F(Table, KnowsWhatFallsTogether) {
     unsigned inverse = 1;
     while (inverse * 0x9E3B % 65536 != 1)
