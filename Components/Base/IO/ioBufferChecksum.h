@@ -10,6 +10,9 @@
 /// frame, or within one before its first byte, is an ordinary end (streamEOF), and so is one that
 /// stops anywhere within a frame larger than 4096 bytes, which this library does not write.
 ///
+/// Pushed before other filters, and so below them, it covers the bytes as they lie in the file, and
+/// damage is found before another filter sees it. Pushed after them, it covers what they deliver.
+///
 /// Nothing in the file tells where the filter begins or ends: reader and writer must agree on it.
 /// The sums are in the byte order of the machine, and only another of the same order can read them.
 ///

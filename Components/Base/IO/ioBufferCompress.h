@@ -14,8 +14,8 @@
 ///
 /// Push it on a writer only if bytes follow: a section to which nothing was written has no magic,
 /// and its reader ends in streamIOError. A section that is cut off or damaged beyond sense ends in
-/// streamIOError too; a damaged one may also give wrong bytes, since nothing checks them (push
-/// ioBufferChecksum above this filter for that). Memory is bounded whatever is read.
+/// streamIOError too; a damaged one may also give wrong bytes, since nothing checks them
+/// (ioBufferChecksum on the chain does). Memory is bounded whatever is read.
 ///
 /// @code
 /// #include <unistd.h>

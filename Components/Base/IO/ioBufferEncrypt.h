@@ -11,7 +11,7 @@
 /// What it is not: secrecy or authenticity. Whoever has the library can read the file, and can
 /// change it unnoticed. Equal blocks of 16 bytes look equal in the file, and up to 15 bytes at the
 /// end of each frame are stored as they are. A damaged file gives wrong bytes without any status;
-/// for that, push ioBufferChecksum above this filter.
+/// for that, there is ioBufferChecksum.
 ///
 /// Nothing in the file tells where the filter begins or ends: reader and writer must agree on it.
 ///
