@@ -17,11 +17,8 @@ ioBufferChecksum::ioBufferChecksum(bool reading) : ioBuffer(reading, blockSize) 
 ioBufferChecksum::~ioBufferChecksum() = default;
 
 void ioBufferChecksum::unchainHook() {
-    if (reading_)
-        return;
-    flushBuffer();
-    next_->flush();
-    promoteNextBufferStatus(true);
+    if (!reading_)
+        flush();
 }
 
 int ioBufferChecksum::getType() {

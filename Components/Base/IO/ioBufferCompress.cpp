@@ -52,9 +52,7 @@ void ioBufferCompress::finished() {
         return;
     flushBuffer();
     doneCompress();
-    flushBuffer();
-    next_->flush();
-    promoteNextBufferStatus(true);
+    flush();
 }
 
 void ioBufferCompress::initCompress() {

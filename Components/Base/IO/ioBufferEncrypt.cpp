@@ -49,11 +49,8 @@ ioBufferEncrypt::ioBufferEncrypt(bool reading) : ioBuffer(reading, blockSize) {}
 ioBufferEncrypt::~ioBufferEncrypt() = default;
 
 void ioBufferEncrypt::unchainHook() {
-    if (reading_)
-        return;
-    flushBuffer();
-    next_->flush();
-    promoteNextBufferStatus(true);
+    if (!reading_)
+        flush();
 }
 
 int ioBufferEncrypt::getType() {
