@@ -5,8 +5,9 @@
 The table of areas there is read, not repeated here: its first column names an area, or a group of
 files of one (`Strings/zeStringTable*`), its last column what that may include beside its own area:
 areas, or single headers. Proved are: the table, that no circle of includes exists, that a source
-includes its own header first, and that no file reaches for the private headers of another area,
-nor a public header for any.
+includes its own header first, that public headers lie on the shelf of their area and sources of an area
+with rooms in these, that an area without rooms has no more than 40 files, and that no file reaches for
+the private headers of another room, nor a public header for any.
 """
 import fnmatch
 import pathlib
@@ -17,6 +18,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 BASE = ROOT / 'Components' / 'Base'
 TABLE = ROOT / 'Documentation' / 'architecture.md'
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]+(["<])([^">]+)[">]', re.M)
+MOST_FILES_WITHOUT_ROOMS = 40
 faults = []
 
 
@@ -44,13 +46,37 @@ def check_line(name, included, rows):
     if not (BASE / included).is_file():
         faults.append(f'{name}: there is no Base/{included}')
     if is_private(included):
-        if area != target:
-            faults.append(f'{name}: {included} is private to {target}')
+        room = pathlib.PurePath(included).parent
+        if pathlib.PurePath(name).parent != room:
+            faults.append(f'{name}: {included} is private to {room}')
         if name.endswith('.h') and not is_private(name):
             faults.append(f'{name}: a public header includes the private {included}')
     may = [pattern for files, patterns in rows.items() if fnmatch.fnmatch(name, files) for pattern in patterns]
     if area != target and '/' in included and not any(fnmatch.fnmatch(included, pattern) for pattern in may):
         faults.append(f'{name}: may not include {included}')
+
+
+def check_rooms(names):
+    """Public headers on the shelf, the rest in rooms where the area has any."""
+    areas = {}
+    for name in names:
+        if '/' in name:
+            areas.setdefault(name.split('/')[0], []).append(name)
+    for area, files in areas.items():
+        rooms = {path.name for path in (BASE / area).iterdir() if path.is_dir()}
+        if not rooms and len(files) > MOST_FILES_WITHOUT_ROOMS:
+            faults.append(f'{area}: {len(files)} files want rooms')
+        for name in files:
+            public = name.endswith('.h') and not is_private(name)
+            depth = 2 if public or not rooms else 3
+            if len(name.split('/')) != depth:
+                faults.append(f'{name}: belongs {"on the shelf of its area" if depth == 2 else "in a room"}')
+
+
+def own_header(path):
+    """The header that a source implements: beside it, or on the shelf of its area; None if it has none."""
+    shelf = BASE / path.relative_to(BASE).parts[0]
+    return next((header for header in (path.with_suffix('.h'), shelf / f'{path.stem}.h') if header.exists()), None)
 
 
 def find_circle(graph):
@@ -87,10 +113,11 @@ def main():
                 faults.append(f'{name}: write "Base/…" for our own headers and <…> for all others: {included}')
         for included in ours:
             check_line(name, included, rows)
-        own = path.with_suffix('.h')
-        if path.suffix == '.cpp' and own.exists() and includes[0][1] != 'Base/' + own.relative_to(BASE).as_posix():
+        own = own_header(path) if path.suffix == '.cpp' else None
+        if own and includes[0][1] != 'Base/' + own.relative_to(BASE).as_posix():
             faults.append(f'{name}: its own header comes first')
         graph[name] = ours
+    check_rooms(graph)
     if circle := find_circle(graph):
         faults.append('a circle of includes: ' + ' -> '.join(circle))
     print('\n'.join(faults) or f'{len(graph)} files keep to the table of areas, without a circle.')

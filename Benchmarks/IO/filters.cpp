@@ -6,7 +6,7 @@
 // decipher: 64 KiB as 273 frames of 240 bytes, 15 blocks each, in place. ours_plain is what
 // machines without AVX2 run, ours_filter the same bytes through the filter.
 
-#include "Base/IO/ioBlockCipherImpl.h"
+#include "Base/IO/filters/ioBlockCipherImpl.h"
 #include "Base/IO/ioBufferChecksum.h"
 #include "Base/IO/ioBufferEncrypt.h"
 #include "Support/Corpus.h"

@@ -8,7 +8,7 @@
 #include "Base/IO/ioBuffer.h"
 #include "Base/IO/ioBufferChecksum.h"
 
-#include "IO/TestLinks.h"
+#include "IO/chain/TestLinks.h"
 
 namespace fuzz {
 

@@ -11,7 +11,7 @@
 
 #include "Base/IO/ioPacketFile.h"
 
-#include "IO/PacketFileSupport.h"
+#include "IO/formats/PacketFileSupport.h"
 
 namespace fuzz {
 

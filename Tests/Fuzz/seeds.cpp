@@ -12,7 +12,7 @@
 
 #include "Fuzz/FilterFuzz.h"
 #include "Fuzz/PacketFuzz.h"
-#include "IO/PacketFileSupport.h"
+#include "IO/formats/PacketFileSupport.h"
 
 int main(int argc, char** argv) {
     if (argc != 2) {

@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: MIT
+
+// The link, and its writing side; ioBufferUncompress.cpp has the reading side.
+
+#include "Base/IO/ioBufferCompress.h"
+
+#include <limits>
+
+#include "Base/IO/filters/ioBufferCompressImpl.h"
+#include "Base/IO/filters/ioCompressTableImpl.h"
+
+using namespace ioCompressFormat;
+
+namespace {
+
+constexpr int blockSize = 4096;
+constexpr int checkGap = 10000;
+
+int plus(int a, int b) {
+    return static_cast<int>(static_cast<unsigned>(a) + static_cast<unsigned>(b));
+}
+
+} // namespace
+
+ioBufferCompress::ioBufferCompress(bool reading) : ioBuffer(reading, blockSize) {}
+
+ioBufferCompress::~ioBufferCompress() = default;
+
+void ioBufferCompress::unchainHook() {
+    finished();
+}
+
+int ioBufferCompress::getType() {
+    return 1;
+}
+
+void ioBufferCompress::close() {
+    finished();
+    next_->close();
+}
+
+void ioBufferCompress::write(const char* source, int n) {
+    data_ = const_cast<char*>(source); // only read
+    dataSize_ = n;
+    dataPosition_ = 0;
+    compress();
+    promoteNextBufferStatus(true);
+}
+
+void ioBufferCompress::finished() {
+    if (reading_)
+        return;
+    flushBuffer();
+    doneCompress();
+    flush();
+}
+
+void ioBufferCompress::initCompress() {
+    started_ = true;
+    table_ = std::make_unique<ioCompressTableImpl>();
+    currentCode_ = static_cast<unsigned char>(data_[0]);
+    dataPosition_ = 1;
+    inCount_ = 1;
+    next_->writeData(magic, sizeof magic);
+}
+
+void ioBufferCompress::compress() {
+    if (!started_)
+        initCompress();
+    ioCompressTableImpl& table = *table_;
+    const char* const end = data_ + dataSize_;
+    const int inCountAtEnd = plus(inCount_, dataSize_ - dataPosition_);
+    auto code = static_cast<unsigned>(currentCode_);
+    for (const char* at = data_ + dataPosition_; at != end;) {
+        const unsigned byte = static_cast<unsigned char>(*at++);
+        if (const unsigned longer = table.find(code, byte)) {
+            code = longer;
+            continue;
+        }
+        output(static_cast<int>(code));
+        if (freeCode_ < maxMaxCode) {
+            table.add(code, byte, static_cast<unsigned>(freeCode_++));
+        } else {
+            inCount_ = plus(inCountAtEnd, static_cast<int>(at - end));
+            if (inCount_ >= checkPoint_)
+                cl_block();
+        }
+        code = byte;
+    }
+    inCount_ = inCountAtEnd;
+    currentCode_ = static_cast<int>(code);
+}
+
+/// A negative code writes what is left in the group.
+void ioBufferCompress::output(int code) {
+    if (code < 0) {
+        if (bitOffset_ > 0)
+            writeCodeBuf(codeBits_);
+        outCount_ = plus(outCount_, codeBits_);
+        bitOffset_ = 0;
+        return;
+    }
+    const auto offset = static_cast<unsigned>(bitOffset_);
+    const unsigned mask = (1u << codeBits_) - 1;
+    std::uint32_t word;
+    std::memcpy(&word, group_ + offset / 8, sizeof word);
+    word = (word & ~(mask << offset % 8)) | static_cast<unsigned>(code) << offset % 8;
+    std::memcpy(group_ + offset / 8, &word, sizeof word);
+    bitOffset_ += codeBits_;
+    if (bitOffset_ == codeBits_ * 8) {
+        outCount_ = plus(outCount_, codeBits_);
+        writeCodeBuf(codeBits_);
+        bitOffset_ = 0;
+    }
+    if (freeCode_ <= maxCode_ && clearFlag_ == 0)
+        return;
+    // The width changes. What the group holds goes out at its full size, stale bits included.
+    if (bitOffset_ > 0) {
+        writeCodeBuf(codeBits_);
+        outCount_ = plus(outCount_, codeBits_);
+    }
+    bitOffset_ = 0;
+    codeBits_ = clearFlag_ > 0 ? minBits : codeBits_ + 1;
+    maxCode_ = largestCode(codeBits_);
+    clearFlag_ = 0;
+}
+
+void ioBufferCompress::doneCompress() {
+    output(currentCode_);
+    output(endCode);
+    output(-1);
+}
+
+/// Looks at the ratio of input to output since the start, times 256: the table is emptied once it
+/// no longer grows.
+void ioBufferCompress::cl_block() {
+    checkPoint_ = plus(inCount_, checkGap);
+    // The numbers wrap, and so may be negative. In 64 bits no division overflows.
+    const bool small = inCount_ < 8388608;
+    const long input = small ? static_cast<int>(static_cast<unsigned>(inCount_) << 8) : inCount_;
+    const long written = small ? outCount_ : outCount_ >> 8;
+    const int ratio =
+        written == 0 ? std::numeric_limits<int>::max() : static_cast<int>(input / written);
+    if (ratio > ratio_) {
+        ratio_ = ratio;
+        return;
+    }
+    ratio_ = 0;
+    table_->clear();
+    freeCode_ = firstFreeCode;
+    clearFlag_ = 1;
+    output(clearCode);
+}
+
+/// Moves the first `n` bytes of the group into the block below.
+void ioBufferCompress::writeCodeBuf(int n) {
+    if (next_->good() && next_->size_ - next_->position_ >= maxBits) {
+        std::memcpy(next_->block_ + next_->position_, group_, maxBits); // of a fixed size: fast
+        next_->position_ += n;
+    } else {
+        next_->writeData(reinterpret_cast<const char*>(group_), n);
+    }
+}

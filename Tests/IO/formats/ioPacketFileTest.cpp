@@ -1,0 +1,490 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/IO/ioPacketFile.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <typeinfo>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "IO/formats/PacketFileSupport.h"
+
+namespace {
+
+using namespace packets;
+
+using W = ioWriteContext;
+using R = ioReadContext;
+
+/// Three values of one kind, alone and as an array, in the three forms that a reader can meet:
+/// `hex` and `text` are each value's bytes and text.
+template<class T>
+void expectKind(const T (&values)[3], void (W::*writeOne)(T), auto(R::*readOne)(),
+                void (W::*writeArray)(const T*, int), void (R::*readArray)(T*, int),
+                std::vector<std::string> hex, const std::string& text) {
+    SCOPED_TRACE(text);
+    const Write write = [&](ioWriteContext& context) {
+        context.startPacket("thing", nullptr);
+        for (const T value : values)
+            (context.*writeOne)(value);
+        for (const int count : {3, 0, -1})
+            (context.*writeArray)(values, count);
+        context.endPacket();
+    };
+    std::string little, big;
+    for (const std::string& value : hex) {
+        const std::string element = bytes(value);
+        little += element;
+        big.append(element.rbegin(), element.rend());
+    }
+    const std::string size(1, static_cast<char>(6 * sizeof(T)));
+    const std::string binary =
+        bytes("02000000 00000000") + size + bytes("000000") + little + little + binaryEnd;
+    const std::string swapped = bytes("00000002 00000000 000000") + size + big + big + bigEndianEnd;
+    const std::string packet = "{ 2 0 " + text + " " + text + " }\n" + textEnd;
+    EXPECT_EQ(written(ioWriteBinary, write), binary);
+    EXPECT_EQ(written(ioWriteAscii, write), packet);
+    int packets = 0;
+    const Read read = [&](ioClientReadContext& client) {
+        ++packets;
+        for (const T value : values)
+            EXPECT_EQ(static_cast<T>((client.getContext().*readOne)()), value);
+        T found[3] = {};
+        for (const int count : {0, -1, 3})
+            (client.getContext().*readArray)(found, count);
+        EXPECT_THAT(found, testing::ElementsAreArray(values));
+    };
+    EXPECT_EQ(readFile(binaryHeader + thingTypes + binary, read), ioOK);
+    EXPECT_EQ(readFile(bigEndianHeader + thingTypes + swapped, read), ioOK);
+    EXPECT_EQ(readFile(textHeader + thingTypes + packet, read), ioOK);
+    EXPECT_EQ(packets, 3);
+}
+
+TEST(PacketFile, WritesAndReadsEachKindOfValue) {
+    expectKind<bool>({true, false, true}, &W::writeBool, &R::readBool, &W::writeBoolArray,
+                     &R::readBoolArray, {"01", "00", "01"}, "1 0 1");
+    expectKind<char>({'a', -1, 0}, &W::writeChar, &R::readChar, &W::writeCharArray,
+                     &R::readCharArray, {"61", "FF", "00"}, "97 255 0");
+    expectKind<unsigned char>({0, 200, 255}, &W::writeUChar, &R::readUChar, &W::writeUCharArray,
+                              &R::readUCharArray, {"00", "C8", "FF"}, "0 200 255");
+    expectKind<short>({-2, 258, 0}, &W::writeShort, &R::readShort, &W::writeShortArray,
+                      &R::readShortArray, {"FEFF", "0201", "0000"}, "-2 258 0");
+    expectKind<unsigned short>({65534, 258, 0}, &W::writeUShort, &R::readUShort,
+                               &W::writeUShortArray, &R::readUShortArray, {"FEFF", "0201", "0000"},
+                               "65534 258 0");
+    expectKind<int>({-2, 66051, 0}, &W::writeInt, &R::readInt, &W::writeIntArray, &R::readIntArray,
+                    {"FEFFFFFF", "03020100", "00000000"}, "-2 66051 0");
+    expectKind<unsigned int>({4294967294, 66051, 0}, &W::writeUInt, &R::readUInt,
+                             &W::writeUIntArray, &R::readUIntArray,
+                             {"FEFFFFFF", "03020100", "00000000"}, "4294967294 66051 0");
+    expectKind<std::int64_t>({-2, 72623859790382856, 0}, &W::writeInt64, &R::readInt64,
+                             &W::writeInt64Array, &R::readInt64Array,
+                             {"FEFFFFFFFFFFFFFF", "0807060504030201", "0000000000000000"},
+                             "-2 72623859790382856 0");
+    expectKind<std::uint64_t>({18446744073709551614U, 7, 0}, &W::writeUInt64, &R::readUInt64,
+                              &W::writeUInt64Array, &R::readUInt64Array,
+                              {"FEFFFFFFFFFFFFFF", "0700000000000000", "0000000000000000"},
+                              "18446744073709551614 7 0");
+    expectKind<float>({-1.5F, 0.25F, 1e10F}, &W::writeFloat, &R::readFloat, &W::writeFloatArray,
+                      &R::readFloatArray, {"0000C0BF", "0000803E", "F9021550"}, "-1.5 0.25 1e+10");
+    expectKind<double>({-2.25, 0.25, 1e100}, &W::writeDouble, &R::readDouble, &W::writeDoubleArray,
+                       &R::readDoubleArray,
+                       {"00000000000002C0", "000000000000D03F", "7DC39425AD49B254"},
+                       "-2.25 0.25 1e+100");
+}
+
+// The life of a file.
+
+TEST(PacketFile, PutsPacketsThatAreStartedInsideOthersFirst) {
+    int outer, inner;
+    const std::string packets = written(ioWriteAscii, [&](ioWriteContext& context) {
+        context.startPacket("thing", &outer);
+        context.writeInt(1);
+        context.startChunk();
+        for (int i = 0; i < 2; ++i) {
+            context.startPacket("other", i == 0 ? &inner : nullptr);
+            context.writeInt(2);
+            context.endPacket();
+        }
+        context.writeReference(&inner, false);
+        context.writeReference(nullptr, false);
+        context.endPacket();
+    });
+    EXPECT_EQ(packets, "{ 3 1 2 2 }\n{ 3 0 2 }\n{ 2 1 1 1 \n  [ 2 0 ] }\n" + textEnd);
+}
+
+TEST(PacketFile, NestsAsDeepAsAClientLikes) {
+    const std::string packets = written(ioWriteBinary, [](ioWriteContext& context) {
+        for (int i = 0; i < 25; ++i) {
+            context.startPacket("thing", nullptr);
+            for (int level = 0; level < 25; ++level) {
+                context.startChunk();
+                context.startSubPacket();
+            }
+        }
+        for (int i = 0; i < 25; ++i) {
+            context.writeInt(i);
+            for (int level = 0; level < 25; ++level)
+                context.endSubPacket();
+            context.endSubPacket(); // one too many: nothing
+            context.endPacket();
+        }
+        context.endPacket(); // likewise
+        context.startChunk();
+        context.endChunk();
+        context.invalidPacket();
+    });
+    int packetsRead = 0;
+    EXPECT_EQ(
+        readFile(binaryHeader + "0 packetFile_string\n1 packetFile_EOF\n2 thing\n@\n" + packets,
+                 [&](ioClientReadContext& client) {
+                     for (int level = 0; level < 25; ++level) {
+                         EXPECT_TRUE(client.nextChunk());
+                         client.startSubPacket();
+                     }
+                     EXPECT_EQ(client.readInt(), packetsRead++);
+                 }),
+        ioOK);
+    EXPECT_EQ(packetsRead, 25);
+}
+
+TEST(PacketFile, DropsPacketsThatAreGivenUpOrUnknown) {
+    const Write write = [](ioWriteContext& context) {
+        context.startPacket("thing", nullptr);
+        context.invalidPacket();
+        context.endPacket();
+        context.writeCStringPacket(nullptr);
+    };
+    EXPECT_EQ(written(ioWriteBinary, write), binaryEnd);
+    EXPECT_EQ(written(ioWriteAscii, write), textEnd);
+
+    for (const ioWriteMethod method : {ioWriteAscii, ioWriteBinary}) {
+        int object;
+        const Write stranger = [&](ioWriteContext& context) {
+            context.startPacket("stranger", &object);
+            context.startChunk();
+            context.writeInt(1);
+            context.endPacket();
+            EXPECT_FALSE(context.isReferenceDefined(&object));
+        };
+        EXPECT_EQ(written(method, stranger, ioError), ""); // endFile() does nothing any more
+    }
+}
+
+TEST(PacketFile, EndsAFileWithAPacketOpen) {
+    EXPECT_EQ(written(
+                  ioWriteAscii,
+                  [](ioWriteContext& context) { context.startPacket("thing", nullptr); }, ioError),
+              textEnd);
+}
+
+TEST(PacketFile, NeedsARegistry) {
+    Output output;
+    const std::unique_ptr<ioWriteContext> writer(
+        ioWriteContextAlloc(output.stream, ioWriteBinary, nullptr));
+    writer->startFile();
+    EXPECT_TRUE(writer->isInFile());
+    EXPECT_EQ(writer->getStatus(), ioError);
+    EXPECT_EQ(output.bytes(), "");
+}
+
+TEST(PacketFile, MakesTheContextThatTheHeaderAsksFor) {
+    for (const int method : {-1, 4}) {
+        Output output;
+        EXPECT_EQ(ioWriteContextAlloc(output.stream, static_cast<ioWriteMethod>(method), nullptr),
+                  nullptr);
+    }
+    const struct {
+        const char* header;
+        const std::type_info* type;
+    } cases[] = {
+        {"^@\n1\n1 1 1\n1 2 4 8 4 8 8\n@\n", &typeid(ioReadContextBinarySameEndian)},
+        {"^@\n1\n0 1 1\n1 2 4 8 4 8 8\n@\n", &typeid(ioReadContextBinarySwapped)},
+        {"^@\n1\n1 0 1\n1 2 4 8 4 8 8\n@\n", &typeid(ioReadContextAscii)},
+        {"^@\n1\n1 1 0\n1 2 4 8 4 8 8\n@\n", nullptr},
+        {"^@\n1\n1 2 1\n1 2 4 8 4 8 8\n@\n", &typeid(ioReadContextDebug<ioReadContextAscii>)},
+        {"^@\n1\n1 3 1\n1 2 4 8 4 8 8\n@\n",
+         &typeid(ioReadContextDebug<ioReadContextBinarySameEndian>)},
+        {"^@\n1\n0 3 1\n1 2 4 8 4 8 8\n@\n",
+         &typeid(ioReadContextDebug<ioReadContextBinarySwapped>)},
+        {"^@\n1\n1 7 1\n1 2 4 8 4 8 8\n@\n", nullptr},
+    };
+    for (const auto& [header, type] : cases) {
+        Input input(header);
+        const std::unique_ptr<ioReadContext> context(ioReadContextAlloc(input.stream, nullptr));
+        ASSERT_EQ(context != nullptr, type != nullptr) << header;
+        if (type) {
+            const ioReadContext& made = *context;
+            EXPECT_EQ(typeid(made), *type);
+        }
+    }
+}
+
+TEST(PacketFile, TakesOverTheStatusOfTheStream) {
+    const std::pair<ioStreamStatus, ioStatus> cases[] = {
+        {streamOK, ioHalted},         {streamOpenError, ioOpenError},
+        {streamEOF, ioBadFile},       {streamCompressEnd, ioBadFile},
+        {streamDiskFull, ioDiskFull}, {streamChecksumError, ioChecksumError},
+        {streamIOError, ioError},     {static_cast<ioStreamStatus>(77), ioError},
+    };
+    for (const auto& [streamStatus, status] : cases) {
+        Output output;
+        ioWriteContextBinary context(output.stream);
+        context.setStatus(ioHalted);
+        output.stream.setStatus(streamStatus);
+        context.promoteStreamStatus(output.stream);
+        EXPECT_EQ(context.getStatus(), status) << streamStatus;
+    }
+
+    Output output;
+    Registry registry(false);
+    ioWriteContextBinary writer(output.stream);
+    writer.associateRegistry(&registry);
+    output.stream.setStatus(streamDiskFull);
+    writer.startFile();
+    EXPECT_EQ(writer.getStatus(), ioDiskFull);
+    writer.setStatus(ioOK);
+    writer.endFile();
+    EXPECT_EQ(writer.getStatus(), ioDiskFull);
+
+    int packets = 0;
+    Reader<> reader(textHeader + thingTypes + "{ 2 0 }\n{ 2 0 }\n" + textEnd,
+                    {{"thing", [&](auto&) {
+                          ++packets;
+                          reader.input.stream.setStatus(streamChecksumError);
+                      }}});
+    EXPECT_EQ(reader.client.readFile(), ioChecksumError);
+    EXPECT_EQ(packets, 1);
+}
+
+TEST(PacketFile, GoesWithoutAListOfTypesIfTheReaderNumbersAlike) {
+    const std::string packets =
+        written(ioWriteBinary, [](ioWriteContext& context) { // leaves the list out
+            context.startPacket("other", nullptr);
+            context.endPacket();
+        });
+    int others = 0;
+    Registry registry(false, {{"thing", nullptr}, {"other", [&](auto&) { ++others; }}});
+    Input input(binaryHeader + "@\n" + packets);
+    const std::unique_ptr<ioReadContext> context(ioReadContextAlloc(input.stream, &registry));
+    EXPECT_EQ(ioClientReadContext(context.get()).readFile(), ioOK);
+    EXPECT_EQ(others, 1);
+}
+
+TEST(PacketFile, StopsWhereItIsTold) {
+    struct Halting : ioPacketType {
+        Halting() : ioPacketType("thing") {}
+        void read(ioClientReadContext& client) override {
+            client.readReferenceUsage(&location, 0);
+            if (client.readInt() == 2)
+                client.halt();
+        }
+        void* location = nullptr;
+    };
+    Reader<> reader(textHeader + thingTypes + "{ 2 0 9 1 }\n{ 2 0 9 2 }\n{ 2 0 9 3 }\n" + textEnd);
+    auto* type = new Halting;
+    reader.registry.supportedType(type);
+    EXPECT_EQ(reader.client.readFile(), ioHalted);
+    EXPECT_EQ(reader.context->getPacketsRead(), 2);
+    EXPECT_FALSE(type->isUnresolved()); // what is open is not told
+
+    reader.context->setStatus(ioOK);
+    reader.context->readPacket(reader.client); // outside of readFile()
+    EXPECT_EQ(reader.context->getStatus(), ioError);
+}
+
+TEST(PacketFile, ReadsFurtherFilesOfTheSameStream) {
+    const auto oneThing = [](ioWriteContext& context) {
+        context.startPacket("thing", nullptr);
+        context.endPacket();
+    };
+    const std::string file = binaryHeader + thingTypes + written(ioWriteBinary, oneThing);
+    int packets = 0;
+    Reader<> reader(file + file + textHeader + thingTypes + textEnd,
+                    {{"thing", [&](auto&) { ++packets; }}});
+    EXPECT_EQ(reader.client.readFile(), ioOK);
+    EXPECT_TRUE(reader.context->reusePacketFile());
+    EXPECT_EQ(reader.client.readFile(), ioOK);
+    EXPECT_EQ(packets, 2);
+    EXPECT_FALSE(reader.context->reusePacketFile()); // another format
+    EXPECT_EQ(reader.client.readFile(), ioHalted);
+
+    // The newline behind the last packet of a text file stands before the next header.
+    Reader<> text(textHeader + thingTypes + textEnd + textHeader + thingTypes + textEnd);
+    EXPECT_EQ(text.client.readFile(), ioOK);
+    EXPECT_FALSE(text.context->reusePacketFile());
+}
+
+// References between packets.
+
+struct Node {
+    int value = 0;
+    Node* next = nullptr;
+    const char* name = nullptr;
+};
+
+void expectPointersBack(ioWriteMethod method, const std::string& header) {
+    Node nodes[3];
+    const char name[] = "shared";
+    const std::string packets = written(method, [&](ioWriteContext& context) {
+        for (int i = 0; i < 3; ++i) { // a ring: forward and backward references
+            context.startPacket("thing", &nodes[i]);
+            context.writeInt(i);
+            context.writeReference(&nodes[(i + 1) % 3], false);
+            context.writeReference(i == 1 ? nullptr : name, false);
+            context.endPacket();
+        }
+        context.writeCStringPacket(name);
+    });
+    struct Client : ioClientReadContext {
+        using ioClientReadContext::ioClientReadContext;
+        void prePacketRead() override { ++before; }
+        void postPacketRead() override { ++after; }
+        int before = 0, after = 0;
+    };
+    Node read[3];
+    Reader<Client> reader(header + thingTypes + packets,
+                          {{"thing", [&](ioClientReadContext& client) {
+                                Node& node = read[static_cast<Client&>(client).after];
+                                client.definePacketReference(&node);
+                                node.value = client.readInt();
+                                client.readReferenceUsage(&node.next, 0);
+                                client.readReferenceUsage(&node.name, 0);
+                            }}});
+    EXPECT_EQ(reader.client.readFile(), ioOK);
+    EXPECT_EQ(reader.client.before, 4);
+    EXPECT_EQ(reader.client.after, 4);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(read[i].value, i);
+        EXPECT_EQ(read[i].next, &read[(i + 1) % 3]);
+    }
+    EXPECT_STREQ(read[0].name, "shared");
+    EXPECT_EQ(read[1].name, nullptr);
+    EXPECT_EQ(read[2].name, read[0].name);
+    std::free(const_cast<char*>(read[0].name));
+}
+
+TEST(References, BringPointersBackInBothFormats) {
+    expectPointersBack(ioWriteAscii, textHeader);
+    expectPointersBack(ioWriteBinary, binaryHeader);
+}
+
+TEST(References, AreReadByNumberAndByPointer) {
+    const std::string packet = "{ 2 1 5 6 7 5 0 5 }\n";
+    int object, part, alias;
+    EXPECT_EQ(readFile(textHeader + thingTypes + packet + textEnd,
+                       [&](ioClientReadContext& client) {
+                           EXPECT_EQ(client.getPacketReference(), 5);
+                           client.defineReference(5, &object); // by number is as good
+                           client.readReferenceDefinition(&part);
+                           client.defineReferenceAlias(client.readReference(), &alias);
+                           EXPECT_EQ(client.readReferenceUsage(), &object);
+                           int number = -1;
+                           EXPECT_EQ(client.readReferenceUsage(number), nullptr);
+                           EXPECT_EQ(number, 0);
+                           const ioContext& context = client.getContext();
+                           EXPECT_EQ(context.getReference(&part), 6);
+                           EXPECT_EQ(context.getReferenceDefinition(7), &alias);
+                           EXPECT_TRUE(context.isReferenceDefined(&part));
+                           client.undefineReference(&part);
+                           EXPECT_FALSE(context.isReferenceDefined(6));
+                           EXPECT_EQ(context.getReference(&part), -1);
+                           void* late = &object;
+                           client.resolveReference(7, &late, 0);
+                           EXPECT_EQ(late, &alias);
+                           client.useReference(&object);
+                       }),
+              ioOK);
+}
+
+TEST(References, ReportWhatStaysOpenAtTheEnd) {
+    struct Reporting : ioPacketType {
+        Reporting() : ioPacketType("thing") {}
+        void read(ioClientReadContext& client) override {
+            client.definePacketReference(this);
+            client.readReferenceUsage(&location, 44);
+        }
+        void memoryNotReferenced(ioClientReadContext&, void* memory) override { unused = memory; }
+        void hasUnresolvedPointer(ioClientReadContext&, void*, int where) override {
+            offset = where;
+        }
+        void* location = this;
+        void* unused = nullptr;
+        int offset = 0;
+    };
+    Reader<> reader(textHeader + thingTypes + "{ 2 1 5 6 }\n" + textEnd);
+    auto* type = new Reporting;
+    reader.registry.supportedType(type);
+    EXPECT_EQ(reader.client.readFile(), ioOK);
+    EXPECT_TRUE(type->isUnresolved());
+    EXPECT_TRUE(type->isUnreferenced());
+    EXPECT_EQ(type->offset, 44);
+    EXPECT_EQ(type->unused, type);
+    EXPECT_EQ(type->location, nullptr);
+    static void* reported;
+    reader.context->reportUnresolvedPtrs(type, [](void* location, int) { reported = location; });
+    EXPECT_EQ(reported, &type->location);
+}
+
+TEST(References, OfDamagedFilesAreDefinedWithoutEffect) {
+    const char* packets[] = {
+        "{ 0 1 4294967295 \"lost\" }\n", // negative as a number of the map
+        "{ 0 1 2147483648 }\n",
+        "{ 0 1 5 }\n", // no string
+        "{ 0 1 0 \"lost\" }\n",
+        "{ 0 0 \"lost\" }\n",
+        "{ 2 1 4294967295 }\n",
+    };
+    for (const char* packet : packets)
+        EXPECT_EQ(readFile(textHeader + thingTypes + packet + textEnd,
+                           [](ioClientReadContext& client) {
+                               client.definePacketReference(&client);
+                               EXPECT_EQ(client.getContext().getReference(&client), -1);
+                           }),
+                  ioOK)
+            << packet;
+}
+
+// What ends the process.
+
+TEST(PacketFileDeathTest, EndsAtAnUndefinedPacketReference) {
+    const std::string file = textHeader + thingTypes + "{ 2 1 5 }\n" + textEnd;
+    EXPECT_EXIT(readFile(file, [](ioClientReadContext&) {}), testing::KilledBySignal(SIGABRT),
+                "^ioPacketFile: A packet type: 'thing'\n"
+                "  had a reference associated with it but no \n"
+                "  definition was provided by the client code.\n"
+                "  The undefined reference is: 0.\n"
+                "ioPacketFile: Fatal error.  Aborting.\n$");
+    EXPECT_EQ(readFile(file, [](ioClientReadContext& client) { client.invalidPacket(); }), ioOK);
+}
+
+TEST(PacketFileDeathTest, TellsTheEnclosingPacketsAndCallsBothHooks) {
+    const auto fail = [] {
+        ioPacketFileErrorInit([](char* text) { std::fprintf(stderr, "hook: %s", text); });
+        ioPacketFileAbortInit([] { std::fputs("last words\n", stderr); });
+        Output output;
+        Registry registry(false, {{"thing", nullptr}});
+        ioWriteContextAscii context(output.stream);
+        context.associateRegistry(&registry);
+        context.startFile();
+        for (int i = 0; i < 3; ++i)
+            context.startPacket("thing", nullptr);
+        context.fatalError();
+    };
+    EXPECT_EXIT(fail(), testing::KilledBySignal(SIGABRT),
+                "^hook: ioPacketFile: Fatal error.  Aborting.\n"
+                "hook:   0: -?[0-9]+\nhook:   1: -?[0-9]+\nlast words\n$");
+}
+
+TEST(PacketFileError, CutsLongMessages) {
+    static std::string message;
+    ioPacketFileErrorInit([](char* text) { message = text; });
+    ioPacketFileError("%s", std::string(2000, 'x').c_str());
+    ioPacketFileErrorInit(nullptr);
+    EXPECT_EQ(message, std::string(1023, 'x'));
+}
+
+} // namespace

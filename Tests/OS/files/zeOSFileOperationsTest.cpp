@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/OS/zeOSFileOperations.h"
+
+#include <sys/stat.h>
+
+#include <optional>
+
+#include <gtest/gtest.h>
+
+#include "OS/files/FileFixture.h"
+
+using zeOS::File;
+using zeString::IString;
+
+namespace {
+
+class FileOperations : public FileFixture {
+protected:
+    /// What a message says of an entry.
+    std::string full(const std::string& entry) const { return folder.path(entry); }
+
+    ino_t inode(const std::string& entry) const {
+        struct stat status = {};
+        ::stat(full(entry).c_str(), &status);
+        return status.st_ino;
+    }
+};
+
+} // namespace
+
+TEST_F(FileOperations, CopyContentsOfAnySizeAndNothingElse) {
+    for (const std::size_t size : {0u, 1u, 4095u, 4096u, 4097u, 1000000u}) {
+        std::string content;
+        for (std::size_t i = 0; i < size; ++i)
+            content += static_cast<char>(i * 7 >> 3);
+        folder.write("a", content);
+        std::filesystem::permissions(full("a"), std::filesystem::perms(0400));
+        std::filesystem::remove(full("b"));
+        EXPECT_EQ(text(zeOS::fileCopy(at("a"), at("b"), false)), "");
+        EXPECT_EQ(folder.read("b"), content);
+        EXPECT_NE(std::filesystem::status(full("b")).permissions(), std::filesystem::perms(0400));
+    }
+}
+
+TEST_F(FileOperations, CopyOnlyOverWhatMayBeReplaced) {
+    const std::string noRoom = "1: Error reading file " + full("a") + "."; // a write failed
+    const struct {
+        const char* from;
+        const char* to;
+        bool overwrite;
+        std::string result;
+        std::optional<std::string> target; // afterwards, if it is a file
+    } rows[] = {
+        {"missing", "b", true, "2: No such file or directory", "old"},
+        {"a/x", "b", true, "2: Not a directory", "old"},
+        {"loop", "b", true, "2: Too many levels of symbolic links", "old"},
+        {"a", "b", false,
+         "3: File " + full("b") + " exists, and 'overwrite' flag is not specified.", "old"},
+        {"a", "b", true, "", "new"},
+        {"a", "link", true, "", "new"}, // through it
+        {"a", "new", false, "", "new"},
+        {"a", "a", true, "5: Can't copy " + full("a") + " to itself.", "new"},
+        {"a", "hard", true, "5: Can't copy " + full("a") + " to itself.", "new"},
+        {"soft", "a", true, "5: Can't copy " + full("soft") + " to itself.", "new"},
+        {"a", "d", true, "4: Qualified destination file " + full("d") + " is a directory.", {}},
+        {"d", "d", true, "5: Can't copy " + full("d") + " to itself.", {}},
+        {"a", "no/b", true, "1: Can't create " + full("no/b"), {}},
+        {"a", "loop", true, "1: Can't create " + full("loop"), {}},
+        {"d", "b", true, "1: Error reading file " + full("d") + ".", {}}, // which costs the old b
+        {"a", "full", true, noRoom, {}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.from + std::string(" to ") + row.to);
+        for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
+            std::filesystem::remove_all(entry);
+        folder.write("a", "new");
+        folder.write("b", "old");
+        makeFolder("d");
+        std::filesystem::create_hard_link(full("a"), full("hard"));
+        link("a", "soft");
+        link("b", "link");
+        link("loop", "loop");
+        link("/dev/full", "full"); // a copy that fails deletes its target: this link
+        EXPECT_EQ(text(zeOS::fileCopy(at(row.from), at(row.to), row.overwrite)), row.result);
+        EXPECT_EQ(
+            std::filesystem::is_regular_file(full(row.to == std::string("loop") ? "no" : row.to)),
+            row.target.has_value());
+        EXPECT_EQ(folder.read(row.target ? row.to : "a"), row.target.value_or("new"));
+        EXPECT_EQ(folder.read("a"), "new");
+    }
+    EXPECT_FALSE(isThere("full"));
+    EXPECT_TRUE(std::filesystem::exists("/dev/full"));
+}
+
+TEST_F(FileOperations, RenameInOneStepOnlyWithinADirectory) {
+    makeFolder("d/e");
+    folder.write("a", "new");
+    folder.write("b", "old");
+    const ino_t renamed = inode("a");
+    EXPECT_EQ(text(zeOS::fileRename(at("a"), at("b"))), "");
+    EXPECT_EQ(inode("b"), renamed);
+    EXPECT_EQ(folder.read("b"), "new");
+    EXPECT_FALSE(isThere("a"));
+    EXPECT_EQ(text(zeOS::fileRename(at("d"), at("f"))), ""); // directories as well
+    EXPECT_TRUE(isThere("f/e"));
+    // Every failure has this text: what rename() returns is not what is looked for.
+    EXPECT_EQ(text(zeOS::fileRename(at("a").asWChar(), at("b").asWChar())),
+              "6: Unkown system error.");
+    EXPECT_EQ(text(zeOS::fileRename(at("b"), at("f"))), "6: Unkown system error.");
+    EXPECT_EQ(text(zeOS::fileRename(at("f"), at("f/e"))),
+              "4: Qualified destination file " + full("f/e") + " is a directory.");
+
+    // To another directory it is a copy, as it is to the same one by another text.
+    EXPECT_EQ(text(zeOS::fileRename(at("b"), at("f/b"))), "");
+    EXPECT_EQ(folder.read("f/b"), "new");
+    EXPECT_FALSE(isThere("b"));
+    EXPECT_NE(inode("f/b"), renamed);
+    const ino_t copied = inode("f/b");
+    std::filesystem::create_hard_link(full("f/b"), full("hard")); // so that its number stays taken
+    EXPECT_EQ(text(zeOS::fileRename(at("f/b"), at("f/./c"))), "");
+    EXPECT_NE(inode("f/c"), copied);
+    EXPECT_EQ(text(zeOS::fileMove(at("f/c").asWChar(), at("hard").asWChar(), false)),
+              "3: File " + full("hard") + " exists, and 'overwrite' flag is not specified.");
+    EXPECT_TRUE(isThere("f/c"));
+}

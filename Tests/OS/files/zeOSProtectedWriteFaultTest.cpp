@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: MIT
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Base/OS/zeOSProtectedWrite.h"
+#include "Support/FaultTrial.h"
+
+#include "OS/files/SaveFolder.h"
+
+namespace {
+
+using testing::AnyOf;
+using zeOS::ProtectedWrite;
+
+/// A save with faults in it, by either strategy.
+class BrokenSave : public testing::TestWithParam<bool> {
+protected:
+    void SetUp() override {
+        trial.prepare = [this] { folder.emplace(); };
+        trial.operation = [this] {
+            ProtectedWrite save(folder->mainName());
+            if (copies())
+                save.useCopyStrategy();
+            result = saveNewContent(save);
+        };
+    }
+
+    bool copies() const { return GetParam(); }
+
+    std::optional<SaveFolder> folder;
+    SaveResult result{};
+    FaultTrial trial;
+};
+
+INSTANTIATE_TEST_SUITE_P(Strategy, BrokenSave, testing::Bool(),
+                         [](const auto& test) { return test.param ? "Copying" : "Renaming"; });
+
+} // namespace
+
+TEST_P(BrokenSave, LeavesTheOldFileOrTheNewOneWhateverFails) {
+    trial.check = [this](const Fault& fault) {
+        EXPECT_EQ(result.finalized, result.status == ProtectedWrite::StatusOk);
+        // What cannot be looked at counts as missing, and so is not cleared away. Nor is what
+        // cannot be deleted.
+        const bool mayLeave =
+            fault.call == SystemFaults::onStat || fault.call == SystemFaults::onUnlink;
+        const std::string main = result.finalized ? "main new" : "main old";
+        EXPECT_THAT(folder->state(), AnyOf(main, mayLeave ? "backup old, " + main : main,
+                                           mayLeave ? main + ", temp new" : main));
+        EXPECT_TRUE(result.finalized || fault.n > 0);
+    };
+    EXPECT_EQ(trial.runAll(), copies()
+                                  ? "open close read write fsync unlink tempnam stat access"
+                                  : "open close write fsync rename unlink tempnam stat access");
+    trial.report(copies() ? "protected write by copying" : "protected write by renaming");
+}
+
+TEST_P(BrokenSave, SaysWhatFailed) {
+    const struct {
+        SystemFaults::Call call;
+        std::size_t n;
+        int byRenaming;
+        int byCopying;
+    } cases[] = {
+        // In the order of the calls. Whether something is there is not known when stat fails.
+        {SystemFaults::onTempnam, 1, ProtectedWrite::StatusCannotClearTemp,
+         ProtectedWrite::StatusInvalidated},
+        {SystemFaults::onTempnam, 2, ProtectedWrite::StatusCannotClearTemp,
+         ProtectedWrite::StatusCannotBackup},
+        {SystemFaults::onOpen, 1, ProtectedWrite::StatusInvalidated,
+         ProtectedWrite::StatusInvalidated},
+        {SystemFaults::onWrite, 2, ProtectedWrite::StatusInvalidated,
+         ProtectedWrite::StatusInvalidated},
+        {SystemFaults::onClose, 1, ProtectedWrite::StatusInvalidated,
+         ProtectedWrite::StatusInvalidated},
+        // What is only for the case of a power cut.
+        {SystemFaults::onOpen, 2, ProtectedWrite::StatusOk, ProtectedWrite::StatusOk},
+        {SystemFaults::onFsync, 1, ProtectedWrite::StatusOk, ProtectedWrite::StatusOk},
+        {SystemFaults::onFsync, 2, ProtectedWrite::StatusOk, ProtectedWrite::StatusOk},
+        // The main file to the backup: a rename, or an open, a read and a write of each file.
+        {SystemFaults::onRename, 1, ProtectedWrite::StatusCannotBackup, ProtectedWrite::StatusOk},
+        {SystemFaults::onOpen, 3, ProtectedWrite::StatusOk, ProtectedWrite::StatusCannotBackup},
+        {SystemFaults::onRead, 1, ProtectedWrite::StatusOk, ProtectedWrite::StatusCannotBackup},
+        {SystemFaults::onWrite, 3, ProtectedWrite::StatusOk, ProtectedWrite::StatusCannotBackup},
+        // The temporary file to the main name.
+        {SystemFaults::onRename, 2, ProtectedWrite::StatusNotWritable, ProtectedWrite::StatusOk},
+        {SystemFaults::onWrite, 6, ProtectedWrite::StatusOk, ProtectedWrite::StatusNotWritable},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(testing::Message() << SystemFaults::name(test.call) << ' ' << test.n);
+        std::vector<SystemFaults::Answer> answers(test.n);
+        answers.back() = {EIO};
+        trial.prepare();
+        const SystemFaults faults(test.call, answers);
+        trial.operation();
+        const int status = copies() ? test.byCopying : test.byRenaming;
+        EXPECT_EQ(result.status, status);
+    }
+}
+
+// The way forward fails, and so does the way back: the only old file is the backup, which stays.
+TEST_P(BrokenSave, KeepsTheBackupThatCannotBePutBack) {
+    bool wasKept = false;
+    trial.operation = [this] {
+        ProtectedWrite save(folder->mainName());
+        if (copies())
+            save.useCopyStrategy();
+        result = saveNewContent(save);
+        EXPECT_FALSE(save.finalize()); // must not clear it away either
+    };
+    trial.check = [&](const Fault& fault) {
+        EXPECT_EQ(result.finalized, result.status == ProtectedWrite::StatusOk);
+        if (result.finalized) {
+            EXPECT_EQ(folder->state(), "main new");
+        } else if (folder->state() == "backup old") {
+            wasKept = true;
+            EXPECT_EQ(result.status, ProtectedWrite::StatusNotWritable);
+        } else {
+            EXPECT_EQ(folder->state(), "main old") << fault.n;
+        }
+    };
+    for (const auto call : {SystemFaults::onRename, SystemFaults::onWrite})
+        trial.run(call, {ENOSPC}, 100);
+    EXPECT_TRUE(wasKept);
+    trial.report(copies() ? "lasting, by copying" : "lasting, by renaming");
+}
+
+namespace {
+
+struct KilledSave {
+    std::string call; ///< instead of which it was killed; empty: it came to its end
+    std::string output;
+    std::string state;
+};
+
+/// Runs the program that kills itself.
+KilledSave runKilled(const SaveFolder& folder, const char* strategy, const std::string& n) {
+    int ends[2];
+    EXPECT_EQ(pipe(ends), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        dup2(ends[1], STDOUT_FILENO);
+        execl(PROTECTED_SAVE, PROTECTED_SAVE, folder.main.c_str(), folder.temporary().c_str(),
+              strategy, n.c_str(), nullptr);
+        _exit(101);
+    }
+    close(ends[1]);
+    std::string output;
+    char block[4096];
+    for (ssize_t got; (got = read(ends[0], block, sizeof block)) > 0;)
+        output.append(block, static_cast<std::size_t>(got));
+    close(ends[0]);
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    if (WIFSIGNALED(status)) {
+        EXPECT_EQ(WTERMSIG(status), SIGKILL);
+        return {output, "", folder.state()};
+    }
+    EXPECT_EQ(WEXITSTATUS(status), 0) << output;
+    return {"", output, folder.state()};
+}
+
+/// A call that changed what lies on disk, or waited for the disk, and what lay there after it.
+struct Step {
+    std::string call;
+    std::string state;
+    friend bool operator==(const Step&, const Step&) = default;
+    friend std::ostream& operator<<(std::ostream& out, const Step& step) {
+        return out << step.call << " -> " << step.state << "\n";
+    }
+};
+
+/// Kills a save at its first system call, a new one at the second, and so on.
+std::vector<Step> killEverywhere(const char* strategy) {
+    std::vector<Step> steps;
+    KilledSave before{"", "", "main old"};
+    for (int n = 1;; ++n) {
+        const SaveFolder folder;
+        KilledSave now = runKilled(folder, strategy, std::to_string(n));
+        if (before.call == "fsync" || now.state != before.state)
+            steps.push_back({before.call, now.state});
+        if (now.call.empty()) {
+            std::cout << "kills tried: " << n - 1 << " (protected write, " << strategy << ")\n";
+            return steps;
+        }
+        before = std::move(now);
+    }
+}
+
+} // namespace
+
+// These two tables are those of Documentation/architecture.md.
+TEST(KilledSave, LeavesWhatIsDocumentedByRenaming) {
+    EXPECT_THAT(killEverywhere("rename"),
+                testing::ElementsAre(
+                    Step{"open", "main old, temp empty"},
+                    Step{"write", "main old, temp part of new"},
+                    Step{"write", "main old, temp new"}, Step{"fsync", "main old, temp new"},
+                    Step{"rename", "backup old, temp new"}, Step{"rename", "backup old, main new"},
+                    Step{"fsync", "backup old, main new"}, Step{"unlink", "main new"}));
+}
+
+TEST(KilledSave, LeavesWhatIsDocumentedByCopying) {
+    EXPECT_THAT(
+        killEverywhere("copy"),
+        testing::ElementsAre(
+            Step{"open", "main old, temp empty"}, Step{"write", "main old, temp part of new"},
+            Step{"write", "main old, temp new"}, Step{"fsync", "main old, temp new"},
+            Step{"open", "backup empty, main old, temp new"},
+            Step{"write", "backup part of old, main old, temp new"},
+            Step{"write", "backup old, main old, temp new"}, Step{"unlink", "backup old, temp new"},
+            Step{"fsync", "backup old, temp new"}, Step{"fsync", "backup old, temp new"},
+            Step{"open", "backup old, main empty, temp new"},
+            Step{"write", "backup old, main part of new, temp new"},
+            Step{"write", "backup old, main new, temp new"}, Step{"unlink", "backup old, main new"},
+            Step{"fsync", "backup old, main new"}, Step{"fsync", "backup old, main new"},
+            Step{"unlink", "main new"}));
+}
+
+// Looked at once in a process: hence a process for each.
+TEST(ProtectedWrite, TakesItsStrategyFromTheEnvironment) {
+    const SaveFolder folder;
+    const char* variable = "ZEPHI_PROTECTED_WRITE_USE_COPY";
+    unsetenv(variable);
+    EXPECT_TRUE(runKilled(folder, "default", "0").output.starts_with(folder.documents()));
+    for (const char* value : {"1", "0", ""}) {
+        setenv(variable, value, 1);
+        EXPECT_TRUE(runKilled(folder, "default", "0").output.starts_with(folder.temporary()));
+    }
+    unsetenv(variable);
+}

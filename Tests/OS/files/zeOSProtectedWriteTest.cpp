@@ -1,0 +1,237 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/OS/zeOSProtectedWrite.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "Base/OS/zeOSTempDirectory.h"
+#include "Support/OrdinaryUser.h"
+#include "Support/SystemFaults.h"
+
+#include "OS/files/SaveFolder.h"
+
+namespace {
+
+using zeOS::ProtectedWrite;
+
+/// Both strategies: by renaming (false) and by copying (true).
+class ProtectedWriteBy : public testing::TestWithParam<bool> {
+protected:
+    bool copies() const { return GetParam(); }
+
+    /// A new save of the document.
+    ProtectedWrite& begin(const zeOS::Filename& name) {
+        save.emplace(name);
+        if (copies())
+            save->useCopyStrategy();
+        return *save;
+    }
+    ProtectedWrite& begin() { return begin(folder.mainName()); }
+
+    SaveFolder folder;
+    std::optional<ProtectedWrite> save;
+};
+
+INSTANTIATE_TEST_SUITE_P(Strategy, ProtectedWriteBy, testing::Bool(),
+                         [](const auto& test) { return test.param ? "Copying" : "Renaming"; });
+
+std::string nameOf(const zeOS::Filename& file) {
+    return file.path().asUTF8();
+}
+
+} // namespace
+
+TEST_P(ProtectedWriteBy, PutsTheNewFileInThePlaceOfTheOldOneOrOfNone) {
+    for (const bool isThere : {true, false}) {
+        if (!isThere)
+            std::filesystem::remove(folder.main);
+        const std::string before = isThere ? "main old" : "";
+        begin();
+        EXPECT_EQ(nameOf(save->getMainFilename()), folder.main);
+        EXPECT_EQ(nameOf(save->getTempFilename()), "");
+        EXPECT_TRUE(save->init());
+        EXPECT_EQ(save->getTempFilename().dirname(),
+                  (copies() ? folder.temporary() : folder.documents()).c_str());
+        EXPECT_EQ(folder.state(), before); // the name is only proposed
+        EXPECT_TRUE(save->init());
+        EXPECT_TRUE(writeFile(save->getTempFilename(), newContent));
+        EXPECT_EQ(folder.state(), before + (isThere ? ", temp new" : "temp new"));
+        EXPECT_TRUE(save->finalize());
+        EXPECT_EQ(save->getStatus(), ProtectedWrite::StatusOk);
+        EXPECT_EQ(folder.state(), "main new");
+        // The name is taken, so a second one has nothing to put in place.
+        EXPECT_FALSE(save->finalize());
+        EXPECT_EQ(save->getStatus(), ProtectedWrite::StatusTempMissing);
+        EXPECT_EQ(folder.state(), "main new");
+        writeFile(folder.mainName(), oldContent);
+    }
+}
+
+TEST_P(ProtectedWriteBy, KeepsTheOldFileWhenTheNewOneIsNotComplete) {
+    const struct {
+        bool writes;
+        bool invalidates;
+        int status;
+    } cases[] = {{false, false, ProtectedWrite::StatusTempMissing},
+                 {false, true, ProtectedWrite::StatusInvalidated},
+                 {true, true, ProtectedWrite::StatusInvalidated}};
+    for (const auto& test : cases) {
+        begin();
+        ASSERT_TRUE(save->init());
+        if (test.writes) {
+            writeFile(save->getTempFilename(), newContent);
+        }
+        if (test.invalidates)
+            save->invalidate();
+        EXPECT_FALSE(save->finalize());
+        EXPECT_EQ(save->getStatus(), test.status);
+        EXPECT_EQ(folder.state(), "main old");
+        EXPECT_FALSE(save->init()); // reports the same, and does nothing
+    }
+    // An early return, or an exception.
+    begin();
+    ASSERT_TRUE(save->init());
+    writeFile(save->getTempFilename(), newContent);
+    EXPECT_EQ(folder.state(), "main old, temp new");
+    save.reset();
+    EXPECT_EQ(folder.state(), "main old");
+}
+
+TEST_P(ProtectedWriteBy, DoesNothingBeforeInit) {
+    begin();
+    EXPECT_TRUE(save->finalize());
+    EXPECT_EQ(save->getStatus(), ProtectedWrite::StatusOk);
+    save.reset();
+    EXPECT_EQ(folder.state(), "main old");
+}
+
+TEST_P(ProtectedWriteBy, RefusesAFileThatTheUserMayNotWrite) {
+    std::filesystem::permissions(folder.main, std::filesystem::perms::owner_read);
+    EXPECT_EQ(asOrdinaryUser([&] {
+                  begin();
+                  const bool went = save->init() || save->finalize();
+                  return went ? 100 : save->getStatus();
+              }),
+              ProtectedWrite::StatusNotWritable);
+    EXPECT_EQ(folder.state(), "main old");
+}
+
+// It is the file's own right that counts at first: what the directory allows shows in the writing,
+// and is no matter for copies.
+TEST_P(ProtectedWriteBy, FindsOutInWritingWhetherTheDirectoryTakesFiles) {
+    std::filesystem::permissions(folder.main, std::filesystem::perms::all);
+    std::filesystem::permissions(folder.documents(), std::filesystem::perms(0555));
+    EXPECT_EQ(asOrdinaryUser([&] {
+                  const SaveResult result = saveNewContent(begin());
+                  return result.initialized ? result.status : 100;
+              }),
+              copies() ? ProtectedWrite::StatusOk : ProtectedWrite::StatusInvalidated);
+    EXPECT_EQ(folder.state(), copies() ? "main new" : "main old");
+}
+
+TEST_P(ProtectedWriteBy, ReplacesALinkAndLeavesWhatItPointsAt) {
+    for (const char* target : {"target", "nowhere"}) {
+        const std::string place = folder.documents() + "/" + target;
+        if (target == std::string("target"))
+            std::filesystem::rename(folder.main, place);
+        else
+            std::filesystem::remove(folder.main);
+        std::filesystem::create_symlink(place, folder.main);
+        const SaveResult result = saveNewContent(begin());
+        EXPECT_TRUE(result.finalized);
+        if (target == std::string("target")) {
+            EXPECT_EQ(folder.state(), "main new, target old");
+            std::filesystem::remove(place);
+        } else {
+            // A copy goes through a link that points nowhere.
+            EXPECT_EQ(folder.state(), copies() ? "main link, nowhere new" : "main new");
+        }
+    }
+}
+
+// Nobody saves over a directory on purpose. Nothing in it is lost.
+TEST_P(ProtectedWriteBy, NeverDeletesADirectory) {
+    std::filesystem::remove(folder.main);
+    std::filesystem::create_directory(folder.main);
+    const SaveResult result = saveNewContent(begin());
+    EXPECT_EQ(result.finalized, !copies());
+    EXPECT_EQ(result.status, copies() ? ProtectedWrite::StatusCannotBackup : 0);
+    EXPECT_EQ(folder.state(), copies() ? "main directory" : "backup directory, main new");
+}
+
+TEST_P(ProtectedWriteBy, TakesABareNameInTheCurrentDirectory) {
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.documents());
+    EXPECT_TRUE(saveNewContent(begin(zeOS::Filename(L"scene.zd"))).finalized);
+    std::filesystem::current_path(before);
+    EXPECT_EQ(folder.state(), "main new");
+}
+
+// The C library takes 5 bytes of the prefix, and would cut a character in two.
+TEST_P(ProtectedWriteBy, NamesItsFilesAfterTheBeginningOfTheMainName) {
+    const std::string process = std::to_string(getpid()) + "...";
+    const struct {
+        const char* name;
+        std::string prefix;
+    } cases[] = {
+        {"x", "x." + process.substr(0, 3)},  {"scene.zd", "scene"},
+        {"pr\u00E4fix.zd", "pr\u00E4f"},     {"abcd\u00E4.zd", "abcd"},
+        {"\u65E5\u672C\u8A9E", "\u65E5"},    {"\U0001F600\U0001F600", "\U0001F600"},
+        {"two\nlines and blanks", "two\nl"},
+    };
+    for (const auto& test : cases) {
+        const SaveFolder ours(test.name);
+        const SaveResult result = saveNewContent(begin(ours.mainName()));
+        EXPECT_TRUE(result.finalized) << test.name;
+        EXPECT_EQ(ours.state(), "main new") << test.name;
+        const std::string name = save->getTempFilename().basename().asUTF8();
+        EXPECT_EQ(name.size(), test.prefix.size() + 6 + std::string(".0.tmp").size()) << name;
+        EXPECT_TRUE(name.starts_with(test.prefix)) << name;
+    }
+}
+
+// A name beside the main file would then be that of the directory, which is cleared like any link.
+TEST_P(ProtectedWriteBy, TouchesNoLinkedDirectoryWithoutNamesForItsFiles) {
+    const std::string link = folder.temporary() + "/link";
+    std::filesystem::create_symlink(folder.documents(), link);
+    for (const std::size_t n : {1U, 2U}) {
+        std::vector<SystemFaults::Answer> answers(n);
+        answers.back() = {ENOENT};
+        const SystemFaults faults(SystemFaults::onTempnam, answers);
+        EXPECT_FALSE(saveNewContent(begin(zeOS::Filename((link + "/scene.zd").c_str()))).finalized);
+        save.reset();
+        EXPECT_EQ(folder.state(), "link link, main old");
+    }
+}
+
+TEST(ProtectedWriteByCopying, FailsOnceWhereItHadToMakeTheTemporaryDirectory) {
+    const SaveFolder folder;
+    const auto tryToSave = [&] {
+        ProtectedWrite save(folder.mainName());
+        save.useCopyStrategy();
+        return saveNewContent(save).status;
+    };
+    std::filesystem::remove(folder.temporary());
+    EXPECT_EQ(tryToSave(), ProtectedWrite::StatusTempDirCreated);
+    EXPECT_EQ(folder.state(), "main old");
+    EXPECT_TRUE(std::filesystem::is_directory(folder.temporary()));
+    EXPECT_EQ(tryToSave(), ProtectedWrite::StatusOk);
+    EXPECT_EQ(folder.state(), "main new");
+
+    std::filesystem::remove(folder.temporary());
+    writeFile(zeOS::getTempDirectory(), "a file");
+    EXPECT_EQ(tryToSave(), ProtectedWrite::StatusTempNotDirectory);
+
+    // One that cannot be made is passed over: the C library then proposes names in "/tmp".
+    zeOS::setTempDirectory((folder.temporary() + "/cannot/be").c_str());
+    EXPECT_EQ(tryToSave(), ProtectedWrite::StatusOk);
+    EXPECT_EQ(folder.state(), "main new");
+}
