@@ -3,6 +3,8 @@
 #include "Base/Linear/zeLinearIntersect.h"
 
 #include <array>
+#include <cmath>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -10,37 +12,49 @@ namespace {
 
 using namespace zeLinear;
 
-const Point kOrigin = Point::origin;
+constexpr Point origin = Point::origin;
 
-TEST(LinearLine, ConstructionAndEquality) {
-    EXPECT_FALSE(Line(kOrigin, kOrigin).direction.valid);
-    const ParamLine p(Point(1, 0, 0), Point(1, 0, 4));
-    EXPECT_EQ(Line(p), Line(Point(1, 0, 0), Normal::zAxis));
-    EXPECT_EQ(Normal(p), Normal::zAxis);
-    EXPECT_EQ(Vector(p), Vector(0, 0, 4));
-    EXPECT_EQ(p.eval(0.25), Point(1, 0, 1));
-    EXPECT_EQ(p.projectBounded(Point(9, 9, -5), 0.5, 1), Point(1, 0, 2));
-    EXPECT_EQ((p + Vector(0, 1, 0)).point, Point(1, 1, 0));
-    EXPECT_TRUE(equivalent(Line(p), Line(Point(1, 0, 7), -Normal::zAxis)));
-    EXPECT_FALSE(equivalent(Line(p), Line(Point(1, 1e-11, 7), Normal::zAxis)));
+// Formulas, by values worked out by hand.
+constexpr ParamLine line(Point(1, 0, 0), Point(1, 0, 4));
+static_assert(line == ParamLine(Point(1, 0, 0), Vector(0, 0, 4)) &&
+              line.eval(0.25) == Point(1, 0, 1));
+static_assert((line + Vector(0, 1, 0)).point == Point(1, 1, 0) &&
+              (line - Vector(0, 1, 0)).point == Point(1, -1, 0));
+constexpr Plane ground(Point(0, 0, 1), Normal::zAxis);
+static_assert(ground.calculateD() == -1 && (-ground).eval(Point(7, 7, 5)) == -4);
+static_assert((ground - Vector(0, 0, 3)).eval(origin) == 2);
+
+struct Segments {
+    Point2 a, b, c, d;
+    bool meet;
+    double parameter;
+    bool hasPoint;
+    Point2 point; // only if hasPoint
+};
+
+} // namespace
+
+TEST(LinearLine, RunsBothWays) {
+    EXPECT_FALSE(Line(origin, origin).direction.valid);
+    EXPECT_TRUE(equivalent(Line(line), Line(Point(1, 0, 7), -Normal::zAxis)));
+    EXPECT_FALSE(equivalent(Line(line), Line(Point(1, 1e-11, 7), Normal::zAxis)));
     EXPECT_EQ(projectParam(Point(5, 5, 5), ParamLine()), 0);
+    for (auto [z, inBounds] : {std::pair(-5.0, 2.0), {3.0, 3.0}, {9.0, 4.0}})
+        EXPECT_EQ(line.projectBounded(Point(9, 9, z), 0.5, 1), Point(1, 0, inBounds));
 }
 
-TEST(LinearPlane, ConstructionAndEquality) {
-    const Plane plane(Point(0, 0, 2), Point(1, 0, 2), Point(0, 1, 2));
-    EXPECT_EQ(plane, Plane(Point(0, 0, 2), Normal::zAxis));
-    EXPECT_EQ(plane.calculateD(), -2);
-    EXPECT_EQ((-plane).eval(Point(7, 7, 5)), -3);
-    EXPECT_FALSE(Plane(kOrigin, Point(1, 1, 1), Point(2, 2, 2)).isValid());
-    EXPECT_TRUE(equivalent(plane, Plane(Point(5, 5, 2), -Normal::zAxis)));
-    EXPECT_FALSE(equivalent(plane, Plane()));
+TEST(LinearPlane, HasTwoSides) {
+    EXPECT_EQ(Plane(Point(0, 0, 1), Point(1, 0, 1), Point(0, 1, 1)), ground);
+    EXPECT_FALSE(Plane(origin, Point(1, 1, 1), Point(2, 2, 2)).isValid());
+    EXPECT_TRUE(equivalent(ground, Plane(Point(5, 5, 1), -Normal::zAxis)));
+    EXPECT_FALSE(equivalent(ground, Plane(origin, Normal::zAxis)) || equivalent(ground, Plane()));
 }
 
 TEST(ParamPlane, MakesItsVectorsOrthogonal) {
-    const ParamPlane p(kOrigin, Vector(2, 0, 0), Vector(5, 3, 0), false);
+    const ParamPlane p(origin, Vector(2, 0, 0), Vector(5, 3, 0), false);
     EXPECT_EQ(p.v, Vector(0, 3, 0));
     EXPECT_EQ(Normal(p), Normal::zAxis);
-    const ParamPlane q(kOrigin, Point(2, 0, 0), Point(5, 3, 0));
+    const ParamPlane q(origin, Point(2, 0, 0), Point(5, 3, 0));
     EXPECT_EQ(q.v, Vector(0, 2, 0));
     EXPECT_EQ(q.eval(Point2(1, 0.5)), Point(2, 1, 0));
     const ParamPlane n = -q;
@@ -48,33 +62,32 @@ TEST(ParamPlane, MakesItsVectorsOrthogonal) {
     EXPECT_EQ(n.v, q.v);
     EXPECT_TRUE(equivalent(q, q));
     EXPECT_FALSE(equivalent(q, n));
-    const ParamPlane degenerate(kOrigin, Vector(1, 0, 0), Vector(2, 0, 0), true);
+    const ParamPlane degenerate(origin, Vector(1, 0, 0), Vector(2, 0, 0), true);
     EXPECT_FALSE(degenerate.normal.valid);
     EXPECT_TRUE(std::isnan(degenerate.v.x)); // nothing of v was left to scale
 }
 
 TEST(LinearIntersect, LinesAndPlanes) {
     bool ok = false;
-    const Plane floor(Point(0, 0, 1), Normal::zAxis);
     const Line level(Point(3, 4, 5), Normal::xAxis);
-    EXPECT_EQ(intersect(level, floor, ok), level.point);
+    EXPECT_EQ(intersect(level, ground, ok), level.point);
     EXPECT_FALSE(ok);
     // A bound that is just met counts.
-    EXPECT_EQ(intersect(Line(kOrigin, Normal::zAxis), floor, ok, 1), Point(0, 0, 1));
+    EXPECT_EQ(intersect(Line(origin, Normal::zAxis), ground, ok, 1), Point(0, 0, 1));
     EXPECT_TRUE(ok);
     // Lines that pass each other still give a point, on the second.
-    EXPECT_EQ(intersect(Line(kOrigin, Normal::xAxis), Line(Point(3, 0, 7), Normal::yAxis), ok),
+    EXPECT_EQ(intersect(Line(origin, Normal::xAxis), Line(Point(3, 0, 7), Normal::yAxis), ok),
               Point(3, 0, 7));
     EXPECT_TRUE(ok);
-    EXPECT_EQ(intersect(level, Line(kOrigin, -Normal::xAxis), ok), level.point);
+    EXPECT_EQ(intersect(level, Line(origin, -Normal::xAxis), ok), level.point);
     EXPECT_FALSE(ok);
 
-    const Line edge = intersect(floor, Plane(Point(2, 0, 0), Normal::xAxis), ok);
+    const Line edge = intersect(ground, Plane(Point(2, 0, 0), Normal::xAxis), ok);
     EXPECT_TRUE(ok);
     EXPECT_EQ(edge, Line(Point(2, 0, 1), Normal::yAxis));
-    EXPECT_EQ(intersect(floor, -floor, ok), Line(floor.point, floor.normal));
+    EXPECT_EQ(intersect(ground, -ground, ok), Line(ground.point, ground.normal));
     EXPECT_FALSE(ok);
-    intersect(floor, Plane(Point(2, 0, 0), Normal::xAxis), Plane(kOrigin, Normal(1, 0, 1)), ok);
+    intersect(ground, Plane(Point(2, 0, 0), Normal::xAxis), Plane(origin, Normal(1, 0, 1)), ok);
     EXPECT_FALSE(ok);
 }
 
@@ -82,6 +95,10 @@ TEST(LinearIntersect, LineThroughBox) {
     const Range3d box(Point(0, 0, 0), Point(1, 2, 3));
     EXPECT_TRUE(intersect(ParamLine(Point(-1, 5, 1), Vector(4, 0, 0)), box).isUnbounded());
     EXPECT_TRUE(intersect(ParamLine(Point(-1, 1, 1), Vector()), box).isUnbounded());
+    // The tolerance is absolute: far from the origin, rounding leaves no face.
+    const Point far(1e9 + 0.1, 1e9 + 0.2, 1e9 + 0.3);
+    EXPECT_TRUE(
+        intersect(ParamLine(origin, far), Range3d(far, far + Vector(1, 1, 1))).isUnbounded());
     // One edge: two faces give the same parameter.
     EXPECT_TRUE(
         equivalent(intersect(ParamLine(Point(-1, 1, 1), Vector(1, -1, 0)), box), Range1d(1, 1)));
@@ -115,15 +132,7 @@ TEST(LinearIntersect, ClassifiesSegments) {
     }
 }
 
-struct Segments {
-    Point2 a, b, c, d;
-    bool meet;
-    double parameter;
-    bool hasPoint;
-    Point2 point; // only if hasPoint
-};
-
-TEST(LinearIntersect, Segments) {
+TEST(LinearIntersect, SegmentsMeetOrNot) {
     const Segments cases[] = {
         {{0, 0}, {2, 2}, {0, 2}, {2, 0}, true, 0.5, true, {1, 1}},
         {{0, 0}, {4, 0}, {1, 0}, {1, 5}, true, 0.25, true, {1, 0}},
@@ -211,15 +220,13 @@ TEST(LinearIntersect, TrianglesAgainstBoxes) {
 }
 
 TEST(LinearIntersect, CollinearPoints) {
-    EXPECT_TRUE(areCollinear(kOrigin, kOrigin, Point(1, 2, 3)));
+    EXPECT_TRUE(areCollinear(origin, origin, Point(1, 2, 3)));
     for (const auto& order : {std::array{0, 1, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}}) {
         // Off the longest side, of length 10, by less and by more than a hundredth of it.
         for (double off : {0.05, 0.2}) {
-            const Point p[] = {kOrigin, Point(10, 0, 0), Point(3, off, 0)};
+            const Point p[] = {origin, Point(10, 0, 0), Point(3, off, 0)};
             const auto at = [&](std::size_t i) { return p[order[i]]; };
             EXPECT_EQ(areCollinear(at(0), at(1), at(2), 0.01), off < 0.1);
         }
     }
 }
-
-} // namespace

@@ -114,7 +114,9 @@ struct Range1d {
     constexpr void set(double lowEnd, double highEnd) { *this = Range1d(lowEnd, highEnd); }
     /// @{
     /// Becomes a range of one value.
-    constexpr void set(Number auto value) { set(value, value); }
+    constexpr void set(Number auto value) {
+        set(static_cast<double>(value), static_cast<double>(value));
+    }
     constexpr void set(const double* value) { set(*value); }
     constexpr void set(const float* value) { set(*value); }
     /// @}
@@ -179,7 +181,9 @@ struct Range2d {
     constexpr void set(const Point2& p) { *this = Range2d(p, p); }
     constexpr void set(const double* xy) { set(Point2(xy)); }
     constexpr void set(const float* xy) { set(Point2(Point2Flt(xy))); }
-    constexpr void set(Number auto x, Number auto y) { set(Point2(x, y)); }
+    constexpr void set(Number auto x, Number auto y) {
+        set(Point2(static_cast<double>(x), static_cast<double>(y)));
+    }
     /// @}
     /// Becomes the range between two opposite corners.
     constexpr void setUnordered(const Point2& a, const Point2& b) {
