@@ -54,25 +54,6 @@ public:
         return q;
     }
 
-    /// A factor of either sign. Two of them differ by no more than 400.
-    double factor() {
-        const double sign = in(-1, 1) < 0 ? -1 : 1;
-        return sign * std::exp2(in(-4.3, 4.3));
-    }
-
-    /// A turn, a scale, another turn and a translation.
-    AffineMatrix matrix() {
-        AffineMatrix first;
-        AffineMatrix second;
-        rotation().getMatrix(first);
-        rotation().getMatrix(second);
-        const Vector scale{factor(), factor(), factor()};
-        second.scale(scale.x, scale.y, scale.z);
-        first *= second;
-        vector(10).get(first.m[3]);
-        return first;
-    }
-
     /// Any matrix whose condition is good enough.
     template<class M>
     M entries() {
@@ -141,27 +122,12 @@ const Law laws[] = {
     {"ProjMatrix * invertFast = 1", 1e-10,
      [](Random& r) { return inverseError(r.entries<ProjMatrix>(), &ProjMatrix::invertFast); }},
     {"AffineMatrix * invert = 1", 1e-10,
-     [](Random& r) { return inverseError(r.matrix(), &AffineMatrix::invert); }},
+     [](Random& r) { return inverseError(r.entries<AffineMatrix>(), &AffineMatrix::invert); }},
     {"AffineMatrix * invertFast = 1", 1e-10,
-     [](Random& r) { return inverseError(r.matrix(), &AffineMatrix::invertFast); }},
-    {"float: p (A B) = double", 1e-6,
-     [](Random& r) {
-         const AffineMatrix a = r.matrix();
-         const AffineMatrix b = r.matrix();
-         const Point p = r.point(10);
-         const Point narrow = PointFlt(p) * (AffineMatrixFlt(a) * AffineMatrixFlt(b));
-         return distance(narrow, p * (a * b)) / (size(a) * size(b) * size(p));
-     }},
-    {"p (A B) = (p A) B", 1e-14,
-     [](Random& r) {
-         const AffineMatrix a = r.matrix();
-         const AffineMatrix b = r.matrix();
-         const Point p = r.point(10);
-         return distance(p * (a * b), p * a * b) / (size(a) * size(b) * size(p));
-     }},
+     [](Random& r) { return inverseError(r.entries<AffineMatrix>(), &AffineMatrix::invertFast); }},
     {"scale, shear, turn = M (decompose)", 1e-10,
      [](Random& r) {
-         const AffineMatrix m = r.matrix();
+         const AffineMatrix m = r.entries<AffineMatrix>();
          Point translate;
          Vector scale, rotate, shear;
          if (!stelioDecompose(m, translate, scale, rotate, shear))
@@ -236,33 +202,6 @@ const Law laws[] = {
          Quaternion(angle, axis).getAngleAxis(angleOut, axisOut);
          return std::max(std::fabs(angleOut - angle), apart(axisOut, axis));
      }},
-    {"plane M holds p M", 1e-10,
-     [](Random& r) {
-         const AffineMatrix m = r.matrix();
-         const Plane plane{r.point(10), r.normal()};
-         const Point p = plane.point + cross(plane.normal, r.vector(10));
-         const Plane image = plane * m;
-         return image.isValid() ? distance(p * m, image) / (size(m) * size(p)) : HUGE_VAL;
-     }},
-    {"line and plane: on both", 1e-10,
-     [](Random& r) {
-         const Line line{r.point(10), r.normal()};
-         const Plane plane{r.point(10), r.normal()};
-         bool ok;
-         const Point p = intersect(line, plane, ok);
-         return std::max(distance(p, plane), distance(p, line)) / size(p);
-     }},
-    {"line and line: the common point", 1e-10,
-     [](Random& r) {
-         const Point p = r.point(10);
-         const Line a(p + r.vector(10), p);
-         const Line b(p + r.vector(10), p);
-         if (cross(a.direction, b.direction).length() < 1e-2)
-             return drawAgain;
-         bool ok;
-         const Point q = intersect(a, b, ok);
-         return ok ? distance(p, q) / 10 : HUGE_VAL;
-     }},
     {"two planes, three planes: on all", 1e-10,
      [](Random& r) {
          const Plane a{r.point(10), r.normal()};
@@ -314,26 +253,6 @@ const Law laws[] = {
              error = std::max(error, std::fabs(distance(line.eval(s), axis) - radius) /
                                          size(line.eval(s)));
          return error;
-     }},
-    {"solveQuadratic: residual in long double", 1e-14,
-     [](Random& r) {
-         const double a = r.factor();
-         const double x = r.factor();
-         const double y = r.factor();
-         const double b = -a * (x + y);
-         const double c = a * x * y;
-         double roots[2];
-         // Not the double roots that rounding parts, nor opposite ones, whose sum counts as 0.
-         if (std::fabs(x - y) < 1e-6 || std::fabs(x + y) < 1e-5)
-             return drawAgain;
-         if (solveQuadratic(a, b, c, roots) != 2)
-             return HUGE_VAL;
-         long double error = 0;
-         for (long double root : roots)
-             error = std::max(error, std::fabs((a * root + b) * root + c) /
-                                         (std::fabs(a * root * root) + std::fabs(b * root) +
-                                          std::fabs(static_cast<long double>(c))));
-         return static_cast<double>(error);
      }},
 };
 

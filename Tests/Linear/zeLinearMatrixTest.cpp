@@ -72,12 +72,8 @@ static_assert(changed(sample2, [](auto& m) { m.translate(1, 1); }).getTranslate(
               Vector2(9, 12));
 static_assert(changed(sample2, [](auto& m) { m.scale(2, 10); }) ==
               AffineMatrix2(Vector2(2, 4), Vector2(30, 40), Vector2(5, 6)));
-static_assert(changed(sample, [](auto& m) { m.zero(); }) == AffineMatrix(0.0) &&
-              changed(sample2, [](auto& m) { m.zero(); }) == AffineMatrix2(0.0) &&
-              changed(AffineMatrixFlt(sample), [](auto& m) { m.zero(); }) == AffineMatrixFlt(0.0F));
 
-/// What every matrix does with others of its type: the products, by the image of each row, and
-/// sums.
+/// Whether products, sums and multiples of matrices of a type agree.
 template<AnyMatrix M>
 constexpr bool combines(const M& a, const M& b) {
     M product;
@@ -92,8 +88,6 @@ constexpr bool combines(const M& a, const M& b) {
 constexpr AffineMatrix shift(Vector(2, 0, 0), Vector(0, 1, 0), Vector(0, 0, 1), Vector(1, 2, 3));
 static_assert(combines(sample, shift));
 static_assert(combines(sample2, AffineMatrix2(Vector2(2, 0), Vector2(0, 1), Vector2(1, 2))));
-static_assert(combines(AffineMatrixFlt(sample), AffineMatrixFlt(shift)));
-static_assert(combines(ProjMatrix(sample), ProjMatrix(shift)));
 static_assert(combines(ProjMatrixFlt(ProjMatrix(sample)), ProjMatrixFlt(ProjMatrix(shift))));
 
 struct Decomposed {
@@ -211,31 +205,27 @@ TEST(AffineMatrix, TurnsOneDirectionIntoAnother) {
 
 TEST(Matrix, InvertersJudgePivotsOrTheDeterminant) {
     AffineMatrix m(1e-5);
-    EXPECT_FALSE(m.isInvertible());
-    EXPECT_FALSE(m.invertFast());
+    EXPECT_FALSE(m.isInvertible() || m.invertFast());
     EXPECT_EQ(m, AffineMatrix(1e-5));
     EXPECT_TRUE(m.invert());
     EXPECT_DOUBLE_EQ(m.m[1][1], 1e5);
-
     for (double smallest : {0.0, 9.9e-13}) {
         AffineMatrix tiny;
         tiny.scale(1, 1, smallest);
         tiny.m[3][0] = 7;
         const AffineMatrix before = tiny;
-        EXPECT_FALSE(tiny.invert());
-        EXPECT_FALSE(tiny.invertFast());
+        EXPECT_FALSE(tiny.invert() || tiny.invertFast());
         EXPECT_EQ(tiny, before);
         EXPECT_EQ(tiny.inverse(), before);
     }
+    EXPECT_TRUE(AffineMatrix(1e-12).invert()); // the bound itself counts
+    EXPECT_TRUE(AffineMatrix(-1.0).isInvertible() && ProjMatrix(-2.0).isInvertible());
     // The first pivot is 0 and must be exchanged.
     AffineMatrix2 plane(Vector2(0, 2), Vector2(4, 0), Vector2(4, 2));
     EXPECT_EQ(plane.inverse(), AffineMatrix2(Vector2(0, 0.25), Vector2(0.5, 0), Vector2(-1, -1)));
     EXPECT_FALSE(AffineMatrix2(1e-13).invert());
-    EXPECT_TRUE(AffineMatrix(1e-12).invert()); // the bound itself is no zero
-    EXPECT_TRUE(AffineMatrix(-1.0).isInvertible() && ProjMatrix(-2.0).isInvertible());
     ProjMatrix p(1e-4);
-    EXPECT_FALSE(p.isInvertible()); // by all four columns
-    EXPECT_TRUE(p.invert());
+    EXPECT_TRUE(!p.isInvertible() && p.invert());
     ProjMatrix singular(0.0);
     EXPECT_FALSE(singular.invert() || singular.invertFast());
     EXPECT_EQ(singular.inverse(), ProjMatrix(0.0));
@@ -262,34 +252,28 @@ TEST(Matrix, EquivalenceIsStrict) {
 
 TEST(Matrix, FindsNaNAndInfinityInEveryEntry) {
     const auto check = [](auto matrix) {
-        EXPECT_TRUE(isFinite(matrix));
-        EXPECT_FALSE(isNaN(matrix));
+        EXPECT_TRUE(isFinite(matrix) && !isNaN(matrix));
         for (auto& row : matrix.m)
             for (auto& entry : row) {
                 const auto before = entry;
-                using T = std::decay_t<decltype(entry)>;
-                entry = std::numeric_limits<T>::infinity();
-                EXPECT_FALSE(isFinite(matrix));
-                EXPECT_FALSE(isNaN(matrix));
-                entry = std::numeric_limits<T>::quiet_NaN();
-                EXPECT_FALSE(isFinite(matrix));
-                EXPECT_TRUE(isNaN(matrix));
-                EXPECT_NE(matrix, matrix);
+                entry = std::numeric_limits<std::decay_t<decltype(entry)>>::infinity();
+                EXPECT_TRUE(!isFinite(matrix) && !isNaN(matrix));
+                entry -= entry;
+                EXPECT_TRUE(!isFinite(matrix) && isNaN(matrix) && matrix != matrix);
                 entry = before;
             }
     };
     check(AffineMatrix());
-    check(ProjMatrix());
-    check(ProjMatrixFlt());
     check(AffineMatrix2());
-    check(AffineMatrixFlt());
+    check(ProjMatrixFlt());
 }
 
 TEST(Decompose, DegenerateAndMirroredMatrices) {
     const Decomposed zero(AffineMatrix(0.0));
-    EXPECT_FALSE(zero.ok);
-    EXPECT_EQ(zero.scale, Vector::zero);
-    EXPECT_EQ(zero.rotate, Vector::zero);
+    EXPECT_TRUE(!zero.ok && zero.scale == Vector::zero && zero.rotate == Vector::zero);
+    // Its own tolerance: what invert() still takes is singular here.
+    const Decomposed flat(AffineMatrix(5e-10));
+    EXPECT_TRUE(!flat.ok && flat.scale == Vector(5e-10, 5e-10, 5e-10));
 
     AffineMatrix mirror;
     mirror.scale(-2, 3, 4);
@@ -303,18 +287,12 @@ TEST(Decompose, DegenerateAndMirroredMatrices) {
         pole.rotateY(toRadians(angle));
         pole.rotateX(toRadians(20));
         const Decomposed atPole(pole);
-        EXPECT_TRUE(atPole.ok);
-        EXPECT_NEAR(atPole.rotate.y, angle, 1e-6);
-        EXPECT_NEAR(atPole.rotate.x, 20, 1e-6);
+        EXPECT_TRUE(atPole.ok && equivalent(atPole.rotate, Vector(20, angle, 0), 1e-6));
         EXPECT_EQ(atPole.rotate.z, 0);
     }
     AffineMatrix unknown;
     unknown.m[0][2] = notANumber;
     EXPECT_TRUE(std::isnan(Decomposed(unknown).rotate.z)); // no pole
-    // Its own tolerance: what invert() still takes is singular here.
-    const Decomposed flat(AffineMatrix(5e-10));
-    EXPECT_FALSE(flat.ok);
-    EXPECT_EQ(flat.scale, Vector(5e-10, 5e-10, 5e-10));
 }
 
 TEST(Quaternion, AngleAndAxis) {
@@ -346,18 +324,13 @@ TEST(Quaternion, SlerpTakesTheShorterWayByTurningTheFirst) {
 }
 
 TEST(LinearStream, WritesNameAndNumbers) {
-    const auto text = [](const auto& value) {
-        std::ostringstream stream;
-        stream << value;
-        return stream.str();
-    };
-    EXPECT_EQ(text(Vector(1e-7, infinity, 0.1)), "Vector(1e-07,inf,0.1)");
-    EXPECT_EQ(text(PointFlt(0.1F, 2.F, 3.F)), "PointFlt(0.1,2,3)");
-    EXPECT_EQ(text(VectorFlt(1, 2, 3)), "VectorFlt(1,2,3)");
-    EXPECT_EQ(text(Normal::zAxis), "Normal(0,0,1)");
-    EXPECT_EQ(text(Point2(1, 2)), "Point2(1,2)");
-    EXPECT_EQ(text(Line(Point(1, 2, 3), Normal::xAxis)), "Line(Point(1,2,3),Normal(1,0,0))");
-    EXPECT_EQ(text(AffineMatrix()), "AffineMatrix(\n1,0,0\n0,1,0\n0,0,1\n0,0,0\n)");
-    EXPECT_EQ(text(ProjMatrix()), "ProjMatrix(\n1,0,0,0\n0,1,0,0\n0,0,1,0\n0,0,0,1\n)");
-    EXPECT_EQ(text(ProjMatrixFlt()), "ProjMatrixFlt(\n1,0,0,0\n0,1,0,0\n0,0,1,0\n0,0,0,1\n)");
+    std::ostringstream text;
+    text << Vector(1e-7, infinity, 0.1) << PointFlt(0.1, 2, 3) << VectorFlt(1, 2, 3) << Point2(1, 2)
+         << Line(Point(1, 2, 3), Normal::xAxis) << AffineMatrix() << ProjMatrix()
+         << ProjMatrixFlt();
+    EXPECT_EQ(text.str(), "Vector(1e-07,inf,0.1)PointFlt(0.1,2,3)VectorFlt(1,2,3)Point2(1,2)"
+                          "Line(Point(1,2,3),Normal(1,0,0))"
+                          "AffineMatrix(\n1,0,0\n0,1,0\n0,0,1\n0,0,0\n)"
+                          "ProjMatrix(\n1,0,0,0\n0,1,0,0\n0,0,1,0\n0,0,0,1\n)"
+                          "ProjMatrixFlt(\n1,0,0,0\n0,1,0,0\n0,0,1,0\n0,0,0,1\n)");
 }
