@@ -72,6 +72,8 @@ static_assert(changed(sample2, [](auto& m) { m.translate(1, 1); }).getTranslate(
               Vector2(9, 12));
 static_assert(changed(sample2, [](auto& m) { m.scale(2, 10); }) ==
               AffineMatrix2(Vector2(2, 4), Vector2(30, 40), Vector2(5, 6)));
+static_assert(changed(sample, [](auto& m) { m.zero(); }) == AffineMatrix(0.0) &&
+              changed(AffineMatrixFlt(sample), [](auto& m) { m.zero(); }) == AffineMatrixFlt(0.0F));
 
 /// Whether products, sums and multiples of matrices of a type agree.
 template<AnyMatrix M>
