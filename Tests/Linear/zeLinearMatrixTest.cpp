@@ -258,9 +258,10 @@ TEST(Matrix, FindsNaNAndInfinityInEveryEntry) {
         for (auto& row : matrix.m)
             for (auto& entry : row) {
                 const auto before = entry;
-                entry = std::numeric_limits<std::decay_t<decltype(entry)>>::infinity();
+                using Limits = std::numeric_limits<std::decay_t<decltype(entry)>>;
+                entry = Limits::infinity();
                 EXPECT_TRUE(!isFinite(matrix) && !isNaN(matrix));
-                entry -= entry;
+                entry = Limits::quiet_NaN();
                 EXPECT_TRUE(!isFinite(matrix) && isNaN(matrix) && matrix != matrix);
                 entry = before;
             }
