@@ -227,6 +227,18 @@ TEST_F(FileLink, OwnsADescriptorThatItUsesButClosesItOnlyWhenTold) {
     EXPECT_EQ(link.getStatus(), ioBuffer::bufferOpenError);
 }
 
+TEST_F(FileLink, OpensDescriptorsThatChildProcessesDoNotInherit) {
+    const std::string path = folder.write("file", "content");
+    for (const bool reading : {true, false}) {
+        const int next = dup(STDERR_FILENO); // the number that the next open() gets
+        close(next);
+        ioBufferFD link(reading);
+        link.open(name(path));
+        EXPECT_EQ(fcntl(next, F_GETFD), FD_CLOEXEC);
+        link.close();
+    }
+}
+
 // From link to link an end rises only when asked to; from the top link to the stream it always
 // does.
 TEST(Chain, HandsFailuresUp) {
