@@ -3,12 +3,14 @@
 // What the filters do together, and what they have in common.
 
 #include <algorithm>
+#include <cerrno>
 
 #include <gtest/gtest.h>
 
 #include "Base/IO/ioBuffer.h"
 #include "Base/Strings/zeStringIString.h"
 #include "Support/AllocationCount.h"
+#include "Support/SystemFaults.h"
 #include "Support/TempFolder.h"
 
 #include "IO/filters/FilterData.h"
@@ -129,6 +131,31 @@ TEST(Filters, HandUpAFailureBelow) {
         source->setStatus(ioBuffer::bufferIOError);
         const std::string rest = read(in, 10'000);
         EXPECT_LT(rest.size(), 8999u);
+        EXPECT_EQ(in.getStatus(), streamIOError);
+    }
+}
+
+TEST(Filters, ReportThatClosingTheFileFailed) {
+    const TempFolder folder;
+    const zeString::IString path(folder.path("file").c_str());
+    for (const Filters& chain : allChains()) {
+        SCOPED_TRACE(testing::Message() << "filters " << chain.size());
+        ioBufferedStreamOutput out;
+        out.openFile(path);
+        push(out, chain);
+        out.writeString("text");
+        {
+            const SystemFaults faults(SystemFaults::onClose, {{EIO}});
+            out.close();
+        }
+        EXPECT_EQ(out.getStatus(), streamIOError);
+
+        ioBufferedStreamInput in;
+        in.openFile(path);
+        push(in, chain);
+        EXPECT_EQ(read(in, 4), "text");
+        const SystemFaults faults(SystemFaults::onClose, {{EIO}});
+        in.close();
         EXPECT_EQ(in.getStatus(), streamIOError);
     }
 }
