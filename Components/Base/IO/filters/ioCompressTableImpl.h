@@ -66,7 +66,8 @@ public:
             pairs_[place_] = stored;
         else
             longer_[place_] = tagOf(code, byte) << 16 | stored;
-        slotZeroTaken_ = slotZeroTaken_ || firstSlot(code, byte) == 0;
+        if (firstSlot(code, byte) == 0) [[unlikely]]
+            slotZeroTaken_ = true;
     }
 
 private:
@@ -91,7 +92,7 @@ private:
 
     /// Whether the quicker tables cannot hold the string that is to be added: see the claim above.
     bool needsSlots(unsigned code, unsigned byte) const {
-        return (slotZeroTaken_ && keyOf(code, byte) == 0) ||
+        return (keyOf(code, byte) == 0 && slotZeroTaken_) ||
                (code > 255 && !isNear(firstPlace(code, byte)));
     }
 
