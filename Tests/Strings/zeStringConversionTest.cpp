@@ -11,7 +11,9 @@
 
 #include <gtest/gtest.h>
 
+#include "Base/Strings/zeStringIString.h"
 #include "Support/Locale.h"
+#include "Support/MadeLocale.h"
 
 using namespace std::string_literals;
 
@@ -287,6 +289,42 @@ TEST(Conversion, LongAsciiTakesTheFastRoadToTheSameResult) {
         expectConversions<wchar_t, char>(
             zeString::WCStoMBS,
             {{wide, size, size, 0, true, "#"}, {wide, size, size + 1, size, true, narrow + '\0'}});
+    }
+}
+
+/// What the C library makes of each byte up to 0x7F, in the locale that is set.
+std::wstring lowerHalf() {
+    std::wstring result;
+    for (char c = 1; c > 0; c = static_cast<char>(c + 1)) {
+        wchar_t wide = 0;
+        std::mbtowc(&wide, &c, 1);
+        result += wide;
+    }
+    return result;
+}
+
+TEST(Conversion, BytesBelow80AreWhatTheCodeSetSays) {
+    std::string bytes;
+    for (int c = 1; c < 0x80; ++c)
+        bytes += static_cast<char>(c);
+    for (const char* codeSet : {"SHIFT_JIS", "JOHAB", "ISO-8859-1", "EUC-JP", "KOI8-R"}) {
+        SCOPED_TRACE(codeSet);
+        const support::MadeLocale locale(codeSet);
+        if (!locale.isSet())
+            GTEST_SKIP() << "localedef cannot make this locale";
+        const std::wstring wide = lowerHalf();
+        const bool ascii = wide == std::wstring(bytes.begin(), bytes.end());
+        EXPECT_EQ(ascii, codeSet != "SHIFT_JIS"s && codeSet != "JOHAB"s);
+        bool ok = false;
+        wchar_t to[0x80];
+        EXPECT_EQ(zeString::MBStoWCS(bytes.c_str(), 127, to, 128, &ok), 127u);
+        EXPECT_TRUE(to == wide && ok);
+        char back[0x80];
+        EXPECT_EQ(zeString::WCStoMBS(wide.c_str(), 127, back, 128, &ok), 127u);
+        EXPECT_TRUE(back == bytes && ok);
+        EXPECT_EQ(zeString::IString(bytes.c_str()).asWChar(), wide);
+        EXPECT_EQ(zeString::IString(wide.c_str()).asMultibyte(), bytes);
+        EXPECT_EQ(zeString::IString(bytes.c_str(), zeString::EncodingUTF8).asUTF8(), bytes);
     }
 }
 

@@ -3,13 +3,16 @@
 #include "Base/Strings/zeStringIString.h"
 
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <type_traits>
 
 #include <gtest/gtest.h>
 
 #include "Base/Strings/zeStringCString.h"
+#include "Base/Strings/zeStringCharacter.h"
 #include "Support/Locale.h"
+#include "Support/MadeLocale.h"
 
 using zeString::CString;
 using zeString::EncodingMultibyte;
@@ -186,6 +189,54 @@ TEST(IString, KeepsTheNarrowFormThroughWritingAndFormatting) {
     ok = false;
     EXPECT_STREQ(empty.asUTF8(&ok), "");
     EXPECT_TRUE(ok);
+}
+
+TEST(IString, TakesAByteAsItsConstructorDoes) {
+    for (const char* codeSet : {"", "UTF-8", "ISO-8859-1", "SHIFT_JIS"}) {
+        std::optional<support::MadeLocale> locale;
+        if (*codeSet && !locale.emplace(codeSet).isSet())
+            GTEST_SKIP() << "localedef cannot make " << codeSet;
+        for (int code = 1; code < 256; ++code) {
+            const char c = static_cast<char>(code);
+            SCOPED_TRACE(codeSet + std::to_string(code));
+            const IString made(c);
+            const std::wstring wide = text(made);
+            ASSERT_EQ(wide.size(), 1u);
+            EXPECT_EQ(text(IString(L"ab").append(c)), L"ab" + wide);
+            EXPECT_EQ(text(IString(L"ab").prepend(c)), wide + L"ab");
+            EXPECT_EQ(text(IString(L"ab").insert(1, c)), L"a" + wide + L"b");
+            EXPECT_EQ(text(IString(L"ab").replace(0, 1, c)), wide + L"b");
+            const IString around((wide + L"\u4E00" + wide).c_str());
+            EXPECT_EQ(around.find(c, 1), 2u);
+            EXPECT_EQ(around.rfind(c, 1), 0u);
+            EXPECT_EQ(text(IString(around).strip(c)), L"\u4E00" + wide);
+            EXPECT_EQ(text(IString(around).rstrip(c)), wide + L"\u4E00");
+        }
+    }
+    EXPECT_EQ(IString(L"a").append('\0').length(), 2u); // a terminator stays one
+    EXPECT_EQ(withTerminator.find('\0'), 2u);
+}
+
+// Numbers, and types that convert to a character, go where a wide character is wanted as they are.
+TEST(IString, TakesEveryOtherNumberAsAWideCharacter) {
+    enum Letter { letter = 0xE9 };
+    struct Converts {
+        operator char() const { return 'c'; }
+    };
+    IString s;
+    s.append(L'w').append(0xE9).append(0xE9u).append(U'\u20AC').append(u'\u20AC').append(true);
+    s.append(static_cast<unsigned char>(0xE9)).append(static_cast<signed char>('s')).append(letter);
+    s.append(Converts()).append({'b'}).append({0x20AC}).append({L'w'});
+    EXPECT_EQ(text(s), L"w\u00E9\u00E9\u20AC\u20AC\1\u00E9s\u00E9cb\u20ACw");
+    EXPECT_EQ(text(IString().insert(0, 0xE9).prepend(0x20AC).replace(1, 1, 0x3B1)),
+              L"\u20AC\u03B1");
+    EXPECT_EQ(s.find(0x20AC), 3u);
+    EXPECT_EQ(s.rfind({0x20AC}), 11u);
+    EXPECT_EQ(s.find(zeString::isSpace), npos);
+    EXPECT_EQ(s.rfind([](wchar_t c) { return c == 1; }), 5u);
+    EXPECT_EQ(text(IString(L"\u00E9a\u00E9").strip(0xE9).rstrip(0xE9)), L"a");
+    IString& (IString::*append)(wchar_t) = &IString::append;
+    EXPECT_EQ(text((s.*append)(0xE9).substr(s.last())), L"\u00E9");
 }
 
 TEST(IString, IsMadeFromNarrowTextWhereItIsWanted) {

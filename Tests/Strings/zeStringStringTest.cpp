@@ -4,18 +4,22 @@
 
 #include "Base/Strings/zeStringString.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <functional>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "Base/Strings/zeStringCString.h"
 #include "Base/Strings/zeStringCharacter.h"
 #include "Base/Strings/zeStringIString.h"
+#include "Support/AllocationCount.h"
 
 using zeString::CString;
 using zeString::IString;
@@ -345,6 +349,54 @@ TEST(CString, HoldsAnyBytes) {
     EXPECT_EQ(s.substr(1).length(), 2u);
     EXPECT_EQ(CString("\xFF").compare("a"), CString("\xFF").compare(CString("a")));
     EXPECT_GT(CString("\xFF").compare("a"), 0); // unsigned
+}
+
+TEST(CString, IsEmptyAndUsableOnceMovedFrom) {
+    static_assert(std::is_nothrow_move_constructible_v<CString> &&
+                  std::is_nothrow_move_assignable_v<CString>);
+    using Change = void (*)(CString&);
+    const struct {
+        Change change;
+        const char* after;
+    } cases[] = {
+        {[](CString&) {}, ""},
+        {[](CString& s) { s.append("new").prepend('a'); }, "anew"},
+        {[](CString& s) { s.erase(7).strip(' ').toUpperCase().reserve(9); }, ""},
+        {[](CString& s) { s.format("%d", 42); }, "42"},
+        {[](CString& s) { s = CString("moved in"); }, "moved in"},
+        {[](CString& s) { s = static_cast<const CString&>(s); }, ""},
+        {[](CString& s) { s.append(s).assign(plus(s, s)).insert(0, s); }, ""},
+        {[](CString& s) { CString("swapped").swap(s); }, "swapped"},
+        {[](CString& s) { s.at(0) = '\0'; }, ""},
+        {[](CString& s) { s = std::move(s); }, ""},
+    };
+    for (const auto& c : cases) {
+        CString source("a text that is too long for the object itself");
+        const char* bytes = source.asChar();
+        CString target(std::move(source));
+        EXPECT_EQ(target.asChar(), bytes); // nothing was copied
+        // NOLINTBEGIN(bugprone-use-after-move): promised to be empty
+        EXPECT_TRUE(source.isEmpty() && source == "" && source.find("a") == npos);
+        c.change(source);
+        EXPECT_STREQ(source.asChar(), c.after) << "case " << &c - cases;
+        EXPECT_EQ(CString(source), c.after);
+        // NOLINTEND
+        CString& same = target;
+        target = std::move(same);
+        EXPECT_EQ(target.asChar(), bytes);
+    }
+}
+
+TEST(CString, IsSortedAndReallocatedWithoutCopies) {
+    std::vector<CString> texts;
+    for (int i = 0; i < 1000; ++i)
+        texts.emplace_back().format("a text that is too long for the object, %d", i * 7919 % 1000);
+    const std::size_t before = allocationCount();
+    std::sort(texts.begin(), texts.end());
+    EXPECT_EQ(allocationCount(), before);
+    texts.reserve(texts.capacity() + 1);
+    EXPECT_EQ(allocationCount(), before + 1);
+    EXPECT_TRUE(std::is_sorted(texts.begin(), texts.end()));
 }
 
 TEST(CString, ServesCallersOutsideTheClassSystem) {

@@ -29,7 +29,7 @@ std::wstring_view view(const IString& text) {
     return text.asWChar();
 }
 
-/// Strings are copied, never moved: collecting views first spares copies while the vector grows.
+/// A wide string cannot be moved: collecting views first avoids copies while the vector grows.
 template<class String, class View>
 std::vector<String> strings(const std::vector<View>& views) {
     std::vector<String> result;
