@@ -3,14 +3,17 @@
 #include "Base/Utility/zeRTBSignal.h"
 
 #include <functional>
+#include <memory>
 #include <new>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
 #include <gtest/gtest.h>
 
 #include "Base/Utility/zeRTBAsyncSignal.h"
+#include "Support/AllocationCount.h"
 
 namespace {
 
@@ -293,6 +296,111 @@ TEST(Signal, PassesReferencesThrough) {
     int n = 1;
     signal.send(n);
     EXPECT_EQ(n, 4);
+}
+
+/// A listener whose functions return something, are const, overloaded or take references.
+struct Shapes {
+    int returning(std::string s) { return note('r' + s); }
+    int constant(const std::string& s) const { return note('c' + s); }
+    void byReference(const std::string& s) { note('&' + s); }
+    void overloaded(std::string s) noexcept { note('o' + s); }
+    void overloaded(int) {}
+    std::size_t voidless() const { return static_cast<std::size_t>(note("v")); }
+    double three(std::string_view a, const void*, long c) const {
+        return note(a.data()), double(c);
+    }
+
+    static int note(const std::string& s) {
+        log += s + ' ';
+        return 1;
+    }
+    static inline std::string log;
+};
+int globalReturning(const std::string& s) {
+    return Shapes::note('g' + s);
+}
+void globalOverloaded(std::string s) noexcept {
+    Shapes::note('G' + s);
+}
+[[maybe_unused]] void globalOverloaded(int) {}
+bool globalThree(const char* a, void*, int) {
+    return Shapes::note(a) != 0;
+}
+
+template<class Instance, class Member>
+concept Connects = requires(zeRTB::SignalArg<std::string> signal, Instance i, Member m) {
+    signal.connect(i, m);
+};
+static_assert(Connects<const Shapes*, int (Shapes::*)(const std::string&) const>);
+static_assert(!Connects<const Shapes*, int (Shapes::*)(std::string)>);
+static_assert(!Connects<Shapes*, void (Shapes::*)(std::string&)>, "would change the argument");
+
+TEST(Signal, ConnectsFunctionsOfEveryShape) {
+    const Shapes constant;
+    Shapes listener;
+    SignalClient client;
+    zeRTB::SignalArg<std::string> text;
+    text.connect(&listener, &Shapes::returning);
+    text.connect(&listener, &Shapes::constant);
+    text.connect(&constant, &Shapes::constant);
+    text.connect(&listener, &Shapes::byReference);
+    text.connect(client, &listener, &Shapes::byReference);
+    text.connect(&listener, &Shapes::overloaded);
+    text.connect(&globalReturning);
+    auto* connection = text.connect(client, globalOverloaded);
+    text.connect(client, &globalReturning);
+    EXPECT_EQ(text.findGlobalCallback(reinterpret_cast<void*>(
+                  static_cast<void (*)(std::string) noexcept>(&globalOverloaded))),
+              connection);
+    EXPECT_NE(text.findInstance(const_cast<Shapes*>(&constant)), nullptr);
+    text.send("x");
+    EXPECT_EQ(std::exchange(Shapes::log, ""), "gx Gx gx ox &x &x cx cx rx ");
+    EXPECT_EQ(client.numConnections(), 3);
+
+    SignalVoid none;
+    none.connect(&constant, &Shapes::voidless);
+    none.connect(client, &constant, &Shapes::voidless);
+    none.connect([] { Shapes::note("lambda"); });
+    zeRTB::Signal3Args<const char*, void*, int> three;
+    three.connect(&constant, &Shapes::three);
+    three.connect(&globalThree);
+    none.send();
+    three.send("3", nullptr, 0);
+    EXPECT_EQ(std::exchange(Shapes::log, ""), "lambda v v 3 3 ");
+}
+
+TEST(Signal, OwnsACallable) {
+    const auto shared = std::make_shared<int>(0);
+    zeRTB::SignalArg<int> signal;
+    {
+        SignalClient client;
+        const auto add = [shared](int n) { return *shared += n; };
+        auto* connection = signal.connectOwned(add);
+        signal.connectOwned(client, [kept = std::unique_ptr<int>(new int(10)), shared](int n) {
+            *shared += *kept * n;
+        });
+        signal.connectOwned(std::ref(add));
+        EXPECT_EQ(shared.use_count(), 4); // with `add` itself
+        signal.send(1);
+        EXPECT_EQ(*shared, 12);
+        signal.disconnect(connection);
+        EXPECT_EQ(shared.use_count(), 3);
+    }
+    EXPECT_EQ(shared.use_count(), 1);
+    signal.disconnectInstance(nullptr);
+    EXPECT_EQ(signal.numConnections(), 1);
+}
+
+TEST(Signal, LeavesNothingBehindWhereMemoryRunsOut) {
+    Derived listener;
+    SignalVoid signal;
+    SignalClient client;
+    for (std::size_t n : {1u, 2u, 3u}) { // the function, the client's half, the signal's half
+        failAllocation(n);
+        EXPECT_THROW(signal.connect(client, &listener, &Base::nothing), std::bad_alloc);
+        failAllocation(0);
+        EXPECT_EQ(client.numConnections() + signal.numConnections(), 0) << n;
+    }
 }
 
 TEST(AsyncSignal, FiresLaterWithACopyOfTheArgument) {

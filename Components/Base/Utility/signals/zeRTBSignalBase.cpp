@@ -76,10 +76,15 @@ SignalBase::Connection* SignalBase::addCallback(FunctionBase* function) {
 SignalBase::Connection* SignalBase::addCallback(FunctionBase* function, SignalClient& client) {
     std::unique_ptr<FunctionBase> owned(function);
     connectionItem* clientItem = client.createConnectionItem();
-    connectionItem* item = addCallback(owned.release());
-    item->peer = clientItem;
-    clientItem->peer = item;
-    return item;
+    try {
+        connectionItem* item = addCallback(owned.release());
+        item->peer = clientItem;
+        clientItem->peer = item;
+        return item;
+    } catch (...) {
+        clientItem->destroy(); // no half of a connection stays behind
+        throw;
+    }
 }
 
 void SignalBase::disconnect(Connection* connection) {
