@@ -91,9 +91,11 @@ public:
     /// For this function.
     explicit FunctionGlobal(Function* function) : function_(function) {}
 
+    /// Whether it is this function.
     bool isGlobalFunction(void* function) override {
         return function == reinterpret_cast<void*>(function_);
     }
+    /// Calls it.
     void call(Arguments... arguments) override {
         static_cast<void>(function_(static_cast<Arguments&&>(arguments)...));
     }
@@ -110,7 +112,9 @@ public:
     /// For this member of this instance.
     FunctionMember(I* instance, Member member) : instance_(instance), member_(member) {}
 
+    /// Whether it is this instance.
     bool isInstance(void* instance) override { return instance == instance_; }
+    /// Calls it.
     void call(Arguments... arguments) override {
         static_cast<void>((instance_->*member_)(static_cast<Arguments&&>(arguments)...));
     }
@@ -147,6 +151,7 @@ public:
     template<class From>
     explicit FunctionOwned(From&& callable) : callable_(static_cast<From&&>(callable)) {}
 
+    /// Calls it.
     void call(Arguments... arguments) override {
         static_cast<void>(callable_(static_cast<Arguments&&>(arguments)...));
     }

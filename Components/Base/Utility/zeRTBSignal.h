@@ -84,56 +84,58 @@ public:
         fire<Function>([&](Function& function) { function.call(arguments...); });
     }
 
-    /// @{
     /// Connects a global function.
     Connection* connect(void (*function)(Arguments...)) {
         return addCallback(new typename Family::Global(function));
     }
+    /// The same, tied to `client`.
     Connection* connect(SignalClient& client, void (*function)(Arguments...)) {
         return addCallback(new typename Family::Global(function), client);
     }
+    /// Connects a global function that returns something, or takes its arguments in another way.
     template<GlobalFor<Arguments...> F>
     Connection* connect(F* function) {
         return addCallback(new FunctionGlobal<Function, F, Arguments...>(function));
     }
+    /// The same, tied to `client`.
     template<GlobalFor<Arguments...> F>
     Connection* connect(SignalClient& client, F* function) {
         return addCallback(new FunctionGlobal<Function, F, Arguments...>(function), client);
     }
-    /// @}
 
-    /// @{
     /// Connects a member function of `instance`, which the connection does not own.
     template<NonConst C>
     Connection* connect(C* instance, PlainMember<C> member) {
         return addCallback(new typename Family::template Member<C>(instance, member));
     }
+    /// The same, tied to `client`.
     template<NonConst C>
     Connection* connect(SignalClient& client, C* instance, PlainMember<C> member) {
         return addCallback(new typename Family::template Member<C>(instance, member), client);
     }
+    /// Connects a member function that is const, returns something, or takes its arguments in
+    /// another way, of `instance`, which may be const and which the connection does not own.
     template<class C, MemberFor<C, Arguments...> Member>
     Connection* connect(C* instance, Member member) {
         return addCallback(new FunctionMember<Function, C, Member, Arguments...>(instance, member));
     }
+    /// The same, tied to `client`.
     template<class C, MemberFor<C, Arguments...> Member>
     Connection* connect(SignalClient& client, C* instance, Member member) {
         return addCallback(new FunctionMember<Function, C, Member, Arguments...>(instance, member),
                            client);
     }
-    /// @}
 
-    /// @{
     /// Connects a callable, such as a lambda, and takes it over: the connection owns it.
     template<CallableFor<Arguments...> Callable>
     Connection* connectOwned(Callable&& callable) {
         return addCallback(new Owned<Callable>(static_cast<Callable&&>(callable)));
     }
+    /// The same, tied to `client`.
     template<CallableFor<Arguments...> Callable>
     Connection* connectOwned(SignalClient& client, Callable&& callable) {
         return addCallback(new Owned<Callable>(static_cast<Callable&&>(callable)), client);
     }
-    /// @}
 };
 
 /// A signal without arguments.

@@ -23,9 +23,9 @@
 #include <vector>
 
 /// An array of `T` in chunks of `N` bytes, which takes memory only where it is touched. A chunk is
-/// allocated (by malloc) when one of its elements is first accessed by operator[], with all elements
-/// constructed by `T()`; an element that was never accessed counts as such. Chunks never move, and
-/// are freed at destruction only. Access is a division by a constant and two indexings.
+/// allocated (by malloc) when one of its elements is first accessed by operator[], with all
+/// elements constructed by `T()`; an element that was never accessed counts as such. Chunks never
+/// move, and are freed at destruction only. Access is a division by a constant and two indexings.
 ///
 /// Throws std::bad_alloc when memory runs out, with the array unchanged.
 template<class T, std::size_t N>

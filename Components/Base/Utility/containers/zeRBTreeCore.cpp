@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-#include "Base/Utility/zeRBTree.h"
+#include "Base/Utility/zeRBTreeCore.h"
 
 #include <cassert>
 #include <new>
