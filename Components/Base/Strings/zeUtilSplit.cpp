@@ -203,7 +203,7 @@ Error splitWithQuotesAndBackslash(const CString& text, std::vector<CString>& out
 
 std::vector<CString> splitMultiLines(const CString& text) {
     std::vector<CString> lines = splitAt(text, isNewLine, false, false);
-    // Unlike a separator, what ends a line begins another, even where nothing follows.
+    // Unlike a separator, the end of a line also begins a line, at the end of the text too.
     if (text.isEmpty() || isNewLine(text[text.last()]))
         lines.emplace_back();
     return lines;

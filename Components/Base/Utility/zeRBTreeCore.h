@@ -3,7 +3,7 @@
 /// @file
 /// The machinery of the red-black tree, for keys and values of any type: ze::RBTreeImpl.
 ///
-/// Threads: see ze::RBTreeImpl. Include zeRBTree.h for this and the typed map.
+/// Include zeRBTree.h for this and the typed map.
 ///
 /// @code
 /// #include "Base/Utility/zeRBTreeMap.h"

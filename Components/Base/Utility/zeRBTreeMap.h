@@ -2,8 +2,6 @@
 
 /// @file
 /// The typed front end of the red-black tree: ze::RBTreeMap, an ordered map.
-///
-/// Threads: see ze::RBTreeMap.
 
 #pragma once
 

@@ -81,29 +81,65 @@ protected:
     }
 };
 
-TEST_F(SignalScene, DisconnectsOnlyItsOwnConnections) {
-    EXPECT_EQ(fired(), "");
-    auto* a = add('A');
-    auto* b = add('B');
-    SignalVoid other;
-    other.disconnect(a);
-    other.disconnect(nullptr);
-    EXPECT_EQ(fired(), "B.A.");
-    signal->disconnect(b);
-    EXPECT_EQ(alive, 1);
-    signal->disconnect(a);
-    EXPECT_FALSE(signal->isConnected());
+struct Base {
+    virtual ~Base() = default;
+    virtual void nothing() { log += "base "; }
+    void one(int n) { log += std::to_string(n) + ' '; }
+    void text(std::string s) { log += s + ' '; }
+    void three(const char* name, void*, int n) { log += name + std::to_string(n) + ' '; }
+
+    std::string log;
+};
+struct Derived : Base {
+    void nothing() override { log += "derived "; }
+};
+
+int globalCalls = 0;
+void global() {
+    ++globalCalls;
 }
 
-TEST_F(SignalScene, ConnectionMadeInsideACallbackWaitsForTheNextFiring) {
-    add('A');
-    add('B', [&] {
-        if (signal->numConnections() == 2)
-            add('N');
-    });
-    EXPECT_EQ(fired(), "B.A.");
-    EXPECT_EQ(fired(), "N.B.A.");
+/// A listener whose functions return something, are const, overloaded or take references.
+struct Shapes {
+    int returning(std::string s) { return note('r' + s); }
+    int constant(const std::string& s) const { return note('c' + s); }
+    void byReference(const std::string& s) { note('&' + s); }
+    void overloaded(std::string s) noexcept { note('o' + s); }
+    void overloaded(int) {}
+    std::size_t voidless() const { return static_cast<std::size_t>(note("v")); }
+    double three(std::string_view a, const void*, long c) const {
+        return note(a.data()), double(c);
+    }
+
+    static int note(const std::string& s) {
+        log += s + ' ';
+        return 1;
+    }
+    static inline std::string log;
+};
+int globalReturning(const std::string& s) {
+    return Shapes::note('g' + s);
 }
+void globalOverloaded(std::string s) noexcept {
+    Shapes::note('G' + s);
+}
+[[maybe_unused]] void globalOverloaded(int) {}
+bool globalThree(const char* a, void*, int) {
+    return Shapes::note(a) != 0;
+}
+
+template<class Instance, class Member>
+concept Connects = requires(zeRTB::SignalArg<std::string> signal, Instance i, Member m) {
+    signal.connect(i, m);
+};
+static_assert(Connects<const Shapes*, int (Shapes::*)(const std::string&) const>);
+static_assert(!Connects<const Shapes*, int (Shapes::*)(std::string)>);
+static_assert(!Connects<Shapes*, void (Shapes::*)(std::string&)>, "would change the argument");
+
+static_assert(sizeof(SignalVoid) == sizeof(void*), "a class can embed many signals");
+static_assert(!std::is_copy_constructible_v<SignalVoid>);
+
+} // namespace
 
 TEST_F(SignalScene, RunningConnectionThatEndsStaysUntilTheFiringLeavesIt) {
     add('A');
@@ -127,10 +163,16 @@ TEST_F(SignalScene, ConnectionsAheadAndBehindGoAtOnce) {
         signal->disconnect(b); // the one that would be next
         signal->disconnect(d); // the one that has been called
         EXPECT_EQ(alive, 2);
+        add('N'); // stands ahead: waits for the next firing
     });
     d = add('D');
     EXPECT_EQ(fired(), "D.C.A.");
+    SignalVoid other;
+    other.disconnect(a); // not its own
+    other.disconnect(nullptr);
+    EXPECT_EQ(signal->numConnections(), 3);
     signal->disconnect(a);
+    EXPECT_EQ(alive, 2);
 }
 
 TEST_F(SignalScene, NestedFiringSkipsWhatEndedAndTheOuterOneGoesOn) {
@@ -233,24 +275,6 @@ TEST_F(SignalScene, DyingSignalSurvivesFunctionsThatEndTheirSiblings) {
     new (signal) SignalVoid;
 }
 
-struct Base {
-    virtual ~Base() = default;
-    virtual void nothing() { log += "base "; }
-    void one(int n) { log += std::to_string(n) + ' '; }
-    void text(std::string s) { log += s + ' '; }
-    void three(const char* name, void*, int n) { log += name + std::to_string(n) + ' '; }
-
-    std::string log;
-};
-struct Derived : Base {
-    void nothing() override { log += "derived "; }
-};
-
-int globalCalls = 0;
-void global() {
-    ++globalCalls;
-}
-
 TEST(Signal, ConnectsGlobalFunctionsAndMembersOfEveryArity) {
     Derived listener;
     SignalVoid none;
@@ -298,43 +322,6 @@ TEST(Signal, PassesReferencesThrough) {
     EXPECT_EQ(n, 4);
 }
 
-/// A listener whose functions return something, are const, overloaded or take references.
-struct Shapes {
-    int returning(std::string s) { return note('r' + s); }
-    int constant(const std::string& s) const { return note('c' + s); }
-    void byReference(const std::string& s) { note('&' + s); }
-    void overloaded(std::string s) noexcept { note('o' + s); }
-    void overloaded(int) {}
-    std::size_t voidless() const { return static_cast<std::size_t>(note("v")); }
-    double three(std::string_view a, const void*, long c) const {
-        return note(a.data()), double(c);
-    }
-
-    static int note(const std::string& s) {
-        log += s + ' ';
-        return 1;
-    }
-    static inline std::string log;
-};
-int globalReturning(const std::string& s) {
-    return Shapes::note('g' + s);
-}
-void globalOverloaded(std::string s) noexcept {
-    Shapes::note('G' + s);
-}
-[[maybe_unused]] void globalOverloaded(int) {}
-bool globalThree(const char* a, void*, int) {
-    return Shapes::note(a) != 0;
-}
-
-template<class Instance, class Member>
-concept Connects = requires(zeRTB::SignalArg<std::string> signal, Instance i, Member m) {
-    signal.connect(i, m);
-};
-static_assert(Connects<const Shapes*, int (Shapes::*)(const std::string&) const>);
-static_assert(!Connects<const Shapes*, int (Shapes::*)(std::string)>);
-static_assert(!Connects<Shapes*, void (Shapes::*)(std::string&)>, "would change the argument");
-
 TEST(Signal, ConnectsFunctionsOfEveryShape) {
     const Shapes constant;
     Shapes listener;
@@ -372,22 +359,19 @@ TEST(Signal, ConnectsFunctionsOfEveryShape) {
 TEST(Signal, OwnsACallable) {
     const auto shared = std::make_shared<int>(0);
     zeRTB::SignalArg<int> signal;
-    {
-        SignalClient client;
-        const auto add = [shared](int n) { return *shared += n; };
-        auto* connection = signal.connectOwned(add);
-        signal.connectOwned(client, [kept = std::unique_ptr<int>(new int(10)), shared](int n) {
-            *shared += *kept * n;
-        });
-        signal.connectOwned(std::ref(add));
-        EXPECT_EQ(shared.use_count(), 4); // with `add` itself
-        signal.send(1);
-        EXPECT_EQ(*shared, 12);
-        signal.disconnect(connection);
-        EXPECT_EQ(shared.use_count(), 3);
-    }
-    EXPECT_EQ(shared.use_count(), 1);
-    signal.disconnectInstance(nullptr);
+    auto client = std::make_unique<SignalClient>();
+    const auto add = [shared](int n) { return *shared += n; };
+    signal.connectOwned(*client,
+                        [kept = std::make_unique<int>(10), add](int n) { add(*kept * n); });
+    auto* connection = signal.connectOwned(add);
+    signal.connectOwned(std::ref(add));
+    signal.send(1);
+    EXPECT_EQ(*shared, 12);
+    EXPECT_EQ(shared.use_count(), 4); // this one, `add`'s and two copies
+    signal.disconnect(connection);
+    EXPECT_EQ(shared.use_count(), 3);
+    client.reset();
+    EXPECT_EQ(shared.use_count(), 2);
     EXPECT_EQ(signal.numConnections(), 1);
 }
 
@@ -414,8 +398,3 @@ TEST(AsyncSignal, FiresLaterWithACopyOfTheArgument) {
     later.send();
     EXPECT_EQ(listener.log, "now now ");
 }
-
-static_assert(sizeof(SignalVoid) == sizeof(void*), "a class can embed many signals");
-static_assert(!std::is_copy_constructible_v<SignalVoid>);
-
-} // namespace

@@ -32,7 +32,7 @@ void adoptChildren(Node* node) {
 
 } // namespace
 
-/// Whatever in the tree links down to this node: a child link of its parent, or the root.
+/// The link to this node: a child link of its parent, or the root.
 RBTreeImpl::Node*& RBTreeImpl::Node::linkToThis() {
     if (isRoot())
         return parent->parent;
