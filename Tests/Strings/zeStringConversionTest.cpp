@@ -139,6 +139,11 @@ TEST(Conversion, TreatsCodePointsAsIconvDoes) {
 }
 
 TEST(Conversion, TreatsDamagedTextAsIconvDoes) {
+    for (const char* bytes :
+         {"\xC0\x80", "\xC1\xBF", "\xE0\x80\x80", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xED\xBF\xBF",
+          "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF8\x87\xBF\xBF\xBF",
+          "\xFE\x83\xBF\xBF\xBF\xBF\xBF", "\xE2\x82"})
+        EXPECT_TRUE(decodesLikeIconv(bytes)) << testing::PrintToString(bytes);
     std::mt19937 random(20);
     const auto below = [&](unsigned int n) { return static_cast<unsigned int>(random() % n); };
     const wchar_t limits[] = {0x7F, 0x7FF, 0xD7FF, 0x10FFFF};

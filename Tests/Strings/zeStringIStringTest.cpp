@@ -218,12 +218,12 @@ TEST(IString, TakesEveryOtherNumberAsAWideCharacter) {
     IString s;
     s.append(L'w').append(0xE9).append(0xE9u).append(U'\u20AC').append(u'\u20AC').append(true);
     s.append(static_cast<unsigned char>(0xE9)).append(static_cast<signed char>('s')).append(letter);
-    s.append(Converts()).append({'b'}).append({0x20AC}).append({L'w'});
-    EXPECT_EQ(text(s), L"w\u00E9\u00E9\u20AC\u20AC\1\u00E9s\u00E9cb\u20ACw");
+    s.append(Converts());
+    EXPECT_EQ(text(s), L"w\u00E9\u00E9\u20AC\u20AC\1\u00E9s\u00E9c");
     EXPECT_EQ(text(IString().insert(0, 0xE9).prepend(0x20AC).replace(1, 1, 0x3B1)),
               L"\u20AC\u03B1");
     EXPECT_EQ(s.find(0x20AC), 3u);
-    EXPECT_EQ(s.rfind({0x20AC}), 11u);
+    EXPECT_EQ(s.rfind(0x20AC), 4u);
     EXPECT_EQ(s.find(zeString::isSpace), npos);
     EXPECT_EQ(s.rfind([](wchar_t c) { return c == 1; }), 5u);
     EXPECT_EQ(text(IString(L"\u00E9a\u00E9").strip(0xE9).rstrip(0xE9)), L"a");

@@ -168,6 +168,7 @@ TEST_F(SignalScene, ConnectionsAheadAndBehindGoAtOnce) {
     d = add('D');
     EXPECT_EQ(fired(), "D.C.A.");
     SignalVoid other;
+    other.connectOwned([] {});
     other.disconnect(a); // not its own
     other.disconnect(nullptr);
     EXPECT_EQ(signal->numConnections(), 3);
