@@ -147,9 +147,8 @@ class Function3ArgsMember
 template<class Family, class Callable, class... Arguments>
 class FunctionOwned : public Family {
 public:
-    /// Keeps a copy of `callable`, or what is moved from it.
-    template<class From>
-    explicit FunctionOwned(From&& callable) : callable_(static_cast<From&&>(callable)) {}
+    /// Keeps `callable`.
+    explicit FunctionOwned(Callable callable) : callable_(static_cast<Callable&&>(callable)) {}
 
     /// Calls it.
     void call(Arguments... arguments) override {
