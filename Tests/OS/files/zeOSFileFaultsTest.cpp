@@ -226,10 +226,14 @@ TEST_F(FileFaults, InMovingAHandle) {
 }
 
 TEST_F(FileFaults, InDeletingATree) {
-    trial.prepare = [this, prepare = trial.prepare] {
+    std::string deep = "d"; // so that directories are closed on the way down, and opened again
+    for (int i = 0; i < 18; ++i)
+        deep += "/e";
+    trial.prepare = [this, deep, prepare = trial.prepare] {
         prepare();
-        makeFolder("d/e");
-        folder.write("d/e/a", content);
+        makeFolder(deep);
+        folder.write(deep + "/a", content);
+        folder.write("d/b", content);
         makeFolder("outside");
         folder.write("outside/kept", content);
         link("../outside", "d/link");
@@ -241,7 +245,7 @@ TEST_F(FileFaults, InDeletingATree) {
         EXPECT_TRUE(result.empty() || result == ioError);
         EXPECT_EQ(folder.read("outside/kept"), content); // not followed, whatever fails
     };
-    tryEverything("unlink rmdir opendir readdir stat lstat");
+    tryEverything("openat unlinkat rmdir fdopendir readdir stat fstat");
 }
 
 TEST_F(FileFaults, InMakingDirectories) {
@@ -278,10 +282,10 @@ TEST_F(FileFaults, InOpeningATemporaryFile) {
     };
     trial.check = [&](const Fault& fault) {
         const bool noFile =
-            failed(fault, SystemFaults::onMkstemp) || failed(fault, SystemFaults::onFdopen);
+            failed(fault, SystemFaults::onMkostemp) || failed(fault, SystemFaults::onFdopen);
         EXPECT_EQ(result, noFile ? ioError : "");
     };
-    tryEverything("fdopen fclose mkstemp");
+    tryEverything("fdopen fclose mkostemp");
     // Names that are taken are tried again, ten times in all.
     const struct {
         std::size_t attempts;
@@ -289,7 +293,7 @@ TEST_F(FileFaults, InOpeningATemporaryFile) {
     } rows[] = {{1, ""}, {9, ""}, {10, "2: File Exists"}};
     for (const auto& row : rows) {
         trial.prepare();
-        SystemFaults faults(SystemFaults::onMkstemp,
+        SystemFaults faults(SystemFaults::onMkostemp,
                             std::vector<SystemFaults::Answer>(row.attempts, {EEXIST}));
         trial.operation();
         EXPECT_EQ(result, row.result);

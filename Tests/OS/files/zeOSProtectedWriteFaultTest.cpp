@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -21,6 +22,7 @@
 namespace {
 
 using testing::AnyOf;
+using testing::HasSubstr;
 using zeOS::ProtectedWrite;
 
 /// A save with faults in it, by either strategy.
@@ -86,7 +88,8 @@ TEST_P(BrokenSave, SaysWhatFailed) {
          ProtectedWrite::StatusInvalidated},
         // What is only for the case of a power cut.
         {SystemFaults::onOpen, 2, ProtectedWrite::StatusOk, ProtectedWrite::StatusOk},
-        {SystemFaults::onFsync, 1, ProtectedWrite::StatusOk, ProtectedWrite::StatusOk},
+        {SystemFaults::onFsync, 1, ProtectedWrite::StatusCannotBackup,
+         ProtectedWrite::StatusCannotBackup},
         {SystemFaults::onFsync, 2, ProtectedWrite::StatusOk, ProtectedWrite::StatusOk},
         // The main file to the backup: a rename, or an open, a read and a write of each file.
         {SystemFaults::onRename, 1, ProtectedWrite::StatusCannotBackup, ProtectedWrite::StatusOk},
@@ -106,6 +109,13 @@ TEST_P(BrokenSave, SaysWhatFailed) {
         trial.operation();
         const int status = copies() ? test.byCopying : test.byRenaming;
         EXPECT_EQ(result.status, status);
+    }
+    // A file that cannot be synced at all is no failure.
+    for (const int error : {EINVAL, EROFS, ENOTSUP}) {
+        trial.prepare();
+        const SystemFaults faults(SystemFaults::onFsync, {{error}});
+        trial.operation();
+        EXPECT_EQ(result.status, ProtectedWrite::StatusOk) << std::strerror(error);
     }
 }
 
@@ -134,6 +144,21 @@ TEST_P(BrokenSave, KeepsTheBackupThatCannotBePutBack) {
         trial.run(call, {ENOSPC}, 100);
     EXPECT_TRUE(wasKept);
     trial.report(copies() ? "lasting, by copying" : "lasting, by renaming");
+}
+
+// Whatever two calls fail: the old file is left, complete, or the new one has its place.
+TEST_P(BrokenSave, LeavesACompleteFileWhateverTwoCallsFail) {
+    trial.check = [this](const Fault&) {
+        const std::string state = folder->state();
+        EXPECT_EQ(result.finalized, result.status == ProtectedWrite::StatusOk);
+        if (result.finalized)
+            EXPECT_THAT(state, HasSubstr("main new"));
+        else
+            EXPECT_THAT(state, AnyOf(HasSubstr("main old"), HasSubstr("backup old")));
+    };
+    trial.runPairs(EIO);
+    trial.report(copies() ? "pairs, protected write by copying"
+                          : "pairs, protected write by renaming");
 }
 
 namespace {
@@ -219,12 +244,14 @@ TEST(KilledSave, LeavesWhatIsDocumentedByCopying) {
             Step{"write", "main old, temp new"}, Step{"fsync", "main old, temp new"},
             Step{"open", "backup empty, main old, temp new"},
             Step{"write", "backup part of old, main old, temp new"},
-            Step{"write", "backup old, main old, temp new"}, Step{"unlink", "backup old, temp new"},
-            Step{"fsync", "backup old, temp new"}, Step{"fsync", "backup old, temp new"},
+            Step{"write", "backup old, main old, temp new"},
+            Step{"fsync", "backup old, main old, temp new"},
+            Step{"fsync", "backup old, main old, temp new"}, Step{"unlink", "backup old, temp new"},
             Step{"open", "backup old, main empty, temp new"},
             Step{"write", "backup old, main part of new, temp new"},
-            Step{"write", "backup old, main new, temp new"}, Step{"unlink", "backup old, main new"},
-            Step{"fsync", "backup old, main new"}, Step{"fsync", "backup old, main new"},
+            Step{"write", "backup old, main new, temp new"},
+            Step{"fsync", "backup old, main new, temp new"},
+            Step{"fsync", "backup old, main new, temp new"}, Step{"unlink", "backup old, main new"},
             Step{"unlink", "main new"}));
 }
 
