@@ -58,6 +58,7 @@
 #include "Base/IO/ioPacketFileAscii.h"
 #include "Base/IO/ioPacketFileBinary.h"
 #include "Base/IO/ioPacketFileBuffer.h"
+#include "Base/IO/ioPacketFileCheck.h"
 #include "Base/IO/ioPacketFileDebug.h"
 #include "Base/IO/ioPacketFileError.h"
 #include "Base/IO/ioPacketRegistry.h"

@@ -47,6 +47,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string_view>
@@ -80,6 +81,13 @@ public:
     void readChunkEnd(ioReadContext* context) override;
     void readSubPacketStart(ioReadContext* context) override;
     void readSubPacketEnd(ioReadContext* context) override;
+
+    /// The two steps of readPacketStart(). The first consumes the stream up to the next left brace,
+    /// and returns how many bytes lay before it; -1 if the stream ends first.
+    std::int64_t findPacket(ioBufferedStreamInput& stream);
+    int readFoundPacket(ioReadContext* context, ioBufferedStreamInput& stream);
+    /// The bytes of the packet that was read, with its braces.
+    std::int64_t packetSize() const { return length_; }
 
     /// Text into the packet as it is.
     void outputChar(char byte) {

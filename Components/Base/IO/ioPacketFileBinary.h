@@ -74,6 +74,9 @@ public:
     void readSubPacketStart(ioReadContext* context) override;
     void readSubPacketEnd(ioReadContext* context) override;
 
+    /// The bytes of the packet that was read, with its head, while no sub-packet is open in it.
+    std::int64_t packetSize() const;
+
     /// The cursor: a position in the packet.
     int tellPos() const { return position_; }
     /// A writer must stay within what it has written.

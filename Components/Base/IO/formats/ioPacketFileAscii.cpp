@@ -97,22 +97,6 @@ PacketPart packetPart(std::string_view block) {
     }
 }
 
-/// Consumes the stream up to a left brace, and for ever where there is none: readChar() gives 0 at
-/// the end of a file. Nothing here ends that; see ioReadContext::readFile().
-void findPacket(ioBufferedStreamInput& stream) {
-    for (;;) {
-        const std::string_view block = stream.buffered();
-        const std::size_t brace = block.find('{');
-        if (brace != std::string_view::npos) {
-            stream.skip(static_cast<int>(brace + 1));
-            return;
-        }
-        stream.skip(static_cast<int>(block.size()));
-        if (stream.readChar() == '{')
-            return;
-    }
-}
-
 } // namespace
 
 ioPacketFileAsciiBuffer::ioPacketFileAsciiBuffer()
@@ -221,8 +205,28 @@ void ioPacketFileAsciiBuffer::outputQuoted(const char* text) {
 
 int ioPacketFileAsciiBuffer::readPacketStart(ioReadContext* context,
                                              ioBufferedStreamInput& stream) {
+    while (findPacket(stream) < 0) { // for ever at the end of a stream: see readFile()
+    }
+    return readFoundPacket(context, stream);
+}
+
+std::int64_t ioPacketFileAsciiBuffer::findPacket(ioBufferedStreamInput& stream) {
+    for (std::int64_t passed = 0;; ++passed) {
+        const std::string_view block = stream.buffered();
+        const std::size_t brace = block.find('{');
+        const bool found = brace != std::string_view::npos;
+        stream.skip(static_cast<int>(found ? brace + 1 : block.size()));
+        passed += static_cast<std::int64_t>(found ? brace : block.size());
+        if (found || stream.readChar() == '{') // the next byte fetches another block
+            return passed;
+        if (stream.getStatus() != streamOK)
+            return -1;
+    }
+}
+
+int ioPacketFileAsciiBuffer::readFoundPacket(ioReadContext* context,
+                                             ioBufferedStreamInput& stream) {
     setType(nullptr);
-    findPacket(stream);
     if (!readText(stream) || stream.getStatus() != streamOK)
         return 0;
     decimalPoint_ = localeHasPoint();

@@ -145,6 +145,10 @@ bool ioPacketFileBinaryBuffer::readBody(ioBufferedStreamInput& stream, int lengt
     return true;
 }
 
+std::int64_t ioPacketFileBinaryBuffer::packetSize() const {
+    return frames_.empty() ? 0 : std::int64_t{headSize} + frames_.back().end;
+}
+
 void ioPacketFileBinaryBuffer::readPacketEnd(ioReadContext*) {
     popFrame();
 }
