@@ -143,7 +143,10 @@ public:
     ///   - `ioChecksumError`: a checksummed block was damaged.
     ///
     /// A packet with a reference whose read() neither defines it nor marks the packet invalid ends
-    /// the process: fatalError(). A text file that is cut between two packets never ends.
+    /// the process: fatalError().
+    ///
+    /// On a text file that is cut between two packets this call waits for ever. Check files that
+    /// may be cut off, or come from outside, with ioPacketFileCheck() first.
     void readFile(ioClientReadContext& client);
     /// Reads one packet; a step of readFile(), `ioError` outside it.
     void readPacket(ioClientReadContext& client);
