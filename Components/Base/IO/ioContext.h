@@ -18,8 +18,6 @@
 
 #pragma once
 
-#include <memory>
-
 #include "Base/IO/ioReferenceMap.h"
 #include "Base/Utility/zeReferenceCount.h"
 #include "Base/zeBaseExport.h"
@@ -113,7 +111,7 @@ private:
     ioPacketRegistry* registry_ = nullptr;
     ioPacketFileBuffer* packet_ = nullptr;
     ze::Reference<ioReferenceMap> referenceMap_;
-    std::unique_ptr<std::unique_ptr<ioPacketFileBuffer>[]> packets_;
+    ioPacketFileBuffer** packets_; // owned, and so are its members
     int capacity_;
     int depth_ = -1;
     ioStatus status_ = ioOK;

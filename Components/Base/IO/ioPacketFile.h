@@ -76,8 +76,8 @@ ZEBASE_API ioWriteContext* ioWriteContextAlloc(ioBufferedStreamOutput& stream, i
 /// Reads the header of the file in `stream` and makes the context that it asks for; null if it is
 /// not valid, or of a method that is not offered. Ownership as in ioWriteContextAlloc().
 ///
-/// On a file that is cut off within its header this call waits for ever, and so does readFile() on a
-/// text file that lacks its last packet: check files from outside with ioPacketFileCheck() first.
+/// On a file that is cut off within its header this call waits for ever, and so does readFile() on
+/// a text file that lacks its last packet: check files from outside with ioPacketFileCheck() first.
 ZEBASE_API ioReadContext* ioReadContextAlloc(ioBufferedStreamInput& stream,
                                              ioPacketRegistry* registry);
 

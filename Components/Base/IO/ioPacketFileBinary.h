@@ -28,12 +28,8 @@
 
 #pragma once
 
-#include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <cstring>
-#include <deque>
-#include <memory>
 
 #include "Base/IO/ioPacketFileBuffer.h"
 #include "Base/IO/ioReadContext.h"
@@ -128,15 +124,15 @@ private:
         std::memcpy(&word, bytes, sizeof word);
         if (capacity_ - position_ <= static_cast<int>(sizeof word)) [[unlikely]]
             return putGrowing(word, sizeof word);
-        std::memcpy(data_.get() + position_, &word, sizeof word);
+        std::memcpy(data_ + position_, &word, sizeof word);
         position_ += static_cast<int>(sizeof word);
     }
     template<int N>
     void get(char* bytes) {
         static_assert(N <= slack);
         const auto at = static_cast<unsigned int>(position_);
-        const auto source = std::min(at, static_cast<unsigned int>(capacity_));
-        std::memcpy(bytes, data_.get() + source, N);
+        const auto end = static_cast<unsigned int>(capacity_);
+        std::memcpy(bytes, data_ + (at < end ? at : end), N);
         position_ = static_cast<int>(at + N);
     }
     template<class Word>
@@ -147,26 +143,22 @@ private:
             bytes[i] = stored[sizeof(Word) - 1 - i];
     }
 
-    struct Release {
-        void operator()(char* block) const;
-    };
-    using Block = std::unique_ptr<char, Release>;
+    struct Frames;
 
-    static Block allocate(int capacity);
-    bool resize(int size);
-    bool makeRoom(unsigned long size);
+    ZEBASE_HIDDEN bool resize(int size);
+    ZEBASE_HIDDEN bool makeRoom(unsigned long size);
     void putGrowing(std::uint64_t word, unsigned long size);
-    bool readBody(ioBufferedStreamInput& stream, int length);
-    void writeHeadField(int position, int value);
-    void startMeasured(ioWriteContext* context, char marker, int& lengthPosition);
-    void endMeasured(ioWriteContext* context, int lengthPosition);
-    int readMeasured(ioReadContext* context);
-    void popFrame();
+    ZEBASE_HIDDEN bool readBody(ioBufferedStreamInput& stream, int length);
+    ZEBASE_HIDDEN void writeHeadField(int position, int value);
+    ZEBASE_HIDDEN void startMeasured(ioWriteContext* context, char marker, int& lengthPosition);
+    ZEBASE_HIDDEN void endMeasured(ioWriteContext* context, int lengthPosition);
+    ZEBASE_HIDDEN int readMeasured(ioReadContext* context);
+    ZEBASE_HIDDEN void popFrame();
 
-    Block data_;
+    char* data_; // owned, from calloc
     int capacity_;
     int position_ = 0;
-    std::deque<ioSubPacket> frames_; // never empty while a packet is open
+    Frames* frames_; // owned; never empty while a packet is open
 };
 
 /// Writes files in the binary format.

@@ -18,8 +18,6 @@
 
 #pragma once
 
-#include <memory>
-
 #include "Base/zeBaseExport.h"
 
 class ioBufferedStreamInput;
@@ -86,11 +84,11 @@ public:
     void popSubPacket();
 
     /// Whether a chunk was started at this level and not yet ended.
-    bool isChunkOpen() const { return chunkFlags_.get()[level_] != 0; }
-    void setChunkOpen(bool open) { chunkFlags_.get()[level_] = open; }
+    bool isChunkOpen() const { return chunkFlags_[level_] != 0; }
+    void setChunkOpen(bool open) { chunkFlags_[level_] = open; }
 
 private:
-    std::unique_ptr<char[]> chunkFlags_;
+    char* chunkFlags_; // owned: for each level, whether a chunk is open
     int capacity_;
     int level_ = 0;
     bool valid_ = true;

@@ -19,8 +19,6 @@
 
 #pragma once
 
-#include <memory>
-
 #include "Base/IO/ioPacketType.h"
 #include "Base/Utility/zeRTBSignal.h"
 #include "Base/zeBaseExport.h"
@@ -69,8 +67,22 @@ public:
     /// follow that of the line before.
     int readRegistry(ioBufferedStreamInput& stream);
 
+    /// Whether a type has kept another id than the list that was read last gives it (its line's
+    /// place, from 0): packets of that file could only be misread, and ioReadContext::readFile()
+    /// gives `ioBadFile`. Read each file of an order of its own with a registry of its own.
+    bool isMisnumbered() const;
+
+    /// Whether one name stands under two ids. No reader could tell them apart, so
+    /// ioWriteContext::startFile() gives `ioError` rather than list them.
+    bool hasNameTwice() const;
+
+    /// Whether readers of the list that was written last know `id`; of a file without a list, each
+    /// that is not negative. ioWriteContext::startPacket() gives `ioError` for a type whose id is
+    /// not listed: one that is known by name only, or was added after startFile().
+    bool isListed(int id) const;
+
 private:
-    std::unique_ptr<ioPacketRegistryImpl> impl_;
+    ioPacketRegistryImpl* impl_; // owned
     bool initialized_ = false;
     bool namesOnly_;
 };

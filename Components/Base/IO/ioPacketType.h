@@ -21,8 +21,6 @@
 
 #pragma once
 
-#include <memory>
-
 #include "Base/zeBaseExport.h"
 
 class ioClientReadContext;
@@ -55,7 +53,7 @@ public:
 
     /// The type's index in its registry, -1 until it is numbered. Ids hold within one file only.
     int getId() const { return id_; }
-    const char* getName() const { return name_.get(); }
+    const char* getName() const { return name_; }
 
     /// Counts one packet of this type.
     void used() const { ++usages_; }
@@ -78,7 +76,7 @@ private:
     static constexpr unsigned int unresolvedFlag = 1;
     static constexpr unsigned int unreferencedFlag = 2;
 
-    std::unique_ptr<char[]> name_;
+    char* name_; // owned
     int id_ = -1;
     mutable int usages_ = 0; // counted on the const types that writers are given
     unsigned int flags_ = 0;

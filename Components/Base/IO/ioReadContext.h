@@ -137,8 +137,10 @@ public:
     /// Reads a file behind its header up to its end-of-file packet, and then tells the types of
     /// references that stayed undefined or unused. `ioOK` if the file was complete. What was
     /// delivered before a failure stays with the client:
-    ///   - `ioError`: there is no registry, or the stream failed;
-    ///   - `ioBadFile`: the list of types or a packet cannot be understood, or the file ends early;
+    ///   - `ioError`: there is no registry, the stream failed, or memory ran out;
+    ///   - `ioBadFile`: the list of types or a packet cannot be understood, the list numbers the
+    ///     types otherwise than the registry does already (ioPacketRegistry::isMisnumbered()), or
+    ///     the file ends early;
     ///   - `ioHalted`: halt() was called;
     ///   - `ioChecksumError`: a checksummed block was damaged.
     ///
@@ -175,8 +177,9 @@ public:
     void resolveRemainingReferences(ioClientReadContext& client);
 
 private:
-    void endChunk();
-    [[noreturn]] void undefinedPacketReference(const ioPacketType& type);
+    ZEBASE_HIDDEN void readWholeFile(ioClientReadContext& client);
+    ZEBASE_HIDDEN void endChunk();
+    [[noreturn]] ZEBASE_HIDDEN void undefinedPacketReference(const ioPacketType& type);
 
     ioBufferedStreamInput* stream_;
     int packetReference_ = -1;

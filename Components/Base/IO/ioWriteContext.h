@@ -109,7 +109,9 @@ public:
     /// registry must number its types as the writer's does.
     void writePacketRegistry(bool write) { writeRegistry_ = write; }
 
-    /// Writes the header and the registry. Without a registry: `ioError`, and nothing is written.
+    /// Writes the header and the registry. Nothing is written, and the status is `ioError`, without
+    /// a registry, and where the list of types would hold one name under two ids
+    /// (ioPacketRegistry::hasNameTwice()).
     void startFile();
     /// Writes the end-of-file packet, without which no reader takes the file for complete. A packet
     /// that is still open is lost: `ioError`. Does nothing if the status is bad already. The stream
@@ -119,8 +121,9 @@ public:
     bool isInFile() const { return inFile_; }
 
     /// Opens a packet. `reference` is the address of the object that the packet describes, by which
-    /// other packets refer to it; null for none. A type that is null or unknown gives `ioError`,
-    /// and its packet is dropped.
+    /// other packets refer to it; null for none. A type that is null or unknown, or that readers of
+    /// this file would not know (ioPacketRegistry::isListed()), gives `ioError`, and its packet is
+    /// dropped.
     void startPacket(const ioPacketType* type, const void* reference);
     /// Costs a search by name: keep the type where many packets are written.
     void startPacket(const char* typeName, const void* reference);

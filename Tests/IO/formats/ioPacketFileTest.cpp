@@ -2,13 +2,20 @@
 
 #include "Base/IO/ioPacketFile.h"
 
+#include <sys/resource.h>
+
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <new>
+#include <set>
 #include <typeinfo>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "Support/AllocationCount.h"
 
 #include "IO/formats/PacketFileSupport.h"
 
@@ -318,6 +325,111 @@ TEST(PacketFile, ReadsFurtherFilesOfTheSameStream) {
     EXPECT_FALSE(text.context->reusePacketFile());
 }
 
+// What could only be misread.
+
+TEST(PacketFile, RefusesAListThatNumbersTypesOtherwiseThanItsRegistry) {
+    const std::string mesh =
+        "   0 packetFile_string\n   1 packetFile_EOF\n   2 mesh\n   3 light\n@\n";
+    const std::string light =
+        "   0 packetFile_string\n   1 packetFile_EOF\n   2 light\n   3 mesh\n@\n";
+    const std::string onlyLight = "   7 packetFile_string\n   8 packetFile_EOF\n   9 light\n@\n";
+    const struct {
+        std::string first, second;
+        ioStatus status;
+    } cases[] = {{mesh, mesh, ioOK},
+                 {mesh, light, ioBadFile},
+                 {mesh, onlyLight, ioBadFile},
+                 {onlyLight, onlyLight, ioOK},
+                 {onlyLight, mesh, ioBadFile}};
+    for (const auto& [first, second, status] : cases) {
+        int packets = 0;
+        const Read read = [&](ioClientReadContext&) { ++packets; };
+        Reader<> reader(textHeader + first + "{ 2 0 }\n{ 1 0 }\n",
+                        {{"mesh", read}, {"light", read}});
+        EXPECT_EQ(reader.client.readFile(), ioOK);
+        Input next(textHeader + second + "{ 2 0 }\n{ 1 0 }\n");
+        const std::unique_ptr<ioReadContext> context(
+            ioReadContextAlloc(next.stream, &reader.registry));
+        EXPECT_EQ(ioClientReadContext(context.get()).readFile(), status) << first << second;
+        EXPECT_EQ(packets, status == ioOK ? 2 : 1);
+    }
+    std::string twice = thingTypes;
+    twice.insert(twice.size() - 2, "   3 thing\n");
+    EXPECT_EQ(readFile(textHeader + twice + textEnd, nullptr), ioBadFile);
+    Input input(textHeader + twice + textEnd);
+    EXPECT_EQ(ioPacketFileCheck(input.stream), ioBadFile);
+}
+
+TEST(PacketFile, RefusesToListOneNameTwice) {
+    for (const bool list : {true, false}) {
+        Output output;
+        Registry registry(false, {{"thing", nullptr}, {"thing", nullptr}});
+        ioWriteContextBinary context(output.stream);
+        context.associateRegistry(&registry);
+        context.writePacketRegistry(list);
+        context.startFile();
+        EXPECT_EQ(context.getStatus(), list ? ioError : ioOK);
+        EXPECT_EQ(output.bytes(), list ? "" : binaryHeader + "@\n");
+    }
+}
+
+TEST(PacketFile, DropsPacketsOfTypesThatTheFileDoesNotNumber) {
+    for (const bool namesOnly : {true, false}) {
+        Output output;
+        Registry registry(namesOnly, {{"thing", nullptr}});
+        ioWriteContextAscii context(output.stream);
+        context.associateRegistry(&registry);
+        context.startFile();
+        const std::size_t start = output.bytes().size();
+        registry.supportedType(new ioPacketType("late"));
+        EXPECT_TRUE(context.good());
+        context.startPacket(namesOnly ? "thing" : "late", &registry);
+        context.writeInt(1);
+        EXPECT_EQ(context.getStatus(), ioError);
+        EXPECT_EQ(context.getReference(&registry), -1);
+        context.endPacket();
+        EXPECT_EQ(output.bytes().substr(start), "");
+    }
+}
+
+// Memory.
+
+TEST(PacketFile, LetsNoBadAllocOutOfReadFile) {
+    EXPECT_EQ(readFile(textHeader + thingTypes + "{ 2 0 }\n" + textEnd,
+                       [](ioClientReadContext&) { throw std::bad_alloc(); }),
+              ioError);
+}
+
+TEST(PacketFileDeathTest, GivesAPacketThatCannotGrowUpAtOnce) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "needs a limit on addresses";
+#endif
+    const auto fill = [](ioWriteMethod method) {
+        long pages = 0;
+        std::ifstream("/proc/self/statm") >> pages;
+        const rlimit limit = {static_cast<rlim_t>(pages * 4096 + (60L << 20)), RLIM_INFINITY};
+        setrlimit(RLIMIT_AS, &limit);
+        std::size_t allocations = 0;
+        const std::string packets = written(
+            method,
+            [&](ioWriteContext& context) {
+                context.startPacket("thing", nullptr);
+                for (int i = 0; i < 10000000; ++i) {
+                    if (i == 8000000)
+                        allocations = allocationCount();
+                    context.writeInt64(i);
+                }
+                allocations = allocationCount() - allocations;
+                context.endPacket();
+            },
+            ioError);
+        std::fprintf(stderr, "%s, %d more", packets.c_str(), static_cast<int>(allocations));
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(fill(ioWriteAscii), testing::ExitedWithCode(0), "^, 0 more$");
+    EXPECT_EXIT(fill(ioWriteBinary), testing::ExitedWithCode(0), "^, 0 more$");
+}
+
 // References between packets.
 
 struct Node {
@@ -446,6 +558,33 @@ TEST(References, OfDamagedFilesAreDefinedWithoutEffect) {
                            }),
                   ioOK)
             << packet;
+}
+
+TEST(References, KeepTheFirstOfSeveralStringsOfAFileWithOneNumber) {
+    std::set<const char*> texts;
+    std::string found;
+    const Read read = [&](ioClientReadContext& client) {
+        texts.insert(static_cast<const char*>(client.readReferenceUsage()));
+        found += *texts.rbegin()
+                     ? *static_cast<const char*>(client.getContext().getReferenceDefinition(5))
+                     : '0';
+    };
+    const std::string file =
+        binaryHeader + thingTypes +
+        bytes("00000000 01000000 06000000 05000000 'a' 00 02000000 00000000 04000000 05000000"
+              "00000000 01000000 06000000 05000000 'b' 00 02000000 00000000 04000000 05000000") +
+        binaryEnd;
+    std::string next = file;
+    next[next.find(std::string("a\0", 2))] = 'c';
+    Reader<> reader(file + next, {{"thing", read}});
+    EXPECT_EQ(reader.client.readFile(), ioOK);
+    EXPECT_EQ(found, "aa");
+    ASSERT_TRUE(reader.context->reusePacketFile()); // whose strings are new ones
+    EXPECT_EQ(reader.client.readFile(), ioOK);
+    EXPECT_EQ(found, "aacc");
+    EXPECT_EQ(texts.size(), 2U);
+    for (const char* text : texts)
+        std::free(const_cast<char*>(text));
 }
 
 // What ends the process.

@@ -130,11 +130,11 @@ TEST(SimplePacketRegistry, ReadsByPlainFunctions) {
     Output output;
     ioSimplePacketRegistry registry(false);
     registry.add("counted", [] { ++calls; });
-    registry.add("written only");
+    registry.add("written_only");
     const std::unique_ptr<ioWriteContext> writer(
         ioWriteContextAlloc(output.stream, ioWriteBinary, &registry));
     writer->startFile();
-    for (const char* name : {"counted", "written only", "counted"}) {
+    for (const char* name : {"counted", "written_only", "counted"}) {
         writer->startPacket(name, nullptr);
         writer->endPacket();
     }
@@ -142,10 +142,7 @@ TEST(SimplePacketRegistry, ReadsByPlainFunctions) {
     EXPECT_FALSE(writer->isInFile());
     EXPECT_EQ(registry.lookup("counted")->getNumUsages(), 2);
 
-    // Names with blanks do not survive the list: the reader goes by the numbers of its own types.
-    std::string file = output.bytes();
-    file.replace(file.find("written only"), 12, "written_only");
-    Input input(file);
+    Input input(output.bytes());
     const std::unique_ptr<ioReadContext> reader(ioReadContextAlloc(input.stream, &registry));
     ioClientReadContext client(reader.get());
     EXPECT_EQ(client.readFile(), ioOK);

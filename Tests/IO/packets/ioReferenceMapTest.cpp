@@ -2,6 +2,8 @@
 
 #include "Base/IO/ioReferenceMap.h"
 
+#include <malloc.h>
+
 #include <climits>
 #include <deque>
 #include <functional>
@@ -240,6 +242,16 @@ TEST(ReferenceMap, TakesHostileNumbersWithinBoundedMemory) {
         EXPECT_EQ(location, reference > 0 ? &object : nullptr);
         EXPECT_EQ(map->findReference(&object), reference > 0 ? reference : -1);
     }
+}
+
+TEST(ReferenceMap, TakesNoMoreForNumbersFarApartThanForOthers) {
+    const auto map = newMap();
+    TellingType type;
+    const std::size_t before = mallinfo2().uordblks;
+    for (int i = 1; i <= 10000; ++i)
+        map->resolveReferenceUsage(1250 * i, nullptr, &type, 0);
+    EXPECT_LT(mallinfo2().uordblks - before, std::size_t{80} << 20); // 8 KB each
+    EXPECT_EQ(verify(*map).size(), 10000U);
 }
 
 TEST(ReferenceMap, LetsTheHooksOfVerificationChangeIt) {

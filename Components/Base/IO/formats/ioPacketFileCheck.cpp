@@ -4,6 +4,7 @@
 
 #include <new>
 
+#include "Base/IO/formats/ioPacketFileAsciiBufferImpl.h"
 #include "Base/IO/ioBuffer.h"
 #include "Base/IO/ioPacketFile.h"
 #include "Base/Strings/zeStringIString.h"
@@ -38,8 +39,7 @@ std::int64_t readStart(ioBufferedStreamInput& stream, ioHeader& header, ioPacket
     stream.addBufferToChain(new EndGuard(size));
     if (header.readHeader(stream)) {
         types.init();
-        if (types.readRegistry(stream) != 0)
-            header.valid = false;
+        header.valid = types.readRegistry(stream) == 0 && !types.isMisnumbered();
     }
     stream.popBufferChain();
     return size;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-#include "Base/IO/ioPacketFileAscii.h"
+#include "Base/IO/formats/ioPacketFileAsciiBufferImpl.h"
 
 #include <langinfo.h>
 
@@ -11,11 +11,14 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 #include <string>
 
 #include "Base/IO/ioBuffer.h"
 #include "Base/IO/ioPacketType.h"
+#include "Base/IO/ioReadContext.h"
+#include "Base/IO/ioWriteContext.h"
 
 namespace {
 
@@ -482,6 +485,8 @@ bool ioPacketFileAsciiBuffer::resize(int size) {
 
 /// Makes room for `size` bytes at the cursor and one to spare.
 bool ioPacketFileAsciiBuffer::grow(unsigned long size) {
+    if (!isValid() && !getType())
+        return false; // has failed to grow before
     const auto limit = static_cast<unsigned long>(INT_MAX - position_);
     if (size < limit && resize(position_ + static_cast<int>(size) + 1))
         return true;
