@@ -231,12 +231,13 @@ private:
     ioPacketFileBinaryBuffer* buffer_ = nullptr;
 };
 
-/// Reads binary files of this machine's byte order.
-class ZEBASE_API ioReadContextBinarySameEndian : public ioReadContextBinary {
+/// What depends on the byte order: `Swapped` says whether it is the other one than this machine's.
+template<bool Swapped>
+class ioReadContextBinaryOrdered : public ioReadContextBinary {
 public:
-    explicit ioReadContextBinarySameEndian(ioBufferedStreamInput& stream,
-                                           ioReadMethod method = ioReadBinarySameEndian);
-    ~ioReadContextBinarySameEndian() override;
+    /// `method` goes to the base.
+    ioReadContextBinaryOrdered(ioReadMethod method, ioBufferedStreamInput& stream);
+    ~ioReadContextBinaryOrdered() override;
 
     short readShort() override;
     unsigned short readUShort() override;
@@ -257,28 +258,23 @@ public:
     int readUnbufferedInt(ioBufferedStreamInput& stream) override;
 };
 
-/// Reads binary files of the other byte order.
-class ZEBASE_API ioReadContextBinarySwapped : public ioReadContextBinary {
+extern template class ZEBASE_API ioReadContextBinaryOrdered<false>;
+extern template class ZEBASE_API ioReadContextBinaryOrdered<true>;
+
+/// Reads binary files of this machine's byte order.
+class ZEBASE_API ioReadContextBinarySameEndian : public ioReadContextBinaryOrdered<false> {
 public:
+    /// The stream stays the caller's. Debug contexts give a method of their own.
+    explicit ioReadContextBinarySameEndian(ioBufferedStreamInput& stream,
+                                           ioReadMethod method = ioReadBinarySameEndian);
+    ~ioReadContextBinarySameEndian() override;
+};
+
+/// Reads binary files of the other byte order.
+class ZEBASE_API ioReadContextBinarySwapped : public ioReadContextBinaryOrdered<true> {
+public:
+    /// The stream stays the caller's. Debug contexts give a method of their own.
     explicit ioReadContextBinarySwapped(ioBufferedStreamInput& stream,
                                         ioReadMethod method = ioReadBinarySwapped);
     ~ioReadContextBinarySwapped() override;
-
-    short readShort() override;
-    unsigned short readUShort() override;
-    int readInt() override;
-    unsigned int readUInt() override;
-    std::int64_t readInt64() override;
-    std::uint64_t readUInt64() override;
-    float readFloat() override;
-    double readDouble() override;
-    void readShortArray(short* values, int count) override;
-    void readUShortArray(unsigned short* values, int count) override;
-    void readIntArray(int* values, int count) override;
-    void readUIntArray(unsigned int* values, int count) override;
-    void readInt64Array(std::int64_t* values, int count) override;
-    void readUInt64Array(std::uint64_t* values, int count) override;
-    void readFloatArray(float* values, int count) override;
-    void readDoubleArray(double* values, int count) override;
-    int readUnbufferedInt(ioBufferedStreamInput& stream) override;
 };

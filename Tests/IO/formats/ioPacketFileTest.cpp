@@ -407,15 +407,15 @@ TEST(PacketFileDeathTest, GivesAPacketThatCannotGrowUpAtOnce) {
     const auto fill = [](ioWriteMethod method) {
         long pages = 0;
         std::ifstream("/proc/self/statm") >> pages;
-        const rlimit limit = {static_cast<rlim_t>(pages * 4096 + (60L << 20)), RLIM_INFINITY};
+        const rlimit limit = {static_cast<rlim_t>(pages * 4096 + (30L << 20)), RLIM_INFINITY};
         setrlimit(RLIMIT_AS, &limit);
         std::size_t allocations = 0;
         const std::string packets = written(
             method,
             [&](ioWriteContext& context) {
                 context.startPacket("thing", nullptr);
-                for (int i = 0; i < 10000000; ++i) {
-                    if (i == 8000000)
+                for (int i = 0; i < 4000000; ++i) {
+                    if (i == 3500000)
                         allocations = allocationCount();
                     context.writeInt64(i);
                 }
