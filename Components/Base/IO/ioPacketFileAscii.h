@@ -17,6 +17,8 @@
 /// The decimal point of numbers is that of the process's locale: write and read under one locale,
 /// which must not change within a packet.
 ///
+/// Threads: contexts belong to one thread at a time.
+///
 /// @code
 /// #include <cstdio>
 /// #include <fstream>
@@ -58,6 +60,7 @@ class ioPacketFileAsciiBuffer;
 /// Writes files in the text format.
 class ZEBASE_API ioWriteContextAscii : public ioWriteContext {
 public:
+    /// The stream stays the caller's.
     explicit ioWriteContextAscii(ioBufferedStreamOutput& stream);
     ~ioWriteContextAscii() override;
 
@@ -87,12 +90,14 @@ public:
     void writeRawByte(signed char byte) override;
     ioHeader getHeader() override;
 
-    /// Text into the packet as it is.
+    /// @{
+    /// Writes text into the packet as it is, a number in decimal.
     void outputChar(char byte);
     void outputCharArray(const char* bytes, int size);
     void outputInt(int value);
     void outputUInt(unsigned int value);
     void outputString(const char* text);
+    /// @}
 
 protected:
     ioPacketFileBuffer* allocPacket() override;
@@ -105,6 +110,7 @@ private:
 /// Reads files in the text format.
 class ZEBASE_API ioReadContextAscii : public ioReadContext {
 public:
+    /// The stream stays the caller's. Debug contexts give a method of their own.
     explicit ioReadContextAscii(ioBufferedStreamInput& stream, ioReadMethod method = ioReadAscii);
     ~ioReadContextAscii() override;
 

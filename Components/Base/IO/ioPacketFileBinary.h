@@ -12,9 +12,11 @@
 ///
 /// A packet's length counts its body, that of a chunk or sub-packet itself and the elements: 4 is
 /// an empty one. There is a reference where hasReference is 1; packets with another value than 0
-/// and 1 are passed over. A bool is a byte of 0 or 1, numbers are their bytes in memory, a string
+/// and 1 are skipped. A bool is a byte of 0 or 1, numbers are their bytes in memory, a string
 /// its bytes and a 0, an array its elements without a count, a reference a uint32. The last packet
 /// is of the end-of-file type: its id, 0, 0.
+///
+/// Threads: buffers and contexts belong to one thread at a time.
 ///
 /// @code
 /// #include "Base/IO/ioPacketFile.h"
@@ -46,13 +48,14 @@ class ZEBASE_API ioPacketFileBinaryBuffer : public ioPacketFileBuffer {
 public:
     /// The state of a packet, or of one open sub-packet in it.
     struct ioSubPacket {
-        int subPacketLengthPosition = 0; ///< writer: where the length of the open sub-packet lies
-        int chunkLengthPosition = 0;     ///< writer: where the length of the open chunk lies
-        int end = 0;                     ///< reader: where this packet or sub-packet ends
-        int chunkEnd = 0;                ///< reader: where the open chunk ends
-        bool validChunk = false;         ///< reader: the open chunk exists and is not empty
+        int subPacketLengthPosition = 0; ///< Writer: where the length of the open sub-packet lies.
+        int chunkLengthPosition = 0;     ///< Writer: where the length of the open chunk lies.
+        int end = 0;                     ///< Reader: where this packet or sub-packet ends.
+        int chunkEnd = 0;                ///< Reader: where the open chunk ends.
+        bool validChunk = false;         ///< Reader: the open chunk exists and is not empty.
     };
 
+    /// An empty packet.
     ioPacketFileBinaryBuffer();
     ~ioPacketFileBinaryBuffer() override;
 
@@ -75,18 +78,23 @@ public:
 
     /// The cursor: a position in the packet.
     int tellPos() const { return position_; }
-    /// A writer must stay within what it has written.
+    /// Moves the cursor. A writer must stay within what it has written.
     void seekPos(int position) { position_ = position; }
 
+    /// @{
     /// Writes so many bytes as they are.
     void write1Byte(char byte) { put<std::uint8_t>(&byte); }
     void write2Bytes(const char* bytes) { put<std::uint16_t>(bytes); }
     void write4Bytes(const char* bytes) { put<std::uint32_t>(bytes); }
     void write8Bytes(const char* bytes) { put<std::uint64_t>(bytes); }
-    /// A size of 0 or less writes nothing.
+    /// @}
+    /// @{
+    /// Writes `size` bytes; a size of 0 or less writes nothing.
     void writeBuffer(const char* bytes, int size);
     void writeBuffer(const char* bytes, unsigned long size);
+    /// @}
 
+    /// @{
     /// Reads so many bytes as they are; zeros outside the array.
     char read1Byte() {
         char byte;
@@ -96,19 +104,24 @@ public:
     void read2Bytes(char* bytes) { get<2>(bytes); }
     void read4Bytes(char* bytes) { get<4>(bytes); }
     void read8Bytes(char* bytes) { get<8>(bytes); }
-    /// The same in reverse order.
+    /// @}
+    /// @{
+    /// Reads so many bytes in reverse order.
     void read2BytesSwapped(char* bytes) { getSwapped<std::uint16_t>(bytes); }
     void read4BytesSwapped(char* bytes) { getSwapped<std::uint32_t>(bytes); }
     void read8BytesSwapped(char* bytes) { getSwapped<std::uint64_t>(bytes); }
+    /// @}
     /// The next `size` bytes where they lie, valid until the packet's end; null if they do not lie
     /// within the array. The cursor moves past them either way.
     const char* readBuffer(int size);
     /// Copies the next `size` bytes, with zeros for those outside the array.
     void readBuffer(char* bytes, unsigned long size);
 
-    /// Four bytes straight from the stream; zeros from its end on.
+    /// @{
+    /// Reads four bytes straight from the stream; zeros from its end on.
     void read4BytesStream(ioBufferedStreamInput& stream, char* bytes);
     void read4BytesStreamSwapped(ioBufferedStreamInput& stream, char* bytes);
+    /// @}
 
     /// The terminated text at the cursor, which moves past its terminator.
     const char* readText();
@@ -164,6 +177,7 @@ private:
 /// Writes files in the binary format.
 class ZEBASE_API ioWriteContextBinary : public ioWriteContext {
 public:
+    /// The stream stays the caller's.
     explicit ioWriteContextBinary(ioBufferedStreamOutput& stream);
     ~ioWriteContextBinary() override;
 
@@ -204,6 +218,7 @@ private:
 /// Reads files in the binary format: what does not depend on the byte order.
 class ZEBASE_API ioReadContextBinary : public ioReadContext {
 public:
+    /// The stream stays the caller's; `method` is the one that the header asked for.
     ioReadContextBinary(ioReadMethod method, ioBufferedStreamInput& stream);
     ~ioReadContextBinary() override;
 
@@ -231,6 +246,7 @@ private:
     ioPacketFileBinaryBuffer* buffer_ = nullptr;
 };
 
+/// @cond
 /// What depends on the byte order: `Swapped` says whether it is the other one than this machine's.
 template<bool Swapped>
 class ioReadContextBinaryOrdered : public ioReadContextBinary {
@@ -260,6 +276,7 @@ public:
 
 extern template class ZEBASE_API ioReadContextBinaryOrdered<false>;
 extern template class ZEBASE_API ioReadContextBinaryOrdered<true>;
+/// @endcond
 
 /// Reads binary files of this machine's byte order.
 class ZEBASE_API ioReadContextBinarySameEndian : public ioReadContextBinaryOrdered<false> {

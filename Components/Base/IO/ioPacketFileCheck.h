@@ -56,7 +56,7 @@ struct ioPacketFilePlace {
     int hasReference = 0;      ///< 1 if the values begin with the packet's reference, 0 if not.
 };
 
-/// Is told what ioPacketFileCheck() meets: for programs that list packets, or that must push
+/// Receives what ioPacketFileCheck() meets: for programs that list packets, or that must push
 /// filters in mid-file. An operation that returns false stops the check, which then gives
 /// `ioHalted`. Exceptions pass through the check to its caller.
 class ZEBASE_API ioPacketFileVisitor {

@@ -451,8 +451,7 @@ std::string_view ioPacketFileAsciiBuffer::rest() const {
     return {text_.get() + position_, static_cast<std::size_t>(last_ - position_) + 1};
 }
 
-/// Moves on by `size` bytes, but no further than just behind the packet: every place there is
-/// alike.
+/// Moves on by `size` bytes, but no further than just behind the packet.
 void ioPacketFileAsciiBuffer::moveBehind(int size) {
     if (position_ > last_ || size > last_ - position_)
         position_ = last_ + 1;

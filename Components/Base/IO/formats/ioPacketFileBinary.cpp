@@ -153,7 +153,7 @@ bool ioPacketFileBinaryBuffer::readBody(ioBufferedStreamInput& stream, int lengt
             return false;
         done += stream.readData(data_ + done, target - done);
         if (done < target)
-            return true; // the status of the stream tells
+            return true; // the stream's status says why
         target = length / 2 < target ? length : 2 * target;
     }
     return true;
@@ -273,7 +273,7 @@ bool ioPacketFileBinaryBuffer::makeRoom(unsigned long size) {
     return false;
 }
 
-/// The slow way of put().
+/// The slow path of put().
 void ioPacketFileBinaryBuffer::putGrowing(std::uint64_t word, unsigned long size) {
     static_assert(std::endian::native ==
                   std::endian::little); // the value is the word's first bytes

@@ -138,7 +138,7 @@ void ioReadContext::readPacket(ioClientReadContext& client) {
         setStatus(ioEndOfFile);
         return;
     }
-    if (hasReference == 0 || hasReference == 1) { // what other values mean is still to be decided
+    if (hasReference == 0 || hasReference == 1) { // other values are reserved
         if (hasReference == 1)
             packetReference_ = readReference();
         client.prePacketRead();
@@ -155,7 +155,7 @@ void ioReadContext::undefinedPacketReference(const ioPacketType& type) {
     ioPacketFileError("ioPacketFile: A packet type: '%s'\n", type.getName());
     ioPacketFileError("  had a reference associated with it but no \n");
     ioPacketFileError("  definition was provided by the client code.\n");
-    // Prints 0, and not the reference: kept for compatibility.
+    // Prints 0 instead of the reference: kept for compatibility.
     ioPacketFileError("  The undefined reference is: %d.\n", static_cast<int>(referenceDefined_));
     fatalError();
 }

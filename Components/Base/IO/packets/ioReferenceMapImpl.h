@@ -47,7 +47,7 @@ private:
     std::vector<std::unique_ptr<ioReferenceUsage[]>> blocks_;
 };
 
-/// What is known of one reference. A new one is all zeros.
+/// The state of one reference. A new one is all zeros.
 class ioReferenceDefinition {
 public:
     void setPointer(void* pointer) { pointer_ = pointer; }
@@ -58,7 +58,7 @@ public:
             *location = pointer_;
     }
 
-    /// The object has been seen: fills the locations that wait for it.
+    /// The object has been read: fills the locations that wait for it.
     void define(ioPacketType* type, ioReferenceUsagePool& pool);
 
     /// Counts a use and fills `location`, now or later.
@@ -82,7 +82,7 @@ public:
     }
 
     bool accessed_ = false; ///< The reference has been touched at all.
-    bool defined_ = false;  ///< The object has been seen.
+    bool defined_ = false;  ///< The object has been read.
     bool invalid_ = false;  ///< After invalidate().
     bool alias_ = false;    ///< As last associated; nothing reads it.
     bool text_ = false;     ///< A string packet of the file that is being read has defined it.
