@@ -32,31 +32,61 @@ ioStatus readThing(const std::string& elements, const Read& read, int blockSize 
     return readFile(file("{ 2 0 " + elements + "}\n" + textEnd), read, nullptr, blockSize);
 }
 
-TEST(TextPackets, LayOutChunksAndSubPackets) {
-    Output output;
-    Registry registry(false, {{"a", nullptr}, {"b", nullptr}, {"c", nullptr}, {"d", nullptr}});
-    const std::unique_ptr<ioWriteContext> context(
-        ioWriteContextAlloc(output.stream, ioWriteAscii, &registry));
-    context->startFile();
-    int object;
-    context->getReferenceMap()->associatePtrWithReference(7, &object, false);
-    context->startPacket("d", &object);
-    context->startChunk();
-    context->writeInt(3);
-    context->endPacket();
-    context->startPacket("a", nullptr);
-    context->startSubPacket();
-    context->startChunk();
-    context->endSubPacket();
-    context->endPacket();
-    context->endFile();
-    EXPECT_EQ(output.bytes(), textHeader +
-                                  "   0 packetFile_string\n   1 packetFile_EOF\n   2 a\n   3 b\n"
-                                  "   4 c\n   5 d\n@\n"
-                                  "{ 5 1 7 \n  [ 3 ] }\n"
-                                  "{ 2 0 \n  < \n  [ ] > }\n"
-                                  "{ 1 0 }\n");
+// Numbers: the same text as printf, the same values as strtod, strtol and strtoul.
+
+std::string printed(const char* format, double value) {
+    char text[64];
+    std::snprintf(text, sizeof text, format, value);
+    return text + std::string(" ");
 }
+
+void expectNumbersAsTheCLibrary(const std::vector<double>& values) {
+    std::string expected = "{ 2 0 ";
+    for (const double value : values)
+        expected += printed("%.16g", value) +
+                    printed("%.7g", static_cast<double>(static_cast<float>(value)));
+    const std::string packets = written(ioWriteAscii, [&](ioWriteContext& context) {
+        context.startPacket("thing", nullptr);
+        for (const double value : values) {
+            context.writeDouble(value);
+            context.writeFloat(static_cast<float>(value));
+        }
+        context.endPacket();
+    });
+    ASSERT_EQ(packets, expected + "}\n" + textEnd);
+    EXPECT_EQ(readFile(file(packets),
+                       [&](ioClientReadContext& client) {
+                           const char* text = expected.c_str() + 6;
+                           char* next;
+                           for (std::size_t i = 0; i < values.size(); ++i, text = next + 1) {
+                               const double wide = std::strtod(text, &next);
+                               ASSERT_EQ(std::bit_cast<std::uint64_t>(client.readDouble()),
+                                         std::bit_cast<std::uint64_t>(wide));
+                               text = next + 1;
+                               const auto narrow = static_cast<float>(std::strtod(text, &next));
+                               ASSERT_EQ(std::bit_cast<std::uint32_t>(client.readFloat()),
+                                         std::bit_cast<std::uint32_t>(narrow));
+                           }
+                       }),
+              ioOK);
+}
+
+std::vector<double> edgeValues() {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+    std::vector<double> values = {0.0, 5e-324, 1.0 / 3, 9.9999995, 99999.95, 999999.95, 9999999.5};
+    for (const double value : {1e16 - 1, 123456789012345.6, infinity, notANumber, DBL_EPSILON})
+        values.push_back(value);
+    for (const double value : {DBL_MAX, DBL_MIN, double(FLT_MAX), double(FLT_MIN), 1e22, 1e23})
+        values.push_back(value);
+    for (double power = 1e-300; power < 1e300; power *= 10)
+        values.push_back(power);
+    for (std::size_t i = values.size(); i-- > 0;)
+        values.push_back(-values[i]);
+    return values;
+}
+
+} // namespace
 
 TEST(TextPackets, EscapeStructureInStrings) {
     const std::string text = "a\"b\\c[d]e{f}g<h>i\n\x01\xFF;";
@@ -178,77 +208,6 @@ TEST(TextPackets, FindPacketsAmongOtherText) {
     EXPECT_EQ(packets, 3);
 }
 
-TEST(TextPackets, GrowWithTheirContents) {
-    const std::string text(130000, '<');
-    const std::string packets = written(ioWriteAscii, [&](ioWriteContext& context) {
-        context.startPacket("thing", nullptr);
-        context.writeCString(text.c_str());
-        context.writeInt(5);
-        context.endPacket();
-    });
-    EXPECT_EQ(packets.size(), 260013U + 8);
-    EXPECT_EQ(readFile(file(packets),
-                       [&](ioClientReadContext& client) {
-                           EXPECT_EQ(client.readCString(), text);
-                           EXPECT_EQ(client.readInt(), 5);
-                       }),
-              ioOK);
-}
-
-// Numbers: the same text as printf, the same values as strtod, strtol and strtoul.
-
-std::string printed(const char* format, double value) {
-    char text[64];
-    std::snprintf(text, sizeof text, format, value);
-    return text + std::string(" ");
-}
-
-void expectNumbersAsTheCLibrary(const std::vector<double>& values) {
-    std::string expected = "{ 2 0 ";
-    for (const double value : values)
-        expected += printed("%.16g", value) +
-                    printed("%.7g", static_cast<double>(static_cast<float>(value)));
-    const std::string packets = written(ioWriteAscii, [&](ioWriteContext& context) {
-        context.startPacket("thing", nullptr);
-        for (const double value : values) {
-            context.writeDouble(value);
-            context.writeFloat(static_cast<float>(value));
-        }
-        context.endPacket();
-    });
-    ASSERT_EQ(packets, expected + "}\n" + textEnd);
-    EXPECT_EQ(readFile(file(packets),
-                       [&](ioClientReadContext& client) {
-                           const char* text = expected.c_str() + 6;
-                           char* next;
-                           for (std::size_t i = 0; i < values.size(); ++i, text = next + 1) {
-                               const double wide = std::strtod(text, &next);
-                               ASSERT_EQ(std::bit_cast<std::uint64_t>(client.readDouble()),
-                                         std::bit_cast<std::uint64_t>(wide));
-                               text = next + 1;
-                               const auto narrow = static_cast<float>(std::strtod(text, &next));
-                               ASSERT_EQ(std::bit_cast<std::uint32_t>(client.readFloat()),
-                                         std::bit_cast<std::uint32_t>(narrow));
-                           }
-                       }),
-              ioOK);
-}
-
-std::vector<double> edgeValues() {
-    constexpr double infinity = std::numeric_limits<double>::infinity();
-    constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
-    std::vector<double> values = {0.0, 5e-324, 1.0 / 3, 9.9999995, 99999.95, 999999.95, 9999999.5};
-    for (const double value : {1e16 - 1, 123456789012345.6, infinity, notANumber, DBL_EPSILON})
-        values.push_back(value);
-    for (const double value : {DBL_MAX, DBL_MIN, double(FLT_MAX), double(FLT_MIN), 1e22, 1e23})
-        values.push_back(value);
-    for (double power = 1e-300; power < 1e300; power *= 10)
-        values.push_back(power);
-    for (std::size_t i = values.size(); i-- > 0;)
-        values.push_back(-values[i]);
-    return values;
-}
-
 TEST(TextNumbers, AreThoseOfTheCLibrary) {
     expectNumbersAsTheCLibrary(edgeValues());
     std::mt19937_64 random(1);
@@ -323,5 +282,3 @@ TEST(TextNumbers, FollowTheDecimalPointOfTheLocale) {
     if (!set)
         GTEST_SKIP() << "no locale with a decimal comma can be made here";
 }
-
-} // namespace

@@ -6,8 +6,6 @@
 
 #include "IO/formats/PacketFileSupport.h"
 
-namespace {
-
 using namespace packets;
 
 TEST(PacketRegistry, NumbersTypesInTheOrderTheyCome) {
@@ -32,23 +30,6 @@ TEST(PacketRegistry, NumbersTypesInTheOrderTheyCome) {
     registry.writeRegistry(output.stream, false);
     EXPECT_EQ(output.bytes(), "   0 early\n   1 packetFile_string\n   2 packetFile_EOF\n"
                               "   3 mesh\n   4 light\n@\n@\n");
-}
-
-TEST(PacketRegistry, KnowsReadersTypesByNameUntilAFileNumbersThem) {
-    Registry registry(true, {{"mesh", nullptr}});
-    registry.init();
-    EXPECT_EQ(registry.lookup("mesh")->getId(), -1);
-    EXPECT_EQ(registry.lookup(0), nullptr);
-
-    Input first("   7 stranger\n   8 mesh\n@\n   0 mesh\n   1 another\n@\n");
-    EXPECT_EQ(registry.readRegistry(first.stream), 0);
-    EXPECT_EQ(registry.lookup("stranger")->getId(), 0); // a position, whatever the line's number
-    EXPECT_EQ(registry.lookup("mesh")->getId(), 1);
-    EXPECT_EQ(registry.numTypes(), 4);
-
-    EXPECT_EQ(registry.readRegistry(first.stream), 0);
-    EXPECT_EQ(registry.lookup("mesh")->getId(), 1); // numbered once and for all
-    EXPECT_EQ(registry.lookup("another")->getId(), 2);
 }
 
 TEST(PacketRegistry, RefusesListsThatItCannotFollow) {
@@ -151,5 +132,3 @@ TEST(SimplePacketRegistry, ReadsByPlainFunctions) {
     EXPECT_EQ(registry.lookup("counted")->getNumUsages(), 4);
     EXPECT_EQ(registry.lookup("packetFile_EOF")->getNumUsages(), 2);
 }
-
-} // namespace
