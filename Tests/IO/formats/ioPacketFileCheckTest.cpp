@@ -66,7 +66,10 @@ TEST(PacketFileCheck, PassesWholeFilesAloneAndAlwaysEnds) {
             }
     }
     EXPECT_EQ(check(textHeader + "@\n" + std::string(100000, '#')), ioBadFile);
-    EXPECT_EQ(check("^@\n1\n1 4 1\n1 2 4 8 4 8 8\n@\n@\n"), ioBadFile); // a method of its own
+    Input unknown("^@\n1\n1 4 1\n1 2 4 8 4 8 8\n@\n" + thingTypes); // a method of its own
+    Listing listing;
+    EXPECT_EQ(ioPacketFileCheck(unknown.stream, &listing), ioBadFile);
+    EXPECT_EQ(listing.text, ""); // not even started
     EXPECT_EQ(check(files[0].substr(0, files[0].size() - 4) + bytes("FFFFFF7F")), ioBadFile);
 }
 

@@ -223,14 +223,14 @@ TEST(PacketFile, RefusesAListThatNumbersTypesOtherwiseThanItsRegistry) {
     const std::string light =
         "   0 packetFile_string\n   1 packetFile_EOF\n   2 light\n   3 mesh\n@\n";
     const std::string onlyLight = "   7 packetFile_string\n   8 packetFile_EOF\n   9 light\n@\n";
+    const std::string lastAlike =
+        "   0 packetFile_EOF\n   1 packetFile_string\n   2 mesh\n   3 light\n@\n";
     const struct {
         std::string first, second;
         ioStatus status;
-    } cases[] = {{mesh, mesh, ioOK},
-                 {mesh, light, ioBadFile},
-                 {mesh, onlyLight, ioBadFile},
-                 {onlyLight, onlyLight, ioOK},
-                 {onlyLight, mesh, ioBadFile}};
+    } cases[] = {{mesh, mesh, ioOK},           {mesh, light, ioBadFile},
+                 {mesh, lastAlike, ioBadFile}, {mesh, onlyLight, ioBadFile},
+                 {onlyLight, onlyLight, ioOK}, {onlyLight, mesh, ioBadFile}};
     for (const auto& [first, second, status] : cases) {
         int packets = 0;
         const Read read = [&](ioClientReadContext&) { ++packets; };

@@ -359,7 +359,27 @@ TEST(PacketFormats, GrowWithTheirContents) {
     }
 }
 
-/// The same files by hand, with what a reader makes of them: the status, and how often it is
+TEST(PacketFormats, SwapArraysOfAnyLength) {
+    for (const int count : {1023, 1024, 1025, 3000}) {
+        std::vector<std::uint16_t> values(static_cast<std::size_t>(count)), read(values);
+        std::string body;
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            values[i] = static_cast<std::uint16_t>(7 * i);
+            body += {static_cast<char>(values[i] >> 8), static_cast<char>(values[i])};
+        }
+        std::string packet = bytes("00000002 00000000 00000000") + body + bigEndianEnd;
+        packet[10] = static_cast<char>(body.size() >> 8);
+        packet[11] = static_cast<char>(body.size());
+        EXPECT_EQ(readFile(bigEndianHeader + thingTypes + packet,
+                           [&](ioClientReadContext& client) {
+                               client.readUShortArray(read.data(), count);
+                           }),
+                  ioOK);
+        EXPECT_EQ(read, values);
+    }
+}
+
+/// Files by hand, with what a reader makes of them: the status, and how often it is
 /// called.
 TEST(PacketFormats, PassOverReservedPacketsAndRefuseWhatCannotBe) {
     const struct {

@@ -21,16 +21,17 @@ public:
     void close() override {}
     void write(const char*, int) override {}
     int read(char* destination, int n) override {
-        ended_ = ended_ || !next_ || next_->readData(destination, n) < n;
-        if (ended_)
+        if (next_ && next_->readData(destination, n) == n) {
+            ++count_;
+        } else { // and so it stays, since statuses do
             *destination = '@';
-        count_ = ended_ ? -1 : count_ + 1;
+            count_ = -1;
+        }
         return n;
     }
 
 private:
     std::int64_t& count_; // of the bytes handed on; -1 behind the end
-    bool ended_ = false;
 };
 
 /// Reads header and list of types and returns their size; -1 if the stream ends in them.
