@@ -34,15 +34,28 @@ private:
     std::int64_t& count_; // of the bytes handed on; -1 behind the end
 };
 
+/// Puts the guard on a stream for as long as it lives itself.
+class Guarded {
+public:
+    Guarded(ioBufferedStreamInput& stream, std::int64_t& count) : stream_(stream) {
+        stream.addBufferToChain(new EndGuard(count));
+    }
+    Guarded(const Guarded&) = delete;
+    Guarded& operator=(const Guarded&) = delete;
+    ~Guarded() { stream_.popBufferChain(); }
+
+private:
+    ioBufferedStreamInput& stream_;
+};
+
 /// Reads header and list of types and returns their size; -1 if the stream ends in them.
 std::int64_t readStart(ioBufferedStreamInput& stream, ioHeader& header, ioPacketRegistry& types) {
     std::int64_t size = 0;
-    stream.addBufferToChain(new EndGuard(size));
+    const Guarded guarded(stream, size);
     if (header.readHeader(stream)) {
         types.init();
         header.valid = types.readRegistry(stream) == 0 && !types.isMisnumbered();
     }
-    stream.popBufferChain();
     return size;
 }
 
