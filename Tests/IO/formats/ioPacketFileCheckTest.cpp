@@ -62,7 +62,7 @@ TEST(PacketFileCheck, PassesWholeFilesAloneAndAlwaysEnds) {
                 damaged[at] = static_cast<char>(damaged[at] ^ change);
                 // What passes keeps no reader waiting (but a value of a debug file may end it).
                 if (check(damaged) == ioOK && file != files[3] && file != files[4])
-                    readFile(damaged, nullptr);
+                    Reader<>(damaged, {{"packetFile_string", nullptr}}).client.readFile();
             }
     }
     EXPECT_EQ(check(textHeader + "@\n" + std::string(100000, '#')), ioBadFile);
