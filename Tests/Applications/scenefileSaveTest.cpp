@@ -10,7 +10,7 @@
 #include "Support/FaultTrial.h"
 #include "Support/OrdinaryUser.h"
 
-#include "replaceFile.h"
+#include "save/save.h"
 #include "scenefileFixture.h"
 
 using testing::AllOf;
@@ -37,7 +37,7 @@ protected:
     int endBy(int signal) const {
         const pid_t child = fork();
         if (child == 0) {
-            scenefile::replaceFile(path("made"), [&](int descriptor) {
+            scenefile::saveFile(scenefile::Target(path("made")), [&](int descriptor) {
                 if (write(descriptor, "a part", 6) == 6)
                     kill(getpid(), signal);
             });
@@ -169,7 +169,7 @@ TEST_F(Scenefile, PrintsAndComparesTheDigestOfADocument) {
         int code;
         const char* message;
     } failures[] = {
-        {{"--hash", document, "--expect", byFile}, 1, "another one"},
+        {{"--hash", document, "--expect", byFile}, 1, "does not have this digest"},
         {{"--hash", document, "--expect", byText.substr(1)}, 2, "no digest"},
         {{"--hash", document, "--expect=" + std::string(64, 'A')}, 2, "no digest"},
         {{"--hash", path("none")}, 1, "File does not exist"},

@@ -163,13 +163,13 @@ TEST_F(Scenefile, SkipsAndCountsUnsupportedStatementsOnRequest) {
     folder_.write("in.obj", "v 0 0 0\nlod 1\nvp 1 2\nlod 2\np 1\n");
     const Result result = run({"import", path("in.obj"), path("d"), "--skip-unsupported"});
     EXPECT_EQ(result.code, 0);
-    EXPECT_THAT(result.out, AllOf(HasSubstr("lod (2 times)"), HasSubstr("vp (1 times)")));
+    EXPECT_THAT(result.out, AllOf(HasSubstr("lod (2 times)"), HasSubstr("vp (1 time)")));
 }
 
 TEST_F(Scenefile, SaysWhenATextDocumentRoundsNumbers) {
     folder_.write("in.obj", "v 0.1 0.30000000000000004 1\n");
     EXPECT_THAT(run({"import", path("in.obj"), path("d"), "--method=text"}).out,
-                HasSubstr("1 numbers were rounded"));
+                HasSubstr("1 number rounded"));
     EXPECT_THAT(run({"import", path("in.obj"), path("d")}).out, Not(HasSubstr("rounded")));
 }
 

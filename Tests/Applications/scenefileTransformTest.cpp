@@ -127,7 +127,7 @@ TEST_F(Transform, KeepsTheDocumentsMethodAndIsTakenBack) {
     }
     importText(fullModel, "text");
     EXPECT_THAT(run({"transform", path("made"), "--rotate", "30,1,1,1"}).out,
-                HasSubstr(" numbers were rounded to the 16 digits"));
+                HasSubstr(" numbers rounded to the 16 digits"));
 }
 
 TEST_F(Transform, ShowsTheBoundsThatAnExportHas) {
