@@ -39,10 +39,6 @@ void writeText(ioWriteContext& out, const char* type, const std::string& text) {
     out.endPacket();
 }
 
-std::string lineText(int number) {
-    return "The rain in line " + std::to_string(number) + " falls on and on and never ends at all.";
-}
-
 /// Nothing pops the filters: close() completes what they hold.
 ioStatus save(const zeString::IString& path) {
     ioSimplePacketRegistry types(false);
@@ -55,7 +51,9 @@ ioStatus save(const zeString::IString& path) {
     writeText(*out, titleType, "A long poem");
     pushFilters(stream); // Between two packets.
     for (int number = 1; number <= 500; ++number)
-        writeText(*out, lineType, lineText(number));
+        writeText(*out, lineType,
+                  "The rain in line " + std::to_string(number) +
+                      " falls on and on and never ends at all.");
     out->endFile();
     stream.close();
     out->promoteStreamStatus(stream); // A failure in close() counts as well.
@@ -95,15 +93,15 @@ struct Poem : ioClientReadContext {
 };
 
 void readTitle(ioClientReadContext& in) {
-    const char* text = in.readCString();
-    std::printf("title: %s\n", text != nullptr ? text : "");
+    if (const char* text = in.readCString())
+        std::printf("title: %s\n", text);
     pushFilters(static_cast<Poem&>(in).stream);
 }
 
 void readLine(ioClientReadContext& in) {
     Poem& poem = static_cast<Poem&>(in);
-    const char* text = in.readCString();
-    poem.lastLine = text != nullptr ? text : "";
+    if (const char* text = in.readCString())
+        poem.lastLine = text;
     ++poem.lines;
 }
 
@@ -121,8 +119,7 @@ ioStatus load(const zeString::IString& path) {
     Poem poem(in.get(), stream);
     const ioStatus status = poem.readFile();
     stream.close();
-    if (status == ioOK)
-        std::printf("%d lines, the last is: %s\n", poem.lines, poem.lastLine.c_str());
+    std::printf("%d lines, the last is: %s\n", poem.lines, poem.lastLine.c_str());
     return status;
 }
 
@@ -132,10 +129,6 @@ const char* message(ioStatus status) {
         return "the checksum is wrong, the file is damaged";
     case ioBadFile:
         return "not a complete packet file";
-    case ioDiskFull:
-        return "the disk is full";
-    case ioOpenError:
-        return "cannot be opened";
     default:
         return "cannot be read or written";
     }
@@ -151,9 +144,8 @@ int main(int argc, char** argv) {
     }
     const zeString::IString path(argv[2], zeString::EncodingUTF8);
     const ioStatus status = command == "save" ? save(path) : load(path);
-    if (status != ioOK) {
-        std::fprintf(stderr, "filters: %s: %s\n", argv[2], message(status));
-        return 1;
-    }
-    return 0;
+    if (status == ioOK)
+        return 0;
+    std::fprintf(stderr, "filters: %s: %s\n", argv[2], message(status));
+    return 1;
 }

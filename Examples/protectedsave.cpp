@@ -59,15 +59,16 @@ long copyInput(int descriptor) {
     }
 }
 
-/// Writes a new file and waits until it is on disk. Every step can fail for want of room, close()
-/// included; only the caller can know that, so only the caller decides about finalize().
+/// Writes a new file and waits until it is on disk. Every step can fail because the disk is full,
+/// close() included: finalize() is called only if none did. The file gets the rights of any new
+/// file; a program that keeps those of the old one sets them here, by fchmod().
 long writeFile(const char* name) {
     zeUtil::Descriptor file(
         zeUtil::retried([&] { return open(name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666); }));
     if (!file.isOpen())
         return -1;
     const long total = copyInput(file.get());
-    if (total < 0 || fsync(file.get()) != 0 || file.close() != 0)
+    if (total < 0 || zeUtil::retried([&] { return fsync(file.get()); }) != 0 || file.close() != 0)
         return -1;
     return total;
 }
@@ -92,8 +93,7 @@ int main(int argc, char** argv) {
                               ? "it cannot be written"
                               : "there is no place for a temporary file");
 
-    // Whoever returns before finalize() abandons the save: the destructor deletes the temporary
-    // file.
+    // A return before finalize() abandons the save: the destructor deletes the temporary file.
     const long total = writeFile(save.getTempFilename().path().asUTF8());
     if (total < 0)
         return fail(name, std::strerror(errno));

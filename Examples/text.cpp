@@ -20,10 +20,8 @@
 #include <cstdio>
 #include <vector>
 
-#include "Base/Strings/zeStringCharacter.h"
 #include "Base/Strings/zeStringIString.h"
 #include "Base/Strings/zeUtilSplit.h"
-#include "Base/Utility/zeUtilError.h"
 
 namespace {
 
