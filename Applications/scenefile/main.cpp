@@ -3,7 +3,7 @@
 #include <csignal>
 #include <iostream>
 
-#include "command/commands.h"
+#include "command/command.h"
 
 int main(int argc, char** argv) {
     // A limit on the size of files, or a closed pipe, is then an error of the write that meets it,

@@ -13,7 +13,7 @@
 
 #include "Support/TempFolder.h"
 
-#include "command/commands.h"
+#include "command/command.h"
 
 /// Runs scenefile within this process, in a folder of its own.
 class Scenefile : public testing::Test {

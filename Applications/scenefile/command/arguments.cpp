@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 
-#include "command/arguments.h"
-
 #include <charconv>
 #include <utility>
 
+#include "command/command.h"
 #include "failure.h"
 
 namespace scenefile {

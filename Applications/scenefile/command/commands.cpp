@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
 
-#include "command/commands.h"
-
 #include <unistd.h>
 
 #include <algorithm>
@@ -9,15 +7,12 @@
 #include <optional>
 #include <ostream>
 
-#include "command/arguments.h"
-#include "command/hash.h"
-#include "command/report.h"
+#include "command/command.h"
 #include "document/document.h"
 #include "failure.h"
 #include "obj/obj.h"
 #include "save/save.h"
 #include "scene/scene.h"
-#include "scene/transform.h"
 #include "terminal.h"
 
 namespace scenefile {

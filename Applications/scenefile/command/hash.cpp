@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
 
-#include "command/hash.h"
-
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -11,6 +9,7 @@
 #include "Base/OS/zeOSFileHash.h"
 #include "Base/Strings/zeStringCString.h"
 
+#include "command/command.h"
 #include "failure.h"
 #include "save/save.h"
 

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
 
-#include "command/report.h"
-
 #include <cstdio>
 #include <iomanip>
 #include <ostream>
@@ -9,7 +7,8 @@
 
 #include "Base/Linear/zeLinearMatrix.h"
 
-#include "scene/transform.h"
+#include "command/command.h"
+#include "scene/scene.h"
 #include "terminal.h"
 
 namespace scenefile {

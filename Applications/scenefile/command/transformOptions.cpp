@@ -9,9 +9,9 @@
 #include "Base/Linear/zeLinearTolerance.h"
 #include "Base/Linear/zeLinearVector.h"
 
-#include "command/arguments.h"
+#include "command/command.h"
 #include "failure.h"
-#include "scene/transform.h"
+#include "scene/scene.h"
 
 namespace scenefile {
 

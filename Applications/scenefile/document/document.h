@@ -7,16 +7,19 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "Base/IO/ioBuffer.h"
 #include "Base/IO/ioHeader.h"
 
-#include "document/documentFile.h"
-#include "document/documentFilters.h"
 #include "scene/scene.h"
 
 namespace scenefile {
+
+class DocumentFile;
 
 /// The packet types of a document, besides the end that every packet file has.
 namespace packetType {
@@ -27,7 +30,31 @@ inline constexpr const char* group = "scenefile_group";
 inline constexpr const char* material = "scenefile_material";
 inline constexpr const char* vertices = "scenefile_vertices";
 inline constexpr const char* string = "packetFile_string";
+inline constexpr const char* filters = "scenefile_filters";
 } // namespace packetType
+
+/// What the packets of a document go through on their way to the file. A packet file does not say
+/// which filters were used: so a document that has any announces them in its first packet, by a
+/// string with their names, and everything behind it goes through them.
+///
+/// The order of the filters is fixed, from the file upward. The checksum covers every byte as it
+/// lies in the file, so that no other filter meets a damaged one. Enciphered bytes have no patterns
+/// left to compress, so the compression comes on top.
+struct DocumentFilters {
+    bool checksum = false;
+    bool encrypt = false;
+    bool compress = false;
+
+    bool any() const { return checksum || encrypt || compress; }
+    /// "checksum encrypt compress", or those of them that are used.
+    std::string words() const;
+    /// The filters with these words, if there are any.
+    static std::optional<DocumentFilters> fromWords(std::string_view words);
+    /// Pushes them onto a stream that stands behind the packet which announces them.
+    void push(ioBufferedStream& stream) const;
+    /// The same; a packet of text is followed by a newline, which is read first.
+    void push(ioBufferedStreamInput& stream, bool isText) const;
+};
 
 /// How a document is written.
 struct DocumentForm {

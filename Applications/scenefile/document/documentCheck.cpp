@@ -3,6 +3,7 @@
 #include "Base/IO/ioPacketFile.h"
 
 #include "document/document.h"
+#include "document/documentFile.h"
 #include "failure.h"
 
 namespace scenefile {

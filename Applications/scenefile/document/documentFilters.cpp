@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-#include "document/documentFilters.h"
+#include "document/document.h"
 
 namespace scenefile {
 

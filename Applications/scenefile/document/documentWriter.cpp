@@ -15,6 +15,7 @@
 #include "document/document.h"
 #include "failure.h"
 #include "save/save.h"
+#include "terminal.h"
 
 namespace scenefile {
 

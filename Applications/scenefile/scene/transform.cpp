@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
 
-#include "scene/transform.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -11,6 +9,8 @@
 
 #include "Base/Linear/zeLinearMatrix.h"
 #include "Base/Linear/zeLinearPoint.h"
+
+#include "scene/scene.h"
 
 namespace scenefile {
 
