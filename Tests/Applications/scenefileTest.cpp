@@ -270,13 +270,17 @@ TEST_F(Scenefile, HasAManPageWithTheOptionsOfItsHelp) {
 }
 
 TEST_F(Scenefile, FollowsALinkToTheDocument) {
-    folder_.write("d", "old");
     std::filesystem::create_symlink("d", path("link"));
     folder_.write("in.obj", "v 0 0 0\n");
-    ASSERT_EQ(command("import @in.obj @link").code, 0);
-    EXPECT_TRUE(std::filesystem::is_symlink(path("link")));
-    EXPECT_THAT(folder_.read("d"), StartsWith("^@\n"));
-    EXPECT_THAT(filesInFolder(), ElementsAre("d", "in.obj", "link"));
+    for (const char* old : {"old", ""}) {
+        if (*old != '\0')
+            folder_.write("d", old);
+        ASSERT_EQ(command("import @in.obj @link").code, 0);
+        EXPECT_TRUE(std::filesystem::is_symlink(path("link")));
+        EXPECT_THAT(folder_.read("d"), StartsWith("^@\n"));
+        EXPECT_THAT(filesInFolder(), ElementsAre("d", "in.obj", "link"));
+        std::filesystem::remove(path("d"));
+    }
 }
 
 TEST_F(Scenefile, WritesOnlyToFiles) {

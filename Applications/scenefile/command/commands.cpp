@@ -63,7 +63,7 @@ void importModel(const Call& call) {
         call.out << "skipped: " << keyword << " (" << counted(count, "time") << ")\n";
 }
 
-/// What is new acts last, on the scene as show prints its bounds.
+/// The new steps act last, on the scene whose bounds show prints.
 void transform(const Call& call) {
     if (call.arguments.options.empty())
         throw UsageError("transform needs --rotate, --scale or --translate");

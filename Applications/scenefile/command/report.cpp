@@ -21,7 +21,7 @@ std::string triple(const double* numbers) {
     return text;
 }
 
-/// Rows: where the axes go, and the translation. Nothing for the identity.
+/// The rows: images of the axes, and the translation. Nothing for the identity.
 void showTransform(const Node& node, const char* indent, std::ostream& out) {
     if (node.transform == zeLinear::AffineMatrix::Identity)
         return;

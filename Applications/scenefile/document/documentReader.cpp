@@ -190,7 +190,7 @@ T* Loader::define(std::vector<std::unique_ptr<T>>& owner) {
     return object;
 }
 
-/// Reads a reference to an object of the kind T, and has `assign` called with it at the end.
+/// Reads a reference to an object of type T; resolveLinks() calls `assign` with the object.
 template<class T, class Assign>
 void Loader::link(const char* what, bool optional, Assign assign) {
     const int reference = readReference();
@@ -413,7 +413,7 @@ void Loader::readString() {
 
 // Types.
 
-/// A type whose packets one of the loader's operations reads.
+/// A type whose packets are read by one of the loader's operations.
 class ReadingType : public ioPacketType {
 public:
     ReadingType(const char* name, void (Loader::*operation)())

@@ -36,7 +36,7 @@ std::int64_t sizeOf(std::FILE* file) {
     return file != nullptr && fstat(fileno(file), &status) == 0 ? status.st_size : 0;
 }
 
-/// Cuts a comment that begins at `start` or behind, and the blanks at the end.
+/// Cuts off a comment that begins at `start` or later, and the blanks at the end.
 void trim(std::string& text, std::size_t start) {
     for (std::size_t at = text.find('#', start); at != std::string::npos;
          at = text.find('#', at + 1))
@@ -47,7 +47,7 @@ void trim(std::string& text, std::size_t start) {
     text.resize(text.find_last_not_of(blanks) + 1); // npos + 1 is 0
 }
 
-/// Takes the backslashes off the end; true if there were any.
+/// Removes the backslashes at the end; true if there were any.
 bool takeContinuation(std::string& text) {
     const std::size_t size = text.size();
     text.resize(text.find_last_not_of('\\') + 1);

@@ -155,7 +155,7 @@ void Reader::vertex() {
     vertices.positions.insert(vertices.positions.end(), values.begin(), values.begin() + 3);
 }
 
-/// Texture coordinates that are left out are 0; all of a file get as many as the longest has.
+/// Texture coordinates that are left out are 0; all vertices of a file get as many as the longest.
 void Reader::textureVertex() {
     std::array<double, 6> values = {};
     const int count = numbers(values, 1, 3);
@@ -275,7 +275,7 @@ void Reader::element(ElementKind kind) {
     checkRoom(meshNumbers_);
 }
 
-/// The last run of the mesh if the element fits in, or else a new one.
+/// The last run of the mesh if the element fits, or else a new one.
 Run& Reader::runFor(ElementKind kind, std::string_view firstCorner) {
     Run wanted;
     wanted.kind = kind;
@@ -295,7 +295,7 @@ Run& Reader::runFor(ElementKind kind, std::string_view firstCorner) {
     return runs.back();
 }
 
-/// "v", "v/vt", "v//vn" or "v/vt/vn", as the first corner of the element is.
+/// "v", "v/vt", "v//vn" or "v/vt/vn", in the form of the element's first corner.
 void Reader::corner(std::string_view word, Run& run) {
     std::string_view parts[3];
     int count = 0;

@@ -30,7 +30,7 @@ zeUtil::Descriptor createFile(const std::string& name) {
         [&] { return open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600); })));
 }
 
-/// Only when all of this went well is the content known to be on disk.
+/// Throws a Failure unless the content is on disk.
 void completeFile(zeUtil::Descriptor& file, mode_t rights) {
     checked(fchmod(file.get(), rights));
     checked(zeUtil::retried([&] { return fsync(file.get()); }));

@@ -22,12 +22,16 @@ std::optional<struct stat> look(const std::string& path) {
     return status;
 }
 
-/// The path without links, up to the last name that exists.
+/// The path without links. What a link points at may be missing: it is made then.
 std::string withoutLinks(const std::string& path, bool exists, std::error_code& error) {
     if (exists)
         return fs::canonical(path, error);
     const fs::path given(path);
     const fs::path folder = given.has_parent_path() ? given.parent_path() : ".";
+    std::error_code isNoLink;
+    const fs::path target = fs::read_symlink(given, isNoLink);
+    if (!isNoLink)
+        return withoutLinks(folder / target, false, error);
     return fs::canonical(folder, error) / given.filename();
 }
 
@@ -40,10 +44,12 @@ Target::Target(const std::string& path)
         return;
     }
     before_ = look(path);
-    const int reason = before_ ? 0 : errno;
-    std::error_code error;
-    path_ = withoutLinks(path, before_.has_value(), error);
-    error_ = reason != 0 && reason != ENOENT ? reason : error.value();
+    error_ = before_ || errno == ENOENT ? 0 : errno;
+    if (error_ == 0) {
+        std::error_code error;
+        path_ = withoutLinks(path, before_.has_value(), error);
+        error_ = error.value();
+    }
 }
 
 bool Target::isSameFile(const std::string& other) const {
@@ -53,7 +59,7 @@ bool Target::isSameFile(const std::string& other) const {
     return found && found->st_dev == before_->st_dev && found->st_ino == before_->st_ino;
 }
 
-/// A file in its place has another number, and a change of it another time.
+/// A file that replaced it has another number, and a changed one another time.
 bool Target::isAsItWas() const {
     const auto identity = [](const struct stat& file) {
         return std::tuple(file.st_dev, file.st_ino, file.st_size, file.st_mtim.tv_sec,

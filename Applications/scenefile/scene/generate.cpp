@@ -9,7 +9,7 @@ namespace scenefile {
 
 namespace {
 
-/// Rounded to six places, as models mostly are; no zero is negative.
+/// Rounds to six places, as most models are, and makes zeros positive.
 void append(std::vector<double>& list, std::initializer_list<double> numbers) {
     for (double number : numbers)
         list.push_back(std::round(number * 1e6) / 1e6 + 0.0);
@@ -31,7 +31,7 @@ Mesh& addObject(Scene& scene, const char* name) {
     return *node->mesh;
 }
 
-/// An element of positions alone.
+/// An element that has positions only.
 void addElement(Run& run, std::initializer_list<int> positions) {
     run.sizes.push_back(static_cast<int>(positions.size()));
     run.positions.insert(run.positions.end(), positions);

@@ -84,7 +84,7 @@ std::string checkVertices(const Vertices& vertices) {
     return {};
 }
 
-/// `count` is what the indices may go up to, without reaching it.
+/// Each index must be below `count`.
 std::string checkIndices(const std::vector<int>& indices, int count, const char* what) {
     for (int index : indices)
         if (index < 0 || index >= count)
@@ -185,8 +185,8 @@ bool allInRange(const zeLinear::AffineMatrix& matrix) {
     return allInRange(entries, largestInTransform);
 }
 
-/// Whether positions up to `farthest` stay in range. None of them meets a larger product or sum on
-/// its way than the farthest does where nothing cancels.
+/// Whether positions up to `farthest` stay in range. With the magnitudes of all entries nothing
+/// cancels, so that no position leads to a larger product or sum than the farthest one.
 bool keepsInRange(const zeLinear::AffineMatrix& matrix, const zeLinear::Point& farthest) {
     double magnitudes[12];
     matrix.get(magnitudes);

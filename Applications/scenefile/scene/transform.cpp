@@ -58,7 +58,7 @@ Range3d sceneBounds(const Scene& scene) {
 
 namespace {
 
-/// A transform, and what it does to all that is no position.
+/// A transform of positions, and what follows from it for normals and faces.
 struct Placement {
     AffineMatrix positions;
     AffineMatrix normals;
@@ -71,19 +71,19 @@ struct Placement {
     }
 };
 
-/// Which placement each item of a list takes, by its number. An item belongs to the first that asks
-/// for it, and others get copies.
+/// Which placement applies to each item of a list. An item belongs to the first placement that uses
+/// it; others get copies.
 class Assignment {
 public:
     explicit Assignment(std::size_t count) : placements_(count, nobody) {}
 
-    /// Makes indices into the list lead to what a placement takes.
+    /// Changes indices into the list so that they lead to the items of a placement.
     void assign(std::vector<int>& indices, int placement) {
         for (int& index : indices)
             index = assigned(index, placement);
     }
 
-    /// Adds the copies to numbers of the items, `size` for each; to none if there are none.
+    /// Adds copies to the numbers of the items, `size` for each; nothing if there are no numbers.
     void addCopies(std::vector<double>& numbers, std::size_t size) const {
         if (numbers.empty())
             return;
@@ -92,7 +92,7 @@ public:
                 numbers.push_back(numbers[size * static_cast<std::size_t>(source) + i]);
     }
 
-    /// That of an item that nobody asked for is the first.
+    /// The first placement for an item that no mesh uses.
     std::size_t placementOf(std::size_t item) const {
         return static_cast<std::size_t>(std::max(placements_[item], 0));
     }
