@@ -54,6 +54,8 @@ conversion, containers, signals, files and saves that never cost the old
 document, documents of typed packets with filters, and linear algebra.
 This package holds the library that programs run with."
   PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
+install(FILES cmake/debian/lintian-overrides RENAME ${runtime_package}
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides COMPONENT Runtime EXCLUDE_FROM_ALL)
 ze_package(Development libzebase-dev libdevel "foundation library for Linux applications (development files)
 zeBase holds what applications and their plug-ins share: strings and their
 conversion, containers, signals, files and saves that never cost the old
