@@ -15,10 +15,12 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS $<TARGET_FILE_DIR:zeBase>)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/Components/Base)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian/compress-man-pages.cmake)
 set(CPACK_DEBIAN_PACKAGE_SOURCE zebase)
 
 # ze_package(<Component> <package> <section> <description> [NAME VALUE]...): what one package holds and
@@ -65,6 +67,7 @@ This package holds the headers, and what CMake and pkg-config need."
 if(ZEBASE_APPLICATIONS)
   ze_package(Tools zebase-tools utils "programs over the zeBase foundation library
 scenefile keeps models from OBJ files in documents of typed packets, with
-compression, checksums and protected saves, and gets them out again exactly.")
+compression, checksums and protected saves, and gets them out again exactly."
+    PACKAGE_DEPENDS "${runtime_package} (>= ${PROJECT_VERSION})")
 endif()
 include(CPack)
