@@ -3,8 +3,8 @@
 /// @file
 /// The export macros and the version. This header belongs to no area and includes nothing.
 ///
-/// The version of the headers is a set of macros, the version of the library a function: a program may
-/// run with a newer library than it was compiled with. Both are equal in the first two numbers
+/// The version of the headers is a set of macros, the version of the library a function: a program
+/// may run with a newer library than it was compiled with. Both are equal in the first two numbers
 /// while the major version is 0, since the dynamic linker refuses any other library.
 ///
 /// Threads: any thread may call at any time.
