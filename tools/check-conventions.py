@@ -3,7 +3,7 @@
 """Checks what CONTRIBUTING.md asks of each file and no other tool knows.
 
 - A public header has exactly one line of contract that begins with `/// Threads:`, in the comment that
-  opens it.
+  opens it or in that of its class.
 - The TESTs of a test file stand outside of its unnamed namespace, which holds helpers and fixtures.
 """
 import pathlib
@@ -15,10 +15,9 @@ TEST = re.compile(r'(TYPED_)?TEST(_F|_P)?\(')
 
 
 def header_faults(text):
-    contract = re.search(r'^/// @file\n(?:///.*\n)*', text, re.M)
-    lines = re.findall(r'^/// Threads: ', contract.group(), re.M) if contract else []
+    lines = re.findall(r'^/// Threads: ', text, re.M)
     if len(lines) != 1:
-        yield f'{len(lines)} lines of the contract begin with "/// Threads: "; one says which thread may call'
+        yield f'{len(lines)} lines begin with "/// Threads: "; one says which thread may call'
 
 
 def test_faults(text):

@@ -7,7 +7,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 BASE = ROOT / 'Components' / 'Base'
 
 _NAMESPACE = re.compile(r'^(?:inline )?namespace ([\w:]+) \{', re.M)
-_TYPE = re.compile(r'^(?:template <[^{;]*>\s*)?(?P<kind>class|struct|union|enum(?: class)?)'
+_TYPE = re.compile(r'^(?:template ?<[^{;]*>\s*)?(?P<kind>class|struct|union|enum(?: class)?)'
                    r'(?:\s+ZEBASE_\w+|\s+\[\[\w+\]\]|\s+alignas\([^)]*\))*\s+(?P<name>\w+)(?:\s+final)?'
                    r'\s*(?::(?!:)[^;{]*)?\{', re.M)
 _FUNCTION = re.compile(r'^(?!public|protected|private|using|return|typedef|friend|static_assert|namespace|class|struct|enum)'
