@@ -11,7 +11,7 @@ _TYPE = re.compile(r'^(?:template ?<[^{;]*>\s*)?(?P<kind>class|struct|union|enum
                    r'(?:\s+ZEBASE_\w+|\s+\[\[\w+\]\]|\s+alignas\([^)]*\))*\s+(?P<name>\w+)(?:\s+final)?'
                    r'\s*(?::(?!:)[^;{]*)?\{', re.M)
 _FUNCTION = re.compile(r'^(?!public|protected|private|using|return|typedef|friend|static_assert|namespace|class|struct|enum)'
-                       r'[\w\[][^;{}()=#]*?(?<!::)\b(?!operator|__attribute__)(\w+)\((?!\()', re.M)
+                       r'[\w\[][^;{}()=#]*?(?<!::)\b(?!operator|__attribute__|requires\b)(\w+)\((?!\()', re.M)
 
 
 class Header:

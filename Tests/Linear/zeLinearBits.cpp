@@ -59,6 +59,7 @@ private:
 /// Numbers of all sizes, and now and then a special one.
 double number() {
     static std::uint64_t state = 3;
+    using Limits = std::numeric_limits<double>;
     static const double special[] = {0.0,
                                      -0.0,
                                      1.0,
@@ -67,8 +68,8 @@ double number() {
                                      5e-324,
                                      1e-310,
                                      1e200,
-                                     std::numeric_limits<double>::infinity(),
-                                     std::numeric_limits<double>::quiet_NaN()};
+                                     Limits::infinity(),
+                                     Limits::quiet_NaN()};
     state = state * 6364136223846793005U + 1442695040888963407U;
     const std::uint64_t top = state >> 11;
     if (top % 64 == 0)
@@ -78,49 +79,17 @@ double number() {
 
 // Braces and << evaluate from left to right, unlike the arguments of a call.
 
-Vector vector() {
-    return Vector{number(), number(), number()};
-}
-
-Point point() {
-    return Point{number(), number(), number()};
-}
-
-Point2 point2() {
-    return Point2{number(), number()};
-}
-
-Normal normal() {
-    return Normal(vector());
-}
-
-Line line() {
-    return Line{point(), normal()};
-}
-
-ParamLine paramLine() {
-    return ParamLine{point(), vector()};
-}
-
-Plane plane() {
-    return Plane{point(), normal()};
-}
-
-Range3d range() {
-    return Range3d{point(), point()};
-}
-
-Range1d interval() {
-    return Range1d{number(), number()};
-}
-
-Quaternion quaternion() {
-    return Quaternion{number(), number(), number(), number()};
-}
-
-Quaternion rotation() {
-    return Quaternion{number(), normal()};
-}
+const auto vector = [] { return Vector{number(), number(), number()}; };
+const auto point = [] { return Point{number(), number(), number()}; };
+const auto point2 = [] { return Point2{number(), number()}; };
+const auto normal = [] { return Normal(vector()); };
+const auto line = [] { return Line{point(), normal()}; };
+const auto paramLine = [] { return ParamLine{point(), vector()}; };
+const auto plane = [] { return Plane{point(), normal()}; };
+const auto range = [] { return Range3d{point(), point()}; };
+const auto interval = [] { return Range1d{number(), number()}; };
+const auto quaternion = [] { return Quaternion{number(), number(), number(), number()}; };
+const auto rotation = [] { return Quaternion{number(), normal()}; };
 
 ProjMatrix projMatrix() {
     ProjMatrix m;
@@ -130,9 +99,7 @@ ProjMatrix projMatrix() {
     return m;
 }
 
-AffineMatrix matrix() {
-    return AffineMatrix(Promise(), projMatrix());
-}
+const auto matrix = [] { return AffineMatrix(Promise(), projMatrix()); };
 
 template<class F>
 void family(const char* name, F f) {

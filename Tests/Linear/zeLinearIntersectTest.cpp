@@ -3,6 +3,8 @@
 #include "Base/Linear/zeLinearIntersect.h"
 
 #include <array>
+#include <cmath>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -10,71 +12,78 @@ namespace {
 
 using namespace zeLinear;
 
-const Point kOrigin = Point::origin;
+constexpr Point origin = Point::origin;
 
-TEST(LinearLine, ConstructionAndEquality) {
-    EXPECT_FALSE(Line(kOrigin, kOrigin).direction.valid);
-    const ParamLine p(Point(1, 0, 0), Point(1, 0, 4));
-    EXPECT_EQ(Line(p), Line(Point(1, 0, 0), Normal::zAxis));
-    EXPECT_EQ(Normal(p), Normal::zAxis);
-    EXPECT_EQ(Vector(p), Vector(0, 0, 4));
-    EXPECT_EQ(p.eval(0.25), Point(1, 0, 1));
-    EXPECT_EQ(p.projectBounded(Point(9, 9, -5), 0.5, 1), Point(1, 0, 2));
-    EXPECT_EQ((p + Vector(0, 1, 0)).point, Point(1, 1, 0));
-    EXPECT_TRUE(equivalent(Line(p), Line(Point(1, 0, 7), -Normal::zAxis)));
-    EXPECT_FALSE(equivalent(Line(p), Line(Point(1, 1e-11, 7), Normal::zAxis)));
+// Formulas, by values worked out by hand.
+constexpr ParamLine line(Point(1, 0, 0), Point(1, 0, 4));
+static_assert(line == ParamLine(Point(1, 0, 0), Vector(0, 0, 4)) &&
+              line.eval(0.25) == Point(1, 0, 1));
+static_assert((line + Vector(0, 1, 0)).point == Point(1, 1, 0) &&
+              (line - Vector(0, 1, 0)).point == Point(1, -1, 0));
+constexpr Plane ground(Point(0, 0, 1), Normal::zAxis);
+static_assert(ground.calculateD() == -1 && (-ground).eval(Point(7, 7, 5)) == -4);
+static_assert((ground - Vector(0, 0, 3)).eval(origin) == 2);
+
+struct Segments {
+    Point2 a, b, c, d;
+    bool meet;
+    double parameter;
+    bool hasPoint;
+    Point2 point; // only if hasPoint
+    double tol = epsilonTol;
+};
+
+} // namespace
+
+TEST(LinearLine, RunsBothWays) {
+    EXPECT_FALSE(Line(origin, origin).direction.valid);
+    EXPECT_TRUE(equivalent(Line(line), Line(Point(1, 0, 7), -Normal::zAxis)));
+    EXPECT_FALSE(equivalent(Line(line), Line(Point(1, 1e-11, 7), Normal::zAxis)));
     EXPECT_EQ(projectParam(Point(5, 5, 5), ParamLine()), 0);
+    for (auto [z, inBounds] : {std::pair(-5.0, 2.0), {3.0, 3.0}, {9.0, 4.0}})
+        EXPECT_EQ(line.projectBounded(Point(9, 9, z), 0.5, 1), Point(1, 0, inBounds));
 }
 
-TEST(LinearPlane, ConstructionAndEquality) {
-    const Plane plane(Point(0, 0, 2), Point(1, 0, 2), Point(0, 1, 2));
-    EXPECT_EQ(plane, Plane(Point(0, 0, 2), Normal::zAxis));
-    EXPECT_EQ(plane.calculateD(), -2);
-    EXPECT_EQ((-plane).eval(Point(7, 7, 5)), -3);
-    EXPECT_FALSE(Plane(kOrigin, Point(1, 1, 1), Point(2, 2, 2)).isValid());
-    EXPECT_TRUE(equivalent(plane, Plane(Point(5, 5, 2), -Normal::zAxis)));
-    EXPECT_FALSE(equivalent(plane, Plane()));
+TEST(LinearPlane, HasTwoSides) {
+    EXPECT_EQ(Plane(Point(0, 0, 1), Point(1, 0, 1), Point(0, 1, 1)), ground);
+    EXPECT_FALSE(Plane(origin, Point(1, 1, 1), Point(2, 2, 2)).isValid());
+    EXPECT_TRUE(equivalent(ground, Plane(Point(5, 5, 1), -Normal::zAxis)));
+    EXPECT_FALSE(equivalent(ground, Plane(origin, Normal::zAxis)) || equivalent(ground, Plane()));
 }
 
 TEST(ParamPlane, MakesItsVectorsOrthogonal) {
-    const ParamPlane p(kOrigin, Vector(2, 0, 0), Vector(5, 3, 0), false);
-    EXPECT_EQ(p.v, Vector(0, 3, 0));
-    EXPECT_EQ(Normal(p), Normal::zAxis);
-    const ParamPlane q(kOrigin, Point(2, 0, 0), Point(5, 3, 0));
-    EXPECT_EQ(q.v, Vector(0, 2, 0));
+    const ParamPlane p(origin, Vector(2, 0, 0), Vector(5, 3, 0), false);
+    EXPECT_TRUE(p.v == Vector(0, 3, 0) && p.normal == Normal::zAxis);
+    const ParamPlane q(origin, Point(2, 0, 0), Point(5, 3, 0));
     EXPECT_EQ(q.eval(Point2(1, 0.5)), Point(2, 1, 0));
     const ParamPlane n = -q;
-    EXPECT_EQ(n.normal, Normal(cross(n.u, n.v)));
-    EXPECT_EQ(n.v, q.v);
-    EXPECT_TRUE(equivalent(q, q));
-    EXPECT_FALSE(equivalent(q, n));
-    const ParamPlane degenerate(kOrigin, Vector(1, 0, 0), Vector(2, 0, 0), true);
-    EXPECT_FALSE(degenerate.normal.valid);
-    EXPECT_TRUE(std::isnan(degenerate.v.x)); // nothing of v was left to scale
+    EXPECT_TRUE(n.normal == Normal(cross(n.u, n.v)) && n.v == q.v);
+    EXPECT_TRUE(equivalent(q, q) && !equivalent(q, n));
+    const ParamPlane degenerate(origin, Vector(1, 0, 0), Vector(2, 0, 0), true);
+    EXPECT_TRUE(!degenerate.normal.valid && std::isnan(degenerate.v.x)); // nothing of v was left
 }
 
 TEST(LinearIntersect, LinesAndPlanes) {
     bool ok = false;
-    const Plane floor(Point(0, 0, 1), Normal::zAxis);
     const Line level(Point(3, 4, 5), Normal::xAxis);
-    EXPECT_EQ(intersect(level, floor, ok), level.point);
+    EXPECT_EQ(intersect(level, ground, ok), level.point);
     EXPECT_FALSE(ok);
     // A bound that is just met counts.
-    EXPECT_EQ(intersect(Line(kOrigin, Normal::zAxis), floor, ok, 1), Point(0, 0, 1));
+    EXPECT_EQ(intersect(Line(origin, Normal::zAxis), ground, ok, 1), Point(0, 0, 1));
     EXPECT_TRUE(ok);
     // Lines that pass each other still give a point, on the second.
-    EXPECT_EQ(intersect(Line(kOrigin, Normal::xAxis), Line(Point(3, 0, 7), Normal::yAxis), ok),
+    EXPECT_EQ(intersect(Line(origin, Normal::xAxis), Line(Point(3, 0, 7), Normal::yAxis), ok),
               Point(3, 0, 7));
     EXPECT_TRUE(ok);
-    EXPECT_EQ(intersect(level, Line(kOrigin, -Normal::xAxis), ok), level.point);
+    EXPECT_EQ(intersect(level, Line(origin, -Normal::xAxis), ok), level.point);
     EXPECT_FALSE(ok);
 
-    const Line edge = intersect(floor, Plane(Point(2, 0, 0), Normal::xAxis), ok);
+    const Line edge = intersect(ground, Plane(Point(2, 0, 0), Normal::xAxis), ok);
     EXPECT_TRUE(ok);
     EXPECT_EQ(edge, Line(Point(2, 0, 1), Normal::yAxis));
-    EXPECT_EQ(intersect(floor, -floor, ok), Line(floor.point, floor.normal));
+    EXPECT_EQ(intersect(ground, -ground, ok), Line(ground.point, ground.normal));
     EXPECT_FALSE(ok);
-    intersect(floor, Plane(Point(2, 0, 0), Normal::xAxis), Plane(kOrigin, Normal(1, 0, 1)), ok);
+    intersect(ground, Plane(Point(2, 0, 0), Normal::xAxis), Plane(origin, Normal(1, 0, 1)), ok);
     EXPECT_FALSE(ok);
 }
 
@@ -115,15 +124,7 @@ TEST(LinearIntersect, ClassifiesSegments) {
     }
 }
 
-struct Segments {
-    Point2 a, b, c, d;
-    bool meet;
-    double parameter;
-    bool hasPoint;
-    Point2 point; // only if hasPoint
-};
-
-TEST(LinearIntersect, Segments) {
+TEST(LinearIntersect, SegmentsMeetOrNot) {
     const Segments cases[] = {
         {{0, 0}, {2, 2}, {0, 2}, {2, 0}, true, 0.5, true, {1, 1}},
         {{0, 0}, {4, 0}, {1, 0}, {1, 5}, true, 0.25, true, {1, 0}},
@@ -135,39 +136,27 @@ TEST(LinearIntersect, Segments) {
         {{0, 0}, {4, 0}, {4, 0}, {6, 0}, false, -1, false, {}},     // touching in one end
         {{0, 0}, {0, 0}, {-1, 0}, {1, 0}, false, -1, false, {}},    // without length
         {{-1, 0}, {1, 0}, {0, 0}, {0, 0}, false, -1, false, {}},
+        // Collinear segments that overlap by almost nothing share a point.
+        {{0, 0}, {1, 0}, {1 - 1e-13, 0}, {2, 0}, true, 1 - 1e-13, true, {1, 0}},
+        // The tolerance decides what is collinear, but not what is an end.
+        {{0, 0}, {4, 0}, {1, 0.05}, {2, 0.05}, true, 0.25, false, {}, 0.1},
+        {{0, 0}, {4, 0}, {4.5, 0.5}, {5, 1}, false, -1, true, {4, 0}, 0.1},
+        {{0, 0}, {4, 0}, {4.05, 0.05}, {9, 0.05}, false, -1, false, {}, 0.1},
+        // A crossing just beyond an end counts while it is equivalent to the end.
+        {{0, 0}, {1, 0}, {1 + 5e-13, -1}, {1 + 5e-13, 1}, true, 1 + 5e-13, true, {1, 0}},
+        {{0, 0}, {1, 0}, {-5e-13, -1}, {-5e-13, 1}, true, -5e-13, true, {0, 0}},
     };
     for (const Segments& s : cases) {
         SCOPED_TRACE(testing::Message() << "case " << &s - cases);
         double parameter = 7;
         Point2 point;
         bool hasPoint = true;
-        EXPECT_EQ(doLineSegmentsIntersect(s.a, s.b, s.c, s.d, parameter, point, hasPoint), s.meet);
+        EXPECT_EQ(doLineSegmentsIntersect(s.a, s.b, s.c, s.d, parameter, point, hasPoint, s.tol),
+                  s.meet);
         EXPECT_DOUBLE_EQ(parameter, s.parameter);
         EXPECT_EQ(hasPoint, s.hasPoint);
         EXPECT_TRUE(!s.hasPoint || equivalent(point, s.point));
     }
-    // Collinear segments that overlap by almost nothing share a point.
-    double parameter = 0;
-    Point2 point;
-    bool hasPoint = false;
-    EXPECT_TRUE(doLineSegmentsIntersect({0, 0}, {1, 0}, {1 - 1e-13, 0}, {2, 0}, parameter, point,
-                                        hasPoint));
-    EXPECT_TRUE(hasPoint);
-    EXPECT_NEAR(parameter, 1, 1e-12);
-    // The tolerance decides what is collinear, and nothing else: not what is an end.
-    EXPECT_TRUE(doLineSegmentsIntersect({0, 0}, {4, 0}, {1, 0.05}, {2, 0.05}, parameter, point,
-                                        hasPoint, 0.1));
-    EXPECT_EQ(parameter, 0.25);
-    EXPECT_FALSE(hasPoint);
-    EXPECT_FALSE(doLineSegmentsIntersect({0, 0}, {4, 0}, {4.05, 0.05}, {9, 5}, parameter, point,
-                                         hasPoint, 0.1));
-    // A crossing just beyond an end counts while it is equivalent to the end.
-    EXPECT_TRUE(doLineSegmentsIntersect({0, 0}, {1, 0}, {1 + 5e-13, -1}, {1 + 5e-13, 1}, parameter,
-                                        point, hasPoint));
-    EXPECT_GT(parameter, 1);
-    EXPECT_TRUE(doLineSegmentsIntersect({0, 0}, {1, 0}, {-5e-13, -1}, {-5e-13, 1}, parameter, point,
-                                        hasPoint));
-    EXPECT_LT(parameter, 0);
 }
 
 TEST(LinearIntersect, RaysAgainstRectangles) {
@@ -211,15 +200,13 @@ TEST(LinearIntersect, TrianglesAgainstBoxes) {
 }
 
 TEST(LinearIntersect, CollinearPoints) {
-    EXPECT_TRUE(areCollinear(kOrigin, kOrigin, Point(1, 2, 3)));
+    EXPECT_TRUE(areCollinear(origin, origin, Point(1, 2, 3)));
     for (const auto& order : {std::array{0, 1, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}}) {
         // Off the longest side, of length 10, by less and by more than a hundredth of it.
         for (double off : {0.05, 0.2}) {
-            const Point p[] = {kOrigin, Point(10, 0, 0), Point(3, off, 0)};
+            const Point p[] = {origin, Point(10, 0, 0), Point(3, off, 0)};
             const auto at = [&](std::size_t i) { return p[order[i]]; };
             EXPECT_EQ(areCollinear(at(0), at(1), at(2), 0.01), off < 0.1);
         }
     }
 }
-
-} // namespace

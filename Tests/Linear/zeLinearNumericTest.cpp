@@ -5,6 +5,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -13,21 +14,34 @@ namespace {
 
 using namespace zeLinear;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-TEST(LinearNumeric, LeastAndGreatestTakeTheSecondOfANaNPair) {
-    EXPECT_EQ(min(3, 1, 2), 1);
-    EXPECT_EQ(max(3, 1, 4, 2), 4);
-    EXPECT_EQ(min(kNaN, 5, 6), 5);
-    EXPECT_EQ(max(kNaN, 1, 0, -1), 1);
-    EXPECT_TRUE(std::isnan(max(1, 2, kNaN)));
-    EXPECT_EQ(min(1, kNaN, 2), 2);
-}
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 struct Quadratic {
     double a, b, c;
     std::vector<double> roots;
 };
+
+struct Function : evalFunction {
+    explicit Function(std::function<double(double)> f) : f_(std::move(f)) {}
+    double evaluate(double x) override {
+        arguments.push_back(x);
+        return f_(x);
+    }
+
+    std::vector<double> arguments;
+    std::function<double(double)> f_;
+};
+
+} // namespace
+
+TEST(LinearNumeric, LeastAndGreatestTakeTheSecondOfANaNPair) {
+    EXPECT_EQ(min(3, 1, 2), 1);
+    EXPECT_EQ(max(3, 1, 4, 2), 4);
+    EXPECT_EQ(min(notANumber, 5, 6), 5);
+    EXPECT_EQ(max(notANumber, 1, 0, -1), 1);
+    EXPECT_TRUE(std::isnan(max(1, 2, notANumber)));
+    EXPECT_EQ(min(1, notANumber, 2), 2);
+}
 
 TEST(LinearNumeric, SolvesQuadratics) {
     const Quadratic cases[] = {
@@ -39,13 +53,13 @@ TEST(LinearNumeric, SolvesQuadratics) {
         {1, 2, 1, {-1, -1}},
         {1, 2, 3, {}},
         {1, 0, -4, {-2, 2}},
-        {0, kNaN, 1, {}}, // a NaN is neither above a tolerance nor negative
-        {1, 0, kNaN, {}},
-        // Without cancellation the small root is exact: the plain formula gives 7.45e-9.
+        {0, notANumber, 1, {}}, // a NaN is neither above a tolerance nor negative
+        {1, 0, notANumber, {}},
+        // Without cancellation the small root is exact: the textbook formula gives 7.45e-9.
         {1, -1e8, 1, {1e-8, 1e8}},
         // A negative leading coefficient without a linear term is judged by the last alone.
         {-1, 0, 4, {}},
-        {-1, 0, -4, {kNaN, kNaN}},
+        {-1, 0, -4, {notANumber, notANumber}},
     };
     for (const Quadratic& q : cases) {
         double roots[2] = {0, 0};
@@ -61,17 +75,6 @@ TEST(LinearNumeric, SolvesQuadratics) {
         }
     }
 }
-
-struct Function : evalFunction {
-    explicit Function(std::function<double(double)> f) : f_(std::move(f)) {}
-    double evaluate(double x) override {
-        arguments.push_back(x);
-        return f_(x);
-    }
-
-    std::vector<double> arguments;
-    std::function<double(double)> f_;
-};
 
 TEST(Brent, FindsRoots) {
     struct Case {
@@ -120,5 +123,3 @@ TEST(Brent, GivesUpAfterAHundredRounds) {
     EXPECT_EQ(status, 2);
     EXPECT_EQ(jump.arguments.size(), 102U);
 }
-
-} // namespace

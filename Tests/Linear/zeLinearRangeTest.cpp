@@ -12,32 +12,63 @@ namespace {
 
 using namespace zeLinear;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr double infinity = std::numeric_limits<double>::infinity();
 
-/// One range of each dimension, the same on every axis: what is said of one must hold for all.
+/// Ranges of each dimension, the same on every axis: all must behave alike.
 template<class R>
-struct Ranges;
-template<>
-struct Ranges<Range1d> {
-    static Range1d make(double low, double high) { return Range1d(low, high); }
-    static double at(double s) { return s; }
+struct LinearRange : testing::Test {
+    using Corner = decltype(R::low);
+    static Corner at(double s) {
+        return detail::each<Corner>([s] { return s; });
+    }
+    static R make(double low, double high) { return R(at(low), at(high)); }
 };
-template<>
-struct Ranges<Range2d> {
-    static Range2d make(double low, double high) { return Range2d(at(low), at(high)); }
-    static Point2 at(double s) { return Point2(s, s); }
-};
-template<>
-struct Ranges<Range3d> {
-    static Range3d make(double low, double high) { return Range3d(at(low), at(high)); }
-    static Point at(double s) { return Point(s, s, s); }
-};
-
-template<class R>
-class LinearRange : public testing::Test, public Ranges<R> {};
 using AllRanges = testing::Types<Range1d, Range2d, Range3d>;
 TYPED_TEST_SUITE(LinearRange, AllRanges);
+
+// Formulas, by values worked out by hand.
+static_assert(Range1d().size() == -1 && Range1d(9, 2).size() == -1 && Range1d(2, 9).size() == 7);
+static_assert(distance(1, Range1d(3, 4)) == 2 && distance(Range1d(0, 1), Range1d(4, 5)) == 3 &&
+              distance(Range1d(4, 5), Range1d(0, 4.5)) == 0);
+static_assert(Range3d().volume() == -1 && Range3d(Point(1, 1, 1), Point(2, 3, 4)).volume() == 6);
+
+// Clipping to what lies apart leaves an inverted range, which is all of space.
+constexpr Range2d clipped(Range2d range, const Range2d& other) {
+    range.clipTo(other);
+    return range;
+}
+constexpr Range2d wide(Point2(0, 1), Point2(4, 3));
+static_assert(clipped(wide, Range2d()) == wide && clipped(Range2d(), wide) == wide);
+static_assert(clipped(wide, Range2d(Point2(1, 0), Point2(9, 2))) ==
+              Range2d(Point2(1, 1), Point2(4, 2)));
+static_assert(clipped(wide, Range2d(Point2(7, 7), Point2(8, 8))) ==
+              Range2d(Point2(7, 7), Point2(4, 3)));
+static_assert(wide.area() == 8 && Range2d().area() == -1 && Range2d().size() == Vector2(-1, -1));
+
+/// The range after `set(arguments...)`.
+template<class R>
+constexpr R stored(auto... arguments) {
+    R range;
+    range.set(arguments...);
+    return range;
+}
+constexpr float narrow[] = {1, 2, 3};
+constexpr double low[] = {1, 2, 3};
+constexpr double high[] = {4, 5, 6};
+// A literal 0 is a number here, not a null pointer.
+static_assert(stored<Range1d>(0) == Range1d(0, 0) && stored<Range1d>(3L) == Range1d(3, 3) &&
+              stored<Range1d>(low) == Range1d(1, 1) && stored<Range1d>(narrow) == Range1d(1, 1) &&
+              stored<Range1d>(2, 1) == Range1d(2, 1));
+static_assert(stored<Range2d>(0, 0) == Range2d(Point2(0, 0), Point2(0, 0)) &&
+              stored<Range2d>(1, 2.F) == stored<Range2d>(low) &&
+              stored<Range2d>(narrow) == stored<Range2d>(Point2(1, 2)) &&
+              stored<Range2d>(low, high) == Range2d(Point2(1, 2), Point2(4, 5)));
+static_assert(stored<Range3d>(1, 2, 3) == stored<Range3d>(low) &&
+              stored<Range3d>(narrow) == stored<Range3d>(Point(1, 2, 3)) &&
+              stored<Range3d>(low, high) == Range3d(Point(1, 2, 3), Point(4, 5, 6)));
+
+} // namespace
 
 TYPED_TEST(LinearRange, UnboundedHoldsEverything) {
     using R = TypeParam;
@@ -46,7 +77,7 @@ TYPED_TEST(LinearRange, UnboundedHoldsEverything) {
     EXPECT_EQ(r, this->make(1, 0));
     const R box = this->make(2, 5);
     EXPECT_TRUE(r.contains(this->at(1e300)));
-    EXPECT_TRUE(r.contains(this->at(kNaN)));
+    EXPECT_TRUE(r.contains(this->at(notANumber)));
     EXPECT_TRUE(r.contains(box));
     EXPECT_TRUE(r.contains(r));
     EXPECT_FALSE(box.contains(r));
@@ -75,18 +106,18 @@ TYPED_TEST(LinearRange, WidensAndContains) {
     r.include(this->at(5));
     r.include(this->at(-1));
     r.include(this->at(3));
-    r.include(this->at(kNaN));
+    r.include(this->at(notANumber));
     EXPECT_EQ(r, this->make(-1, 5));
     r.include(this->make(4, 7));
     EXPECT_EQ(r, this->make(-1, 7));
     EXPECT_TRUE(r.contains(this->at(-1)) && r.contains(this->at(7)));
     EXPECT_FALSE(r.contains(this->at(7.1)));
     EXPECT_TRUE(r.contains(this->at(7.5), 0.5));
-    EXPECT_FALSE(r.contains(this->at(kNaN)));
+    EXPECT_FALSE(r.contains(this->at(notANumber)));
     EXPECT_TRUE(r.contains(this->make(0, 7)));
     EXPECT_FALSE(r.contains(this->make(0, 8), 0.5));
     EXPECT_EQ(r.mid(), this->at(3));
-    EXPECT_TRUE(this->make(0, kInf).contains(this->at(1e308)));
+    EXPECT_TRUE(this->make(0, infinity).contains(this->at(1e308)));
 }
 
 TYPED_TEST(LinearRange, RangesThatOnlyTouchDoNotIntersect) {
@@ -117,20 +148,7 @@ TYPED_TEST(LinearRange, EquivalenceIsStrict) {
     EXPECT_TRUE(equivalent(R(), R()));
 }
 
-TEST(LinearRange1d, Size) {
-    EXPECT_EQ(Range1d().size(), -1.0);
-    EXPECT_EQ(Range1d(9, 2).size(), -1.0);
-    EXPECT_EQ(Range1d(2, 9).size(), 7);
-    EXPECT_EQ(distance(1, Range1d(3, 4)), 2);
-    EXPECT_EQ(distance(Range1d(0, 1), Range1d(4, 5)), 3);
-    EXPECT_EQ(distance(Range1d(4, 5), Range1d(0, 4.5)), 0);
-    const float value = 3;
-    Range1d r;
-    r.set(&value);
-    EXPECT_EQ(r, Range1d(3, 3));
-}
-
-TEST(LinearRange2d, OnlyTheFirstAxisIsTested) {
+TEST(LinearRanges, TestTheFirstAxisAlone) {
     const Range2d flat(Point2(0, 5), Point2(1, 2)); // inverted in y alone: bounded
     EXPECT_FALSE(flat.isUnbounded());
     EXPECT_FALSE(flat.contains(Point2(0.5, 3)));
@@ -140,37 +158,15 @@ TEST(LinearRange2d, OnlyTheFirstAxisIsTested) {
     EXPECT_EQ(distance(flat, Range2d(Point2(4, 7), Point2(5, 8))), 3);
 }
 
-TEST(LinearRange2d, AreaAndClipping) {
-    Range2d r;
-    EXPECT_EQ(r.area(), -1.0);
-    EXPECT_EQ(r.size(), Vector2(-1, -1));
-    r.setUnordered(Point2(4, 1), Point2(0, 3));
-    EXPECT_EQ(r, Range2d(Point2(0, 1), Point2(4, 3)));
-    EXPECT_EQ(r.area(), 8);
-    r.clipTo(Range2d());
-    EXPECT_EQ(r.area(), 8);
-    r.clipTo(Range2d(Point2(1, 0), Point2(9, 2)));
-    EXPECT_EQ(r, Range2d(Point2(1, 1), Point2(4, 2)));
-    Range2d all;
-    all.clipTo(r);
-    EXPECT_EQ(all, r);
-    all.clipTo(Range2d(Point2(7, 7), Point2(8, 8)));
-    EXPECT_TRUE(all.isUnbounded()); // as it stands: nothing in common, hence all of space
-    EXPECT_EQ(all, Range2d(Point2(7, 7), Point2(4, 2)));
-}
-
-TEST(LinearRange3d, DistancesAreEuclidean) {
+TEST(LinearRanges, HaveEuclideanDistancesAndCorners) {
     const Range3d box(Point(0, 0, 0), Point(1, 1, 1));
     EXPECT_EQ(distance(Point(3, 4, 7), box), 7);
     EXPECT_EQ(distance(box, Range3d(Point(3, 4, 7), Point(9, 9, 9))), 7);
     EXPECT_EQ(distance(Point2(-3, 5), Range2d(Point2(0, 0), Point2(1, 1))), 5);
-    EXPECT_EQ(Range3d().volume(), -1.0);
-    double low[3];
-    double high[3];
-    box.get(low, high);
-    Range3d copy;
-    copy.set(low, high);
-    EXPECT_EQ(copy, box);
+    Range2d unordered;
+    unordered.setUnordered(Point2(4, 1), Point2(0, 3));
+    EXPECT_EQ(unordered, wide);
+    double corners[6];
+    box.get(corners, corners + 3);
+    EXPECT_EQ(stored<Range3d>(corners + 0, corners + 3), box);
 }
-
-} // namespace

@@ -16,6 +16,11 @@
 /// public. A value made without arguments is zero (a Normal is then invalid, a Quaternion the
 /// identity). `operator==` compares the components exactly, so that a NaN is unequal to itself.
 /// Widening to double is implicit; what loses (narrowing to float, dividing by w) is explicit.
+/// Components may be given as any mixture of numbers, `VectorFlt(0.5, 1, 2.F)`: each is converted
+/// by itself, to the nearest value that the type of the component has.
+///
+/// Threads: values are as safe as numbers are; the tolerances that functions read are not locked
+/// (zeLinearTolerance.h).
 ///
 /// Everything short is inline, and is compiled with the flags of the code that includes it. The
 /// results of the forms written here are the same bits on every compiler and at every level of
@@ -55,16 +60,26 @@ struct Point2Flt;
 struct RPoint;
 struct HPoint;
 struct Quaternion;
+struct ParamLine;
 
+/// One of the types that follow.
 template<class T, class... Types>
 concept OneOf = (std::same_as<T, Types> || ...);
 
+/// What a component may be given as: a number of any type, or what converts to one.
+template<class T>
+concept Number = std::convertible_to<T, double>;
+
+/// A tuple.
 template<class T>
 concept AnyTuple = OneOf<T, Tuple2, Tuple3, Tuple4>;
+/// A vector. A Normal is none.
 template<class T>
 concept AnyVector = OneOf<T, Vector, Vector2, VectorFlt, Vector2Flt>;
+/// A position without a weight.
 template<class T>
 concept AnyPoint = OneOf<T, Point, Point2, PointFlt, Point2Flt>;
+/// Any type of the table above.
 template<class T>
 concept AnyComponents =
     AnyTuple<T> || AnyVector<T> || AnyPoint<T> || OneOf<T, Normal, RPoint, HPoint, Quaternion>;
@@ -91,6 +106,26 @@ constexpr int countComponents() {
 /// The number of components: the last of x, y, z, w that the type has; 1 for a bare number.
 template<class T>
 inline constexpr int dimension = countComponents<T>();
+
+/// The arithmetic of components, as function objects.
+struct Plus {
+    template<class S>
+    constexpr S operator()(S a, S b) const {
+        return a + b;
+    }
+};
+struct Minus {
+    template<class S>
+    constexpr S operator()(S a, S b) const {
+        return a - b;
+    }
+};
+struct Negate {
+    template<class S>
+    constexpr S operator()(S a) const {
+        return -a;
+    }
+};
 
 /// A T whose components are `f` of the components of the arguments, each by itself.
 template<class T, class F, class... Ts>

@@ -8,10 +8,10 @@ namespace zeLinear {
 
 namespace {
 
-constexpr double kTolerance = 1e-9;
+constexpr double singularTolerance = 1e-9;
 
 bool vanishes(double s) {
-    return std::fabs(s) < kTolerance;
+    return std::fabs(s) < singularTolerance;
 }
 
 double clampToUnit(double s) {
@@ -19,7 +19,7 @@ double clampToUnit(double s) {
 }
 
 /// The angle, in degrees, of a sine and a cosine that rounding may have carried beyond 1; 0 where
-/// neither says anything.
+/// both vanish.
 double angleOf(double sine, double cosine) {
     const double u = clampToUnit(sine);
     const double v = clampToUnit(cosine);
@@ -41,7 +41,7 @@ Vector eulerAngles(const AffineMatrix& rotation) {
 
 bool stelioDecompose(const AffineMatrix& matrix, Point& translate, Vector& scale, Vector& rotate,
                      Vector& shear) {
-    // Gram-Schmidt on the rows; a row that vanishes is left as it is.
+    // Gram-Schmidt on the rows; a row that vanishes is not scaled.
     Vector a;
     Vector b;
     Vector c;

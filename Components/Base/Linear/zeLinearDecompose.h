@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// Takes a transformation apart into translation, scale, shear and Euler angles.
+/// Splits a transformation into translation, scale, shear and Euler angles.
+///
+/// Threads: a pure function, callable from any thread.
 ///
 /// @code
 /// using namespace zeLinear;
@@ -23,8 +25,8 @@
 namespace zeLinear {
 
 /// Splits `matrix` into factors whose product it is, the first of which acts first: scale, shear,
-/// rotation about x, about y, about z, and translation. To put it together again (what is called
-/// last acts first):
+/// rotation about x, about y, about z, and translation. To multiply them together again (what is
+/// called last acts first):
 ///
 ///     m.translate(translate - Point::origin);
 ///     m.rotateZ(rz); m.rotateY(ry); m.rotateX(rx);
@@ -35,8 +37,8 @@ namespace zeLinear {
 /// `rotate` holds rx, ry, rz in **degrees**; at the poles, where ry is 90 or -90, rz is 0. `shear`
 /// holds xy, xz, yz. Of a matrix that mirrors all three of `scale` are negative, not one.
 ///
-/// @return false if the matrix is singular (by 1e-9, not by epsilonTol): rotate is then zero, while
-///     the others still tell what there is
+/// @return false if the matrix is singular (by 1e-9, not by epsilonTol): `rotate` is then zero; the
+///     other results are stored all the same
 ZEBASE_API bool stelioDecompose(const AffineMatrix& matrix, Point& translate, Vector& scale,
                                 Vector& rotate, Vector& shear);
 

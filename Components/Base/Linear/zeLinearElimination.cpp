@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 
-// Inversion by elimination. Everything here is written to stay in registers, entry by entry; this
-// file is compiled without the pairing of entries into vectors, which costs more in shuffles than
-// it saves in arithmetic.
+// Inversion by elimination. All entries stay in registers. This file is compiled without SLP
+// vectorisation, whose shuffles cost more than its arithmetic saves.
 
 #include <cstddef>
 #include <utility>
@@ -13,7 +12,7 @@ namespace zeLinear {
 
 namespace {
 
-/// Without a branch, which random pivots would mislead.
+/// Without a branch, which random pivots would make unpredictable.
 template<std::size_t N>
 void exchangeIf(bool exchange, double (&a)[N], double (&b)[N]) {
     for (std::size_t j = 0; j < N; ++j) {
@@ -57,7 +56,8 @@ bool eliminateColumn(double (&matrix)[N][N], double (&inverse)[N][N]) {
 }
 
 /// Gauss-Jordan elimination with partial pivoting, on a copy of the square part of `source` with
-/// the identity beside it. False if a pivot is below epsilonTol; `inverse` is then of no use.
+/// the identity beside it. False if a pivot is below epsilonTol; `inverse` then holds nothing
+/// useful.
 template<AnyMatrix M, std::size_t N>
 bool eliminate(const M& source, double (&inverse)[N][N]) {
     double matrix[N][N];

@@ -26,11 +26,11 @@ struct Slab {
     bool overlaps(double tMin, double tMax) const { return entry < tMax && tMin < exit; }
 };
 
-enum Side : unsigned { kLeft = 1, kRight = 2, kBelow = 4, kAbove = 8 };
+enum Side : unsigned { Left = 1, Right = 2, Below = 4, Above = 8 };
 
 unsigned sidesOf(const Point2& p, const Range2d& range) {
-    return (p.x < range.low.x ? kLeft : 0U) | (p.x > range.high.x ? kRight : 0U) |
-           (p.y < range.low.y ? kBelow : 0U) | (p.y > range.high.y ? kAbove : 0U);
+    return (p.x < range.low.x ? Left : 0U) | (p.x > range.high.x ? Right : 0U) |
+           (p.y < range.low.y ? Below : 0U) | (p.y > range.high.y ? Above : 0U);
 }
 
 /// Whether `t`, the parameter of `point` on the line of a segment, lies within the segment, or
@@ -58,7 +58,7 @@ Point intersect(const Line& a, const Line& b, bool& ok, double tol) {
     ok = c.length2() >= tol;
     if (!ok)
         return a.point;
-    bool hit; // Of no account: with crossing directions there is one.
+    bool hit; // Not needed: lines whose directions cross always give a point.
     return intersect(b, Plane(a.point, Normal(cross(c, a.direction))), hit, tol);
 }
 
@@ -161,7 +161,7 @@ int classifySegmentRangeIntersection(const Range2d& range, const Point2& a, cons
         return 1;
     if (sidesA == 0 || sidesB == 0)
         return 2;
-    return both == (kLeft | kRight) || both == (kBelow | kAbove) ? 3 : 4;
+    return both == (Left | Right) || both == (Below | Above) ? 3 : 4;
 }
 
 bool doLineSegmentsIntersect(const Point2& a, const Point2& b, const Point2& c, const Point2& d,

@@ -4,6 +4,9 @@
 /// Numbers without geometry: the least and greatest of several, roots of a quadratic, and roots of
 /// any function of one variable.
 ///
+/// Threads: pure functions, callable from any thread; brentsIteration() calls the function that it
+/// is given in the calling thread.
+///
 /// @code
 /// #include <cmath>
 /// struct Cubic : zeLinear::evalFunction {
@@ -32,34 +35,41 @@ constexpr double greatest(double a, double b) {
 
 } // namespace detail
 
-/// The least and the greatest, taken two by two from the left. Of two of which one is NaN, the
-/// second is taken: a NaN counts only if it comes last.
+/// @{
+/// The least, taken two by two from the left. Of two of which one is NaN, the second is taken: a
+/// NaN counts only if it comes last.
 constexpr double min(double a, double b, double c) {
     return detail::least(detail::least(a, b), c);
 }
 constexpr double min(double a, double b, double c, double d) {
     return detail::least(min(a, b, c), d);
 }
+/// @}
+
+/// @{
+/// The greatest, taken two by two from the left, with the same rule for NaN as min().
 constexpr double max(double a, double b, double c) {
     return detail::greatest(detail::greatest(a, b), c);
 }
 constexpr double max(double a, double b, double c, double d) {
     return detail::greatest(max(a, b, c), d);
 }
+/// @}
 
 /// Stores the real roots of a x² + b x + c in `roots`, which has room for two, in rising order, and
 /// returns their number. It keeps its precision where one root is much smaller than the other. A
 /// double root counts as two.
 ///
-/// Coefficients are judged by epsilonTol, as they stand: with `a` below it the equation is linear.
-/// Where a (b / 2a)² is below it too, b is taken as 0, and what remains is decided by the sign of
-/// `c` alone, which is right for positive `a`: with a negative `a`, positive `c` gives no root, and
-/// negative `c` gives two NaN.
+/// Coefficients are compared with epsilonTol without scaling: with |a| below it the equation is
+/// taken as linear. Where |a (b / 2a)²| is below it, b is taken as 0, and the sign of `c` alone
+/// decides, which is right for positive `a` only: with a negative `a`, positive `c` gives no root,
+/// and negative `c` gives two NaN. Kept for compatibility.
 ZEBASE_API int solveQuadratic(double a, double b, double c, double* roots);
 
 /// A function of one variable, for brentsIteration(). A client derives from it.
 class ZEBASE_API evalFunction {
 public:
+    /// Destroys the function.
     virtual ~evalFunction();
     /// The value at `x`.
     virtual double evaluate(double x) = 0;

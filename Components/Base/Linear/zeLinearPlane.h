@@ -4,6 +4,8 @@
 /// Planes: zeLinear::Plane, through a point and at right angles to a normal, and
 /// zeLinear::ParamPlane, which spans its plane by two vectors at right angles.
 ///
+/// Threads: plain values, which any thread may use by itself.
+///
 /// @code
 /// using namespace zeLinear;
 /// Plane floor(Point(0, 0, 1), Normal::zAxis);
@@ -22,16 +24,21 @@ struct ParamPlane;
 
 /// The plane through `point` at right angles to `normal`.
 struct Plane {
-    /// A point of the plane, and its unit normal.
+    /// A point of the plane.
     Point point;
+    /// Its unit normal.
     Normal normal;
 
+    /// Through the origin, with an invalid normal.
     constexpr Plane() = default;
+    /// Through `p` at right angles to `n`.
     constexpr Plane(const Point& p, const Normal& n) : point(p), normal(n) {}
-    /// Through three points, which turn left about the normal. It is invalid if they are collinear.
+    /// Through three points, counter-clockwise as seen from the side of the normal, which is
+    /// invalid if they are collinear.
     Plane(const Point& a, const Point& b, const Point& c) : Plane(a, b - a, c - a) {}
-    /// Along two vectors.
+    /// Through `p` along two vectors; the normal is that of cross(u, v).
     Plane(const Point& p, const Vector& u, const Vector& v) : point(p), normal(cross(u, v)) {}
+    /// Without the parameters.
     explicit Plane(const ParamPlane& plane);
 
     /// Whether the normal is valid.
@@ -41,17 +48,22 @@ struct Plane {
     /// The distance of `q`, positive on the side of the normal.
     constexpr double eval(const Point& q) const { return dot(q - point, normal); }
 
+    /// Compares point and normal exactly.
     constexpr bool operator==(const Plane&) const = default;
 };
 
 /// A plane with two parameters: `point` + s `u` + t `v`. The constructors make `v` orthogonal.
 struct ParamPlane {
-    /// Where both parameters are 0, the unit normal, and the ways to 1 of the first and the second.
+    /// The point where both parameters are 0.
     Point point;
+    /// The unit normal.
     Normal normal;
+    /// The displacement from 0 to 1 of the first parameter.
     Vector u;
+    /// The displacement from 0 to 1 of the second parameter.
     Vector v;
 
+    /// At the origin, with an invalid normal and zero vectors.
     constexpr ParamPlane() = default;
     /// Stores the four, and then orthogonalises.
     ParamPlane(const Point& p, const Normal& n, const Vector& u0, const Vector& v0, bool sameLength)
@@ -68,14 +80,17 @@ struct ParamPlane {
     /// The normal.
     constexpr operator Normal() const { return normal; }
 
+    /// @{
     /// The point at parameters s and t.
     constexpr Point eval(double s, double t) const { return point + s * u + t * v; }
     constexpr Point eval(const Point2& st) const { return eval(st.x, st.y); }
+    /// @}
 
     /// Puts `v` at right angles to `u` in the plane, by projection; then, if `sameLength`, gives it
     /// the length of `u` (NaN if nothing of `v` was left).
     void orthogonalize(bool sameLength);
 
+    /// Compares all four members exactly.
     constexpr bool operator==(const ParamPlane&) const = default;
 };
 
@@ -87,6 +102,7 @@ inline void ParamPlane::orthogonalize(bool sameLength) {
         v *= u.length() / v.length();
 }
 
+/// @{
 /// The plane moved by a vector.
 template<OneOf<Plane, ParamPlane> P>
 constexpr P operator+(P plane, const Vector& v) {
@@ -99,20 +115,21 @@ constexpr P operator-(P plane, const Vector& v) {
     plane.point -= v;
     return plane;
 }
+/// @}
 
-/// The same plane seen from the other side.
+/// The same plane with the normal negated.
 constexpr Plane operator-(const Plane& plane) {
     return Plane(plane.point, -plane.normal);
 }
 
-/// The normal and `u` are negated, so that the normal stays on the side of cross(u, v).
+/// The same plane with the normal and `u` negated, so that the normal is still that of cross(u, v).
 constexpr ParamPlane operator-(ParamPlane plane) {
     plane.normal.reverse();
     plane.u.reverse();
     return plane;
 }
 
-/// The distance on either side.
+/// The distance of a point from a plane, never negative.
 inline double distance(const Point& q, const Plane& plane) {
     return std::fabs(plane.eval(q));
 }

@@ -2,6 +2,8 @@
 
 #include "Base/Linear/zeLinearQuaternion.h"
 
+#include <algorithm>
+
 namespace zeLinear {
 
 void Quaternion::setAngleAxis(double angle, const Normal& axis) {

@@ -7,6 +7,8 @@
 /// same rotation. The matrix of a quaternion maps row vectors, right-handed, as
 /// AffineMatrix::rotate() of the same angle and axis does.
 ///
+/// Threads: plain values, which any thread may use by itself.
+///
 /// @code
 /// using namespace zeLinear;
 /// Quaternion a, b(toRadians(90), Normal::zAxis);
@@ -18,34 +20,45 @@
 
 #pragma once
 
-#include <algorithm>
-
 #include "Base/Linear/zeLinearMatrix.h"
 
 namespace zeLinear {
 
 /// A rotation, if its length is 1. The default is the identity.
 struct Quaternion {
+    /// @{
+    /// A component.
     double x = 0;
     double y = 0;
     double z = 0;
     double w = 1;
+    /// @}
 
+    /// The identity.
     constexpr Quaternion() = default;
+    /// @{
+    /// From the components, in order.
     constexpr Quaternion(double x0, double y0, double z0, double w0) : x(x0), y(y0), z(z0), w(w0) {}
-    /// From four numbers.
     constexpr explicit Quaternion(const double* xyzw)
         : Quaternion(xyzw[0], xyzw[1], xyzw[2], xyzw[3]) {}
+    /// @}
+    /// The rotation by an angle in radians about an axis.
     Quaternion(double angle, const Normal& axis) { setAngleAxis(angle, axis); }
 
+    /// @{
+    /// Stores what the constructor of the same arguments does.
     constexpr void set(double x0, double y0, double z0, double w0) {
         *this = Quaternion(x0, y0, z0, w0);
     }
     constexpr void set(const double* xyzw) { *this = Quaternion(xyzw); }
+    /// @}
+    /// @{
+    /// Reads the components.
     constexpr void get(double& x0, double& y0, double& z0, double& w0) const {
         x0 = x, y0 = y, z0 = z, w0 = w;
     }
     constexpr void get(double* xyzw) const { get(xyzw[0], xyzw[1], xyzw[2], xyzw[3]); }
+    /// @}
 
     /// The rotation by an angle in radians about an axis.
     ZEBASE_API void setAngleAxis(double angle, const Normal& axis);
@@ -54,10 +67,10 @@ struct Quaternion {
     /// The quaternion must be of length 1.
     ZEBASE_API bool getAngleAxis(double& angle, Normal& axis) const;
 
-    /// Scales to length 1. A length of 0 is not tested: the result is NaN.
+    /// Scales to length 1. A length of 0 is not tested for: the result is NaN.
     void normalize();
 
-    /// The rotation as a matrix without translation. Length 1 is taken for granted.
+    /// The rotation as a matrix without translation. The quaternion must be of length 1.
     constexpr void getMatrix(AffineMatrix& matrix) const;
     /// The rows of that matrix: the images of the axes.
     void getFrame(Normal& xRow, Normal& yRow, Normal& zRow) const;
@@ -65,21 +78,23 @@ struct Quaternion {
     /// result is as exact as they are, and is not normalised.
     ZEBASE_API void setFrame(const Normal& xRow, const Normal& yRow, const Normal& zRow);
 
+    /// Compares the components exactly.
     constexpr bool operator==(const Quaternion&) const = default;
 };
 
-// Arithmetic, each component by itself
-
+/// @{
+/// Arithmetic, each component by itself. Division divides each component: unlike that of vectors,
+/// it does not multiply by a reciprocal.
 constexpr Quaternion operator+(const Quaternion& a, const Quaternion& b) {
-    return detail::each<Quaternion>(std::plus<>(), a, b);
+    return detail::each<Quaternion>(detail::Plus(), a, b);
 }
 
 constexpr Quaternion operator-(const Quaternion& a, const Quaternion& b) {
-    return detail::each<Quaternion>(std::minus<>(), a, b);
+    return detail::each<Quaternion>(detail::Minus(), a, b);
 }
 
 constexpr Quaternion operator-(const Quaternion& q) {
-    return detail::each<Quaternion>(std::negate<>(), q);
+    return detail::each<Quaternion>(detail::Negate(), q);
 }
 
 constexpr Quaternion operator*(const Quaternion& q, double factor) {
@@ -90,7 +105,6 @@ constexpr Quaternion operator*(double factor, const Quaternion& q) {
     return q * factor;
 }
 
-/// Divides each component: unlike that of vectors, not by a reciprocal.
 constexpr Quaternion operator/(const Quaternion& q, double divisor) {
     return detail::each<Quaternion>([divisor](double s) { return s / divisor; }, q);
 }
@@ -110,6 +124,7 @@ constexpr Quaternion& operator*=(Quaternion& q, double factor) {
 constexpr Quaternion& operator/=(Quaternion& q, double divisor) {
     return q = q / divisor;
 }
+/// @}
 
 /// The dot product over all four components.
 constexpr double dot(const Quaternion& a, const Quaternion& b) {
@@ -135,9 +150,10 @@ inline void Quaternion::getFrame(Normal& xRow, Normal& yRow, Normal& zRow) const
     zRow = matrix.row(2);
 }
 
-/// The rotation at `t` (0 is `a`, 1 is `b`) of the shorter way from `a` to `b`, at constant speed.
-/// Where they lie on opposite sides, `a` is taken as -a: at 0 the result is then -a. Nearly equal
-/// ones (dot product above parallelTol) are interpolated linearly, and normalised.
+/// Spherical interpolation: the rotation at `t` (0 is `a`, 1 is `b`) of the shorter turn from `a`
+/// to `b`, at constant speed. If their dot product is negative, `a` is replaced by -a, which is the
+/// result at 0. Nearly equal ones (dot product above parallelTol) are interpolated linearly, and
+/// normalised.
 ZEBASE_API Quaternion slerp(const Quaternion& a, const Quaternion& b, double t);
 
 } // namespace zeLinear

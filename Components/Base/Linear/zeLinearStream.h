@@ -12,7 +12,10 @@
 /// | AffineMatrix, ProjMatrix, ProjMatrixFlt    | `AffineMatrix(`, a line for each row,   |
 /// |                                            | and `)` on a line that is not ended     |
 ///
-/// The lines of a matrix end with `std::endl`, which flushes the stream.
+/// The lines of a matrix end with `std::endl`, which flushes the stream. Parametric lines and
+/// planes have no text form; their parts do.
+///
+/// Threads: as the stream allows.
 ///
 /// @code
 /// #include "Base/Linear/zeLinearPoint.h"
@@ -37,10 +40,13 @@ struct Point2;
 struct Vector;
 struct VectorFlt;
 struct Line;
+struct ParamLine;
+struct ParamPlane;
 struct AffineMatrix;
 struct ProjMatrix;
 struct ProjMatrixFlt;
 
+/// @{
 /// Writes the form of the table above, and returns `stream`.
 ZEBASE_API std::ostream& operator<<(std::ostream& stream, const Normal& n);
 ZEBASE_API std::ostream& operator<<(std::ostream& stream, const Point& p);
@@ -52,5 +58,12 @@ ZEBASE_API std::ostream& operator<<(std::ostream& stream, const Line& line);
 ZEBASE_API std::ostream& operator<<(std::ostream& stream, const AffineMatrix& m);
 ZEBASE_API std::ostream& operator<<(std::ostream& stream, const ProjMatrix& m);
 ZEBASE_API std::ostream& operator<<(std::ostream& stream, const ProjMatrixFlt& m);
+/// @}
+
+/// @{
+/// Deleted: both would convert to one of their parts and print that. Print the parts.
+std::ostream& operator<<(std::ostream& stream, const ParamLine& line) = delete;
+std::ostream& operator<<(std::ostream& stream, const ParamPlane& plane) = delete;
+/// @}
 
 } // namespace zeLinear

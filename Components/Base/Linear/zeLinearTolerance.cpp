@@ -2,6 +2,8 @@
 
 #include "Base/Linear/zeLinearTolerance.h"
 
+#include <cmath>
+
 namespace zeLinear {
 
 namespace {

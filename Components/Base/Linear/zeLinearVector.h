@@ -4,13 +4,13 @@
 /// Displacements: zeLinear::Vector with its two-dimensional and single-precision forms, and
 /// zeLinear::Normal, a direction of unit length that knows whether it is valid.
 ///
-/// The members of each class stand in the class; what the four vectors and Normal share (sums,
-/// scaling, dot and cross products, weighted combinations) stands once below them. Beside a Vector
-/// a Normal counts as one: `n * 2.0`, `n + v` and `cross(n, n)` are vectors.
+/// The four vectors and Normal share sums, scaling, dot and cross products and weighted
+/// combinations, which are free functions and operators. A Normal converts to a Vector: `n * 2.0`,
+/// `n + v` and `cross(n, n)` are vectors.
 ///
-/// Division multiplies by the reciprocal and tests nothing; lengths are the plain root of the sum
-/// of squares, so that components beyond 1e154 (1e19 in single precision) overflow. Normalising
-/// treats what is too short as zero, and the types differ in what then becomes of it:
+/// Division multiplies by the reciprocal and does not test for zero. Lengths are the plain root of
+/// the sum of squares, so components beyond 1e154 (1e19 in single precision) overflow. Normalising
+/// treats a vector that is too short as zero, and the types differ in what they leave behind:
 ///
 /// | Type                  | Too short                               | Left behind   | Result |
 /// |-----------------------|-----------------------------------------|---------------|--------|
@@ -18,6 +18,8 @@
 /// | Vector                | the same                                | zero          | false  |
 /// | VectorFlt, Vector2Flt | squared length not above epsilon2TolFlt | zero          | false  |
 /// | Vector2               | length strictly below epsilonTol        | its value     | false  |
+///
+/// Threads: plain values, which any thread may use by itself.
 ///
 /// @code
 /// using namespace zeLinear;
@@ -31,7 +33,6 @@
 #pragma once
 
 #include <cmath>
-#include <functional>
 
 #include "Base/Linear/zeLinearComponents.h"
 #include "Base/zeBaseExport.h"
@@ -57,33 +58,57 @@ bool normalizeOrZero(V& v, Scalar<V> tol2) {
 
 /// A displacement in space.
 struct Vector {
+    /// @{
+    /// A component.
     double x = 0;
     double y = 0;
     double z = 0;
+    /// @}
 
+    /// @{
+    /// The unit vector along an axis.
     static const Vector xAxis;
     static const Vector yAxis;
     static const Vector zAxis;
+    /// @}
+    /// All zero.
     static const Vector zero;
 
+    /// Zero.
     constexpr Vector() = default;
+    /// @{
+    /// From the components, in order.
     constexpr Vector(double x0, double y0, double z0) : x(x0), y(y0), z(z0) {}
-    /// From three numbers.
     constexpr explicit Vector(const double* xyz) : x(xyz[0]), y(xyz[1]), z(xyz[2]) {}
+    /// @}
+    /// @{
+    /// Copies the components, exactly.
     constexpr Vector(const VectorFlt& v);
     constexpr Vector(const Normal& n);
+    /// @}
+    /// The line's vector. A constructor, since two implicit conversions of ParamLine would make
+    /// `Vector(line)` ambiguous.
+    constexpr Vector(const ParamLine& line);
 
+    /// @{
+    /// Stores what the constructor of the same arguments does.
     constexpr void set(double x0, double y0, double z0) { *this = Vector(x0, y0, z0); }
     constexpr void set(const double* xyz) { *this = Vector(xyz); }
+    /// @}
+    /// @{
+    /// Reads the components.
     constexpr void get(double& x0, double& y0, double& z0) const { x0 = x, y0 = y, z0 = z; }
     constexpr void get(double* xyz) const { get(xyz[0], xyz[1], xyz[2]); }
+    /// @}
 
-    /// The root of the sum of squares, and that sum.
+    /// The root of the sum of squares.
     double length() const { return std::sqrt(length2()); }
+    /// The sum of squares.
     constexpr double length2() const { return detail::sumOfProducts(*this, *this); }
 
     /// Scales to unit length; zero and false if too short.
     bool normalize();
+    /// The direction of this vector; invalid if too short.
     Normal normalized() const;
     /// Turns to the opposite direction.
     constexpr void reverse() { set(-x, -y, -z); }
@@ -92,35 +117,54 @@ struct Vector {
     /// for zero and for the multiples of (1, -1, 1), which are parallel to (-z, x, y).
     constexpr Vector orthogonalVector() const;
 
+    /// Compares the components exactly.
     constexpr bool operator==(const Vector&) const = default;
 };
 
 /// A displacement in the plane.
 struct Vector2 {
+    /// @{
+    /// A component.
     double x = 0;
     double y = 0;
+    /// @}
 
+    /// @{
+    /// The unit vector along an axis.
     static const Vector2 xAxis;
     static const Vector2 yAxis;
+    /// @}
+    /// All zero.
     static const Vector2 zero;
 
+    /// Zero.
     constexpr Vector2() = default;
+    /// @{
+    /// From the components, in order.
     constexpr Vector2(double x0, double y0) : x(x0), y(y0) {}
-    /// From two numbers.
     constexpr explicit Vector2(const double* xy) : x(xy[0]), y(xy[1]) {}
+    /// @}
+    /// Copies the components, exactly.
     constexpr Vector2(const Vector2Flt& v);
 
+    /// @{
+    /// Stores what the constructor of the same arguments does.
     constexpr void set(double x0, double y0) { *this = Vector2(x0, y0); }
     constexpr void set(const double* xy) { *this = Vector2(xy); }
+    /// @}
+    /// @{
+    /// Reads the components.
     constexpr void get(double& x0, double& y0) const { x0 = x, y0 = y; }
     constexpr void get(double* xy) const { get(xy[0], xy[1]); }
+    /// @}
 
-    /// The root of the sum of squares, and that sum.
+    /// The root of the sum of squares.
     double length() const { return std::sqrt(length2()); }
+    /// The sum of squares.
     constexpr double length2() const { return detail::sumOfProducts(*this, *this); }
 
-    /// Scales to unit length. Alone among the vectors it keeps its value where it is too short
-    /// (result false), and takes a length of exactly epsilonTol: callers rely on both.
+    /// Scales to unit length. Unlike the other vectors it keeps its value if it is too short (the
+    /// result is then false), and accepts a length of exactly epsilonTol: callers rely on both.
     bool normalize();
     /// Turns to the opposite direction.
     constexpr void reverse() { set(-x, -y); }
@@ -128,37 +172,58 @@ struct Vector2 {
     /// This vector turned by a quarter to the left: (-y, x).
     constexpr Vector2 orthogonalVector() const { return Vector2(-y, x); }
 
+    /// Compares the components exactly.
     constexpr bool operator==(const Vector2&) const = default;
 };
 
 /// A displacement in space, in single precision.
 struct VectorFlt {
+    /// @{
+    /// A component.
     float x = 0;
     float y = 0;
     float z = 0;
+    /// @}
 
+    /// @{
+    /// The unit vector along an axis.
     static const VectorFlt xAxis;
     static const VectorFlt yAxis;
     static const VectorFlt zAxis;
+    /// @}
+    /// All zero.
     static const VectorFlt zero;
 
+    /// Zero.
     constexpr VectorFlt() = default;
-    constexpr VectorFlt(float x0, float y0, float z0) : x(x0), y(y0), z(z0) {}
-    constexpr VectorFlt(int x0, int y0, int z0)
+    /// @{
+    /// From the components, in order.
+    constexpr VectorFlt(Number auto x0, Number auto y0, Number auto z0)
         : x(static_cast<float>(x0)), y(static_cast<float>(y0)), z(static_cast<float>(z0)) {}
-    /// From three numbers.
     constexpr explicit VectorFlt(const float* xyz) : x(xyz[0]), y(xyz[1]), z(xyz[2]) {}
-    constexpr explicit VectorFlt(const Vector& v)
-        : x(static_cast<float>(v.x)), y(static_cast<float>(v.y)), z(static_cast<float>(v.z)) {}
+    /// @}
+    /// @{
+    /// Rounds each component to single precision.
+    constexpr explicit VectorFlt(const Vector& v) : VectorFlt(v.x, v.y, v.z) {}
     constexpr explicit VectorFlt(const Normal& n) : VectorFlt(Vector(n)) {}
+    /// @}
 
-    constexpr void set(float x0, float y0, float z0) { *this = VectorFlt(x0, y0, z0); }
+    /// @{
+    /// Stores what the constructor of the same arguments does.
+    constexpr void set(Number auto x0, Number auto y0, Number auto z0) {
+        *this = VectorFlt(x0, y0, z0);
+    }
     constexpr void set(const float* xyz) { *this = VectorFlt(xyz); }
+    /// @}
+    /// @{
+    /// Reads the components.
     constexpr void get(float& x0, float& y0, float& z0) const { x0 = x, y0 = y, z0 = z; }
     constexpr void get(float* xyz) const { get(xyz[0], xyz[1], xyz[2]); }
+    /// @}
 
-    /// The root of the sum of squares, and that sum.
+    /// The root of the sum of squares.
     float length() const { return std::sqrt(length2()); }
+    /// The sum of squares.
     constexpr float length2() const { return detail::sumOfProducts(*this, *this); }
 
     /// Scales to unit length; zero and false if too short.
@@ -166,33 +231,51 @@ struct VectorFlt {
     /// Turns to the opposite direction.
     constexpr void reverse() { set(-x, -y, -z); }
 
+    /// Compares the components exactly.
     constexpr bool operator==(const VectorFlt&) const = default;
 };
 
 /// A displacement in the plane, in single precision.
 struct Vector2Flt {
+    /// @{
+    /// A component.
     float x = 0;
     float y = 0;
+    /// @}
 
+    /// @{
+    /// The unit vector along an axis.
     static const Vector2Flt xAxis;
     static const Vector2Flt yAxis;
+    /// @}
+    /// All zero.
     static const Vector2Flt zero;
 
+    /// Zero.
     constexpr Vector2Flt() = default;
-    constexpr Vector2Flt(float x0, float y0) : x(x0), y(y0) {}
-    constexpr Vector2Flt(int x0, int y0) : x(static_cast<float>(x0)), y(static_cast<float>(y0)) {}
-    /// From two numbers.
+    /// @{
+    /// From the components, in order.
+    constexpr Vector2Flt(Number auto x0, Number auto y0)
+        : x(static_cast<float>(x0)), y(static_cast<float>(y0)) {}
     constexpr explicit Vector2Flt(const float* xy) : x(xy[0]), y(xy[1]) {}
-    constexpr explicit Vector2Flt(const Vector2& v)
-        : x(static_cast<float>(v.x)), y(static_cast<float>(v.y)) {}
+    /// @}
+    /// Rounds each component to single precision.
+    constexpr explicit Vector2Flt(const Vector2& v) : Vector2Flt(v.x, v.y) {}
 
-    constexpr void set(float x0, float y0) { *this = Vector2Flt(x0, y0); }
+    /// @{
+    /// Stores what the constructor of the same arguments does.
+    constexpr void set(Number auto x0, Number auto y0) { *this = Vector2Flt(x0, y0); }
     constexpr void set(const float* xy) { *this = Vector2Flt(xy); }
+    /// @}
+    /// @{
+    /// Reads the components.
     constexpr void get(float& x0, float& y0) const { x0 = x, y0 = y; }
     constexpr void get(float* xy) const { get(xy[0], xy[1]); }
+    /// @}
 
-    /// The root of the sum of squares, and that sum.
+    /// The root of the sum of squares.
     float length() const { return std::sqrt(length2()); }
+    /// The sum of squares.
     constexpr float length2() const { return detail::sumOfProducts(*this, *this); }
 
     /// Scales to unit length; zero and false if too short.
@@ -200,47 +283,74 @@ struct Vector2Flt {
     /// Turns to the opposite direction.
     constexpr void reverse() { set(-x, -y); }
 
+    /// Compares the components exactly.
     constexpr bool operator==(const Vector2Flt&) const = default;
 };
 
-/// A direction: of unit length with `valid` true, or all zero with `valid` false. Whatever stores a
-/// direction normalises it; code that writes the fields itself calls normalize() afterwards.
+/// A direction: of unit length with `valid` true, or all zero with `valid` false. Constructors,
+/// set() and assignment normalise; code that writes the fields itself calls normalize() afterwards.
+///
+/// Of components whose sum of squares overflows neither holds: `Normal(1e155, 0, 0)` is all zero
+/// with `valid` true, and an infinite component becomes NaN. Scale such vectors down first.
 class Normal {
 public:
+    /// @{
+    /// A component.
     double x = 0;
     double y = 0;
     double z = 0;
+    /// @}
+    /// Whether this is a direction.
     bool valid = false;
 
+    /// @{
+    /// The direction of an axis.
     static const Normal xAxis;
     static const Normal yAxis;
     static const Normal zAxis;
+    /// @}
 
     /// Invalid.
     constexpr Normal() = default;
+    /// @{
+    /// From the components, which are normalised.
     Normal(double x0, double y0, double z0) : x(x0), y(y0), z(z0) { normalize(); }
-    /// From three numbers.
     explicit Normal(const double* xyz) : Normal(xyz[0], xyz[1], xyz[2]) {}
+    /// @}
+    /// The direction of a vector.
     explicit Normal(const Vector& v) : Normal(v.x, v.y, v.z) {}
+    /// The direction of the line's vector. See Vector(const ParamLine&).
+    Normal(const ParamLine& line);
+    /// @{
+    /// Stores what the constructor of the same argument does.
     Normal& operator=(const Vector& v) { return *this = Normal(v); }
+    Normal& operator=(const ParamLine& line) { return *this = Normal(line); }
+    /// @}
 
+    /// @{
+    /// Stores what the constructor of the same arguments does.
     void set(double x0, double y0, double z0) { *this = Normal(x0, y0, z0); }
     void set(const double* xyz) { *this = Normal(xyz); }
+    /// @}
+    /// @{
+    /// Reads the components.
     constexpr void get(double& x0, double& y0, double& z0) const { x0 = x, y0 = y, z0 = z; }
     constexpr void get(double* xyz) const { get(xyz[0], xyz[1], xyz[2]); }
+    /// @}
 
     /// Scales to unit length; invalid if too short. The result is `valid`.
     bool normalize();
+    /// Becomes all zero and invalid.
     constexpr void setInvalid() { *this = Normal(); }
     /// Turns to the opposite direction.
     constexpr void reverse() { *this = -*this; }
     /// The opposite direction, as valid as this one.
     constexpr Normal operator-() const { return Normal(-x, -y, -z, valid); }
 
-    /// As Vector::orthogonalVector().
+    /// A vector at right angles, as Vector::orthogonalVector() has it.
     constexpr Vector orthogonalVector() const { return Vector(*this).orthogonalVector(); }
 
-    /// Compares the components alone: `valid` takes no part.
+    /// Compares the components exactly; `valid` is not compared.
     constexpr bool operator==(const Normal& n) const { return Vector(*this) == Vector(n); }
 
 private:
@@ -289,8 +399,7 @@ inline Normal Vector::normalized() const {
     return Normal(*this);
 }
 
-// What the vectors share. A Normal stands for a Vector; no other types mix.
-
+/// A vector or a Normal.
 template<class T>
 concept Displacement = AnyVector<T> || std::same_as<T, Normal>;
 
@@ -298,22 +407,25 @@ concept Displacement = AnyVector<T> || std::same_as<T, Normal>;
 template<Displacement T>
 using VectorOf = std::conditional_t<std::same_as<T, Normal>, Vector, T>;
 
+/// What mixes with Other in sums and products: the same type, and a Normal with a Vector.
 template<class T, class Other>
 concept DisplacementLike = Displacement<T> && std::same_as<VectorOf<T>, VectorOf<Other>>;
 
+/// @{
+/// Arithmetic, each component by itself.
 template<Displacement A, DisplacementLike<A> B>
 constexpr VectorOf<A> operator+(const A& a, const B& b) {
-    return detail::each<VectorOf<A>>(std::plus<>(), a, b);
+    return detail::each<VectorOf<A>>(detail::Plus(), a, b);
 }
 
 template<Displacement A, DisplacementLike<A> B>
 constexpr VectorOf<A> operator-(const A& a, const B& b) {
-    return detail::each<VectorOf<A>>(std::minus<>(), a, b);
+    return detail::each<VectorOf<A>>(detail::Minus(), a, b);
 }
 
 template<AnyVector V>
 constexpr V operator-(const V& v) {
-    return detail::each<V>(std::negate<>(), v);
+    return detail::each<V>(detail::Negate(), v);
 }
 
 template<Displacement A>
@@ -324,12 +436,6 @@ constexpr VectorOf<A> operator*(const A& a, Scalar<A> factor) {
 template<Displacement A>
 constexpr VectorOf<A> operator*(Scalar<A> factor, const A& a) {
     return a * factor;
-}
-
-/// Multiplies by the reciprocal of `divisor`, which may be zero.
-template<Displacement A>
-constexpr VectorOf<A> operator/(const A& a, Scalar<A> divisor) {
-    return a * (1 / divisor);
 }
 
 template<AnyVector V, DisplacementLike<V> B>
@@ -346,12 +452,20 @@ template<AnyVector V>
 constexpr V& operator*=(V& v, Scalar<V> factor) {
     return v = v * factor;
 }
+/// @}
 
-/// As operator/: by the reciprocal.
+/// @{
+/// Multiplies by the reciprocal of `divisor`, which may be zero.
+template<Displacement A>
+constexpr VectorOf<A> operator/(const A& a, Scalar<A> divisor) {
+    return a * (1 / divisor);
+}
+
 template<AnyVector V>
 constexpr V& operator/=(V& v, Scalar<V> divisor) {
     return v = v / divisor;
 }
+/// @}
 
 /// The dot product.
 template<Displacement A, DisplacementLike<A> B>
@@ -377,8 +491,7 @@ inline bool Vector2::normalize() {
     return true;
 }
 
-// Weighted combinations, each component by itself. An HPoint combines all four.
-
+/// What combine() takes: it works on each component by itself, of an HPoint on all four.
 template<class T>
 concept Combinable = AnyVector<T> || AnyPoint<T> || std::same_as<T, HPoint>;
 
@@ -394,8 +507,8 @@ constexpr T combine(Scalar<T> weightA, const T& a, Scalar<T> weightB, const T& b
     return detail::each<T>([=](auto s, auto t) { return weightA * s + weightB * t; }, a, b);
 }
 
-/// The sum of weight times item over `n` items. The first is always used, also with `n` below 1;
-/// the weights are taken as they are.
+/// The sum of weight times item over `n` items. The first is always used, even if `n` is below 1.
+/// The weights are not normalised.
 template<Combinable T>
 constexpr T combine(int n, const Scalar<T>* weights, const T* items) {
     T sum = detail::each<T>([w = weights[0]](auto s) { return w * s; }, items[0]);
@@ -410,7 +523,7 @@ template<Combinable T>
 constexpr T combine(int n, const T* items) {
     T sum = items[0];
     for (int i = 1; i < n; ++i)
-        sum = detail::each<T>(std::plus<>(), sum, items[i]);
+        sum = detail::each<T>(detail::Plus(), sum, items[i]);
     const auto scale = 1 / static_cast<Scalar<T>>(n);
     return detail::each<T>([scale](auto s) { return s * scale; }, sum);
 }
@@ -422,7 +535,7 @@ constexpr double projectMagnitude(const Vector& v, const Normal& direction) {
     return dot(v, direction);
 }
 
-/// As projectMagnitude().
+/// The same as projectMagnitude().
 constexpr double projectParam(const Vector& v, const Normal& direction) {
     return dot(v, direction);
 }
@@ -454,7 +567,7 @@ inline bool isPerpendicular(const Normal& a, const Normal& b, double tol = perpe
 /// clamped to -1 through 1; near 0 and pi it is exact to some 4e-8 only.
 ZEBASE_API double angle(const Normal& a, const Normal& b);
 
-/// The angle in `out`, and true; pi / 2 and false if a direction is not valid.
+/// Stores the angle in `out` and returns true; pi / 2 and false if a direction is not valid.
 ZEBASE_API bool angle(const Normal& a, const Normal& b, double& out);
 
 /// The angle of `v` in the plane of two axes, counted from `xAxis` towards `yAxis`: -pi to pi, or
@@ -470,7 +583,7 @@ ZEBASE_API Vector rotate(const Vector& v, const Normal& axis, double angle);
 /// (1, -1, 1), where that is zero, the result stays at `a`.
 ZEBASE_API Normal interpolate(const Normal& a, const Normal& b, double t);
 
-/// Interpolates the direction as above, and the length linearly.
+/// Interpolates the direction as that of two normals, and the length linearly.
 ZEBASE_API Vector interpolate(const Vector& a, const Vector& b, double t);
 
 } // namespace zeLinear

@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: MIT
+
+#include "Linear/zeLinearLaws.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <numbers>
+
+#include <gtest/gtest.h>
+
+#include "Base/Linear/zeLinearDecompose.h"
+#include "Base/Linear/zeLinearIntersect.h"
+#include "Base/Linear/zeLinearNumeric.h"
+#include "Base/Linear/zeLinearQuaternion.h"
+
+namespace {
+
+using namespace zeLinear;
+using std::numbers::pi;
+
+/// The largest entry.
+template<AnyMatrix M>
+double size(const M& a) {
+    double result = 0;
+    for (const auto& row : a.m)
+        for (double entry : row)
+            result = std::max(result, std::fabs(entry));
+    return result;
+}
+
+/// The same inputs on every machine: braces evaluate from left to right, the arguments of a call do
+/// not.
+class Random {
+public:
+    double in(double low, double high) { return low + (high - low) * unit(); }
+    Vector vector(double size) { return Vector{in(-size, size), in(-size, size), in(-size, size)}; }
+    Point point(double size) { return Point::origin + vector(size); }
+
+    Normal normal() {
+        Vector v;
+        do
+            v = vector(1);
+        while (v.length2() > 1 || v.length2() < 0.01);
+        return Normal(v);
+    }
+
+    Quaternion rotation() {
+        Quaternion q;
+        do
+            q = Quaternion{in(-1, 1), in(-1, 1), in(-1, 1), in(-1, 1)};
+        while (dot(q, q) > 1 || dot(q, q) < 0.01);
+        q.normalize();
+        return q;
+    }
+
+    /// Any matrix whose condition is good enough.
+    template<class M>
+    M entries() {
+        M m;
+        do
+            for (auto& row : m.m)
+                for (double& entry : row)
+                    entry = in(-1, 1);
+        while (size(m.inverse()) * size(m) > 60 || m == m.inverse());
+        return m;
+    }
+
+private:
+    double unit() {
+        std::uint64_t z = (state_ += 0x9e3779b97f4a7c15U);
+        z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9U;
+        z = (z ^ (z >> 27)) * 0x94d049bb133111ebU;
+        return static_cast<double>((z ^ (z >> 31)) >> 11) * 0x1p-53;
+    }
+
+    std::uint64_t state_ = 1;
+};
+
+template<AnyMatrix M>
+double apart(const M& a, const M& b) {
+    return size(a - b) / size(b);
+}
+
+double apart(const Vector& a, const Vector& b) {
+    return (a - b).length() / std::max(1e-300, b.length());
+}
+
+/// As rotations: q and -q are the same.
+double apart(const Quaternion& a, const Quaternion& b) {
+    const Quaternion minus = a - b;
+    const Quaternion plus = a + b;
+    return std::sqrt(std::min(dot(minus, minus), dot(plus, plus)));
+}
+
+double size(const Point& p) {
+    return 1 + distance(p, Point::origin);
+}
+
+template<class M>
+double inverseError(const M& m, bool (M::*invert)()) {
+    M inverse = m;
+    return (inverse.*invert)() ? size(m * inverse - M::Identity) : HUGE_VAL;
+}
+
+/// Laws are functions of random input, which return the error, relative to the size of what is
+/// compared. Matrices have a condition below 1e3. Input that a law does not cover (nearly parallel
+/// lines, a line beside the box) gives drawAgain, and does not count.
+constexpr double drawAgain = -1;
+
+struct Law {
+    const char* name;
+    double tolerance;
+    double (*error)(Random&);
+};
+
+const Law laws[] = {
+    {"AffineMatrix2 * invert = 1", 1e-10,
+     [](Random& r) { return inverseError(r.entries<AffineMatrix2>(), &AffineMatrix2::invert); }},
+    {"ProjMatrix * invert = 1", 1e-10,
+     [](Random& r) { return inverseError(r.entries<ProjMatrix>(), &ProjMatrix::invert); }},
+    {"ProjMatrix * invertFast = 1", 1e-10,
+     [](Random& r) { return inverseError(r.entries<ProjMatrix>(), &ProjMatrix::invertFast); }},
+    {"AffineMatrix * invert = 1", 1e-10,
+     [](Random& r) { return inverseError(r.entries<AffineMatrix>(), &AffineMatrix::invert); }},
+    {"AffineMatrix * invertFast = 1", 1e-10,
+     [](Random& r) { return inverseError(r.entries<AffineMatrix>(), &AffineMatrix::invertFast); }},
+    {"scale, shear, turn = M (decompose)", 1e-10,
+     [](Random& r) {
+         const AffineMatrix m = r.entries<AffineMatrix>();
+         Point translate;
+         Vector scale, rotate, shear;
+         if (!stelioDecompose(m, translate, scale, rotate, shear))
+             return HUGE_VAL;
+         AffineMatrix again;
+         again.translate(translate - Point::origin);
+         again.rotateZ(toRadians(rotate.z));
+         again.rotateY(toRadians(rotate.y));
+         again.rotateX(toRadians(rotate.x));
+         again.preMult(AffineMatrix(Vector(1, 0, 0), Vector(shear.x, 1, 0),
+                                    Vector(shear.y, shear.z, 1), Vector::zero));
+         again.scale(scale.x, scale.y, scale.z);
+         return apart(again, m);
+     }},
+    {"rotate: vector = matrix = quaternion", 1e-12,
+     [](Random& r) {
+         const Normal axis = r.normal();
+         const double angle = r.in(-10, 10);
+         const Vector v = r.vector(10);
+         AffineMatrix turn;
+         turn.rotate(angle, axis);
+         AffineMatrix same;
+         Quaternion(angle, axis).getMatrix(same);
+         const Vector expected = rotate(v, axis, angle);
+         return std::max(apart(v * turn, expected), apart(v * same, expected));
+     }},
+    {"rotate(from, to) takes from to to", 1e-10,
+     [](Random& r) {
+         const Normal from = r.normal();
+         const Normal to = r.normal();
+         AffineMatrix turn;
+         turn.rotate(from, to);
+         return apart(from * turn, to);
+     }},
+    {"slerp = rotation of the axis", 1e-10,
+     [](Random& r) {
+         const Normal axis = r.normal();
+         const double start = r.in(-3, 3);
+         const double turn = r.in(1e-3, pi - 1e-3);
+         const double t = r.in(0, 1);
+         const Quaternion q = slerp(Quaternion(start, axis), Quaternion(start + turn, axis), t);
+         return apart(q, Quaternion(start + t * turn, axis));
+     }},
+    {"interpolate turns at constant speed", 1e-10,
+     [](Random& r) {
+         const Normal a = r.normal();
+         const Normal b = r.normal();
+         const double t = r.in(0, 1);
+         const Normal c = interpolate(a, b, t);
+         const double sine = cross(a, b).length();
+         const double theta = std::atan2(sine, dot(a, b));
+         // In the plane of the two, by the law of sines.
+         const Vector expected =
+             (a * std::sin((1 - t) * theta) + b * std::sin(t * theta)) / std::sin(theta);
+         return sine < 1e-2 ? drawAgain : apart(c, expected);
+     }},
+    {"Quaternion: setFrame of getFrame", 1e-12,
+     [](Random& r) {
+         const Quaternion q = r.rotation();
+         Normal x, y, z;
+         q.getFrame(x, y, z);
+         Quaternion again;
+         again.setFrame(x, y, z);
+         return apart(again, q);
+     }},
+    {"Quaternion: getAngleAxis", 1e-10,
+     [](Random& r) {
+         const Normal axis = r.normal();
+         const double angle = r.in(1e-3, 2 * pi - 1e-3);
+         double angleOut = 0;
+         Normal axisOut;
+         Quaternion(angle, axis).getAngleAxis(angleOut, axisOut);
+         return std::max(std::fabs(angleOut - angle), apart(axisOut, axis));
+     }},
+    {"two planes, three planes: on all", 1e-10,
+     [](Random& r) {
+         const Plane a{r.point(10), r.normal()};
+         const Plane b{r.point(10), r.normal()};
+         const Plane c{r.point(10), r.normal()};
+         if (std::fabs(dot(cross(a.normal, b.normal), c.normal)) < 1e-3)
+             return drawAgain;
+         bool okLine;
+         bool okPoint;
+         const Line line = intersect(a, b, okLine);
+         const Point p = intersect(a, b, c, okPoint);
+         const Point q = line.eval(10);
+         if (!okLine || !okPoint || !line.direction.valid)
+             return HUGE_VAL;
+         return std::max({distance(p, a), distance(p, b), distance(p, c), distance(q, a),
+                          distance(q, b)}) /
+                std::max(size(p), size(q));
+     }},
+    {"line through box: ends on it", 1e-10,
+     [](Random& r) {
+         const Range3d box{r.point(3) - Vector(4, 4, 4), r.point(3) + Vector(4, 4, 4)};
+         const ParamLine line{r.point(10), r.point(1)}; // inside at 1
+         const Range1d hit = intersect(line, box);
+         if (hit.isUnbounded() || !(hit.low < 1 && 1 < hit.high))
+             return HUGE_VAL;
+         const Vector half = box.size() * 0.5;
+         double error = 0;
+         for (double t : {hit.low, hit.high}) {
+             const Vector v = line.eval(t) - box.mid();
+             const double outside =
+                 max(std::fabs(v.x) - half.x, std::fabs(v.y) - half.y, std::fabs(v.z) - half.z);
+             error = std::max(error, std::fabs(outside));
+         }
+         return error;
+     }},
+    {"cylinder: hits at the radius", 1e-10,
+     [](Random& r) {
+         const Line axis{r.point(10), r.normal()};
+         const double radius = r.in(0.1, 10);
+         const Point inside = axis.eval(r.in(-10, 10)) + r.normal() * radius * r.in(0, 0.99);
+         const ParamLine line{r.point(10), inside};
+         if (cross(line.vector, axis.direction).length() < 0.1)
+             return drawAgain;
+         double t[2];
+         if (intersectCylinder(line, axis, radius, t) != 2 || !(t[0] < 1 && 1 < t[1]))
+             return HUGE_VAL;
+         double error = 0;
+         for (double s : t)
+             error = std::max(error, std::fabs(distance(line.eval(s), axis) - radius) /
+                                         size(line.eval(s)));
+         return error;
+     }},
+};
+
+} // namespace
+
+void expectLaws(int inputs) {
+    for (const Law& law : laws) {
+        Random random;
+        double worst = 0;
+        for (int i = 0; i < inputs;) {
+            const double error = law.error(random);
+            if (error == drawAgain)
+                continue;
+            if (!(error <= worst)) // a NaN too
+                worst = std::isnan(error) ? HUGE_VAL : error;
+            ++i;
+        }
+        EXPECT_LE(worst, law.tolerance) << law.name;
+    }
+}
