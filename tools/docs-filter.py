@@ -5,6 +5,7 @@
 usage: docs-filter.py FILE
 
 - Each class of a header leads to the contract and the example, which open the header.
+- Headings lose their backquotes, which Doxygen would show as tags.
 - A page links only what has a page: a folder stands for its README.md, and of a link to a source only
   the text remains.
 """
@@ -41,6 +42,7 @@ def page(path, text):
             return f'[{label}]({name}{place and "#" + place})'
         return f'@ref {found.name} "{label}"' if found in HEADERS else label
 
+    text = re.sub(r'^#.*', lambda heading: heading[0].replace('`', ''), text, flags=re.M)
     return re.sub(r'(?<!!)\[([^\]\n]*)\]\(([^)\s]+)\)', link, text)
 
 
