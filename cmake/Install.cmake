@@ -3,6 +3,7 @@
 # (unless CMAKE_INSTALL_LIBDIR or CMAKE_INSTALL_INCLUDEDIR are absolute).
 # Three components: Runtime is what a program needs to run, Development what one needs to build it,
 # Tools holds the applications, which say so in their own CMakeLists.txt.
+include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 install(TARGETS zeBase EXPORT zeBaseTargets
