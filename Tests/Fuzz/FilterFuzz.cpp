@@ -8,45 +8,11 @@
 #include "Base/IO/ioBuffer.h"
 #include "Base/IO/ioBufferChecksum.h"
 
-#include "IO/chain/TestLinks.h"
+#include "IO/filters/FilterSupport.h"
 
 namespace fuzz {
 
 namespace {
-
-struct Outcome {
-    std::string bytes;
-    ioStreamStatus status = streamOK; // at the end of what is filtered
-    std::string rest;                 // behind it
-};
-
-/// Up to where the stream has no more.
-std::string readAll(ioBufferedStreamInput& stream) {
-    std::string result;
-    char block[5000];
-    for (int n = 1; n > 0; result.append(block, static_cast<std::size_t>(n)))
-        n = stream.readData(block, sizeof block);
-    return result;
-}
-
-std::string readBytes(ioBufferedStreamInput& stream) {
-    std::string result;
-    for (int c = stream.readChar(); stream.getStatus() == streamOK; c = stream.readChar())
-        result.push_back(static_cast<char>(c));
-    return result;
-}
-
-Outcome read(Filter filter, std::string bytes, int blockSize, auto read) {
-    ioBufferedStreamInput stream;
-    stream.addBufferToChain(new MemorySink(true, blockSize, bytes));
-    (stream.*filter)(true);
-    Outcome outcome;
-    outcome.bytes = read(stream);
-    outcome.status = stream.getStatus();
-    (stream.*filter)(false);
-    outcome.rest = readAll(stream);
-    return outcome;
-}
 
 void require(bool holds) {
     if (!holds)
@@ -56,14 +22,7 @@ void require(bool holds) {
 } // namespace
 
 std::string filtered(Filter filter, std::string_view bytes) {
-    std::string result;
-    ioBufferedStreamOutput stream;
-    stream.addBufferToChain(new MemorySink(false, 4096, result));
-    (stream.*filter)(true);
-    stream.writeData(bytes.data(), static_cast<int>(bytes.size()));
-    (stream.*filter)(false);
-    stream.flush();
-    return result;
+    return ::filtered(filter, bytes);
 }
 
 std::string largeFrame() {
@@ -76,20 +35,19 @@ std::string largeFrame() {
 }
 
 void readFiltered(Filter filter, std::string_view bytes) {
-    const Outcome inBlocks = read(filter, std::string(bytes), 4096, readAll);
-    const Outcome byByte = read(filter, std::string(bytes), 3, readBytes);
+    const Unfiltered inBlocks = unfiltered(filter, std::string(bytes), 5000);
+    const Unfiltered byByte = unfiltered(filter, std::string(bytes), 1, 3);
     require(inBlocks.status != streamOK && inBlocks.status == byByte.status);
-    // A damaged block is handed out to who asks for blocks alone.
+    // A damaged block is delivered only to callers that read blocks.
     require(inBlocks.bytes.starts_with(byByte.bytes));
-    require(inBlocks.rest == byByte.rest);
+    require(inBlocks.after == byByte.after);
 }
 
 void roundTrip(Filter filter, std::string_view bytes) {
     if (bytes.empty())
         return; // a filter is pushed only if bytes follow
     std::string file;
-    ioBufferedStreamOutput output;
-    output.addBufferToChain(new MemorySink(false, 4096, file));
+    StreamOver<ioBufferedStreamOutput> output(new MemorySink(false, 4096, file));
     output.writeString("before");
     (output.*filter)(true);
     const std::size_t piece = 16U * static_cast<unsigned char>(bytes[0]) + 1;
@@ -102,8 +60,7 @@ void roundTrip(Filter filter, std::string_view bytes) {
     output.writeString("after");
     output.flush();
 
-    ioBufferedStreamInput input;
-    input.addBufferToChain(new MemorySink(true, 4096, file, 100));
+    StreamOver<ioBufferedStreamInput> input(new MemorySink(true, 4096, file, 100));
     char word[6];
     input.readData(word, 6);
     (input.*filter)(true);
@@ -116,7 +73,7 @@ void roundTrip(Filter filter, std::string_view bytes) {
         require(input.getStatus() == streamCompressEnd);
     }
     (input.*filter)(false);
-    require(input.getStatus() == streamOK && readAll(input) == "after");
+    require(input.getStatus() == streamOK && readAll(input, 5000) == "after");
 }
 
 } // namespace fuzz

@@ -1,21 +1,23 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// The filter that compresses: LZW with codes of 9 to 16 bits, for a whole file or a stretch of it.
+/// The filter that compresses, by LZW with codes of 9 to 16 bits, a whole file or a section of it.
 ///
 /// Pushed on a stream by ioBufferedStream::compress(true) and popped by compress(false). The
-/// compressed section knows its own end, so that other bytes can follow it in the same file.
+/// compressed section marks its own end, so that other bytes can follow it in the same file.
 ///
 /// A reader reads on until the status is streamCompressEnd, then pops the filter, which clears that
-/// status. One that stops at the last byte that it wants may leave the end of the section unread:
-/// always where the section holds a multiple of 4096 bytes, and what is read next may then begin
-/// with the rest of it. A packet file has one way to stop right: write an end-of-file packet last,
-/// and read one byte more.
+/// status. A reader that stops at the last byte that it wants may leave the end of the section
+/// unread (always where the section holds a multiple of 4096 bytes), and what it reads next may
+/// then begin with the rest of it. A packet file should therefore write an end-of-file packet
+/// last, and its reader read one byte more.
 ///
 /// Push it on a writer only if bytes follow: a section to which nothing was written has no magic,
-/// and its reader ends in streamIOError. A section that is cut off or damaged beyond sense ends in
-/// streamIOError too; a damaged one may also give wrong bytes, since nothing checks them
-/// (ioBufferChecksum on the chain does). Memory is bounded whatever is read.
+/// and its reader ends in streamIOError. A section that is cut off or cannot be decoded ends in
+/// streamIOError too. A damaged one may also deliver wrong bytes, since nothing here checks them:
+/// push ioBufferChecksum as well. Memory is bounded whatever is read.
+///
+/// Threads: a link belongs to one thread at a time, together with its chain.
 ///
 /// @code
 /// #include <unistd.h>
@@ -47,59 +49,61 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 
 #include "Base/IO/ioBuffer.h"
 
 class ioCompressTableImpl;
 
 /// The link that compresses what is written through it, or expands what is read. Its tables, 1.1
-/// MiB on either side, are allocated by the first write() or read(), and nothing after that.
+/// MiB in either direction, are allocated by the first write() or read(); nothing is allocated
+/// after that.
 class ZEBASE_API ioBufferCompress : public ioBuffer {
 public:
+    /// A link to push with ioBufferedStream::addBufferToChain(), as compress(true) does.
     explicit ioBufferCompress(bool reading);
     ~ioBufferCompress() override;
 
-    /// finished().
+    /// Calls finished().
     void unchainHook() override;
 
     int getType() override;
 
-    /// finished(), then closes the link below.
+    /// Calls finished(), then closes the link below and promotes its failure.
     void close() override;
 
-    /// Expands up to `n` bytes, at least 1. At the end of the section 0 bytes and
-    /// bufferCompressEnd; where that end falls on the end of a block, one call before that gives 0
-    /// bytes in good state. bufferIOError where the magic is missing or the section has no end.
-    /// Memory behind the bytes returned, up to `n`, may be written to.
+    /// Expands up to `n` bytes, at least 1. At the end of the section returns 0 bytes and sets
+    /// bufferCompressEnd; where that end coincides with the end of a block, one call before returns
+    /// 0 bytes with a good status. bufferIOError where the magic is missing or the section has no
+    /// end. Memory behind the bytes returned, up to `n`, may be overwritten.
     int read(char* destination, int n) override;
 
     /// Compresses `n` bytes, at least 1.
     void write(const char* source, int n) override;
 
-    /// Ends the section on a writer, and flushes the chain below; a reader does nothing. Called by
-    /// close() and by popping the filter, one of which comes once: each call writes an end.
+    /// Ends the section on a writer and flushes the chain below; does nothing on a reader. Called
+    /// by close() and by popping the filter, of which a link meets only one: each call writes an
+    /// end.
     void finished();
 
 private:
-    struct String; ///< What a code stands for.
+    struct ZEBASE_HIDDEN String; ///< What a code stands for.
 
-    void initCompress();
-    void compress();
-    void output(int code);
-    void doneCompress();
-    void cl_block();
-    void writeCodeBuf(int n);
+    ZEBASE_HIDDEN void initCompress();
+    ZEBASE_HIDDEN void compress();
+    ZEBASE_HIDDEN void output(int code);
+    ZEBASE_HIDDEN void doneCompress();
+    ZEBASE_HIDDEN void cl_block();
+    ZEBASE_HIDDEN void writeCodeBuf(int n);
 
-    bool initUncompress();
-    void uncompress();
-    void expandUsualCodes();
-    int getcode();
-    std::uint32_t codeAt(int bitOffset) const;
-    int readCodeBuf(int n);
-    void addString();
-    bool push(int code);
-    void unstack();
+    ZEBASE_HIDDEN bool initUncompress();
+    ZEBASE_HIDDEN void uncompress();
+    ZEBASE_HIDDEN void expandUsualCodes();
+    ZEBASE_HIDDEN int getcode();
+    ZEBASE_HIDDEN std::uint32_t codeAt(int bitOffset) const;
+    ZEBASE_HIDDEN int readCodeBuf(int n);
+    ZEBASE_HIDDEN void addString();
+    ZEBASE_HIDDEN bool push(int code);
+    ZEBASE_HIDDEN void unstack();
 
     char* data_ = nullptr; ///< The caller's bytes in read() or write().
     int dataSize_ = 0;
@@ -121,12 +125,11 @@ private:
     int groupBits_ = 0; ///< Bits in the group at which a code can start, on reading.
     int inCount_ = 0;   ///< Bytes of input; wraps.
     int outCount_ = 0;  ///< Bytes of output, without the magic; wraps.
-    std::unique_ptr<ioCompressTableImpl> table_; ///< The strings; writer only.
-    /// Prefix and suffix of each code, and what else helps to expand it; reader only.
-    std::unique_ptr<String[]> stringTable_;
-    std::unique_ptr<char[]> decodeStack_; ///< Strings that do not fit; reader only.
+    ioCompressTableImpl* table_ = nullptr; ///< The strings; owned, writer only.
+    String* stringTable_ = nullptr;        ///< The strings by code; owned, reader only.
+    char* decodeStack_ = nullptr;          ///< Strings that do not fit; owned, reader only.
     /// The codes being filled or emptied: 16 bytes, and 4 that words at its end reach into. Bits
-    /// that no code covers keep what they held before, and are written so.
+    /// that no code covers keep what they held before, and are written like that.
     unsigned char group_[20] = {};
     bool regular_ = true; ///< No code since the last clear was one that no writer makes.
 };

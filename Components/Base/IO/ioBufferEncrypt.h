@@ -5,15 +5,17 @@
 ///
 /// Pushed on a stream by ioBufferedStream::encrypt(true) and popped by encrypt(false).
 ///
-/// What it is: a block cipher under a key that every copy of the library holds. It keeps the
-/// curious out of a file: a text editor, a search of the disk.
+/// It is a block cipher whose key every copy of the library contains. That keeps the content from
+/// text editors and searches of the disk.
 ///
-/// What it is not: secrecy or authenticity. Whoever has the library can read the file, and can
+/// It gives neither secrecy nor authenticity. Whoever has the library can read the file, and can
 /// change it unnoticed. Equal blocks of 16 bytes look equal in the file, and up to 15 bytes at the
-/// end of each frame are stored as they are. A damaged file gives wrong bytes without any status;
-/// for that, there is ioBufferChecksum.
+/// end of each frame are stored as they are. A damaged file delivers wrong bytes without any
+/// status: push ioBufferChecksum as well.
 ///
-/// Nothing in the file tells where the filter begins or ends: reader and writer must agree on it.
+/// Nothing in the file says where the filter begins or ends: reader and writer must agree on it.
+///
+/// Threads: a link belongs to one thread at a time, together with its chain.
 ///
 /// @code
 /// #include <unistd.h>
@@ -51,6 +53,7 @@
 /// most 240 bytes. Of a frame's bytes the whole blocks of 16 are enciphered.
 class ZEBASE_API ioBufferEncrypt : public ioBuffer {
 public:
+    /// A link to push with ioBufferedStream::addBufferToChain(), as encrypt(true) does.
     explicit ioBufferEncrypt(bool reading);
     ~ioBufferEncrypt() override;
 
@@ -59,24 +62,26 @@ public:
 
     int getType() override;
 
-    /// Closes the link below. Bytes in the block are not written: flush first.
+    /// Closes the link below and promotes its failure. Bytes in the block are not written: flush
+    /// first.
     void close() override;
 
     /// Reads one frame, or what is left of one, at most `n` bytes. bufferIOError if the version is
-    /// unknown, or a frame is cut off or longer than 240 bytes. A frame of no bytes gives 0 bytes
-    /// in good state.
+    /// unknown, or a frame is cut off or longer than 240 bytes. An empty frame gives 0 bytes with
+    /// a good status.
     int read(char* destination, int n) override;
 
-    /// Writes frames. Enciphers in place: the bytes at `source` are changed, const as they are.
+    /// Writes frames. Enciphers in place: changes the bytes at `source`, although they are const
+    /// (the caller is the link itself, with its own block).
     void write(const char* source, int n) override;
 
 private:
-    void initEncrypt();
-    void encrypt(char* data, int n) const;
-    void decrypt(char* data, int n) const;
-    void readFrame();
+    ZEBASE_HIDDEN void initEncrypt();
+    ZEBASE_HIDDEN void encrypt(char* data, int n) const;
+    ZEBASE_HIDDEN void decrypt(char* data, int n) const;
+    ZEBASE_HIDDEN void readFrame();
 
-    bool started_ = false; ///< The version was handled and the schedule stands.
+    bool started_ = false; ///< The version was handled and the schedule is set up.
     bool swap_ = false;    ///< The writer had the other byte order.
     std::uint32_t schedule_[44] = {};
     char frame_[240] = {}; ///< The frame being handed out.

@@ -2,8 +2,8 @@
 
 /// @file
 /// The text header at the start of every packet file, from which a reader learns the format, the
-/// byte order and the sizes of the writer's types. The writer writes in its own byte order, and the
-/// reader alone swaps.
+/// byte order and the sizes of the writer's types. The writer always writes in its own byte order;
+/// only readers swap.
 ///
 /// On the wire it is ASCII: "^@" and a newline; the header's version, 1; byte order (1 for
 /// little-endian), ioWriteMethod and a flag, 1; the writer's sizes of char, short, int, 64-bit
@@ -15,6 +15,8 @@
 ///     1 1 1
 ///     1 2 4 8 4 8 8
 ///     @
+///
+/// Threads: a header is a plain value; distinct headers are independent.
 ///
 /// @code
 /// assert(ioHeader(ioWriteBinary).determineReadMethod() == ioReadBinarySameEndian);
@@ -30,29 +32,29 @@
 class ioBufferedStreamInput;
 class ioBufferedStreamOutput;
 
-/// The form that a writer chooses.
+/// The form in which a file is written.
 enum ioWriteMethod : int {
-    ioWriteAscii = 0,
-    ioWriteBinary = 1,
-    ioWriteAsciiDebug = 2,
-    ioWriteBinaryDebug = 3
+    ioWriteAscii = 0,      ///< Text.
+    ioWriteBinary = 1,     ///< Binary, in the writer's byte order.
+    ioWriteAsciiDebug = 2, ///< Text with a tag before each value.
+    ioWriteBinaryDebug = 3 ///< Binary with a tag before each value.
 };
 
-/// The form as a reader on this machine meets it.
+/// How a reader on this machine reads a file.
 enum ioReadMethod : int {
-    ioReadUnknown = 0,
-    ioReadBinarySameEndian = 1,
-    ioReadBinarySwapped = 2,
-    ioReadAscii = 3,
-    ioReadBinarySameEndianDebug = 4,
-    ioReadBinarySwappedDebug = 5,
-    ioReadAsciiDebug = 6
+    ioReadUnknown = 0,               ///< Not at all.
+    ioReadBinarySameEndian = 1,      ///< Binary of this machine's byte order.
+    ioReadBinarySwapped = 2,         ///< Binary of the other byte order.
+    ioReadAscii = 3,                 ///< Text.
+    ioReadBinarySameEndianDebug = 4, ///< Tagged binary of this machine's byte order.
+    ioReadBinarySwappedDebug = 5,    ///< Tagged binary of the other byte order.
+    ioReadAsciiDebug = 6             ///< Tagged text.
 };
 
 /// The header of a packet file.
 class ZEBASE_API ioHeader {
 public:
-    /// An invalid header, to be read.
+    /// An invalid header, for readHeader() to fill.
     ioHeader() = default;
 
     /// The header that this machine writes.
@@ -62,23 +64,23 @@ public:
     /// True on every supported machine.
     static constexpr bool systemIsLittleEndian() { return true; }
 
-    /// Writes the header's byte order and method, and this machine's sizes. Precedes any filter on
-    /// the stream.
+    /// Writes the header's byte order and method, and this machine's sizes. Call it before any
+    /// filter is pushed on the stream.
     void writeHeader(ioBufferedStreamOutput& stream) const;
 
-    /// Reads a header and returns `valid`. The stream then stands at the byte after it, or, where
-    /// the first three bytes are not a header's, after those. A binary header is refused if its
-    /// flag is 0 or its sizes are not this machine's; text files are read whatever they state. A
-    /// method that is not known here is stored as -1 and leaves the header valid.
+    /// Reads a header and returns `valid`. The stream is then at the byte after it, or, where the
+    /// first three bytes are not those of a header, after these. A binary header is refused if its
+    /// flag is 0 or its sizes are not this machine's; text files are accepted whatever they state.
+    /// A method that is not known here is stored as -1 and leaves the header valid.
     ///
-    /// The stream is open, and holds the "@" that ends the header: a file cut before it makes this
-    /// call run for ever, since readChar() gives 0 at the end of a file.
+    /// The stream must be open, and must hold the "@" that ends the header: on a file that is cut
+    /// before it this call never returns, since readChar() gives 0 at the end of a file.
     bool readHeader(ioBufferedStreamInput& stream);
 
     /// How to read the file; ioReadUnknown for a method that is not known here.
     ioReadMethod determineReadMethod() const;
 
-    bool valid = false;
-    bool littleEndian = systemIsLittleEndian();            ///< The writer's byte order.
-    ioWriteMethod method = static_cast<ioWriteMethod>(-1); ///< Or -1 if not known here.
+    bool valid = false;                         ///< Set by readHeader(), or made for a writer.
+    bool littleEndian = systemIsLittleEndian(); ///< The writer's byte order.
+    ioWriteMethod method = static_cast<ioWriteMethod>(-1); ///< -1 if not known here.
 };

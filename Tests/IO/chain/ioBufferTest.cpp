@@ -7,11 +7,11 @@
 
 #include <cerrno>
 #include <memory>
-#include <random>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Base/IO/ioBufferEncrypt.h"
 #include "Base/Strings/zeStringIString.h"
 #include "Support/SystemFaults.h"
 #include "Support/TempFolder.h"
@@ -21,100 +21,73 @@
 namespace {
 
 using Answers = std::vector<SystemFaults::Answer>;
-using testing::ElementsAre;
 
 constexpr int fileBlock = 262144;
-
-std::vector<int> totals; ///< What the progress hook was told.
-void noteProgress(int total) {
-    totals.push_back(total);
-}
-
-std::string someBytes(std::size_t n) {
-    std::string bytes(n, '\0');
-    std::minstd_rand random(1);
-    for (char& c : bytes)
-        c = static_cast<char>(random());
-    return bytes;
-}
-
-zeString::IString name(const std::string& path) {
-    return zeString::IString(path.c_str());
-}
 
 class FileLink : public testing::Test {
 protected:
     FileLink() { totals.clear(); }
 
-    std::unique_ptr<ioBufferFD> writer(const std::string& file) {
-        auto link = std::make_unique<ioBufferFD>(false);
-        link->open(name(folder.path(file)));
-        return link;
-    }
-    std::unique_ptr<ioBufferFD> reader(const std::string& file, const std::string& content) {
-        auto link = std::make_unique<ioBufferFD>(true);
-        link->open(name(folder.write(file, content)));
+    zeString::IString path() const { return zeString::IString(folder.path("file").c_str()); }
+
+    /// A link over the file that notes what its progress hook is passed.
+    std::unique_ptr<ioBufferFD> open(bool reading) const {
+        auto link = std::make_unique<ioBufferFD>(reading);
+        link->associateProgressFunction([](int total) { totals.push_back(total); });
+        link->open(path());
         return link;
     }
 
+    static inline std::vector<int> totals;
     TempFolder folder;
 };
 
+} // namespace
+
 // The totals are those of a link that copies everything through its block: filled first, flushed
 // when more comes.
-TEST_F(FileLink, WritesTheSameBlocksWhateverTheSizesOfThePieces) {
-    const std::string bytes = someBytes(3'000'000);
-    auto link = writer("out");
-    link->associateProgressFunction(noteProgress);
-    std::vector<int> expected;
-    int inBlock = 0;
-    int total = 0;
-    std::size_t at = 0;
+TEST_F(FileLink, MovesTheSameBlocksWhateverTheSizesOfThePieces) {
+    const std::string bytes = randomData(3'000'000);
+    const int sizes[] = {-1, 0, 1, 4096, fileBlock - 1, fileBlock, fileBlock + 1, 600'000};
     std::minstd_rand random(2);
-    const int pieces[] = {
-        -1, 0, 1, 17, 4096, fileBlock - 1, fileBlock, fileBlock + 1, 2 * fileBlock, 600'000};
-    while (at < bytes.size()) {
-        const int n = std::min(pieces[random() % std::size(pieces)], int(bytes.size() - at));
+    const auto nextSize = [&] { return sizes[random() % std::size(sizes)]; };
+
+    auto link = open(false);
+    std::vector<int> expected;
+    for (int at = 0, inBlock = 0; at < int(bytes.size());) {
+        const int n = std::min(nextSize(), int(bytes.size()) - at);
         link->writeData(bytes.data() + at, n);
-        if (n <= 0)
-            continue;
-        at += std::size_t(n);
-        for (inBlock += n; inBlock > fileBlock; inBlock -= fileBlock)
-            expected.push_back(total += fileBlock);
+        at += std::max(n, 0);
+        for (inBlock += std::max(n, 0); inBlock > fileBlock; inBlock -= fileBlock)
+            expected.push_back(int(expected.size() + 1) * fileBlock);
         ASSERT_EQ(totals, expected);
     }
     link->flush();
     EXPECT_EQ(totals.back(), 3'000'000);
     link->close();
     EXPECT_TRUE(link->good());
-    EXPECT_EQ(folder.read("out"), bytes);
-}
+    ASSERT_TRUE(folder.read("file") == bytes);
 
-TEST_F(FileLink, ReadsTheSameBlocksWhateverTheSizesOfThePieces) {
-    const std::string bytes = someBytes(3'000'000);
-    auto link = reader("in", bytes);
-    link->associateProgressFunction(noteProgress);
-    const int pieces[] = {-1, 0, 1, 17, 4096, fileBlock - 1, fileBlock, 2 * fileBlock, 600'000};
-    std::string piece(600'000, '\0');
+    totals.clear();
+    link = open(true);
     std::string all;
-    std::minstd_rand random(3);
-    while (link->good()) {
-        const int n = pieces[random() % std::size(pieces)];
+    for (std::string piece(600'000, '\0'); link->good();) {
+        const int n = nextSize();
         const int got = link->readData(piece.data(), n);
         all.append(piece, 0, std::size_t(got));
-        ASSERT_EQ(got, link->good() ? std::max(n, 0) : got);
-        // As many blocks are in as the bytes so far reach into.
-        if (link->good()) {
+        if (link->good()) { // as many blocks were read as the bytes so far reach into
+            ASSERT_EQ(got, std::max(n, 0));
             ASSERT_EQ(totals.size(), (all.size() + fileBlock - 1) / fileBlock);
         }
     }
     EXPECT_EQ(link->getStatus(), ioBuffer::bufferEOF);
-    EXPECT_EQ(all, bytes);
+    EXPECT_TRUE(all == bytes);
     link->close();
 }
 
 TEST_F(FileLink, MeetsTheEndOnlyAfterTheLastByte) {
-    auto link = reader("in", "four");
+    folder.write("file", "four");
+    auto link = open(true);
     char bytes[8];
     EXPECT_EQ(link->readData(bytes, 4), 4);
     EXPECT_TRUE(link->good());
@@ -133,8 +106,7 @@ TEST_F(FileLink, SurvivesInterruptionsAndReportsFailures) {
     const struct {
         SystemFaults::Call call;
         Answers answers;
-        ioBuffer::bufferStatus onWriting;
-        ioBuffer::bufferStatus onReading;
+        ioBuffer::bufferStatus onWriting, onReading;
     } cases[] = {
         {SystemFaults::onOpen, {{EINTR}, {EINTR}}, ok, ok},
         {SystemFaults::onOpen, {{EACCES}}, ioBuffer::bufferOpenError, ioBuffer::bufferOpenError},
@@ -146,65 +118,69 @@ TEST_F(FileLink, SurvivesInterruptionsAndReportsFailures) {
         {SystemFaults::onClose, {{EINTR}, {EINTR}}, ok, ok},
         {SystemFaults::onClose, {{EIO}}, ioBuffer::bufferIOError, ioBuffer::bufferIOError},
     };
-    const std::string path = folder.write("in", "content");
     for (const auto& test : cases) {
         SCOPED_TRACE(testing::Message() << test.call << ' ' << test.answers[0].error);
-        {
-            ioBufferFD link(false);
-            const SystemFaults faults(test.call, test.answers);
-            link.open(name(folder.path("out")));
-            link.writeData("content", 7);
-            link.flush();
-            link.close();
-            EXPECT_EQ(link.getStatus(), test.onWriting);
-        }
-        if (test.onWriting == ok) {
-            EXPECT_EQ(folder.read("out"), "content");
-        }
-        {
-            ioBufferFD link(true);
-            const SystemFaults faults(test.call, test.answers);
-            link.open(name(path));
-            char bytes[7];
-            const int got = link.readData(bytes, 7);
-            if (test.onReading == ok) {
-                EXPECT_EQ(std::string(bytes, std::size_t(got)), "content");
+        for (const bool reading : {false, true}) {
+            folder.write("file", reading ? "content" : "");
+            std::string bytes = "content";
+            ioBuffer::bufferStatus status;
+            {
+                const SystemFaults faults(test.call, test.answers);
+                auto link = open(reading);
+                if (reading)
+                    bytes.resize(std::size_t(link->readData(bytes.data(), 7)));
+                else
+                    link->writeData(bytes.data(), 7);
+                link->flush();
+                link->close();
+                status = link->getStatus();
             }
-            link.close();
-            EXPECT_EQ(link.getStatus(), test.onReading);
+            EXPECT_EQ(status, reading ? test.onReading : test.onWriting);
+            if (status == ok) {
+                EXPECT_EQ(reading ? bytes : folder.read("file"), "content");
+            }
         }
     }
 }
 
 TEST_F(FileLink, StopsAtTheWriteThatFailsWithAllBeforeItInTheFile) {
-    const std::string bytes = someBytes(5 * fileBlock + 100);
+    const std::string bytes = randomData(5 * fileBlock + 100);
     for (std::size_t failing = 0; failing < 6; ++failing) {
-        auto link = writer("out");
+        auto link = open(false);
         Answers answers(failing);
         answers.push_back({ENOSPC});
-        {
-            const SystemFaults faults(SystemFaults::onWrite, answers);
-            link->writeData(bytes.data(), 1000);
-            link->writeData(bytes.data() + 1000, int(bytes.size()) - 1000);
-            link->flush();
-            link->writeData("dropped", 7);
-            link->flush();
-            EXPECT_EQ(faults.calls(), failing + 1);
-        }
+        const SystemFaults faults(SystemFaults::onWrite, answers);
+        link->writeData(bytes.data(), 1000);
+        link->writeData(bytes.data() + 1000, int(bytes.size()) - 1000);
+        link->flush();
+        link->writeData("dropped", 7);
+        link->flush();
+        EXPECT_EQ(faults.calls(), failing + 1);
         EXPECT_EQ(link->getStatus(), ioBuffer::bufferDiskFull);
         link->close();
-        EXPECT_EQ(folder.read("out"), bytes.substr(0, failing * fileBlock));
+        EXPECT_TRUE(folder.read("file") == bytes.substr(0, failing * fileBlock));
     }
 }
 
 TEST_F(FileLink, CountsAFailedReadAsMinusOneByte) {
-    auto link = reader("in", "bytes");
-    link->associateProgressFunction(noteProgress);
+    folder.write("file", "bytes");
+    auto link = open(true);
     char bytes[8];
     link->readData(bytes, 5);
     const SystemFaults faults(SystemFaults::onRead, {{EIO}});
     EXPECT_EQ(link->readData(bytes, 8), 0);
-    EXPECT_THAT(totals, ElementsAre(5, 4));
+    EXPECT_THAT(totals, testing::ElementsAre(5, 4));
+    link->close();
+}
+
+TEST_F(FileLink, OpensDescriptorsThatChildProcessesDoNotInherit) {
+    for (const bool reading : {false, true}) {
+        const int next = dup(STDERR_FILENO); // the number that the next open() gets
+        close(next);
+        auto link = open(reading);
+        EXPECT_EQ(fcntl(next, F_GETFD), FD_CLOEXEC);
+        link->close();
+    }
 }
 
 TEST_F(FileLink, OwnsADescriptorThatItUsesButClosesItOnlyWhenTold) {
@@ -229,24 +205,24 @@ TEST_F(FileLink, OwnsADescriptorThatItUsesButClosesItOnlyWhenTold) {
 
 // From link to link an end rises only when asked to; from the top link to the stream it always
 // does.
-TEST(Chain, HandsFailuresUp) {
-    using Link = ioBuffer;
-    constexpr auto kept = Link::bufferDiskFull;
+TEST(Chain, PromotesFailures) {
+    constexpr auto kept = ioBuffer::bufferDiskFull;
     const struct {
-        Link::bufferStatus below, withoutEnd, withEnd;
+        ioBuffer::bufferStatus below, withoutEnd, withEnd;
         ioStreamStatus stream;
     } cases[] = {
-        {Link::bufferOK, kept, kept, streamDiskFull}, // promotion clears nothing
-        {Link::bufferOpenError, Link::bufferOpenError, Link::bufferOpenError, streamOpenError},
-        {Link::bufferEOF, kept, Link::bufferEOF, streamEOF},
-        {Link::bufferCompressEnd, kept, Link::bufferCompressEnd, streamCompressEnd},
-        {Link::bufferChecksumError, Link::bufferChecksumError, Link::bufferChecksumError,
-         streamChecksumError},
-        {Link::bufferIOError, Link::bufferIOError, Link::bufferIOError, streamIOError},
+        {ioBuffer::bufferOK, kept, kept, streamDiskFull}, // promotion clears nothing
+        {ioBuffer::bufferOpenError, ioBuffer::bufferOpenError, ioBuffer::bufferOpenError,
+         streamOpenError},
+        {ioBuffer::bufferEOF, kept, ioBuffer::bufferEOF, streamEOF},
+        {ioBuffer::bufferCompressEnd, kept, ioBuffer::bufferCompressEnd, streamCompressEnd},
+        {ioBuffer::bufferChecksumError, ioBuffer::bufferChecksumError,
+         ioBuffer::bufferChecksumError, streamChecksumError},
+        {ioBuffer::bufferIOError, ioBuffer::bufferIOError, ioBuffer::bufferIOError, streamIOError},
     };
     std::string bytes;
     auto* const sink = new MemorySink(true, 4, bytes);
-    auto* const filter = new KeyFilter(true, 4, 1);
+    auto* const filter = new ioBufferEncrypt(true);
     StreamOver<ioBufferedStreamInput> stream(sink);
     stream.addBufferToChain(filter);
     for (const auto& test : cases) {
@@ -261,49 +237,31 @@ TEST(Chain, HandsFailuresUp) {
     }
 }
 
-// Segments of one file, each through a filter of its own or none, against flat strings.
-TEST(Chain, MatchesFlatBytesWhileFiltersComeAndGo) {
+TEST(Chain, MovesBytesThroughSmallBlocksUnchanged) {
     std::minstd_rand random(4);
-    for (int round = 0; round < 200; ++round) {
-        const std::string plain = someBytes(random() % 500);
+    for (unsigned round = 0; round < 200; ++round) {
+        const std::string plain = randomData(random() % 500, round);
         std::string file;
-        std::string expected;
         StreamOver<ioBufferedStreamOutput> out(new MemorySink(false, 1 + int(random() % 16), file));
-        std::vector<std::size_t> ends;
-        for (std::size_t at = 0; at < plain.size();) {
-            const std::size_t end = std::min(plain.size(), at + 1 + random() % 100);
-            const bool filtered = random() % 2;
-            if (filtered)
-                out.addBufferToChain(new KeyFilter(false, 1 + int(random() % 16), 5));
-            for (const char c : plain.substr(at, end - at))
-                expected += filtered ? char(c ^ 5) : c;
-            while (at < end) {
-                const int n = int(random() % (end - at + 1));
-                out.writeData(plain.data() + at, n);
-                at += std::size_t(n);
-            }
-            if (filtered) {
-                out.popBufferChain();
-                expected += '|';
-            }
+        for (std::size_t at = 0, n; at < plain.size(); at += n) {
+            n = std::min(random() % 50, plain.size() - at);
+            out.writeData(plain.data() + at, int(n));
         }
         out.flush();
-        ASSERT_EQ(file, expected);
+        ASSERT_EQ(file, plain);
         ASSERT_EQ(out.getStatus(), streamOK);
 
         StreamOver<ioBufferedStreamInput> in(
             new MemorySink(true, 1 + int(random() % 16), file, 1 + random() % 8));
-        in.addBufferToChain(new KeyFilter(true, 1 + int(random() % 16), 0));
         std::string all;
         while (in.getStatus() == streamOK) {
             char piece[50];
-            if (random() % 2) {
+            if (random() % 2)
                 all.append(piece, std::size_t(in.readData(piece, int(random() % 50))));
-            } else if (const int c = in.readChar(); in.getStatus() == streamOK) {
+            else if (const int c = in.readChar(); in.getStatus() == streamOK)
                 all += static_cast<char>(c);
-            }
         }
-        ASSERT_EQ(all, expected);
+        ASSERT_EQ(all, plain);
         ASSERT_EQ(in.getStatus(), streamEOF);
     }
 }
@@ -311,24 +269,19 @@ TEST(Chain, MatchesFlatBytesWhileFiltersComeAndGo) {
 TEST(Chain, IsClosedAndDeletedFromTheTopDown) {
     std::string bytes;
     auto* const sink = new MemorySink(false, 8, bytes);
-    const int before = KeyFilter::destroyed;
-    {
-        KeyFilter filter(false, 8, 0);
-        filter.chain(sink);
-        filter.writeData("abc", 3);
-        filter.close();
-        EXPECT_TRUE(sink->closed);
-        // Off the chain, the sink outlives the filter, with all that the filter held.
-        EXPECT_EQ(filter.unchain(), sink);
-    }
-    EXPECT_EQ(KeyFilter::destroyed, before + 1);
-    sink->flush();
-    EXPECT_EQ(bytes, "abc|");
-    KeyFilter* const top = new KeyFilter(false, 8, 0);
-    top->chain(new KeyFilter(false, 8, 0));
-    delete top;
-    EXPECT_EQ(KeyFilter::destroyed, before + 3);
-    delete sink;
+    const int before = MemorySink::destroyed;
+    auto top = std::make_unique<ioBufferEncrypt>(false);
+    top->chain(sink);
+    top->writeData("abc", 3);
+    top->close();
+    EXPECT_TRUE(sink->closed);
+    // Off the chain, the sink outlives the filter, with all that the filter held.
+    EXPECT_EQ(top->unchain(), sink);
+    top = std::make_unique<ioBufferEncrypt>(false);
+    EXPECT_EQ(bytes, "\x01\x03"
+                     "abc");
+    top->chain(sink);
+    EXPECT_EQ(MemorySink::destroyed, before);
+    top.reset();
+    EXPECT_EQ(MemorySink::destroyed, before + 1);
 }
-
-} // namespace

@@ -1,74 +1,47 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// Bytes to send through filters.
+/// Bytes to send through filters; randomData() of TestLinks.h is the worst of them to compress.
 
 #pragma once
 
-#include <random>
-#include <string>
-#include <vector>
+#include <cstdint>
 
-/// Words of small letters: the frequent ones more often, and short.
+#include "IO/chain/TestLinks.h"
+
+/// Words of small letters, which come again and again.
 inline std::string textData(std::size_t n, unsigned seed = 1) {
     std::minstd_rand random(seed);
-    std::vector<std::string> words(2000);
-    for (std::size_t i = 0; i < words.size(); ++i)
-        for (std::size_t length = 1 + random() % (2 + i / 200); length > 0; --length)
-            words[i] += static_cast<char>('a' + random() % 26);
+    const std::string letters = randomData(4000, seed, 26);
     std::string text;
     while (text.size() < n) {
-        text += words[random() % (1 + random() % words.size())];
+        for (std::size_t at = random() % (1 + random() % 4000); at % 7 != 0 && at < 4000; ++at)
+            text += static_cast<char>('a' + letters[at]);
         text += random() % 10 == 0 ? '\n' : ' ';
     }
     text.resize(n);
     return text;
 }
 
-/// Numbers as they stand in a binary file: small ones, with many zero bytes, and a few of any size.
+/// Numbers as they lie in a binary file: small ones, with many zero bytes, and a few of any size.
 inline std::string recordData(std::size_t n, unsigned seed = 1) {
     std::minstd_rand random(seed);
     std::string records;
-    for (unsigned i = 0; records.size() < n; ++i) {
-        const unsigned fields[] = {i, static_cast<unsigned>(random() % 100), 0,
-                                   static_cast<unsigned>(random())};
+    for (std::uint32_t i = 0; records.size() < n; ++i) {
+        const std::uint32_t fields[] = {i, std::uint32_t(random() % 100), 0,
+                                        std::uint32_t(random())};
         records.append(reinterpret_cast<const char*>(fields), sizeof fields);
     }
     records.resize(n);
     return records;
 }
 
-/// Bytes from 0 to `range` - 1, at random.
-inline std::string randomData(std::size_t n, unsigned seed = 1, unsigned range = 256) {
-    std::mt19937 random(seed);
-    std::string bytes(n, '\0');
-    for (char& c : bytes)
-        c = static_cast<char>(random() % range);
-    return bytes;
-}
-
-/// Stretches of all kinds.
-inline std::string mixedData(std::size_t n, unsigned seed = 1) {
-    std::minstd_rand random(seed);
+/// Sections of all kinds.
+inline std::string mixedData(std::size_t n) {
     std::string bytes;
-    while (bytes.size() < n) {
-        const std::size_t length = random() % 20000;
-        const auto part = static_cast<unsigned>(random());
-        switch (random() % 4) {
-        case 0:
-            bytes += textData(length, part);
-            break;
-        case 1:
-            bytes += recordData(length, part);
-            break;
-        case 2:
-            bytes += randomData(length, part);
-            break;
-        default:
-            bytes.append(length, static_cast<char>(part));
-            break;
-        }
-    }
+    for (unsigned seed = 1; bytes.size() < n; ++seed)
+        bytes += textData(7000, seed) + recordData(5000, seed) + randomData(9000, seed) +
+                 std::string(6000, static_cast<char>(seed));
     bytes.resize(n);
     return bytes;
 }

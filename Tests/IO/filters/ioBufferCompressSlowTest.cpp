@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// Sections so long that the counts behind the clearing of the table change their ways.
+// Sections so long that the clearing of the table is decided in another way.
 
 #include <gtest/gtest.h>
 
@@ -18,6 +18,8 @@ void expectTheDefinedSection(const std::string& bytes) {
     ASSERT_TRUE(unfiltered(compress, section) == (Unfiltered{bytes, streamCompressEnd, ""}));
 }
 
+} // namespace
+
 // Strings of more than 8000 bytes come up at 32,012,001.
 TEST(CompressAtLength, KeepsOneByteManyTimes) {
     for (const unsigned n : {32'012'000u, 32'012'001u, 34'000'000u})
@@ -30,5 +32,3 @@ TEST(CompressAtLength, KeepsMoreThanEightMillionBytes) {
     expectTheDefinedSection(randomData(9'500'000));
     EXPECT_GT(CompressTwinWriter::forgotten, 0);
 }
-
-} // namespace

@@ -2,9 +2,6 @@
 
 #include "Base/IO/ioBufferCompress.h"
 
-#include <map>
-#include <memory>
-
 #include <gtest/gtest.h>
 
 #include "IO/filters/CompressTwin.h"
@@ -20,10 +17,26 @@ constexpr Switch compress = &ioBufferedStream::compress;
 /// What the filter must make of a section: the bytes of the twin, then the end or a failure.
 Unfiltered expected(const std::string& section) {
     const auto twin = CompressTwinReader::read(section);
-    const bool complete = twin.end == CompressTwinReader::atEndCode;
-    return {twin.bytes, complete ? streamCompressEnd : streamIOError,
-            complete ? section.substr(twin.consumed) : ""};
+    return {twin.bytes, twin.complete ? streamCompressEnd : streamIOError,
+            twin.complete ? section.substr(twin.consumed) : ""};
 }
+
+/// A section of nine-bit codes.
+std::string sectionOf(const std::vector<int>& codes) {
+    std::string section = "\x1f\x9d\x90";
+    for (std::size_t i = 0; i < codes.size(); ++i) {
+        if (i % 8 == 0)
+            section.append(9, '\0');
+        char* const group = section.data() + section.size() - 9;
+        for (std::size_t bit = 0; bit < 9; ++bit) {
+            const std::size_t at = 9 * (i % 8) + bit;
+            group[at / 8] = static_cast<char>(group[at / 8] | (codes[i] >> bit & 1) << (at % 8));
+        }
+    }
+    return section;
+}
+
+} // namespace
 
 // Codes in hand-made groups, lowest bit first: 61 is `a`, 101 the end, 102 the first string.
 TEST(Compress, WritesTheseBytes) {
@@ -58,39 +71,20 @@ TEST(Compress, IsTheDefinedAlgorithmOnAllKindsOfData) {
     std::string zeroPairs;
     for (unsigned i = 0; i < 40; ++i)
         zeroPairs += recordData(2000, i) + std::string(i, '\0');
-    const struct {
-        const char* name;
-        std::string bytes;
-    } cases[] = {
-        {"text", textData(200'000)},
-        {"records", recordData(150'000)},
-        {"random", randomData(250'000)}, // clears its table twice
-        {"few symbols", randomData(150'000, 1, 3)},
-        {"one byte", std::string(150'000, 'x')},
-        {"zeros", std::string(150'000, '\0')},
-        {"zero pairs", zeroPairs},
-        {"mixed", mixedData(400'000)},
+    const std::string cases[] = {
+        textData(200'000),         recordData(150'000),
+        randomData(250'000), // clears its table twice
+        randomData(150'000, 1, 3), std::string(150'000, 'x'), std::string(150'000, '\0'), zeroPairs,
+        mixedData(400'000),
     };
-    for (const auto& test : cases) {
-        SCOPED_TRACE(test.name);
-        const std::string section = CompressTwinWriter::section(test.bytes);
+    for (const std::string& bytes : cases) {
+        SCOPED_TRACE(bytes.substr(0, 10));
+        const std::string section = CompressTwinWriter::section(bytes);
         // Where blocks end changes nothing.
-        ASSERT_TRUE(filtered(compress, test.bytes, {1, 5000, 3}) == section);
-        const Unfiltered all{test.bytes, streamCompressEnd, "after"};
+        ASSERT_TRUE(filtered(compress, bytes, {1, 5000, 3}) == section);
+        const Unfiltered all{bytes, streamCompressEnd, "after"};
         ASSERT_TRUE(unfiltered(compress, section + "after") == all);
         ASSERT_TRUE(unfiltered(compress, section + "after", 7) == all);
-    }
-}
-
-TEST(Compress, KeepsEveryLengthAroundABlock) {
-    for (const int block : {0, 4096, 8192}) {
-        for (int n = std::max(block - 20, 1); n < block + 20; ++n) {
-            for (const std::string& bytes :
-                 {std::string(std::size_t(n), 'x'), textData(unsigned(n))})
-                ASSERT_EQ(unfiltered(compress, filtered(compress, bytes) + "after"),
-                          (Unfiltered{bytes, streamCompressEnd, "after"}))
-                    << n;
-        }
     }
 }
 
@@ -116,16 +110,17 @@ TEST(Compress, ForgetsTheStringOfTwoZeroBytesWhereTheDefinedTableDoes) {
     EXPECT_TRUE(filtered(compress, bytes) == CompressTwinWriter::section(bytes));
 }
 
-TEST(Compress, TellsTheEndOfASectionOnce) {
-    for (const int n : {4095, 4096}) {
+TEST(Compress, ReportsTheEndOfASectionOnce) {
+    for (const int n : {4095, 4096, 4097}) {
         SCOPED_TRACE(n);
         std::string section = filtered(compress, std::string(std::size_t(n), 'x')) + "after";
         StreamOver<ioBufferedStreamInput> stream(new MemorySink(true, 4096, section));
         stream.compress(true);
-        char bytes[4096];
+        char bytes[4097];
         EXPECT_EQ(stream.readData(bytes, n), n);
         EXPECT_EQ(stream.getStatus(), streamOK);
-        // The end that falls on the end of a block takes two looks, and a caller sees one of them.
+        // An end that coincides with the end of a block takes two reads, of which a caller sees
+        // one.
         EXPECT_EQ(stream.readChar(), 0);
         EXPECT_EQ(stream.getStatus(), streamCompressEnd);
         stream.compress(false);
@@ -134,19 +129,7 @@ TEST(Compress, TellsTheEndOfASectionOnce) {
     }
 }
 
-TEST(Compress, DeliversAStringInAsManyPiecesAsTheCallerAsksFor) {
-    std::string section = filtered(compress, std::string(100, 'x'));
-    ioBufferCompress link(true);
-    link.chain(new MemorySink(true, 4096, section));
-    char bytes[3];
-    std::string all;
-    for (int got; (got = link.read(bytes, 3)) > 0;)
-        all.append(bytes, std::size_t(got));
-    EXPECT_EQ(all, std::string(100, 'x'));
-    EXPECT_EQ(link.getStatus(), ioBuffer::bufferCompressEnd);
-}
-
-// As 16 codes of nine bits, with nothing behind them.
+// As 16 codes of nine bits, with nothing behind them; a string goes to the caller in pieces.
 TEST(Compress, StaysInBoundsWhereTheStatusOfABadMagicIsReset) {
     std::string section = "bad" + std::string(18, '\0');
     ioBufferCompress link(true);
@@ -155,25 +138,11 @@ TEST(Compress, StaysInBoundsWhereTheStatusOfABadMagicIsReset) {
     EXPECT_EQ(link.read(bytes.data(), 100), 0);
     EXPECT_EQ(link.getStatus(), ioBuffer::bufferIOError);
     link.setStatus(ioBuffer::bufferOK);
-    EXPECT_EQ(link.read(bytes.data(), 100), 16);
+    EXPECT_EQ(link.read(bytes.data(), 9), 9);
+    EXPECT_EQ(link.read(bytes.data() + 9, 91), 7);
     EXPECT_EQ(bytes.substr(0, 16), std::string(16, '\0'));
     EXPECT_EQ(link.read(bytes.data(), 100), 0);
     EXPECT_EQ(link.getStatus(), ioBuffer::bufferIOError);
-}
-
-/// A section of nine-bit codes.
-std::string sectionOf(const std::vector<int>& codes) {
-    std::string section = "\x1f\x9d\x90";
-    for (std::size_t i = 0; i < codes.size(); ++i) {
-        if (i % 8 == 0)
-            section.append(9, '\0');
-        char* const group = section.data() + section.size() - 9;
-        for (std::size_t bit = 0; bit < 9; ++bit) {
-            const std::size_t at = 9 * (i % 8) + bit;
-            group[at / 8] = static_cast<char>(group[at / 8] | (codes[i] >> bit & 1) << (at % 8));
-        }
-    }
-    return section;
 }
 
 // No writer makes these. They have a meaning nevertheless, or end in a status.
@@ -220,5 +189,3 @@ TEST(Compress, ReadsDamagedSectionsAsDefinedAndNeverBeyond) {
         ASSERT_EQ(unfiltered(compress, garbage, 100), expected(garbage)) << seed;
     }
 }
-
-} // namespace

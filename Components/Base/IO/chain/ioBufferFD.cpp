@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 
+#include "Base/IO/ioBufferFD.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
 
-#include "Base/IO/ioBuffer.h"
 #include "Base/Strings/zeStringIString.h"
+#include "Base/Utility/zeUtilDescriptor.h"
 
 namespace {
 
@@ -14,7 +16,9 @@ constexpr int blockSize = 262144;
 
 } // namespace
 
-ioBufferFD::ioBufferFD(bool reading) : ioBuffer(reading, blockSize) {}
+ioBufferFD::ioBufferFD(bool reading) : ioBuffer(reading, blockSize) {
+    movesBlocksDirectly_ = true;
+}
 
 ioBufferFD::~ioBufferFD() = default;
 
@@ -34,15 +38,8 @@ int ioBufferFD::getType() {
 void ioBufferFD::close() {
     if (fd_ < 0)
         return;
-    if (owned_) {
-        int result;
-        do {
-            errno = 0;
-            result = ::close(fd_);
-        } while (result == -1 && errno == EINTR);
-        if (result == -1)
-            setStatus(bufferIOError);
-    }
+    if (owned_ && zeUtil::retried([this] { return ::close(fd_); }) == -1)
+        setStatus(bufferIOError);
     fd_ = -1;
 }
 
@@ -81,11 +78,9 @@ void ioBufferFD::write(const char* source, int n) {
 
 void ioBufferFD::open(const zeString::IString& path) {
     const int forWriting = O_WRONLY | O_CREAT | (truncate_ ? O_TRUNC : 0);
-    const int flags = reading_ ? O_RDONLY : forWriting;
-    do {
-        errno = 0;
-        fd_ = ::open(path.asUTF8(), flags, 0666);
-    } while (fd_ == -1 && errno == EINTR);
+    const int flags = O_CLOEXEC | (reading_ ? O_RDONLY : forWriting);
+    errno = 0;
+    fd_ = zeUtil::retried([&] { return ::open(path.asUTF8(), flags, 0666); });
     if (fd_ == -1)
         setStatus(bufferOpenError);
     else

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 
+#include "Base/IO/ioBufferedStream.h"
+
 #include <sys/stat.h>
 
 #include <utility>
 
-#include "Base/IO/ioBuffer.h"
 #include "Base/IO/ioBufferChecksum.h"
 #include "Base/IO/ioBufferCompress.h"
 #include "Base/IO/ioBufferEncrypt.h"

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 
+#include "Base/IO/ioBufferedStreamInput.h"
+
 #include <cstdio>
 #include <cstdlib>
 
-#include "Base/IO/ioBuffer.h"
+#include "Base/IO/ioBufferFD.h"
 
 namespace {
 

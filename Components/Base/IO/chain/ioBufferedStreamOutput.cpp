@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 
+#include "Base/IO/ioBufferedStreamOutput.h"
+
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 
-#include "Base/IO/ioBuffer.h"
+#include "Base/IO/ioBufferFD.h"
 #include "Base/Strings/zeStringPrintf.h"
 
 ioBufferedStreamOutput::~ioBufferedStreamOutput() = default;

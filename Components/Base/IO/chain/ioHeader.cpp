@@ -5,7 +5,8 @@
 #include <algorithm>
 #include <iterator>
 
-#include "Base/IO/ioBuffer.h"
+#include "Base/IO/ioBufferedStreamInput.h"
+#include "Base/IO/ioBufferedStreamOutput.h"
 
 namespace {
 
@@ -35,7 +36,7 @@ bool ioHeader::readHeader(ioBufferedStreamInput& stream) {
     long sizes[6];
     for (long& size : sizes)
         size = stream.readInt();
-    stream.readInt(); // one size more, which nobody needs
+    stream.readInt(); // one more size, ignored
     while (stream.readChar() != '@') {
     }
     stream.readChar();

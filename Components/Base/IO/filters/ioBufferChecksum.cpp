@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 namespace {
 
@@ -14,7 +15,9 @@ constexpr int firstRoom = 65536; ///< For a frame that is larger than the reader
 
 ioBufferChecksum::ioBufferChecksum(bool reading) : ioBuffer(reading, blockSize) {}
 
-ioBufferChecksum::~ioBufferChecksum() = default;
+ioBufferChecksum::~ioBufferChecksum() {
+    delete[] readBuffer_;
+}
 
 void ioBufferChecksum::unchainHook() {
     if (!reading_)
@@ -27,12 +30,13 @@ int ioBufferChecksum::getType() {
 
 void ioBufferChecksum::close() {
     next_->close();
+    promoteNextBufferStatus(false);
 }
 
 int ioBufferChecksum::read(char* destination, int n) {
     if (readCount_ > readPosition_) {
         const int taken = std::min(n, readCount_ - readPosition_);
-        std::memcpy(destination, readBuffer_.get() + readPosition_, static_cast<unsigned>(taken));
+        std::memcpy(destination, readBuffer_ + readPosition_, static_cast<unsigned>(taken));
         readPosition_ += taken;
         return taken;
     }
@@ -73,10 +77,10 @@ void ioBufferChecksum::write(const char* source, int n) {
     promoteNextBufferStatus(true);
 }
 
-/// Takes the bytes into the sum, an end-around-carry sum of native 16-bit words, and returns it. A
-/// last odd byte counts as it is. The order of additions and the times of the carries do not
-/// matter: only zeros keep a sum of 0, and any other sum is the one number from 1 to 65535 with its
-/// remainder modulo 65535. So words are added in pairs, wide, and folded once.
+/// Adds the bytes to the sum, an end-around-carry sum of native 16-bit words, and returns it. A
+/// last odd byte is added as it is. Neither the order of additions nor the time of the carries
+/// matters: the sum stays 0 only for zeros, and any other sum is the one number from 1 to 65535
+/// with its remainder modulo 65535. So words are added in pairs, in 64 bits, and folded once.
 unsigned short ioBufferChecksum::checksum16(const unsigned char* data, int n) {
     const int pairs = n / 4;
     std::uint64_t sum = sum_;
@@ -115,7 +119,7 @@ int ioBufferChecksum::readBufferInt() {
     return static_cast<int>(value);
 }
 
-/// In the machine's order of bytes, as the words that it sums up.
+/// In the byte order of the machine, like the words that are summed.
 void ioBufferChecksum::writeBufferChecksum(unsigned short checksum) {
     char bytes[sizeof checksum];
     std::memcpy(bytes, &checksum, sizeof checksum);
@@ -132,26 +136,24 @@ unsigned short ioBufferChecksum::readBufferChecksum() {
 
 /// Makes room for `n` bytes, and keeps what was read of them.
 void ioBufferChecksum::growReadBuffer(int n) {
-    auto grown = std::make_unique_for_overwrite<char[]>(static_cast<unsigned>(n));
+    char* const grown = new char[static_cast<unsigned>(n)];
     if (readCount_ > 0)
-        std::memcpy(grown.get(), readBuffer_.get(), static_cast<unsigned>(readCount_));
-    readBuffer_ = std::move(grown);
+        std::memcpy(grown, readBuffer_, static_cast<unsigned>(readCount_));
+    delete[] std::exchange(readBuffer_, grown);
     readCapacity_ = n;
 }
 
-/// Reads a frame that is larger than the caller's memory into the link's own, and sums it up. The
-/// size may be damaged: room is made as the bytes come.
+/// Reads a frame that is larger than the caller's memory into the link's own, and adds it to the
+/// sum. The size may be damaged, so the buffer grows as the bytes arrive.
 void ioBufferChecksum::readLargeFrame(int size) {
     readPosition_ = 0;
     readCount_ = 0;
     while (readCount_ < size && next_->good()) {
-        if (readCount_ == readCapacity_) {
-            const bool nearlyAll = readCapacity_ > size / 2;
-            growReadBuffer(nearlyAll ? size
-                                     : std::min(size, std::max(firstRoom, 2 * readCapacity_)));
-        }
+        if (readCount_ == readCapacity_)
+            growReadBuffer(static_cast<int>(
+                std::min<long>(size, std::max<long>(firstRoom, 2L * readCapacity_))));
         const int wanted = std::min(size, readCapacity_) - readCount_;
-        readCount_ += next_->readData(readBuffer_.get() + readCount_, wanted);
+        readCount_ += next_->readData(readBuffer_ + readCount_, wanted);
     }
-    checksum16(reinterpret_cast<const unsigned char*>(readBuffer_.get()), readCount_);
+    checksum16(reinterpret_cast<const unsigned char*>(readBuffer_), readCount_);
 }

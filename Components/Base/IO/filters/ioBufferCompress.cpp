@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// The link, and its writing side; ioBufferUncompress.cpp has the reading side.
+// The link, and its writing side. ioBufferUncompress.cpp holds the reading side.
 
 #include "Base/IO/ioBufferCompress.h"
 
@@ -8,23 +8,25 @@
 
 #include "Base/IO/filters/ioBufferCompressImpl.h"
 #include "Base/IO/filters/ioCompressTableImpl.h"
+#include "Base/Utility/zeUtilWrap.h"
 
 using namespace ioCompressFormat;
+using zeUtil::wrappedSum;
 
 namespace {
 
 constexpr int blockSize = 4096;
 constexpr int checkGap = 10000;
 
-int plus(int a, int b) {
-    return static_cast<int>(static_cast<unsigned>(a) + static_cast<unsigned>(b));
-}
-
 } // namespace
 
 ioBufferCompress::ioBufferCompress(bool reading) : ioBuffer(reading, blockSize) {}
 
-ioBufferCompress::~ioBufferCompress() = default;
+ioBufferCompress::~ioBufferCompress() {
+    delete table_;
+    delete[] stringTable_;
+    delete[] decodeStack_;
+}
 
 void ioBufferCompress::unchainHook() {
     finished();
@@ -37,6 +39,7 @@ int ioBufferCompress::getType() {
 void ioBufferCompress::close() {
     finished();
     next_->close();
+    promoteNextBufferStatus(false);
 }
 
 void ioBufferCompress::write(const char* source, int n) {
@@ -56,8 +59,8 @@ void ioBufferCompress::finished() {
 }
 
 void ioBufferCompress::initCompress() {
+    table_ = new ioCompressTableImpl;
     started_ = true;
-    table_ = std::make_unique<ioCompressTableImpl>();
     currentCode_ = static_cast<unsigned char>(data_[0]);
     dataPosition_ = 1;
     inCount_ = 1;
@@ -69,7 +72,7 @@ void ioBufferCompress::compress() {
         initCompress();
     ioCompressTableImpl& table = *table_;
     const char* const end = data_ + dataSize_;
-    const int inCountAtEnd = plus(inCount_, dataSize_ - dataPosition_);
+    const int inCountAtEnd = wrappedSum(inCount_, dataSize_ - dataPosition_);
     auto code = static_cast<unsigned>(currentCode_);
     for (const char* at = data_ + dataPosition_; at != end;) {
         const unsigned byte = static_cast<unsigned char>(*at++);
@@ -81,7 +84,7 @@ void ioBufferCompress::compress() {
         if (freeCode_ < maxMaxCode) {
             table.add(code, byte, static_cast<unsigned>(freeCode_++));
         } else {
-            inCount_ = plus(inCountAtEnd, static_cast<int>(at - end));
+            inCount_ = wrappedSum(inCountAtEnd, static_cast<int>(at - end));
             if (inCount_ >= checkPoint_)
                 cl_block();
         }
@@ -96,7 +99,7 @@ void ioBufferCompress::output(int code) {
     if (code < 0) {
         if (bitOffset_ > 0)
             writeCodeBuf(codeBits_);
-        outCount_ = plus(outCount_, codeBits_);
+        outCount_ = wrappedSum(outCount_, codeBits_);
         bitOffset_ = 0;
         return;
     }
@@ -108,7 +111,7 @@ void ioBufferCompress::output(int code) {
     std::memcpy(group_ + offset / 8, &word, sizeof word);
     bitOffset_ += codeBits_;
     if (bitOffset_ == codeBits_ * 8) {
-        outCount_ = plus(outCount_, codeBits_);
+        outCount_ = wrappedSum(outCount_, codeBits_);
         writeCodeBuf(codeBits_);
         bitOffset_ = 0;
     }
@@ -117,7 +120,7 @@ void ioBufferCompress::output(int code) {
     // The width changes. What the group holds goes out at its full size, stale bits included.
     if (bitOffset_ > 0) {
         writeCodeBuf(codeBits_);
-        outCount_ = plus(outCount_, codeBits_);
+        outCount_ = wrappedSum(outCount_, codeBits_);
     }
     bitOffset_ = 0;
     codeBits_ = clearFlag_ > 0 ? minBits : codeBits_ + 1;
@@ -131,11 +134,11 @@ void ioBufferCompress::doneCompress() {
     output(-1);
 }
 
-/// Looks at the ratio of input to output since the start, times 256: the table is emptied once it
-/// no longer grows.
+/// Checks the ratio of input to output since the start, times 256, and empties the table when it no
+/// longer grows.
 void ioBufferCompress::cl_block() {
-    checkPoint_ = plus(inCount_, checkGap);
-    // The numbers wrap, and so may be negative. In 64 bits no division overflows.
+    checkPoint_ = wrappedSum(inCount_, checkGap);
+    // The counts wrap and may be negative. In 64 bits no division overflows.
     const bool small = inCount_ < 8388608;
     const long input = small ? static_cast<int>(static_cast<unsigned>(inCount_) << 8) : inCount_;
     const long written = small ? outCount_ : outCount_ >> 8;

@@ -21,8 +21,8 @@ constexpr char version = 1;
 
 constexpr Constants constants = {0x6A09E667, 0xBB67AE85};
 
-/// Each byte is combined with the one before it, so that the key does not stand in the library as
-/// it is used.
+/// Each byte is combined with the one before it, so that the library does not contain the key in
+/// the form in which it is used.
 constexpr unsigned char scrambledKey[keyBytes] = {
     0xF4, 0x19, 0x89, 0xEA, 0x1C, 0x29, 0x01, 0x6C, 0x76, 0xD6, 0xA0, 0x98, 0x26, 0xA1, 0x84, 0x89,
     0x6A, 0x1C, 0xEA, 0xC3, 0x7B, 0x89, 0x7E, 0x52, 0xCE, 0x23, 0x7D, 0x15, 0xAF, 0xC3, 0x2D, 0x03,
@@ -36,7 +36,7 @@ void unscrambleKey(unsigned char (&key)[keyBytes]) {
     }
 }
 
-/// Turns the words of whole blocks around, between the two orders of bytes.
+/// Reverses the bytes of each word, between the two byte orders.
 void swapWords(char* data, unsigned n) {
     for (unsigned i = 0; i < n; i += 4)
         std::reverse(data + i, data + i + 4);
@@ -59,6 +59,7 @@ int ioBufferEncrypt::getType() {
 
 void ioBufferEncrypt::close() {
     next_->close();
+    promoteNextBufferStatus(false);
 }
 
 int ioBufferEncrypt::read(char* destination, int n) {
@@ -77,7 +78,7 @@ int ioBufferEncrypt::read(char* destination, int n) {
 void ioBufferEncrypt::write(const char* source, int n) {
     if (!started_)
         initEncrypt();
-    char* data = const_cast<char*>(source); // the link's own block, as a rule
+    char* data = const_cast<char*>(source); // the link's own block
     while (n > 0 && good()) {
         const int length = std::min(n, frameSize);
         encrypt(data, length);
@@ -107,7 +108,7 @@ void ioBufferEncrypt::initEncrypt() {
         swap_ = found == 0;
 }
 
-/// Enciphers the whole blocks of a frame. The bytes behind them are part of the format as they are.
+/// Enciphers the whole blocks of a frame. The bytes behind them are stored as they are.
 void ioBufferEncrypt::encrypt(char* data, int n) const {
     encipher(data, static_cast<unsigned>(n) / blockBytes, schedule_);
 }
@@ -121,7 +122,7 @@ void ioBufferEncrypt::decrypt(char* data, int n) const {
         swapWords(data, blocks * blockBytes);
 }
 
-/// Fetches the next frame; on failure, and for a frame of no bytes, leaves an empty one.
+/// Fetches the next frame; on failure leaves an empty one.
 void ioBufferEncrypt::readFrame() {
     framePosition_ = frameLength_ = 0;
     unsigned char length = 0;

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 
-// The reading side of the compression filter.
+// The reading side of ioBufferCompress. Two decoders share its state: uncompress() reads every
+// stream, expandUsualCodes() the usual parts of it fast.
+
+#include <memory>
 
 #include "Base/IO/filters/ioBufferCompressImpl.h"
 
@@ -34,16 +37,16 @@ int ioBufferCompress::read(char* destination, int n) {
     return dataPosition_;
 }
 
-/// Whether there is a first byte.
+/// Returns whether there is a first byte.
 bool ioBufferCompress::initUncompress() {
+    auto strings = std::make_unique<String[]>(maxMaxCode);
+    stackTop_ = decodeStack_ = new char[stackSize];
+    stringTable_ = strings.release();
     started_ = true;
-    stringTable_ = std::make_unique<String[]>(maxMaxCode);
-    decodeStack_ = std::make_unique_for_overwrite<char[]>(stackSize);
-    stackTop_ = decodeStack_.get();
-    // Before anything can fail: whoever resets the status and reads on stays in bounds.
+    // Filled before anything can fail: a caller may reset the status and read on.
     for (unsigned byte = 0; byte < 256; ++byte)
         stringTable_[byte] = String::ofByte(static_cast<std::uint8_t>(byte));
-    // No writer uses the code of a clear as a string. As one it is two zero bytes.
+    // No writer uses the clear code as a string. Used as one, it stands for two zero bytes.
     stringTable_[clearCode] = stringTable_[0].extended(0, 0);
     char start[sizeof magic] = {};
     next_->readData(start, sizeof start);
@@ -89,11 +92,22 @@ void ioBufferCompress::uncompress() {
     }
 }
 
-/// Does what the loop of uncompress() does, but quickly: with its state at hand and the strings
-/// written where they belong. Leaves as soon as a code is not a usual one, its string might not fit
-/// into the caller's memory, or the block below has no whole group.
+/// The fast decoder: keeps its state in locals and writes strings straight to where they belong.
+/// Stops before a code that is not a usual one, before a string that might not fit into the
+/// caller's memory, and where the block below holds no whole group.
+///
+/// The invariant that ties it to uncompress(): the two hand over between two codes, and whichever
+/// decoded the codes so far, the state is then the same. The stack is empty; oldCode_ is the last
+/// code and finChar_ the first byte of its string; freeCode_ is the code that the next string gets;
+/// group_, bitOffset_ and groupBits_ give the place of the next code.
+///
+/// uncompress() follows prefixes and suffixes alone, which have a meaning for any codes. This
+/// function relies on the pieces and lengths too. While regular_ is true these are right for all
+/// codes below freeCode_, since each string was made by String::extended() from one below it. A
+/// code above freeCode_ ends that until the next clear: the string made from it has no known
+/// prefix.
 void ioBufferCompress::expandUsualCodes() {
-    String* const strings = stringTable_.get();
+    String* const strings = stringTable_;
     const auto codeBits = static_cast<unsigned>(codeBits_);
     const auto maxCode = static_cast<unsigned>(maxCode_);
     const unsigned mask = (1u << codeBits) - 1;
@@ -152,7 +166,7 @@ int ioBufferCompress::getcode() {
             clearFlag_ = 0;
         }
         bitOffset_ = 0;
-        groupBits_ = readCodeBuf(codeBits_) * 8 + 1 - codeBits_; // where no further code fits
+        groupBits_ = readCodeBuf(codeBits_) * 8 + 1 - codeBits_; // no code starts in the last bits
         if (groupBits_ <= 0)
             return lastCode_ = -1;
     }
@@ -185,12 +199,12 @@ void ioBufferCompress::addString() {
         stringTable_[oldCode].extended(oldCode, static_cast<std::uint8_t>(finChar_));
 }
 
-/// Puts the string of a code on the stack, last byte first; false if it has no end. Gives every
-/// code a meaning, whatever came before.
+/// Puts the string of a code on the stack, last byte first; false if it has no end. Every code has
+/// a meaning, whatever came before.
 bool ioBufferCompress::push(int code) {
-    const String* const strings = stringTable_.get();
-    char* const end = decodeStack_.get() + stackSize;
-    char* top = decodeStack_.get();
+    const String* const strings = stringTable_;
+    char* const end = decodeStack_ + stackSize;
+    char* top = decodeStack_;
     auto c = static_cast<unsigned>(code);
     if (code >= freeCode_) {
         *top++ = static_cast<char>(finChar_);
@@ -212,6 +226,6 @@ bool ioBufferCompress::push(int code) {
 
 /// Delivers what the stack holds, as far as the caller's memory reaches.
 void ioBufferCompress::unstack() {
-    while (stackTop_ > decodeStack_.get() && dataPosition_ < dataSize_)
+    while (stackTop_ > decodeStack_ && dataPosition_ < dataSize_)
         data_[dataPosition_++] = *--stackTop_;
 }

@@ -13,20 +13,6 @@ void ioCompressTableImpl::clear() {
     std::memset(longer_, 0, sizeof longer_);
 }
 
-/// Whether a string that is first looked for in slot 0 leaves the state in which every table gives
-/// the same codes.
-///
-/// The quirk is about the string of two zero bytes, with key 0. It does not show while that string
-/// is in slot 0, where its search begins: all others that begin there go on, as at any first probe,
-/// and those that begin elsewhere do not come by, since the number of slots is prime. So the quirk
-/// shows if another string took slot 0 before.
-bool ioCompressTableImpl::quirkMayShow(unsigned code) {
-    if (code == 0 && slotZeroTaken_)
-        return true;
-    slotZeroTaken_ = true;
-    return false;
-}
-
 /// Works out the true table from the strings up to `lastCode`.
 void ioCompressTableImpl::useSlots(unsigned lastCode) {
     slotsInUse_ = true;
@@ -37,10 +23,7 @@ void ioCompressTableImpl::useSlots(unsigned lastCode) {
     }
 }
 
-/// The search as the format has it. Its first probe stops at a free slot, and later ones also at
-/// the string of two zero bytes, as if its slot were free. A new string then takes that slot, and
-/// the two zero bytes are forgotten (or, in a full table, a string further on is not found). A
-/// reader follows whatever codes come, but any other search gives another stream.
+/// The search as the format defines it.
 unsigned ioCompressTableImpl::findInSlots(unsigned code, unsigned byte) {
     const std::uint32_t key = keyOf(code, byte);
     unsigned i = firstSlot(code, byte);

@@ -9,12 +9,25 @@
 
 /// Codes of strings, each found by the code of the string without its last byte and by that byte.
 ///
-/// The format comes from one particular table: open addressing with 69001 slots, whose search has a
-/// quirk (see findInSlots()). But as long as that quirk cannot show, which is nearly always, any
-/// table gives the same codes, and a quicker one stands in: strings of two bytes are found
-/// directly, longer ones in a table that is at most half full. Where the quirk may show, or too
-/// many strings fall together, the slots of the true table are worked out from the order in which
-/// the strings came, and serve until the next clear().
+/// The format is defined by one particular table, which findInSlots() searches: open addressing
+/// with 69001 slots, and a quirk. Every probe but the first takes the slot of the string of two
+/// zero bytes, whose key is 0, for a free one. A new string then overwrites it (or, in a full
+/// table, a string behind it is not found), and the stream that follows from that is the format.
+///
+/// Claim: while the string of two zero bytes is in slot 0, where its search begins, or is not in
+/// the table, the quirk has no effect, and any table gives the same codes.
+///
+/// Proof: a search that begins in slot 0 meets it with its first probe only. One that begins in
+/// slot i goes on to 2i, 3i, ... modulo 69001. Since that is a prime number, slot 0 comes after all
+/// the others, of which at least 3,000 are free, and a free slot ends the search. So no later probe
+/// meets slot 0, and the first string whose search begins there is the one that takes it.
+///
+/// Use: two quicker tables stand in. One finds strings of two bytes directly, and one, at most half
+/// full, longer strings.
+///
+/// Fallback: when the two zero bytes are added after another string took slot 0, the true table is
+/// worked out from the order in which the strings came, and is used until the next clear(). The
+/// same happens where too many longer strings fall together.
 class ioCompressTableImpl {
 public:
     ioCompressTableImpl() { clear(); }
@@ -53,6 +66,8 @@ public:
             pairs_[place_] = stored;
         else
             longer_[place_] = tagOf(code, byte) << 16 | stored;
+        if (firstSlot(code, byte) == 0) [[unlikely]]
+            slotZeroTaken_ = true;
     }
 
 private:
@@ -75,18 +90,18 @@ private:
     /// first.
     bool isNear(std::uint32_t first) const { return (place_ - first) % longerSize < 256; }
 
-    bool needsSlots(unsigned code, unsigned byte) {
-        return (firstSlot(code, byte) == 0 && quirkMayShow(code)) ||
+    /// Whether the quicker tables cannot hold the string that is to be added: see the claim above.
+    bool needsSlots(unsigned code, unsigned byte) const {
+        return (keyOf(code, byte) == 0 && slotZeroTaken_) ||
                (code > 255 && !isNear(firstPlace(code, byte)));
     }
 
-    bool quirkMayShow(unsigned code);
     void useSlots(unsigned lastCode);
     unsigned findInSlots(unsigned code, unsigned byte);
 
     unsigned place_ = 0; ///< Where find() ended.
     bool slotsInUse_ = false;
-    bool slotZeroTaken_ = false;
+    bool slotZeroTaken_ = false;  ///< In the true table.
     std::uint32_t keys_[1 << 16]; ///< Of each code.
     std::uint16_t pairs_[1 << 16];
     std::uint32_t longer_[longerSize]; ///< Tag and code.

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 
-#include "Base/IO/ioBuffer.h"
+#include "Base/IO/ioBufferLink.h"
 
 #include <algorithm>
-#include <typeinfo>
 #include <utility>
+
+#include "Base/Utility/zeUtilWrap.h"
 
 ioBuffer::ioBuffer(bool reading, int size)
     : block_(new char[static_cast<unsigned>(size)]), size_(size), reading_(reading) {}
@@ -68,7 +69,7 @@ int ioBuffer::readBlocks(char* destination, int n) {
         return 0;
     int left = n;
     while (left > 0 && good()) {
-        // After a failed read the count is -1.
+        // The count is -1 after a failed read.
         const int taken = std::min(left, std::max(count_ - position_, 0));
         std::memcpy(destination, block_ + position_, static_cast<unsigned>(taken));
         position_ += taken;
@@ -76,7 +77,7 @@ int ioBuffer::readBlocks(char* destination, int n) {
         left -= taken;
         if (left == 0)
             break;
-        if (left >= size_ && movesBlocksDirectly()) {
+        if (left >= size_ && movesBlocksDirectly_) {
             readBlock(destination);
             position_ = std::max(count_, 0);
             destination += position_;
@@ -91,7 +92,7 @@ int ioBuffer::readBlocks(char* destination, int n) {
 void ioBuffer::writeBlocks(const char* source, int n) {
     int left = n;
     while (left > 0 && good()) {
-        if (position_ == 0 && left > size_ && !reading_ && movesBlocksDirectly()) {
+        if (position_ == 0 && left > size_ && !reading_ && movesBlocksDirectly_) {
             writeBlock(source, size_);
             source += size_;
             left -= size_;
@@ -107,13 +108,6 @@ void ioBuffer::writeBlocks(const char* source, int n) {
     }
 }
 
-/// Whether whole blocks may go between the caller's memory and read() or write(), without the copy
-/// through the block. Only a plain file sink leaves the bytes that it is given alone and keeps none
-/// of those that it delivers; the calls, their sizes and the totals stay the same.
-bool ioBuffer::movesBlocksDirectly() const {
-    return typeid(*this) == typeid(ioBufferFD);
-}
-
 void ioBuffer::readBlock(char* destination) {
     position_ = 0;
     count_ = read(destination, size_);
@@ -127,9 +121,8 @@ void ioBuffer::writeBlock(const char* source, int n) {
     addToTotal(n);
 }
 
-/// Sums wrap at 32 bits.
 void ioBuffer::addToTotal(int n) {
-    total_ = static_cast<int>(static_cast<unsigned>(total_) + static_cast<unsigned>(n));
+    total_ = zeUtil::wrappedSum(total_, n);
     if (progress_)
         progress_(total_);
 }
