@@ -15,3 +15,9 @@ if(ZEBASE_SANITIZE)
   target_compile_options(zeBaseSettings INTERFACE -fsanitize=${ZEBASE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(zeBaseSettings INTERFACE -fsanitize=${ZEBASE_SANITIZE})
 endif()
+if(ZEBASE_HARDENING AND NOT ZEBASE_SANITIZE)
+  set(optimised $<NOT:$<CONFIG:Debug,>>) # the fortified C library needs optimisation
+  target_compile_options(zeBaseSettings INTERFACE
+    $<${optimised}:-fstack-protector-strong> $<${optimised}:-U_FORTIFY_SOURCE> $<${optimised}:-D_FORTIFY_SOURCE=2>)
+  target_link_options(zeBaseSettings INTERFACE $<${optimised}:LINKER:-z,relro,-z,now>)
+endif()

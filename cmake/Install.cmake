@@ -1,46 +1,50 @@
 # What an installation holds: the library, its headers, and what CMake and pkg-config need to find
-# them. Every path in the installed files is relative to the file itself, so that the tree may be moved.
-# Two components: Runtime is what a program needs to run, Development what one needs to build it.
+# them. Every path in the installed files is relative to the file itself, so that the tree may be moved
+# (unless CMAKE_INSTALL_LIBDIR or CMAKE_INSTALL_INCLUDEDIR are absolute).
+# Three components: Runtime is what a program needs to run, Development what one needs to build it,
+# Tools holds the applications, which say so in their own CMakeLists.txt.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 install(TARGETS zeBase EXPORT zeBaseTargets
   LIBRARY COMPONENT Runtime NAMELINK_COMPONENT Development
-  FILE_SET HEADERS COMPONENT Development)
-install(FILES LICENSE README.md CHANGELOG.md
-  DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT Runtime)
+  FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zeBase COMPONENT Development)
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT Development)
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT Licence) # packages hold it in another form
 
-# find_package(zeBase) gives the target ze::Base.
+# Installed applications find the library beside them; in /usr the system does.
+if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr" AND NOT IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+  file(RELATIVE_PATH bin_to_lib /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+  set(CMAKE_INSTALL_RPATH $ORIGIN/${bin_to_lib})
+endif()
+
+# find_package(zeBase) gives the target ze::Base, from an installation or from the build tree.
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zeBase)
-install(EXPORT zeBaseTargets NAMESPACE ze:: DESTINATION ${package_dir} FILE zeBaseConfig.cmake
-  COMPONENT Development)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/zeBaseConfigVersion.cmake
   COMPATIBILITY SameMinorVersion)
-install(FILES ${PROJECT_BINARY_DIR}/zeBaseConfigVersion.cmake DESTINATION ${package_dir}
-  COMPONENT Development)
+install(EXPORT zeBaseTargets NAMESPACE ze:: DESTINATION ${package_dir} COMPONENT Development)
+install(FILES cmake/zeBaseConfig.cmake ${PROJECT_BINARY_DIR}/zeBaseConfigVersion.cmake
+  DESTINATION ${package_dir} COMPONENT Development)
+export(EXPORT zeBaseTargets NAMESPACE ze:: FILE ${PROJECT_BINARY_DIR}/zeBaseTargets.cmake)
+configure_file(cmake/zeBaseConfig.cmake zeBaseConfig.cmake COPYONLY)
 
-# pkg-config finds the prefix from the place of its file.
+# pkg-config finds the prefix from the place of its file, unless a directory is fixed.
 set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-file(RELATIVE_PATH pkgconfig_to_prefix /${pkgconfig_dir} /)
-string(REGEX REPLACE "/$" "" pkgconfig_to_prefix ${pkgconfig_to_prefix})
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}" OR IS_ABSOLUTE "${CMAKE_INSTALL_INCLUDEDIR}")
+  set(pkgconfig_prefix ${CMAKE_INSTALL_PREFIX})
+else()
+  file(RELATIVE_PATH to_prefix /${pkgconfig_dir} /)
+  cmake_path(APPEND pkgconfig_prefix \${pcfiledir} ${to_prefix})
+  string(REGEX REPLACE "/$" "" pkgconfig_prefix ${pkgconfig_prefix})
+endif()
+cmake_path(APPEND pkgconfig_libdir \${prefix} ${CMAKE_INSTALL_LIBDIR}) # an absolute one stands alone
+cmake_path(APPEND pkgconfig_includedir \${prefix} ${CMAKE_INSTALL_INCLUDEDIR} zeBase)
 configure_file(cmake/zeBase.pc.in zeBase.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/zeBase.pc DESTINATION ${pkgconfig_dir} COMPONENT Development)
 
-# The Debian packages, made by `./dev package`: libzebase0 and libzebase-dev.
-set(soname_package libzebase${PROJECT_VERSION_MAJOR})
-set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_VENDOR "The zeBase authors")
-set(CPACK_PACKAGE_CONTACT "The zeBase authors <zebase@localhost>")
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_COMPONENTS_ALL Runtime Development)
-set(CPACK_STRIP_FILES ON)
-set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${soname_package})
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libzebase-dev)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${soname_package} (= ${PROJECT_VERSION})")
-include(CPack)
+# `cmake --build BUILD_DIR --target uninstall` deletes what the last `cmake --install BUILD_DIR` wrote.
+if(PROJECT_IS_TOP_LEVEL)
+  add_custom_target(uninstall
+    COMMAND ${CMAKE_COMMAND} -D MANIFEST=${PROJECT_BINARY_DIR}/install_manifest.txt
+      -P ${PROJECT_SOURCE_DIR}/cmake/Uninstall.cmake)
+endif()

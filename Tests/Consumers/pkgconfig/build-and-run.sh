@@ -7,5 +7,5 @@ compiler=$1 libdir=$2 out=$3
 export PKG_CONFIG_PATH=$libdir/pkgconfig
 mkdir -p "$out"
 read -ra flags <<< "$(pkg-config --cflags --libs zeBase)"
-"$compiler" -std=c++20 "$(dirname "$0")/main.cpp" -o "$out/consumer" "${flags[@]}"
+"$compiler" "$(dirname "$0")/main.cpp" -o "$out/consumer" "${flags[@]}"
 LD_LIBRARY_PATH=$libdir "$out/consumer"
