@@ -1,5 +1,5 @@
 #!/bin/bash
-# The whole road of a model: into documents and out again, and what happens to a damaged one.
+# Takes a model into documents and out again, and shows what happens to damaged ones.
 # usage: demo.sh BUILD_DIR [MODEL.obj]
 set -euo pipefail
 
@@ -31,7 +31,7 @@ scenefile() {
     "$scenefile" "$@"
 }
 
-# A command that must fail, with the exit code that is for bad input.
+# A command that must fail with the exit code for bad input.
 refuse() {
     local code=0
     run "$@" || code=$?
@@ -39,8 +39,9 @@ refuse() {
     [ $code = 1 ]
 }
 
-# Runs scenefile with the arguments behind the first, and kills it when the temporary file of its save
-# of that document is there. On a busy machine that may come too late, and is tried again.
+# Runs scenefile with the arguments after the first, which names the document that it saves, and kills
+# it as soon as the temporary file of the save exists. On a busy machine that may be too late: it is
+# tried again.
 kill_in_save() {
     local document=$1 code=0 attempt
     shift
@@ -56,7 +57,7 @@ kill_in_save() {
     done
     cat printed
     echo "exit code $code"
-    [ $code = 137 ] # that of a kill
+    [ $code = 137 ] # SIGKILL
 }
 
 if [ -n "$model" ]; then
@@ -91,7 +92,7 @@ run scenefile verify model.small
 run scenefile export model.small small.obj
 run scenefile export model.binary again.obj
 run cmp small.obj again.obj
-say "Five bytes of it are overwritten. The checksum tells."
+say "Five bytes of it are overwritten. The checksum detects it."
 run dd of=model.small bs=1 seek=500 conv=notrunc status=none <<< demo
 refuse scenefile verify model.small
 
@@ -99,7 +100,7 @@ say "Turns, scales and moves the model in its document, and shows the new bounds
 run cp model.binary moved.binary
 run scenefile transform moved.binary --rotate 90,x --scale 2 --translate 0,0,5
 run scenefile show moved.binary
-say "The opposite steps in the opposite order take that back: the same document, byte for byte."
+say "The opposite steps in the opposite order undo that: the same document, byte for byte."
 run scenefile transform moved.binary --translate 0,0,-5 --scale 0.5 --rotate -90,x
 run cmp model.binary moved.binary
 say "A transform that makes the model flat is refused, and the old document stays."
@@ -107,14 +108,14 @@ refuse scenefile transform moved.binary --scale 1e-20
 run cmp model.binary moved.binary
 
 for method in binary text; do
-    say "Cuts 20 bytes off the $method document. It is refused, and what an export would replace stays."
+    say "Cuts 20 bytes off the $method document. It is refused, and the file that the export would replace stays."
     run truncate --size=-20 again.$method
     run cp again.obj kept.obj
     refuse scenefile export again.$method kept.obj
     run cmp again.obj kept.obj
 done
 
-say "A model with a face too many is refused with its line, and the old document stays."
+say "A model with a bad face is refused with its line, and the old document stays."
 run cp model.binary kept.binary
 run cp again.obj bad.obj
 run tee --append bad.obj <<< "f 1 2 1000000000"
@@ -127,13 +128,13 @@ run scenefile generate large.obj --segments 400
 run scenefile import large.obj kept.binary
 run scenefile --hash kept.binary
 
-say "The program is killed while it saves over that document: the old one stands, and still verifies."
+say "The program is killed while it saves over that document: the old one is still there, and sound."
 digest=$(scenefile --hash kept.binary | cut --delimiter=' ' --fields=1)
 kill_in_save kept.binary import large.obj kept.binary --method text
 run cmp before kept.binary
 run scenefile --hash kept.binary --expect "$digest"
 run scenefile verify kept.binary
-say "What the kill left is noted. It goes, and the next save is as good as any."
+say "The file that the kill left was noted. Without it, the next save works as any other."
 run rm kept*.0.tmp
 run scenefile import model.obj kept.binary
 run scenefile verify kept.binary

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// How the program gives up: an exception carries the message that the user reads.
+/// How the program gives up: an exception carries the message that the user reads, in one line.
 
 #pragma once
 
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 namespace scenefile {
 
@@ -16,13 +17,15 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Arguments that the program cannot be meant to be called with.
+/// The arguments of the program are wrong.
 class UsageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// "No such file or directory" and its like, for an `errno`.
-std::string systemMessage(int error);
+/// The text of an `errno`, such as "No such file or directory".
+inline std::string systemMessage(int error) {
+    return std::generic_category().message(error);
+}
 
 } // namespace scenefile

@@ -4,11 +4,12 @@
 
 usage: formatsTest.py SCENEFILE FORMATS.md
 
-Checks the worked example of that page against what scenefile writes, prints documents as `scenefile
-show` does and compares, and turns a binary document into one of the other byte order, which scenefile
-must read as the same.
+Checks the worked examples of that page against what scenefile writes, exports documents by itself and
+compares the models with those that scenefile exports, and turns binary documents into the other byte
+order, which scenefile must read as the same.
 """
 import collections
+import itertools
 import pathlib
 import re
 import struct
@@ -278,6 +279,10 @@ def read_references(values):
     return read_many(values, values.take('i'), 'R')
 
 
+def tuples(numbers, size):
+    return [tuple(numbers[i:i + size]) for i in range(0, len(numbers), size)]
+
+
 IDENTITY = [1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0]
 
 
@@ -316,9 +321,8 @@ def read_run(values):
     assert values.chunk()
     run['sizes'] = [size] * run['elements'] if size else values.array(run['elements'], 'i')
     assert sum(run['sizes']) == run['corners']
-    run['positions'] = values.array(run['corners'], 'i')
-    for has in run['texture'], run['normals']:
-        values.array(run['corners'] * has, 'i')
+    run['indices'] = [values.array(run['corners'] * has, 'i')
+                      for has in (True, run['texture'], run['normals'])]
     values.end()
     return run
 
@@ -334,20 +338,18 @@ def read_material(values):
 
 
 def read_vertices(values):
-    vertices = {'texture': 0, 'texture_size': 0, 'normals': 0}
     assert values.chunk()
-    vertices['positions'] = values.take('i')
-    vertices['xyz'] = values.array(3 * vertices['positions'], 'd')
+    count = values.take('i')
+    vertices = {'v': tuples(values.array(3 * count, 'd'), 3), 'vt': [], 'vn': []}
     if values.chunk():
-        vertices['texture'], vertices['texture_size'] = values.take('i'), values.take('B')
-        values.array(vertices['texture'] * vertices['texture_size'], 'd')
+        texture, size = values.take('i'), values.take('B')
+        vertices['vt'] = tuples(values.array(texture * size, 'd'), size)
     if values.chunk():
-        vertices['normals'] = values.take('i')
-        values.array(3 * vertices['normals'], 'd')
-    for name, size in (('weights', 1), ('colours', 3)):
-        vertices[name] = values.chunk()
-        if vertices[name]:
-            values.array(size * vertices['positions'], 'd')
+        vertices['vn'] = tuples(values.array(3 * values.take('i'), 'd'), 3)
+    for size in 1, 3:  # weights, colours
+        if values.chunk():
+            more = tuples(values.array(size * count, 'd'), size)
+            vertices['v'] = [v + m for v, m in zip(vertices['v'], more)]
     return vertices
 
 
@@ -377,90 +379,62 @@ def read_document(file):
     return scene, objects
 
 
-# --- What `scenefile show` prints -----------------------------------------------------------------
+# --- The model in a document without transforms ---------------------------------------------------
 
 
-def counted(count, noun):
-    return f'{count} {noun}' + ('' if count == 1 else 's')
+def check_counts(scene, objects):
+    """What the scene states about itself, except for materials and groups."""
+    nodes, meshes, _, _, runs, elements, corners = scene['counts']
+    found = [item for item in objects.values() if isinstance(item, dict)]
+    all_runs = [run for item in found for run in item.get('runs', [])]
+    assert nodes == sum('children' in item for item in found)
+    assert meshes == sum('runs' in item for item in found)
+    assert runs == len(all_runs)
+    assert elements == sum(run['elements'] for run in all_runs)
+    assert corners == sum(run['corners'] for run in all_runs)
 
 
-def show_run(run, objects):
-    noun = ('point', 'line', 'face')[run['kind'] - 1]
-    form = ('v', 'v/vt', 'v//vn', 'v/vt/vn')[run['texture'] + 2 * run['normals']]
-    line = f"    {counted(run['elements'], noun)}, {counted(run['corners'], 'corner')} of {form}"
-    if run['material']:
-        line += '; material ' + objects[objects[run['material']]['name']]
-    if run['group']:
-        line += '; group ' + ' '.join(objects[name] for name in objects[run['group']]['names'])
-    return line + (f"; smoothing {run['smoothing']}" if run['smoothing'] else '')
-
-
-def place(point, matrix):
-    """A row vector times a matrix."""
-    x, y, z = point
-    return [x * matrix[k] + y * matrix[3 + k] + z * matrix[6 + k] + matrix[9 + k] for k in range(3)]
-
-
-def triple(numbers):
-    return '(' + ' '.join(f'{number:.9g}' for number in numbers) + ')'
-
-
-def show_transform(matrix):
-    if matrix != IDENTITY:
-        yield 'transform ' + ' '.join(triple(matrix[i:i + 3]) for i in (0, 3, 6, 9))
-
-
-def show_bounds(points):
-    axes = list(zip(*points))
-    return f'bounds {triple(map(min, axes))} to {triple(map(max, axes))}' if axes else 'no bounds'
-
-
-def placed_points(node, objects, vertices, root):
-    """The corners of the node's mesh in the coordinates of the scene."""
-    runs = objects[node['mesh']]['runs'] if node['mesh'] else []
-    for index in (index for run in runs for index in run['positions']):
-        point = place(vertices['xyz'][3 * index:3 * index + 3], node['transform'])
-        yield place(point, root['transform'])
-
-
-def show(path, file):
+def model_lines(file):
     scene, objects = read_document(file)
-    vertices, root = objects[scene['vertices']], objects[scene['root']]
-    form = 'text' if file.text else \
-        'binary, ' + ('little' if file.order == '<' else 'big') + '-endian'
-    form += ' with debug tags' if file.debug else ''
-    yield f'{path}: {form}, {file.size} bytes'
-    yield f'packets: {len(file.packets)}, and the header of {file.start} bytes'
-    for name in file.types:
-        sizes = [packet.size for packet in file.packets if packet.type == name]
-        yield f'  {name:20}{len(sizes):8}{sum(sizes):12} bytes'
-    node_count, _, groups, materials, runs, elements, corners = scene['counts']
-    yield 'scene: ' + ', '.join(counted(*each) for each in (
-        (vertices['positions'], 'position'), (node_count, 'node'), (runs, 'run'), (elements, 'element'),
-        (corners, 'corner'), (materials, 'material'), (groups, 'group')))
-    line = 'vertices: ' + counted(vertices['positions'], 'position')
-    line += ' with weights' if vertices['weights'] else ''
-    line += ' with colours' if vertices['colours'] else ''
-    if vertices['texture']:
-        line += ', ' + counted(vertices['texture'], 'texture coordinate') + ' of ' + \
-            counted(vertices['texture_size'], 'number')
-    yield line + ', ' + counted(vertices['normals'], 'normal')
+    check_counts(scene, objects)
     for library in scene['libraries']:
-        yield f'material library: {objects[library]}'
-    yield from show_transform(root['transform'])
-    nodes = [objects[child] for child in root['children']]
-    yield show_bounds([point for node in nodes
-                       for point in placed_points(node, objects, vertices, root)])
-    yield f'objects: {len(nodes)}'
-    for node in nodes:
-        name = objects[node['name']] if node['name'] else '(no name)'
-        runs = objects[node['mesh']]['runs'] if node['mesh'] else []
-        bounds = show_bounds(placed_points(node, objects, vertices, root))
-        yield f'  node {name}: ' + \
-            (f"mesh of {counted(len(runs), 'run')}, {bounds}" if runs else 'no mesh')
-        yield from ('    ' + line for line in show_transform(node['transform']))
-        for run in runs:
-            yield show_run(run, objects)
+        yield 'mtllib ' + objects[library]
+    for keyword, items in objects[scene['vertices']].items():
+        for item in items:
+            yield ' '.join([keyword, *map(repr, item)])
+    state = ['g ', 'usemtl ', 's 0']
+    for at, child in enumerate(objects[scene['root']]['children']):
+        node = objects[child]
+        assert node['transform'] == IDENTITY
+        if node['name'] or at > 0 or not node['mesh']:
+            yield 'o ' + (objects[node['name']] if node['name'] else '')
+        for run in objects[node['mesh']]['runs'] if node['mesh'] else []:
+            lines = list(state_lines(run, objects))
+            yield from (line for line, before in zip(lines, state) if line != before)
+            yield from element_lines(run)
+            state = lines
+
+
+def state_lines(run, objects):
+    group = objects[run['group']]['names'] if run['group'] else []
+    yield 'g ' + ' '.join(objects[name] for name in group)
+    yield 'usemtl ' + (objects[objects[run['material']]['name']] if run['material'] else '')
+    yield f"s {run['smoothing']}"
+
+
+def element_lines(run):
+    corners = itertools.zip_longest(*run['indices'], fillvalue=-1)  # index -1 is none
+    for size in run['sizes']:
+        words = ('/'.join(str(index + 1 or '') for index in corner).rstrip('/')
+                 for corner in itertools.islice(corners, size))
+        yield ' '.join(['plf'[run['kind'] - 1], *words])
+
+
+def tokens(lines):
+    """Words, and numbers as such: there is more than one way to print them."""
+    def token(word):
+        return float(word) if re.fullmatch(r'[-+.0-9eE]*[0-9.]', word) else word
+    return [[token(word) for word in line.split()] for line in lines if not line.startswith('#')]
 
 
 def swap(data):
@@ -561,15 +535,19 @@ def main():
         data, part = filtered(example['model'], 'binary'), bytes_of(example['filtered'])
         equal(data[225:225 + len(part)], part, 'the example with filters')
 
+        def exported(document):
+            run('export', folder / document, folder / 'out.obj')
+            return tokens((folder / 'out.obj').read_text().splitlines())
+
         for method in 'binary', 'text', 'binary-debug', 'text-debug':
-            path = folder / method
             for model in MODEL, example['model']:
                 data = make(model, method)
-                equal('\n'.join(show(path, File(data))) + '\n', run('show', path),
-                      f'what is in a {method} document')
-                run('transform', path, '--rotate', '90,z', '--translate', '5,0,0')
-                equal('\n'.join(show(path, File(path.read_bytes()))) + '\n', run('show', path),
-                      f'what is in a {method} document with a transform')
+                equal(tokens(model_lines(File(data))), exported(method),
+                      f'the model in a {method} document')
+                run('transform', folder / method, '--rotate', '90,z', '--translate', '5,0,0')
+                scene, objects = read_document(File((folder / method).read_bytes()))
+                equal(objects[scene['root']]['transform'], [0, 1, 0, -1, 0, 0, 0, 0, 1, 5, 0, 0],
+                      f'the transform in a {method} document')
         for method, root in (('binary', bytes_of(example['binary_root'])),
                              ('text', example['text_root'].encode())):
             equal((folder / method).read_bytes().count(root), 1, f'the {method} root example')
@@ -585,12 +563,9 @@ def main():
             data = (folder / method).read_bytes()
             (folder / 'swapped').write_bytes(swap(data))
             equal(swap(swap(data)), data, 'a document that was swapped twice')
-            equal('\n'.join(show(folder / 'swapped', File(swap(data)))) + '\n',
-                  run('show', folder / 'swapped'), 'what is in a swapped document')
-            for document in method, 'swapped':
-                run('export', folder / document, folder / f'{document}.obj')
-            equal((folder / 'swapped.obj').read_text(), (folder / f'{method}.obj').read_text(),
-                  'the model in a swapped document')
+            equal(read_document(File(swap(data))), read_document(File(data)),
+                  'what is in a swapped document')
+            equal(exported('swapped'), exported(method), 'the model in a swapped document')
 
         for arguments, code in ((['verify', folder / 'in.obj'], 1), (['show'], 2), (['--help'], 0)):
             equal(subprocess.run([scenefile, *map(str, arguments)], capture_output=True).returncode,

@@ -13,7 +13,7 @@
 
 #include "Support/TempFolder.h"
 
-#include "commands.h"
+#include "command/command.h"
 
 /// Runs scenefile within this process, in a folder of its own.
 class Scenefile : public testing::Test {
@@ -33,33 +33,37 @@ protected:
 
     std::string path(const std::string& name) const { return folder_.path(name); }
 
+    /// Runs the words of a line; "@name" is a file in the folder.
+    Result command(const std::string& line) const {
+        std::istringstream words(line);
+        std::vector<std::string> arguments;
+        for (std::string word; words >> word;)
+            arguments.push_back(word[0] == '@' ? path(word.substr(1)) : word);
+        return run(arguments);
+    }
+
     /// The document that `model` makes.
     std::string importText(const std::string& model, const std::string& method,
-                           const std::vector<std::string>& options = {}) const {
+                           const std::string& options = {}) const {
         folder_.write("in.obj", model);
-        std::vector<std::string> arguments = {"import", path("in.obj"), path("made"), "--method",
-                                              method};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        const Result result = run(arguments);
+        const Result result = command("import @in.obj @made --method " + method + " " + options);
         EXPECT_EQ(result.code, 0) << result.err << model;
         return folder_.read("made");
     }
 
     /// The document that `model` makes, with transforms from options.
     std::string transformText(const std::string& model, const std::string& method,
-                              const std::vector<std::string>& options) const {
+                              const std::string& options) const {
         importText(model, method);
-        std::vector<std::string> arguments = {"transform", path("made")};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        const Result result = run(arguments);
-        EXPECT_EQ(result.code, 0) << result.err << testing::PrintToString(options);
+        const Result result = command("transform @made " + options);
+        EXPECT_EQ(result.code, 0) << result.err << options;
         return folder_.read("made");
     }
 
     /// The model that the document `content` exports, or the message of its refusal.
     std::string exportText(const std::string& content) const {
         folder_.write("out.zd", content);
-        const Result result = run({"export", path("out.zd"), path("out.obj")});
+        const Result result = command("export @out.zd @out.obj");
         return result.code == 0 ? folder_.read("out.obj") : result.err;
     }
 
@@ -67,7 +71,7 @@ protected:
     Result verify(const std::string& content) const {
         std::filesystem::remove(path("damaged")); // much faster than to overwrite it
         folder_.write("damaged", content);
-        return run({"verify", path("damaged")});
+        return command("verify @damaged");
     }
 
     std::vector<std::string> filesInFolder() const {

@@ -4,8 +4,13 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <set>
 
 #include "scenefileFixture.h"
+#include "terminal.h"
 
 using testing::AllOf;
 using testing::ElementsAre;
@@ -65,31 +70,32 @@ const Malformed malformed[] = {
     {"v 0 0 0\n\\\n \\\nf 1 2 \\\r\n3 x\n", 2, "'x' is not a whole number"},
 };
 
+} // namespace
+
 TEST_F(Scenefile, RefusesMalformedModelsWithTheirLineAndWritesNothing) {
+    folder_.write("document", "an old document");
     for (const Malformed& each : malformed) {
         const std::string model = folder_.write("bad.obj", each.model);
-        for (const char* old : {"", "an old document"}) {
-            if (*old != '\0')
-                folder_.write("document", old);
-            const Result result = run({"import", model, path("document")});
+        for (const char* target : {"document", "new"}) {
+            const Result result = run({"import", model, path(target)});
             EXPECT_EQ(result.code, 1) << each.model;
             EXPECT_THAT(result.err, AllOf(StartsWith("scenefile: " + model + ":" +
                                                      std::to_string(each.line) + ": "),
                                           HasSubstr(each.message)))
                 << each.model;
-            EXPECT_EQ(folder_.read("document"), old);
-            EXPECT_EQ(filesInFolder().size(), *old == '\0' ? 1U : 2U) << each.model;
+            EXPECT_EQ(result.err.ends_with("document is as it was\n"), *target == 'd');
+            EXPECT_THAT(filesInFolder(), ElementsAre("bad.obj", "document"));
         }
-        std::filesystem::remove(path("document"));
     }
+    EXPECT_EQ(folder_.read("document"), "an old document");
 }
 
 TEST_F(Scenefile, RefusesWhatIsNoTextFile) {
     folder_.write("zero.obj", std::string("v 1 2 3\n\0", 9));
-    EXPECT_THAT(run({"import", path("zero.obj"), path("d")}).err, HasSubstr(":2: a zero byte"));
+    EXPECT_THAT(command("import @zero.obj @d").err, HasSubstr(":2: a zero byte"));
     EXPECT_THAT(run({"import", path(""), path("d")}).err, HasSubstr("cannot be read"));
-    EXPECT_THAT(run({"import", path("none.obj"), path("d")}).err, HasSubstr("No such file"));
-    EXPECT_THAT(run({"import", "/dev/zero", path("d")}).err, HasSubstr(":1: a zero byte"));
+    EXPECT_THAT(command("import @none.obj @d").err, HasSubstr("No such file"));
+    EXPECT_THAT(command("import /dev/zero @d").err, HasSubstr(":1: a zero byte"));
 }
 
 /// Models that say the same in another way make the same document.
@@ -161,22 +167,21 @@ TEST_F(Scenefile, KeepsEveryModelOfAFolderThroughExportAndImport) {
 
 TEST_F(Scenefile, SkipsAndCountsUnsupportedStatementsOnRequest) {
     folder_.write("in.obj", "v 0 0 0\nlod 1\nvp 1 2\nlod 2\np 1\n");
-    const Result result = run({"import", path("in.obj"), path("d"), "--skip-unsupported"});
+    const Result result = command("import @in.obj @d --skip-unsupported");
     EXPECT_EQ(result.code, 0);
-    EXPECT_THAT(result.out, AllOf(HasSubstr("lod (2 times)"), HasSubstr("vp (1 times)")));
+    EXPECT_THAT(result.out, AllOf(HasSubstr("lod (2 times)"), HasSubstr("vp (1 time)")));
 }
 
 TEST_F(Scenefile, SaysWhenATextDocumentRoundsNumbers) {
     folder_.write("in.obj", "v 0.1 0.30000000000000004 1\n");
-    EXPECT_THAT(run({"import", path("in.obj"), path("d"), "--method=text"}).out,
-                HasSubstr("1 numbers were rounded"));
-    EXPECT_THAT(run({"import", path("in.obj"), path("d")}).out, Not(HasSubstr("rounded")));
+    EXPECT_THAT(command("import @in.obj @d --method=text").out, HasSubstr("1 number rounded"));
+    EXPECT_THAT(command("import @in.obj @d").out, Not(HasSubstr("rounded")));
 }
 
 TEST_F(Scenefile, ShowsWhatIsInADocument) {
     importText(fullModel, "text");
     EXPECT_THAT(
-        run({"show", path("made")}).out,
+        command("show @made").out,
         AllOf(HasSubstr("vertices: 4 positions, 2 texture coordinates of 2 numbers, 1 normal\n"),
               HasSubstr("material library: house.mtl\n"),
               HasSubstr("bounds (0 0 -0.001) to (1 1 0.1)\n"),
@@ -188,88 +193,112 @@ TEST_F(Scenefile, ShowsWhatIsInADocument) {
                         "  node empty: no mesh\n"
                         "  node \"roof\" <1>: mesh of 1 run, bounds (0 0 -0.001) to (1 1 0.1)\n")));
     importText("v 0 0 0\n", "text");
-    EXPECT_THAT(run({"show", path("made")}).out, HasSubstr("\nno bounds\n"));
+    EXPECT_THAT(command("show @made").out, HasSubstr("\nno bounds\n"));
 }
 
 TEST_F(Scenefile, GeneratesAModelThatImports) {
-    ASSERT_EQ(run({"generate", path("ring.obj"), "--segments", "8"}).code, 0);
-    EXPECT_THAT(run({"import", path("ring.obj"), path("d")}).out,
+    ASSERT_EQ(command("generate @ring.obj --segments 8").code, 0);
+    EXPECT_THAT(command("import @ring.obj @d").out,
                 EndsWith("57 positions, 4 nodes, 4 runs, 53 elements, 208 corners, 2 materials, 1 "
                          "group\n"));
 }
 
 TEST_F(Scenefile, ExplainsWrongUse) {
     folder_.write("in.obj", "v 0 0 0\n");
-    const std::vector<std::string> wrong[] = {
-        {},
-        {"frobnicate"},
-        {"import", "a.obj"},
-        {"import", "a.obj", "b", "c"},
-        {"import", "a.obj", "b", "--method", "xml"},
-        {"import", "a.obj", "b", "--method"},
-        {"import", "a.obj", "b", "--colour"},
-        {"show", "a", "--method", "text"},
-        {"show", "a", "--scale", "2"},
-        {"transform", "a"},
-        {"transform", "a", "--method", "text"},
-        {"transform", "a", "--rotate", "90"},
-        {"transform", "a", "--rotate", "90,w"},
-        {"transform", "a", "--rotate", "x,90"},
-        {"transform", "a", "--rotate", "90,1,0"},
-        {"transform", "a", "--rotate", "90,0,0,0"},
-        {"transform", "a", "--scale", "0"},
-        {"transform", "a", "--scale", "1,-0,1"},
-        {"transform", "a", "--scale", "1,2"},
-        {"transform", "a", "--scale", ""},
-        {"transform", "a", "--scale", "2x"},
-        {"transform", "a", "--translate", "1,2"},
-        {"transform", "a", "--translate", "1,2,3,4"},
-        {"transform", "a", "--translate", "1,2,"},
-        {"transform", "a", "--translate", "inf,0,0"},
-        {"transform", "a", "--translate", "0,nan,0"},
-        {"transform", "a", "--translate", "0,0,1e999"},
-        {"transform", "a", "--translate"},
-        {"generate", "a.obj", "--segments", "2"},
-        {"generate", "a.obj", "--segments", "9x"},
-        {"import", path("in.obj"),
-         path("../" + std::filesystem::path(path("")).filename().string() + "/in.obj")},
+    const char* const wrong[] = {
+        "",
+        "frobnicate",
+        "import a.obj",
+        "import a.obj b c",
+        "import a.obj b --method xml",
+        "import a.obj b --method",
+        "import a.obj b --colour",
+        "import a.obj b --compress=1",
+        "show a --method text",
+        "transform a",
+        "transform a --method text",
+        "transform a --rotate 90",
+        "transform a --rotate 90,w",
+        "transform a --rotate x,90",
+        "transform a --rotate 90,1,0",
+        "transform a --rotate 90,0,0,0",
+        "transform a --scale 0",
+        "transform a --scale 1,-0,1",
+        "transform a --scale 1,2",
+        "transform a --scale=",
+        "transform a --scale 2x",
+        "transform a --translate 1,2",
+        "transform a --translate 1,2,3,4",
+        "transform a --translate 1,2,",
+        "transform a --translate inf,0,0",
+        "transform a --translate 0,nan,0",
+        "transform a --translate 0,0,1e999",
+        "transform a --translate",
+        "generate a.obj --segments 2",
+        "generate a.obj --segments 9x",
+        "hash -",
+        "import @in.obj @../@/in.obj",
     };
-    for (const auto& arguments : wrong) {
-        const Result result = run(arguments);
-        EXPECT_EQ(result.code, 2);
+    const std::string folder = std::filesystem::path(path("")).filename();
+    for (std::string line : wrong) {
+        if (const std::size_t at = line.find("/@/"); at != std::string::npos)
+            line.replace(at, 3, "/" + folder + "/");
+        const Result result = command(line);
+        EXPECT_EQ(result.code, 2) << line;
         EXPECT_THAT(result.err, HasSubstr("scenefile --help"));
     }
-    EXPECT_THAT(run({"--help"}).out, StartsWith("usage: scenefile"));
     EXPECT_EQ(run({"show", "--", "-x"}).code, 1);
 }
 
-TEST_F(Scenefile, ReplacesADocumentInPlaceAndKeepsItsRights) {
-    namespace fs = std::filesystem;
-    folder_.write("d", "old");
-    fs::permissions(path("d"), fs::perms::owner_read | fs::perms::owner_write);
-    fs::create_symlink("d", path("link"));
+/// Whatever --help describes, the man page describes as well, and nothing else.
+TEST_F(Scenefile, HasAManPageWithTheOptionsOfItsHelp) {
+    const auto options = [](const std::string& text) {
+        const std::regex pattern("--[a-z][a-z-]*");
+        const std::sregex_iterator first(text.begin(), text.end(), pattern);
+        std::set<std::string> found;
+        for (auto match = first; match != std::sregex_iterator(); ++match)
+            found.insert(match->str());
+        return found;
+    };
+    std::ifstream file(SCENEFILE_MAN);
+    std::string page(std::istreambuf_iterator<char>(file), {});
+    page = std::regex_replace(page, std::regex(R"(\\-)"), "-");
+    const std::string help = command("--help").out;
+    EXPECT_THAT(help, StartsWith("usage: scenefile"));
+    EXPECT_EQ(options(page), options(help));
+    EXPECT_EQ(options(help).size(), 13U);
+}
+
+TEST_F(Scenefile, FollowsALinkToTheDocument) {
+    std::filesystem::create_symlink("d", path("link"));
     folder_.write("in.obj", "v 0 0 0\n");
-    ASSERT_EQ(run({"import", path("in.obj"), path("link")}).code, 0);
-    EXPECT_TRUE(fs::is_symlink(path("link")));
-    EXPECT_THAT(folder_.read("d"), StartsWith("^@\n"));
-    EXPECT_EQ(fs::status(path("d")).permissions(), fs::perms::owner_read | fs::perms::owner_write);
-    EXPECT_THAT(filesInFolder(), ElementsAre("d", "in.obj", "link"));
+    for (const char* old : {"old", ""}) {
+        if (*old != '\0')
+            folder_.write("d", old);
+        ASSERT_EQ(command("import @in.obj @link").code, 0);
+        EXPECT_TRUE(std::filesystem::is_symlink(path("link")));
+        EXPECT_THAT(folder_.read("d"), StartsWith("^@\n"));
+        EXPECT_THAT(filesInFolder(), ElementsAre("d", "in.obj", "link"));
+        std::filesystem::remove(path("d"));
+    }
 }
 
 TEST_F(Scenefile, WritesOnlyToFiles) {
     folder_.write("in.obj", "v 0 0 0\n");
-    for (const std::string& target : {path(""), path("no/such/folder"), std::string("/dev/null")}) {
+    std::filesystem::create_symlink("loop", path("loop"));
+    for (const std::string& target : {path(""), path("no/such/folder"), path("loop"), path("none/"),
+                                      std::string("/dev/null")}) {
         const Result result = run({"import", path("in.obj"), target});
         EXPECT_EQ(result.code, 1);
         EXPECT_THAT(result.err, StartsWith("scenefile: " + target + ": cannot be written"));
     }
-    EXPECT_THAT(filesInFolder(), ElementsAre("in.obj"));
+    EXPECT_THAT(filesInFolder(), ElementsAre("in.obj", "loop"));
 }
 
 /// The limit on the size of files stands in for a full disk.
 TEST_F(Scenefile, LeavesTheOldFileWhenAWriteFails) {
-    ASSERT_EQ(run({"generate", path("in.obj"), "--segments", "16"}).code, 0);
-    ASSERT_EQ(run({"import", path("in.obj"), path("in.zd")}).code, 0);
+    ASSERT_EQ(command("generate @in.obj --segments 16").code, 0);
+    ASSERT_EQ(command("import @in.obj @in.zd").code, 0);
     const std::string document = folder_.read("in.zd");
     folder_.write("old", "old");
     std::signal(SIGXFSZ, SIG_IGN);
@@ -277,21 +306,96 @@ TEST_F(Scenefile, LeavesTheOldFileWhenAWriteFails) {
     getrlimit(RLIMIT_FSIZE, &limit);
     const rlimit low = {4096, limit.rlim_max};
     setrlimit(RLIMIT_FSIZE, &low);
-    const Result results[] = {
-        run({"import", path("in.obj"), path("old")}),
-        run({"import", path("in.obj"), path("old"), "--method", "text"}),
-        run({"export", path("in.zd"), path("old")}),
-        run({"transform", path("in.zd"), "--scale", "2"}),
-    };
+    std::map<std::string, Result> results;
+    for (const char* line : {"import @in.obj @old", "import @in.obj @old --method text",
+                             "export @in.zd @old", "transform @in.zd --scale 2"})
+        results[line] = command(line);
     setrlimit(RLIMIT_FSIZE, &limit);
-    for (const Result& result : results) {
-        EXPECT_EQ(result.code, 1);
-        const char* target = &result == std::end(results) - 1 ? "in.zd" : "old";
-        EXPECT_THAT(result.err, HasSubstr(path(target) + ": cannot be written"));
+    for (const auto& [line, result] : results) {
+        EXPECT_EQ(result.code, 1) << line;
+        EXPECT_THAT(result.err, HasSubstr(": cannot be written"));
     }
     EXPECT_EQ(folder_.read("old"), "old");
     EXPECT_EQ(folder_.read("in.zd"), document);
     EXPECT_THAT(filesInFolder(), ElementsAre("in.obj", "in.zd", "old"));
 }
 
-} // namespace
+// Standard input and output are those of a process: hence one of its own.
+TEST_F(Scenefile, ReadsStandardInputAndWritesStandardOutput) {
+    const auto shell = [&](const std::string& line) {
+        return std::system(
+            ("cd " + path("") + "; export TMPDIR=.; (" + line + ") 2> messages").c_str());
+    };
+    ASSERT_EQ(command("generate @in.obj --segments 8").code, 0);
+    ASSERT_EQ(command("import @in.obj @in.zd --compress").code, 0);
+    ASSERT_EQ(shell("cat in.obj | " SCENEFILE " import - - --compress | cat > out.zd"), 0);
+    EXPECT_EQ(folder_.read("out.zd"), folder_.read("in.zd"));
+    EXPECT_THAT(folder_.read("messages"), StartsWith("standard output: 57 positions"));
+    ASSERT_EQ(shell(SCENEFILE " transform - --scale=2 < in.zd | " SCENEFILE
+                              " transform - --scale=0.5 | " SCENEFILE " export - - > out.obj"),
+              0);
+    EXPECT_EQ(folder_.read("out.obj"), folder_.read("in.obj"));
+    ASSERT_EQ(shell(SCENEFILE " show - < in.zd > shown"), 0);
+    EXPECT_THAT(folder_.read("shown"), StartsWith("standard input: binary"));
+    EXPECT_NE(shell(SCENEFILE " generate - > /dev/full"), 0);
+    EXPECT_THAT(folder_.read("messages"),
+                HasSubstr("standard output: cannot be written: No space"));
+    EXPECT_NE(shell("echo 'v 1' | " SCENEFILE " import - d"), 0);
+    EXPECT_THAT(folder_.read("messages"), StartsWith("scenefile: standard input:1: needs 3"));
+}
+
+TEST(Visible, KeepsOnlyWhatCanBePrinted) {
+    const std::pair<std::string_view, const char*> texts[] = {
+        {"plain \\ ~", "plain \\ ~"},
+        {"\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80 \xC2\xA0",
+         "\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80 \xC2\xA0"},
+        {"\x1B[2J\a\t\n\r\x7F", R"(\x1b[2J\x07\x09\x0a\x0d\x7f)"},
+        {{"\0", 1}, R"(\x00)"},
+        {"\xC2\x9B", R"(\xc2\x9b)"},                 // a control character beyond ASCII
+        {"\x80 \xFF", R"(\x80 \xff)"},               // begin no character
+        {"\xC3", R"(\xc3)"},                         // cut off
+        {"\xE2\x82z", R"(\xe2\x82z)"},               // cut off
+        {"\xC1\xBF", R"(\xc1\xbf)"},                 // too long
+        {"\xE0\x9F\xBF", R"(\xe0\x9f\xbf)"},         // too long
+        {"\xED\xA0\x80", R"(\xed\xa0\x80)"},         // a surrogate
+        {"\xF4\x90\x80\x80", R"(\xf4\x90\x80\x80)"}, // beyond Unicode
+    };
+    for (const auto& [text, printed] : texts)
+        EXPECT_EQ(scenefile::visible(text), printed);
+}
+
+/// Texts from files, file names and arguments, with what could command a terminal.
+TEST_F(Scenefile, PrintsNothingThatCommandsATerminal) {
+    const std::string hostile = "\x1B]0;x\a\x7F\xC2\x9B"
+                                "2J\xFF";
+    const std::string document = path("a\x1B]0;\n\xC2\x9B.zd"); // saved names are UTF-8
+    const std::string model = path("b" + hostile + ".obj");
+    std::string name = "name \xC2\x9B"
+                       "2J\xFF"; // as a document can hold it
+    std::string printed;
+    const auto collect = [&](const std::vector<std::string>& arguments) {
+        const Result result = run(arguments);
+        printed += result.out + result.err;
+    };
+    for (const std::string& line :
+         {"v 1 2 " + hostile, "o " + hostile, hostile + " 1", "f " + hostile, "s " + hostile,
+          "usemtl " + hostile, "curv" + hostile, "mtllib " + name, "o " + name, "usemtl " + name}) {
+        folder_.write(std::filesystem::path(model).filename(), "v 0 0 0\n" + line + "\np 1\n");
+        collect({"import", model, document, "--skip-unsupported"});
+        collect({"show", document});
+    }
+    folder_.write("types.zd", "^@\n1\n1 0 1\n1 2 4 8 4 8 8\n@\n   0 packetFile_EOF\n   1 " +
+                                  hostile + "\n@\n{ 1 0 }\n{ 0 0 }\n");
+    collect({"show", path("types.zd")});
+    collect({hostile});
+    collect({"show", "a", hostile + hostile});
+    collect({"show", "--" + hostile});
+    collect({"hash", document, "--expect", hostile});
+    EXPECT_THAT(printed, AllOf(HasSubstr(R"(\x1b]0;x\x07\x7f\xc2\x9b2J\xff)"),
+                               HasSubstr(R"(material library: name \xc2\x9b2J\xff)")));
+    for (std::size_t end = 0; !printed.empty(); printed.erase(0, end + 1)) {
+        end = printed.find('\n');
+        const std::string line = printed.substr(0, end);
+        EXPECT_EQ(line, scenefile::visible(line));
+    }
+}

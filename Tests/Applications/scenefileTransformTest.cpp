@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 
+#include <regex>
 #include <sstream>
 
 #include "scenefileFixture.h"
@@ -20,8 +21,7 @@ const char* const triangle = "v 1 0 0\nv 1 2 0\nv 1 0 3\nvn 2 0 0\nf 1//1 2//1 3
 class Transform : public Scenefile {
 protected:
     /// What `model` exports as, behind the comment.
-    std::string transformed(const std::string& model,
-                            const std::vector<std::string>& options) const {
+    std::string transformed(const std::string& model, const std::string& options) const {
         const std::string exported = exportText(transformText(model, "binary", options));
         return exported.substr(exported.find('\n') + 1);
     }
@@ -29,52 +29,10 @@ protected:
     /// What show prints, but for the packets.
     std::string shown(const std::string& document) const {
         folder_.write("shown", document);
-        const std::string text = run({"show", path("shown")}).out;
+        const std::string text = command("show @shown").out;
         return text.substr(text.find("\nvertices: ") + 1);
     }
 };
-
-/// The numbers are exact, so that every case says on its own what it should come to.
-TEST_F(Transform, ActsInTheOrderOfItsOptions) {
-    const struct {
-        std::vector<std::string> options;
-        const char* model;
-    } cases[] = {
-        {{"--translate", "10,20,-30"},
-         "v 11 20 -30\nv 11 22 -30\nv 11 20 -27\nvn 2 0 0\nf 1//1 2//1 3//1\n"},
-        {{"--scale=2"}, "v 2 0 0\nv 2 4 0\nv 2 0 6\nvn 1 0 0\nf 1//1 2//1 3//1\n"},
-        {{"--scale", "4,1,0.5"}, "v 4 0 0\nv 4 2 0\nv 4 0 1.5\nvn 1 0 0\nf 1//1 2//1 3//1\n"},
-        {{"--rotate", "90,x"}, "v 1 0 0\nv 1 0 2\nv 1 -3 0\nvn 1 0 0\nf 1//1 2//1 3//1\n"},
-        {{"--rotate", "90,y"}, "v 0 0 -1\nv 0 2 -1\nv 3 0 -1\nvn 0 0 -1\nf 1//1 2//1 3//1\n"},
-        {{"--rotate", "90,z"}, "v 0 1 0\nv -2 1 0\nv 0 1 3\nvn 0 1 0\nf 1//1 2//1 3//1\n"},
-        {{"--rotate", "450,0,0,1e-300"},
-         "v 0 1 0\nv -2 1 0\nv 0 1 3\nvn 0 1 0\nf 1//1 2//1 3//1\n"},
-        {{"--rotate=-180,0,0,-1e300"},
-         "v -1 0 0\nv -1 -2 0\nv -1 0 3\nvn -1 0 0\nf 1//1 2//1 3//1\n"},
-        {{"--translate", "1,0,0", "--rotate", "90,z"},
-         "v 0 2 0\nv -2 2 0\nv 0 2 3\nvn 0 1 0\nf 1//1 2//1 3//1\n"},
-        {{"--rotate", "90,z", "--translate", "1,0,0"},
-         "v 1 1 0\nv -1 1 0\nv 1 1 3\nvn 0 1 0\nf 1//1 2//1 3//1\n"},
-        {{"--scale", "2", "--translate", "1,1,1", "--scale", "0.5"},
-         "v 1.5 0.5 0.5\nv 1.5 2.5 0.5\nv 1.5 0.5 3.5\nvn 2 0 0\nf 1//1 2//1 3//1\n"},
-        // mirrors
-        {{"--scale=-1,1,1"}, "v -1 0 0\nv -1 2 0\nv -1 0 3\nvn -1 0 0\nf 1//1 3//1 2//1\n"},
-        {{"--scale=-1"}, "v -1 0 0\nv -1 -2 0\nv -1 0 -3\nvn -1 0 0\nf 1//1 3//1 2//1\n"},
-    };
-    for (const auto& each : cases) {
-        EXPECT_EQ(transformed(triangle, each.options), each.model)
-            << testing::PrintToString(each.options);
-        importText(triangle, "text");
-        for (std::size_t i = 0; i < each.options.size();) {
-            const bool apart = each.options[i].find('=') == std::string::npos;
-            std::vector<std::string> step = {"transform", path("made"), each.options[i++]};
-            if (apart)
-                step.push_back(each.options[i++]);
-            EXPECT_EQ(run(step).code, 0);
-        }
-        EXPECT_THAT(exportText(folder_.read("made")), EndsWith(each.model)) << "one by one";
-    }
-}
 
 /// Numbers as they are read, since the last digits are those of the sine.
 std::vector<double> numbersOf(const std::string& line) {
@@ -85,19 +43,57 @@ std::vector<double> numbersOf(const std::string& line) {
     return numbers;
 }
 
+} // namespace
+
+/// The numbers are exact, so that each case states its result.
+TEST_F(Transform, ActsInTheOrderOfItsOptions) {
+    const struct {
+        const char* options;
+        const char* model;
+    } cases[] = {
+        {"--translate 10,20,-30",
+         "v 11 20 -30\nv 11 22 -30\nv 11 20 -27\nvn 2 0 0\nf 1//1 2//1 3//1\n"},
+        {"--scale=2", "v 2 0 0\nv 2 4 0\nv 2 0 6\nvn 1 0 0\nf 1//1 2//1 3//1\n"},
+        {"--scale 4,1,0.5", "v 4 0 0\nv 4 2 0\nv 4 0 1.5\nvn 1 0 0\nf 1//1 2//1 3//1\n"},
+        {"--rotate 90,x", "v 1 0 0\nv 1 0 2\nv 1 -3 0\nvn 1 0 0\nf 1//1 2//1 3//1\n"},
+        {"--rotate 90,y", "v 0 0 -1\nv 0 2 -1\nv 3 0 -1\nvn 0 0 -1\nf 1//1 2//1 3//1\n"},
+        {"--rotate 90,z", "v 0 1 0\nv -2 1 0\nv 0 1 3\nvn 0 1 0\nf 1//1 2//1 3//1\n"},
+        {"--rotate 450,0,0,1e-300", "v 0 1 0\nv -2 1 0\nv 0 1 3\nvn 0 1 0\nf 1//1 2//1 3//1\n"},
+        {"--rotate=-180,0,0,-1e300",
+         "v -1 0 0\nv -1 -2 0\nv -1 0 3\nvn -1 0 0\nf 1//1 2//1 3//1\n"},
+        {"--translate 1,0,0 --rotate 90,z",
+         "v 0 2 0\nv -2 2 0\nv 0 2 3\nvn 0 1 0\nf 1//1 2//1 3//1\n"},
+        {"--rotate 90,z --translate 1,0,0",
+         "v 1 1 0\nv -1 1 0\nv 1 1 3\nvn 0 1 0\nf 1//1 2//1 3//1\n"},
+        {"--scale 2 --translate 1,1,1 --scale 0.5",
+         "v 1.5 0.5 0.5\nv 1.5 2.5 0.5\nv 1.5 0.5 3.5\nvn 2 0 0\nf 1//1 2//1 3//1\n"},
+        // mirrors
+        {"--scale=-1,1,1", "v -1 0 0\nv -1 2 0\nv -1 0 3\nvn -1 0 0\nf 1//1 3//1 2//1\n"},
+        {"--scale=-1", "v -1 0 0\nv -1 -2 0\nv -1 0 -3\nvn -1 0 0\nf 1//1 3//1 2//1\n"},
+    };
+    for (const auto& each : cases) {
+        EXPECT_EQ(transformed(triangle, each.options), each.model) << each.options;
+        importText(triangle, "text");
+        const std::regex step("--[^ ]+( [^-][^ ]*)?");
+        const std::string options = each.options;
+        for (std::sregex_iterator match(options.begin(), options.end(), step), end; match != end;
+             ++match)
+            EXPECT_EQ(command("transform @made " + match->str()).code, 0);
+        EXPECT_THAT(exportText(folder_.read("made")), EndsWith(each.model)) << "one by one";
+    }
+}
+
 TEST_F(Transform, TurnsAboutAnyAxisAndKeepsNormalsUpright) {
     const struct {
-        std::vector<std::string> options;
+        const char* options;
         std::vector<double> position, normal;
     } cases[] = {
         // x becomes y, y becomes z
-        {{"--rotate", "120,5,5,5"}, {3, 1, 2}, {0, 1, 0}},
-        {{"--rotate", "30,z"}, {-0.1339745962155614, 2.232050807568877, 3}, {0.8660254, 0.5, 0}},
+        {"--rotate 120,5,5,5", {3, 1, 2}, {0, 1, 0}},
+        {"--rotate 30,z", {-0.1339745962155614, 2.232050807568877, 3}, {0.8660254, 0.5, 0}},
         // The plane x + y = 3 becomes x / 2 + y = 3.
-        {{"--rotate", "45,z", "--rotate=-45,z", "--scale", "2,1,1"}, {2, 2, 3}, {1, 0, 0}},
-        {{"--rotate", "45,z", "--scale", "2,1,1"},
-         {-1.41421356, 2.12132034, 3},
-         {0.4472136, 0.8944272, 0}},
+        {"--rotate 45,z --rotate=-45,z --scale 2,1,1", {2, 2, 3}, {1, 0, 0}},
+        {"--rotate 45,z --scale 2,1,1", {-1.41421356, 2.12132034, 3}, {0.4472136, 0.8944272, 0}},
     };
     for (const auto& each : cases) {
         std::istringstream lines(transformed("v 1 2 3\nvn 1 0 0\np 1\n", each.options));
@@ -111,7 +107,7 @@ TEST_F(Transform, TurnsAboutAnyAxisAndKeepsNormalsUpright) {
 
 TEST_F(Transform, KeepsNormalsOfExtremeModelsUsable) {
     const char* model = "v 0 0 0\nvn 1e300 0 0\nvn 0 1e-320 0\nvn 0 0 0\nvn 0 0 -4\np 1\n";
-    EXPECT_THAT(transformed(model, {"--scale", "1e-6,1e90,1e90"}),
+    EXPECT_THAT(transformed(model, "--scale 1e-6,1e90,1e90"),
                 HasSubstr("vn 1 0 0\nvn 0 1 0\nvn 0 0 0\nvn 0 0 -1\n"));
 }
 
@@ -119,21 +115,21 @@ TEST_F(Transform, KeepsTheDocumentsMethodAndIsTakenBack) {
     for (const char* method : methods) {
         const std::string before = importText(fullModel, method);
         const std::string after =
-            transformText(fullModel, method, {"--rotate", "90,x", "--translate", "0,0,8"});
+            transformText(fullModel, method, "--rotate 90,x --translate 0,0,8");
         EXPECT_NE(after, before);
         EXPECT_EQ(after.substr(0, 20), before.substr(0, 20));
-        EXPECT_EQ(run({"transform", path("made"), "--translate=0,0,-8", "--rotate=-90,x"}).code, 0);
+        EXPECT_EQ(command("transform @made --translate=0,0,-8 --rotate=-90,x").code, 0);
         EXPECT_EQ(folder_.read("made"), before);
     }
     importText(fullModel, "text");
-    EXPECT_THAT(run({"transform", path("made"), "--rotate", "30,1,1,1"}).out,
-                HasSubstr(" numbers were rounded to the 16 digits"));
+    EXPECT_THAT(command("transform @made --rotate 30,1,1,1").out,
+                HasSubstr(" numbers rounded to the 16 digits"));
 }
 
 TEST_F(Transform, ShowsTheBoundsThatAnExportHas) {
-    ASSERT_EQ(run({"generate", path("in.obj"), "--segments", "12"}).code, 0);
-    const std::string moved = transformText(folder_.read("in.obj"), "binary",
-                                            {"--rotate", "33,1,2,3", "--scale", "1,-2,3"});
+    ASSERT_EQ(command("generate @in.obj --segments 12").code, 0);
+    const std::string moved =
+        transformText(folder_.read("in.obj"), "binary", "--rotate 33,1,2,3 --scale 1,-2,3");
     std::string expected = shown(moved);
     const std::size_t transform = expected.find("transform ");
     ASSERT_NE(transform, std::string::npos);
@@ -145,7 +141,7 @@ TEST_F(Transform, ShowsTheBoundsThatAnExportHas) {
 TEST_F(Transform, AppliesTheTransformsDownTheTree) {
     const char* model = "v 1 0 0 1 0 0\nv 0 1 0 0 1 0\nv 0 0 1 0 0 1\nvn 0 0 1\n"
                         "o a\nl 1 2\nf 1//1 2//1 2//1\no b\nl 2 1\nf 2//1 1//1 1//1\no c\np 1\n";
-    std::string document = transformText(model, "text", {"--translate", "0,0,5"});
+    std::string document = transformText(model, "text", "--translate 0,0,5");
     const std::size_t b = document.find("] \n  [ ] }", document.find("] \n  [ ] }") + 1);
     document.insert(b + 9, "\n  [ 0 1 0 -1 0 0 0 0 -2 10 0 0 ] "); // turns, mirrors and moves
     EXPECT_EQ(exportText(document),
@@ -165,19 +161,17 @@ TEST_F(Transform, AppliesTheTransformsDownTheTree) {
 TEST_F(Transform, RefusesWhatCannotBeTakenBackAndLeavesTheDocument) {
     const std::string document = importText("v 1e300 0 0\np 1\n", "binary");
     const struct {
-        std::vector<std::string> options;
+        const char* options;
         const char* message;
     } cases[] = {
-        {{"--scale", "1e-13"}, "no inverse"},
-        {{"--scale", "1e60", "--scale", "1e60"}, "too large"},
-        {{"--scale", "1e300", "--scale", "1e300", "--rotate", "45,z"}, "too large"},
-        {{"--translate", "0,0,1e101"}, "too large"},
-        {{"--scale", "1e10"}, "makes coordinates too large"},
+        {"--scale 1e-13", "no inverse"},
+        {"--scale 1e60 --scale 1e60", "too large"},
+        {"--scale 1e300 --scale 1e300 --rotate 45,z", "too large"},
+        {"--translate 0,0,1e101", "too large"},
+        {"--scale 1e10", "makes coordinates too large"},
     };
     for (const auto& each : cases) {
-        std::vector<std::string> arguments = {"transform", path("made")};
-        arguments.insert(arguments.end(), each.options.begin(), each.options.end());
-        const Result result = run(arguments);
+        const Result result = command(std::string("transform @made ") + each.options);
         EXPECT_EQ(result.code, 1);
         EXPECT_THAT(result.err, HasSubstr(each.message));
         EXPECT_EQ(result.out, "");
@@ -185,5 +179,3 @@ TEST_F(Transform, RefusesWhatCannotBeTakenBackAndLeavesTheDocument) {
     EXPECT_EQ(folder_.read("made"), document);
     EXPECT_THAT(filesInFolder(), ElementsAreArray({"in.obj", "made"}));
 }
-
-} // namespace

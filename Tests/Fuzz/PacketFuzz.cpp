@@ -256,6 +256,9 @@ std::string everything(ioWriteMethod method) {
 
 void readPackets(std::string_view file) {
     setHooks();
+    packets::Input checked((std::string(file)));
+    if (ioPacketFileCheck(checked.stream) == ioOK)
+        read(std::string(file), 4096); // which ends without help
     // Each of the header's eleven numbers takes a byte of what stands in its place.
     const std::string ended = std::string(file) + std::string(16, '@') + "\n{";
     if (read(ended, 4096) != read(ended, 3))

@@ -13,6 +13,8 @@ namespace {
 
 using CharacterUtf8 = support::Utf8LocaleTest;
 
+} // namespace
+
 TEST(Character, TakesAByteAsUnsigned) {
     EXPECT_FALSE(zeString::isAscii('\x80'));
     EXPECT_FALSE(zeString::isAlnum('\xE9'));
@@ -27,13 +29,16 @@ TEST(Character, TextIsAsciiIfEveryByteIs) {
     EXPECT_FALSE(zeString::isAscii("caf\xC3\xA9"));
 }
 
-TEST(Character, HasTheLineEndsAndTheTabOnly) {
+TEST(Character, HasTheLineEndsTheTabAndTheDigitsOnly) {
     for (int c = 0; c < 256; ++c) {
         const bool newLine = c == 13 || c == 10;
         EXPECT_EQ(zeString::isNewLine(static_cast<char>(c)), newLine) << int(c);
         EXPECT_EQ(zeString::isNewLine(static_cast<wchar_t>(c)), newLine) << int(c);
         EXPECT_EQ(zeString::isTab(static_cast<char>(c)), c == 9) << int(c);
         EXPECT_EQ(zeString::isTab(static_cast<wchar_t>(c)), c == 9) << int(c);
+        const bool digit = c >= '0' && c <= '9';
+        EXPECT_EQ(zeString::isDigit(static_cast<char>(c)), digit) << int(c);
+        EXPECT_EQ(zeString::isDigit(static_cast<wchar_t>(c)), digit) << int(c);
     }
 }
 
@@ -64,5 +69,3 @@ TEST_F(CharacterUtf8, TreatsLetterModifiersAsLettersAndTheRestAsTheLocaleDoes) {
     EXPECT_EQ(zeString::toLower(L'\u00C9'), L'\u00E9');
     EXPECT_TRUE(zeString::isSpace(L'\u3000') && zeString::isXDigit(L'f'));
 }
-
-} // namespace

@@ -3,13 +3,16 @@
 #include "Base/Strings/zeStringIString.h"
 
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <type_traits>
 
 #include <gtest/gtest.h>
 
 #include "Base/Strings/zeStringCString.h"
+#include "Base/Strings/zeStringCharacter.h"
 #include "Support/Locale.h"
+#include "Support/MadeLocale.h"
 
 using zeString::CString;
 using zeString::EncodingMultibyte;
@@ -52,52 +55,12 @@ void expectFromNarrow(std::initializer_list<NarrowCase> cases) {
     }
 }
 
-TEST(IString, ReadsNarrowText) {
-    expectFromNarrow({
-        {nullptr, EncodingUTF8, true, L""},
-        {"", EncodingUTF8, true, L""},
-        {"plain", EncodingMultibyte, true, L"plain"},
-        {"Sch\xC3\xB6n", EncodingUTF8, true, L"Sch\u00F6n"},
-        {"\xEF\xBB\xBFx\xC3\xB6", EncodingUTF8, true, L"x\u00F6"},
-        {"\xEF\xBB\xBF", EncodingUTF8, false, L""},
-        // In the "C" locale nothing but ASCII is text.
-        {"a\xC3\xB6z", EncodingMultibyte, false, L"a??z"},
-        {"a\xC3\xB6\xFF", EncodingUTF8, false, L"a???"},
-        {"plain", zeString::Encoding(7), true, L"plain"},
-    });
-    bool ok = false;
-    EXPECT_EQ(text(IString('x', EncodingUTF8, &ok)), L"x");
-    EXPECT_EQ(text(IString(3u, 'x', EncodingUTF8, &ok)), L"xxx");
-    EXPECT_TRUE(ok);
-    EXPECT_EQ(text(IString('\xE9', EncodingUTF8, &ok)), L"?");
-    EXPECT_FALSE(ok);
-}
-
-TEST_F(IStringUtf8, ReadsNarrowText) {
-    expectFromNarrow({
-        {"Sch\xC3\xB6n", EncodingMultibyte, true, L"Sch\u00F6n"},
-        {"\xC3\xB6\xFF\xC3\xB6", EncodingMultibyte, false, L"\u00F6?\u00F6"},
-        {"\xC3\xB6\xFF\xC3\xB6", EncodingUTF8, false, L"\u00F6?\u00F6"},
-    });
-    // Longer than any working space on the stack.
-    std::string narrow;
-    for (int i = 0; i < 500; ++i)
-        narrow += "\xE2\x82\xAC";
-    for (zeString::Encoding encoding : {EncodingMultibyte, EncodingUTF8}) {
-        const IString wide(narrow.c_str(), encoding);
-        EXPECT_EQ(text(wide), std::wstring(500, L'\u20AC'));
-        EXPECT_EQ(wide.asMultibyte(encoding), narrow);
-    }
-}
-
-TEST(IString, KeepsItsTextIfNothingRemainsOfAByteString) {
-    bool ok = true;
-    IString s(L"kept");
-    s.assign(CString("\xEF\xBB\xBF"), EncodingUTF8, &ok);
-    EXPECT_EQ(text(s), L"kept");
-    EXPECT_FALSE(ok);
-    s.assign(CString(""), EncodingUTF8, &ok);
-    EXPECT_TRUE(s.isEmpty() && ok);
+/// `n` times U+00F6 in UTF-8.
+std::string narrowOf(int n) {
+    std::string result;
+    while (n-- > 0)
+        result += "\xC3\xB6";
+    return result;
 }
 
 struct WideCase {
@@ -129,6 +92,33 @@ void expectToNarrow(std::initializer_list<WideCase> cases) {
     }
 }
 
+} // namespace
+
+TEST(IString, ReadsNarrowText) {
+    expectFromNarrow({
+        {nullptr, EncodingUTF8, true, L""},
+        {"", EncodingUTF8, true, L""},
+        {"plain", EncodingMultibyte, true, L"plain"},
+        {"Sch\xC3\xB6n", EncodingUTF8, true, L"Sch\u00F6n"},
+        {"\xEF\xBB\xBFx\xC3\xB6", EncodingUTF8, true, L"x\u00F6"},
+        {"\xEF\xBB\xBF", EncodingUTF8, false, L""},
+        // In the "C" locale nothing but ASCII is text.
+        {"a\xC3\xB6z", EncodingMultibyte, false, L"a??z"},
+        {"a\xC3\xB6\xFF", EncodingUTF8, false, L"a???"},
+        {"plain", zeString::Encoding(7), true, L"plain"},
+    });
+    bool ok = false;
+    EXPECT_EQ(text(IString('x', EncodingUTF8, &ok)), L"x");
+    EXPECT_EQ(text(IString(3u, 'x', EncodingUTF8, &ok)), L"xxx");
+    EXPECT_TRUE(ok);
+    EXPECT_EQ(text(IString('\xE9', EncodingUTF8, &ok)), L"?");
+    EXPECT_FALSE(ok);
+    // A byte string of which nothing remains changes nothing.
+    IString s(L"kept");
+    EXPECT_EQ(text(s.assign(CString("\xEF\xBB\xBF"), EncodingUTF8, &ok)), L"kept");
+    EXPECT_FALSE(ok);
+}
+
 TEST(IString, GivesNarrowText) {
     expectToNarrow({
         {L"", EncodingMultibyte, true, ""},
@@ -148,20 +138,26 @@ TEST(IString, GivesNarrowText) {
     EXPECT_EQ(IString(L"a").asUnicodeStoreSize(), 0u);
 }
 
-TEST_F(IStringUtf8, GivesNarrowText) {
+TEST_F(IStringUtf8, ConvertsInTheLocaleBothWays) {
+    expectFromNarrow({
+        {"Sch\xC3\xB6n", EncodingMultibyte, true, L"Sch\u00F6n"},
+        {"\xC3\xB6\xFF\xC3\xB6", EncodingUTF8, false, L"\u00F6?\u00F6"},
+    });
     expectToNarrow({
         {L"a\u00F6z", EncodingMultibyte, true, "a\xC3\xB6z"},
-        {{0xF6, 0xD800}, EncodingMultibyte, false, "??"},
         // The room for the repair ends before the bad character.
         {{0xF6, 0xF6, 0xD800}, EncodingMultibyte, false, "\xC3\xB6\xC3\xB6"},
+        // Longer than any working space on the stack.
+        {std::wstring(500, L'\u00F6'), EncodingUTF8, true, narrowOf(500)},
+        {std::wstring(500, L'\u00F6'), EncodingMultibyte, true, narrowOf(500)},
     });
     // No room even for the first character: the cache keeps what it had.
     IString s(L"old");
     EXPECT_STREQ(s.asUTF8(), "old");
     s = IString(std::wstring{0x1F600, 0xD800}.c_str());
-    bool ok = true;
-    EXPECT_STREQ(s.asMultibyte(EncodingMultibyte, &ok), "old");
-    EXPECT_FALSE(ok);
+    EXPECT_STREQ(s.asMultibyte(), "old");
+    EXPECT_EQ(s.format(L"%s%S", "\xE2\x82\xAC", L"\u20AC"), 2u);
+    EXPECT_EQ(text(s), L"\u20AC\u20AC");
 }
 
 TEST(IString, KeepsTheNarrowFormThroughWritingAndFormatting) {
@@ -186,6 +182,53 @@ TEST(IString, KeepsTheNarrowFormThroughWritingAndFormatting) {
     ok = false;
     EXPECT_STREQ(empty.asUTF8(&ok), "");
     EXPECT_TRUE(ok);
+}
+
+TEST(IString, TakesAByteAsItsConstructorDoes) {
+    for (const char* codeSet : {"", "UTF-8", "ISO-8859-1", "SHIFT_JIS"}) {
+        std::optional<support::MadeLocale> locale;
+        if (*codeSet && !locale.emplace(codeSet).isSet())
+            GTEST_SKIP() << "localedef cannot make " << codeSet;
+        for (int code = 1; code < 256; ++code) {
+            const char c = static_cast<char>(code);
+            SCOPED_TRACE(codeSet + std::to_string(code));
+            const std::wstring wide = text(IString(c));
+            ASSERT_EQ(wide.size(), 1u);
+            EXPECT_EQ(text(IString(L"ab").append(c)), L"ab" + wide);
+            EXPECT_EQ(text(IString(L"ab").prepend(c)), wide + L"ab");
+            EXPECT_EQ(text(IString(L"ab").insert(1, c)), L"a" + wide + L"b");
+            EXPECT_EQ(text(IString(L"ab").replace(0, 1, c)), wide + L"b");
+            const IString around((wide + L"\u4E00" + wide).c_str());
+            EXPECT_EQ(around.find(c, 1), 2u);
+            EXPECT_EQ(around.rfind(c, 1), 0u);
+            EXPECT_EQ(text(IString(around).strip(c)), L"\u4E00" + wide);
+            EXPECT_EQ(text(IString(around).rstrip(c)), wide + L"\u4E00");
+        }
+    }
+    EXPECT_EQ(IString(L"a").append('\0').length(), 2u); // a terminator stays one
+    EXPECT_EQ(withTerminator.find('\0'), 2u);
+}
+
+// Numbers, and types that convert to a character, go where a wide character is wanted as they are.
+TEST(IString, TakesEveryOtherNumberAsAWideCharacter) {
+    enum Letter { letter = 0xE9 };
+    struct Converts {
+        operator char() const { return 'c'; }
+    };
+    IString s;
+    s.append(L'w').append(0xE9).append(0xE9u).append(U'\u20AC').append(u'\u20AC').append(true);
+    s.append(static_cast<unsigned char>(0xE9)).append(static_cast<signed char>('s')).append(letter);
+    s.append(Converts());
+    EXPECT_EQ(text(s), L"w\u00E9\u00E9\u20AC\u20AC\1\u00E9s\u00E9c");
+    EXPECT_EQ(text(IString().insert(0, 0xE9).prepend(0x20AC).replace(1, 1, 0x3B1)),
+              L"\u20AC\u03B1");
+    EXPECT_EQ(s.find(0x20AC), 3u);
+    EXPECT_EQ(s.rfind(0x20AC), 4u);
+    EXPECT_EQ(s.find(zeString::isSpace), npos);
+    EXPECT_EQ(s.rfind([](wchar_t c) { return c == 1; }), 5u);
+    EXPECT_EQ(text(IString(L"\u00E9a\u00E9").strip(0xE9).rstrip(0xE9)), L"a");
+    IString& (IString::*append)(wchar_t) = &IString::append;
+    EXPECT_EQ(text((s.*append)(0xE9).substr(s.last())), L"\u00E9");
 }
 
 TEST(IString, IsMadeFromNarrowTextWhereItIsWanted) {
@@ -218,6 +261,7 @@ TEST(IString, EveryOtherChangeRenewsTheNarrowForm) {
         {[](IString& s) { s.replace(L"a", L"x"); }, "-xBx-"},
         {[](IString& s) { s.replaceFirst(L"a", L"x"); }, "-xBa-"},
         {[](IString& s) { IString(L"-b-").substr(s, 1); }, "b-"},
+        {[](IString& s) { s.substr(s, 1, 2); }, "aB"},
         {[](IString& s) { IString(L"x").swap(s); }, "x"},
         {[](IString& s) {
              IString other(L"x");
@@ -252,12 +296,6 @@ TEST(IString, CopiesEndAtATerminatorAndAssignmentKeepsIt) {
     EXPECT_EQ(b.length(), 10u);
     b.swap(b);
     EXPECT_EQ(text(b), L"wholeab");
-}
-
-TEST(IString, SubstrMayWriteIntoItself) {
-    IString s(L"abcd");
-    EXPECT_EQ(&s.substr(s, 1, 2), &s);
-    EXPECT_EQ(text(s), L"bc");
 }
 
 TEST(IString, ReplacesEveryOccurrenceOnce) {
@@ -309,15 +347,3 @@ TEST(IString, TakesNarrowFormats) {
     EXPECT_EQ(s.format("%c", 0xE9), npos); // not a character of this locale
     EXPECT_EQ(text(s), L"??1");
 }
-
-TEST_F(IStringUtf8, FormatsWideAndNarrowText) {
-    IString s;
-    EXPECT_EQ(s.format(L"%s%S", "\xE2\x82\xAC", L"\u20AC"), 2u);
-    EXPECT_EQ(text(s), L"\u20AC\u20AC");
-    EXPECT_EQ(s.format("%300s", "\xE2\x82\xAC"), 300u);
-    EXPECT_EQ(s.at(299), L'\u20AC');
-    EXPECT_EQ(s.format(L"%c", 0xE9), npos); // half a character
-    EXPECT_EQ(s.length(), 300u);
-}
-
-} // namespace

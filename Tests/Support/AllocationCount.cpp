@@ -10,6 +10,7 @@ namespace {
 
 std::atomic<std::size_t> count = 0;
 std::atomic<std::size_t> bytes = 0;
+std::atomic<std::size_t> failing = 0;
 
 } // namespace
 
@@ -21,8 +22,13 @@ std::size_t allocatedBytes() {
     return bytes;
 }
 
+void failAllocation(std::size_t n) {
+    failing = n == 0 ? 0 : count + n;
+}
+
 void* operator new(std::size_t size) {
-    ++count;
+    if (++count == failing)
+        throw std::bad_alloc();
     bytes += size;
     if (void* const memory = std::malloc(size))
         return memory;

@@ -22,6 +22,9 @@ std::ptrdiff_t openDescriptors() {
 }
 
 std::string describe(const Fault& fault) {
+    if (fault.call == SystemFaults::callCount)
+        return "calls " + std::to_string(fault.n) + " and " + std::to_string(fault.second) +
+               " fail with " + std::strerror(fault.answer.error);
     const SystemFaults::Answer& answer = fault.answer;
     return std::string(SystemFaults::name(fault.call)) + " with " +
            (answer.error ? std::strerror(answer.error)
@@ -36,29 +39,63 @@ bool movesBytes(SystemFaults::Call call) {
 
 } // namespace
 
+struct FaultTrial::Run {
+    std::size_t calls;
+    std::ptrdiff_t leftOpen;
+    std::string inherited;
+};
+
+template<class... Arguments>
+FaultTrial::Run FaultTrial::runOnce(const Arguments&... arguments) {
+    prepare();
+    const std::ptrdiff_t before = openDescriptors();
+    Run run;
+    {
+        const SystemFaults faults(arguments...);
+        operation();
+        run = {faults.calls(), 0, faults.inherited()};
+    }
+    run.leftOpen = openDescriptors() - before;
+    return run;
+}
+
+void FaultTrial::judge(const Run& run, const Fault& fault) {
+    SCOPED_TRACE(describe(fault));
+    EXPECT_EQ(run.leftOpen, 0);
+    EXPECT_EQ(run.inherited, "");
+    check(fault);
+    if (fault.n > 0)
+        ++tried_;
+}
+
 std::size_t FaultTrial::run(SystemFaults::Call call, SystemFaults::Answer answer,
                             std::size_t inARow) {
     for (std::size_t n = 1;; ++n) {
-        prepare();
-        const std::ptrdiff_t before = openDescriptors();
         std::vector<SystemFaults::Answer> answers(n - 1);
         answers.insert(answers.end(), inARow, answer);
-        std::size_t calls;
-        {
-            const SystemFaults faults(call, answers);
-            operation();
-            calls = faults.calls();
-        }
-        const Fault fault{call, answer, calls < n ? 0 : n};
-        SCOPED_TRACE(describe(fault));
-        EXPECT_EQ(openDescriptors(), before);
-        check(fault);
-        if (fault.n == 0)
+        const Run run = runOnce(call, answers);
+        judge(run, {call, answer, run.calls < n ? 0 : n});
+        if (run.calls < n)
             return n - 1;
-        ++tried_;
         EXPECT_LT(n, tooMany);
         if (n >= tooMany)
             return n;
+    }
+}
+
+void FaultTrial::runPairs(int error) {
+    const SystemFaults::Call any = SystemFaults::callCount;
+    for (std::size_t first = 1; first < tooMany; ++first) {
+        const Run run = runOnce(std::vector{first}, error);
+        if (run.calls < first)
+            return;
+        judge(run, {any, {error}, first});
+        for (std::size_t second = first + 1; second < tooMany; ++second) {
+            const Run both = runOnce(std::vector{first, second}, error);
+            if (both.calls < second)
+                break;
+            judge(both, {any, {error}, first, second});
+        }
     }
 }
 

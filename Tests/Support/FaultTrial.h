@@ -30,6 +30,9 @@ struct Fault {
     SystemFaults::Call call;
     SystemFaults::Answer answer;
     std::size_t n; ///< which of the calls it was, from 1; 0 in the last run, which met none
+    /// In runPairs(): the place of the call that failed after it, 0 for none. `n` is a place, too,
+    /// and `call` is callCount.
+    std::size_t second = 0;
 };
 
 class FaultTrial {
@@ -43,16 +46,21 @@ public:
 
     /// Runs the operation with its first `call` answered so, then with its second, and so on until
     /// a run makes no call that is left to fail; that run passes untouched, and is checked too. A
-    /// descriptor that a run leaves open is a failure of the test. With `inARow` as many calls get
+    /// descriptor that a run leaves open is a failure of the test, and so is one that
+    /// a child process would inherit. With `inARow` as many calls get
     /// the answer, one after the other: a disk that is full and stays so. Returns how many faults
     /// that made.
     std::size_t run(SystemFaults::Call call, SystemFaults::Answer answer, std::size_t inARow = 1);
 
-    /// The same for every call there is, with each error that calls are known for (ENOSPC, EIO,
-    /// EACCES, EINTR), and a byte at a time where a call moves bytes. A `close` that is interrupted
-    /// is left out: see SystemFaults::Answer. Returns the names of the calls that the operation
-    /// makes, in the order of SystemFaults::Call, so that a test notices one that it no longer
-    /// breaks.
+    /// Fails each pair of calls with `error`, of whatever names: each call with each one after it,
+    /// which may be one that only the first failure leads to. Each call alone is tried too.
+    void runPairs(int error);
+
+    /// The same as run() for every call there is, with each error that calls are known for (ENOSPC,
+    /// EIO, EACCES, EINTR), and a byte at a time where a call moves bytes. A `close` that is
+    /// interrupted is left out: see SystemFaults::Answer. Returns the names of the calls that the
+    /// operation makes, in the order of SystemFaults::Call, so that a test notices one that it no
+    /// longer breaks.
     std::string runAll();
 
     std::size_t faultsTried() const { return tried_; }
@@ -61,5 +69,12 @@ public:
     void report(const char* what) const;
 
 private:
+    struct Run;
+
+    /// Runs the operation once, with faults made of `arguments`.
+    template<class... Arguments>
+    Run runOnce(const Arguments&... arguments);
+    void judge(const Run& run, const Fault& fault);
+
     std::size_t tried_ = 0;
 };

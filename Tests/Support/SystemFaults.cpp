@@ -16,14 +16,16 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <string>
 #include <utility>
 
 namespace {
 
 constexpr const char* names[] = {
-    "open",    "close",   "read",   "write",  "fsync",  "fopen",  "fdopen",  "fread",
-    "fwrite",  "fclose",  "rename", "unlink", "mkdir",  "rmdir",  "mkstemp", "tempnam",
-    "opendir", "readdir", "stat",   "lstat",  "access", "getcwd", "chdir",   "statvfs",
+    "open",   "openat", "close",    "read",    "write",   "fsync",     "fopen",
+    "fdopen", "fread",  "fwrite",   "fclose",  "rename",  "unlink",    "unlinkat",
+    "mkdir",  "rmdir",  "mkostemp", "tempnam", "opendir", "fdopendir", "readdir",
+    "stat",   "lstat",  "fstat",    "access",  "getcwd",  "chdir",     "statvfs",
 };
 static_assert(std::size(names) == SystemFaults::callCount);
 
@@ -57,6 +59,18 @@ Result answer(SystemFaults::Call call, Result failure, Arguments... arguments) {
     return genuine<Result>(call, arguments...);
 }
 
+/// Passes on a descriptor that a call returned.
+int opened(SystemFaults::Call call, int fd) {
+    SystemFaults::noteOpened(call, fd);
+    return fd;
+}
+
+std::FILE* opened(SystemFaults::Call call, std::FILE* file) {
+    if (file)
+        SystemFaults::noteOpened(call, fileno(file));
+    return file;
+}
+
 /// Fails, for a call that has done its work and cannot be made again.
 template<class Result>
 Result failAfterwards(int error, Result failure) {
@@ -75,6 +89,11 @@ SystemFaults::SystemFaults(Call call, std::vector<Answer> answers)
     active = this;
 }
 
+SystemFaults::SystemFaults(std::vector<std::size_t> places, int error)
+    : places_(std::move(places)), error_(error) {
+    active = this;
+}
+
 SystemFaults::~SystemFaults() {
     active = nullptr;
 }
@@ -87,11 +106,25 @@ void SystemFaults::killAt(std::size_t n, int report) {
 SystemFaults::Answer SystemFaults::next(Call call) {
     countToDeath(call);
     Answer answer;
-    if (active && active->call_ == call && active->calls_++ < active->answers_.size())
+    if (active && active->call_ == callCount) {
+        ++active->calls_;
+        if (active->failsByPlace())
+            answer.error = active->error_;
+    } else if (active && active->call_ == call && active->calls_++ < active->answers_.size()) {
         answer = active->answers_[active->calls_ - 1];
+    }
     if (answer.error)
         errno = answer.error;
     return answer;
+}
+
+bool SystemFaults::failsByPlace() const {
+    return std::find(places_.begin(), places_.end(), calls_) != places_.end();
+}
+
+void SystemFaults::noteOpened(Call call, int fd) {
+    if (active && fd >= 0 && !(fcntl(fd, F_GETFD) & FD_CLOEXEC))
+        active->inherited_ += std::string(names[call]) + " ";
 }
 
 extern "C" {
@@ -103,7 +136,19 @@ int open(const char* path, int flags, ...) {
     va_end(arguments);
     if (SystemFaults::next(SystemFaults::onOpen).error)
         return -1;
-    return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+    return opened(SystemFaults::onOpen,
+                  static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode)));
+}
+
+int openat(int folder, const char* path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = flags & O_CREAT ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    if (SystemFaults::next(SystemFaults::onOpenat).error)
+        return -1;
+    return opened(SystemFaults::onOpenat,
+                  static_cast<int>(syscall(SYS_openat, folder, path, flags, mode)));
 }
 
 int close(int fd) {
@@ -133,7 +178,7 @@ int fsync(int fd) {
 }
 
 FILE* fopen(const char* path, const char* mode) {
-    return answer<FILE*>(SystemFaults::onFopen, nullptr, path, mode);
+    return opened(SystemFaults::onFopen, answer<FILE*>(SystemFaults::onFopen, nullptr, path, mode));
 }
 
 FILE* fdopen(int fd, const char* mode) noexcept {
@@ -170,6 +215,10 @@ int unlink(const char* path) noexcept {
     return answer(SystemFaults::onUnlink, -1, path);
 }
 
+int unlinkat(int folder, const char* path, int flags) noexcept {
+    return answer(SystemFaults::onUnlinkat, -1, folder, path, flags);
+}
+
 int mkdir(const char* path, mode_t mode) noexcept {
     return answer(SystemFaults::onMkdir, -1, path, mode);
 }
@@ -178,8 +227,8 @@ int rmdir(const char* path) noexcept {
     return answer(SystemFaults::onRmdir, -1, path);
 }
 
-int mkstemp(char* name) {
-    return answer(SystemFaults::onMkstemp, -1, name);
+int mkostemp(char* name, int flags) {
+    return opened(SystemFaults::onMkostemp, answer(SystemFaults::onMkostemp, -1, name, flags));
 }
 
 char* tempnam(const char* folder, const char* prefix) noexcept {
@@ -188,6 +237,10 @@ char* tempnam(const char* folder, const char* prefix) noexcept {
 
 DIR* opendir(const char* path) {
     return answer<DIR*>(SystemFaults::onOpendir, nullptr, path);
+}
+
+DIR* fdopendir(int fd) {
+    return answer<DIR*>(SystemFaults::onFdopendir, nullptr, fd);
 }
 
 dirent* readdir(DIR* folder) {
@@ -200,6 +253,10 @@ int stat(const char* path, struct stat* status) noexcept {
 
 int lstat(const char* path, struct stat* status) noexcept {
     return answer(SystemFaults::onLstat, -1, path, status);
+}
+
+int fstat(int fd, struct stat* status) noexcept {
+    return answer(SystemFaults::onFstat, -1, fd, status);
 }
 
 int access(const char* path, int mode) noexcept {

@@ -15,12 +15,14 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <vector>
 
 class SystemFaults {
 public:
     enum Call {
         onOpen,
+        onOpenat,
         onClose,
         onRead,
         onWrite,
@@ -32,14 +34,17 @@ public:
         onFclose,
         onRename,
         onUnlink,
+        onUnlinkat,
         onMkdir,
         onRmdir,
-        onMkstemp,
+        onMkostemp,
         onTempnam,
         onOpendir,
+        onFdopendir,
         onReaddir,
         onStat,
         onLstat,
+        onFstat,
         onAccess,
         onGetcwd,
         onChdir,
@@ -62,12 +67,23 @@ public:
 
     /// From now on each `call` takes the next answer; after the last one the system answers.
     SystemFaults(Call call, std::vector<Answer> answers);
+
+    /// From now on calls of every name are counted together, from 1, and those at `places` fail
+    /// with `error`.
+    SystemFaults(std::vector<std::size_t> places, int error);
+
     SystemFaults(const SystemFaults&) = delete;
     SystemFaults& operator=(const SystemFaults&) = delete;
     ~SystemFaults();
 
     /// How many calls were made.
     std::size_t calls() const { return calls_; }
+
+    /// The names of the calls that returned a descriptor which a child process would inherit.
+    const std::string& inherited() const { return inherited_; }
+
+    /// Called with each descriptor that a call returned.
+    static void noteOpened(Call call, int fd);
 
     /// From now on counts calls of every name, and kills the process instead of making the `n`-th
     /// (1 is the next), whose name it writes to the descriptor `report` first.
@@ -77,7 +93,13 @@ public:
     static Answer next(Call call);
 
 private:
-    Call call_;
+    /// Whether the call that was just counted fails, where calls are counted together.
+    bool failsByPlace() const;
+
+    Call call_ = callCount; ///< callCount: all calls are counted together
     std::vector<Answer> answers_;
+    std::vector<std::size_t> places_;
+    int error_ = 0;
     std::size_t calls_ = 0;
+    std::string inherited_;
 };

@@ -15,6 +15,14 @@
 
 class TempFolder {
 public:
+    /// Where folders lie in memory, if the system has such a place: for tests with many files, or
+    /// that would wait long for a disk.
+    static std::filesystem::path memory() {
+        const char* place = "/dev/shm";
+        return std::filesystem::is_directory(place) ? place
+                                                    : std::filesystem::temp_directory_path();
+    }
+
     explicit TempFolder(
         const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
         std::string name = parent / "zeBase-XXXXXX";

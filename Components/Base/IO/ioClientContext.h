@@ -4,8 +4,10 @@
 /// What client code holds while it reads and writes packets: thin handles through which it reaches
 /// the values of a context, and which it extends with state of its own.
 ///
-/// A handle does not own its context, which must outlive it, and costs nothing: each operation
-/// forwards to the context's operation of that name, where it is described.
+/// A handle does not own its context, which must outlive it. Each operation forwards to the
+/// context's operation of that name, where it is described.
+///
+/// Threads: a handle belongs to the thread of its context.
 ///
 /// @code
 /// #include "Base/IO/ioPacketFile.h"
@@ -33,7 +35,9 @@
 /// back by a static_cast.
 class ZEBASE_API ioClientReadContext {
 public:
+    /// The context must outlive the handle.
     explicit ioClientReadContext(ioReadContext* context) : context_(context) {}
+    /// Leaves the context alone.
     virtual ~ioClientReadContext();
 
     /// Called before each packet's read(). The base does nothing.
@@ -50,17 +54,28 @@ public:
         return context_->getStatus();
     }
 
-    /// Gives up the file, or the current packet.
+    /// @name Giving up
+    /// @{
+
+    /// As ioReadContext has it: gives up the file, or the current packet.
     void halt() { context_->halt(); }
     void invalidPacket() { context_->invalidPacket(); }
+    /// @}
 
-    /// The structure within a packet, as ioReadContext has it.
+    /// @name Chunks and sub-packets
+    /// @{
+
+    /// As ioReadContext has it.
     bool nextChunk() { return context_->nextChunk(); }
     bool isValidChunk() { return context_->isValidChunk(); }
     void startSubPacket() { context_->startSubPacket(); }
     void endSubPacket() { context_->endSubPacket(); }
+    /// @}
 
-    /// The references, as ioReadContext has them.
+    /// @name References
+    /// @{
+
+    /// As ioReadContext has it.
     int getPacketReference() const { return context_->getPacketReference(); }
     void definePacketReference(void* pointer) { context_->definePacketReference(pointer); }
     void* readReferenceUsage() { return context_->readReferenceUsage(); }
@@ -86,8 +101,12 @@ public:
     void useReference(void* pointer) { context_->useReference(pointer); }
     void undefineReference(void* pointer) { context_->undefineReference(pointer); }
     void undefineReference(int reference) { context_->undefineReference(reference); }
+    /// @}
 
-    /// The typed values, as ioReadContext has them.
+    /// @name Single values
+    /// @{
+
+    /// The next value, as ioReadContext reads it.
     bool readBool() { return context_->readBool(); }
     unsigned char readChar() { return context_->readChar(); }
     unsigned char readUChar() { return context_->readUChar(); }
@@ -100,8 +119,12 @@ public:
     float readFloat() { return context_->readFloat(); }
     double readDouble() { return context_->readDouble(); }
     const char* readCString() { return context_->readCString(); }
+    /// @}
 
-    /// The arrays: `count` values, as ioReadContext has them.
+    /// @name Arrays
+    /// @{
+
+    /// Reads `count` values, as ioReadContext does.
     void readBoolArray(bool* values, int count) { context_->readBoolArray(values, count); }
     void readCharArray(char* values, int count) { context_->readCharArray(values, count); }
     void readUCharArray(unsigned char* values, int count) {
@@ -121,6 +144,7 @@ public:
     }
     void readFloatArray(float* values, int count) { context_->readFloatArray(values, count); }
     void readDoubleArray(double* values, int count) { context_->readDoubleArray(values, count); }
+    /// @}
 
     /// The byte that writeRawByte() wrote.
     signed char readRawByte() { return context_->readRawByte(); }
@@ -132,12 +156,16 @@ private:
 /// The counterpart for writing: what a program's save functions may be given.
 class ioClientWriteContext {
 public:
+    /// The context must outlive the handle.
     explicit ioClientWriteContext(ioWriteContext* context) : context_(context) {}
 
     /// The context behind this handle.
     ioWriteContext& getContext() const { return *context_; }
 
-    /// Packets, as ioWriteContext has them.
+    /// @name Packets
+    /// @{
+
+    /// As ioWriteContext has it.
     void startPacket(const ioPacketType* type, const void* reference) {
         context_->startPacket(type, reference);
     }
@@ -147,22 +175,34 @@ public:
     void endPacket() { context_->endPacket(); }
     void invalidPacket() { context_->invalidPacket(); }
     void writeCStringPacket(const char* text) { context_->writeCStringPacket(text); }
+    /// @}
 
-    /// The structure within a packet, as ioWriteContext has it.
+    /// @name Chunks and sub-packets
+    /// @{
+
+    /// As ioWriteContext has it.
     void startChunk() { context_->startChunk(); }
     void endChunk() { context_->endChunk(); }
     void startSubPacket() { context_->startSubPacket(); }
     void endSubPacket() { context_->endSubPacket(); }
+    /// @}
 
-    /// The references, as ioWriteContext has them.
+    /// @name References
+    /// @{
+
+    /// As ioWriteContext has it.
     void writeReference(const void* pointer, bool define) {
         context_->writeReference(pointer, define);
     }
     void writeReference(int reference, bool define) { context_->writeReference(reference, define); }
     void undefineReference(void* pointer) { context_->undefineReference(pointer); }
     void undefineReference(int reference) { context_->undefineReference(reference); }
+    /// @}
 
-    /// The typed values, as ioWriteContext has them.
+    /// @name Single values
+    /// @{
+
+    /// Writes one value, as ioWriteContext does.
     void writeBool(bool value) { context_->writeBool(value); }
     void writeChar(char value) { context_->writeChar(value); }
     void writeUChar(unsigned char value) { context_->writeUChar(value); }
@@ -175,8 +215,12 @@ public:
     void writeFloat(float value) { context_->writeFloat(value); }
     void writeDouble(double value) { context_->writeDouble(value); }
     void writeCString(const char* text) { context_->writeCString(text); }
+    /// @}
 
-    /// The arrays: `count` values, as ioWriteContext has them.
+    /// @name Arrays
+    /// @{
+
+    /// Writes `count` values, as ioWriteContext does.
     void writeBoolArray(const bool* values, int count) { context_->writeBoolArray(values, count); }
     void writeCharArray(const char* values, int count) { context_->writeCharArray(values, count); }
     void writeUCharArray(const unsigned char* values, int count) {
@@ -204,6 +248,7 @@ public:
     void writeDoubleArray(const double* values, int count) {
         context_->writeDoubleArray(values, count);
     }
+    /// @}
 
     /// One byte of text, as ioWriteContext has it.
     void writeRawByte(signed char byte) { context_->writeRawByte(byte); }

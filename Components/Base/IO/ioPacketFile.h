@@ -10,11 +10,13 @@
 /// file and pointers again on reading (ioReferenceMap). The same code serves every format; the
 /// reader finds out from the header which one it has, and swaps bytes where it must.
 ///
-/// This header brings the whole family. Nothing in it throws; failures are in the status of the
-/// context. A context, and what is associated with it, belongs to one thread at a time.
+/// This header brings the whole family. Failures are in the status of the context.
+///
+/// Threads: a context, and what is associated with it, belongs to one thread at a time.
 ///
 /// @code
 /// #include <cstdio>
+/// #include <memory>
 /// #include "Base/Strings/zeStringIString.h"
 /// const zeString::IString path(L"example.zp");
 ///
@@ -40,6 +42,7 @@
 /// }));
 /// ioBufferedStreamInput input;
 /// input.openFile(path);
+/// assert(ioPacketFileCheck(input) == ioOK && input.seek(0)); // a reader waits on a cut file
 /// std::unique_ptr<ioReadContext> reader(ioReadContextAlloc(input, &known));
 /// assert(reader != nullptr); // null: not a packet file, or of an unknown format
 /// ioClientReadContext client(reader.get());
@@ -58,6 +61,7 @@
 #include "Base/IO/ioPacketFileAscii.h"
 #include "Base/IO/ioPacketFileBinary.h"
 #include "Base/IO/ioPacketFileBuffer.h"
+#include "Base/IO/ioPacketFileCheck.h"
 #include "Base/IO/ioPacketFileDebug.h"
 #include "Base/IO/ioPacketFileError.h"
 #include "Base/IO/ioPacketRegistry.h"
@@ -73,11 +77,17 @@ ZEBASE_API ioWriteContext* ioWriteContextAlloc(ioBufferedStreamOutput& stream, i
                                                ioPacketRegistry* registry);
 
 /// Reads the header of the file in `stream` and makes the context that it asks for; null if it is
-/// not valid, or of a method that is not offered. Ownership as above.
+/// not valid, or of a method that is not offered. Ownership as in ioWriteContextAlloc().
+///
+/// On a file that is cut off within its header this call waits for ever, and so does readFile() on
+/// a text file that lacks its last packet: check files from outside with ioPacketFileCheck() first.
 ZEBASE_API ioReadContext* ioReadContextAlloc(ioBufferedStreamInput& stream,
                                              ioPacketRegistry* registry);
 
-/// One of these for each variant, for a stream whose format is known. The caller owns the context.
+/// @name One function for each variant
+/// @{
+
+/// Makes the context of one variant, for a stream whose format is known. The caller owns it.
 ZEBASE_API ioWriteContext* ioPacketFileWriteAscii(ioBufferedStreamOutput& stream);
 ZEBASE_API ioWriteContext* ioPacketFileWriteBinary(ioBufferedStreamOutput& stream);
 ZEBASE_API ioWriteContext* ioPacketFileWriteAsciiDebug(ioBufferedStreamOutput& stream);
@@ -88,3 +98,4 @@ ZEBASE_API ioReadContext* ioPacketFileReadBinarySwapped(ioBufferedStreamInput& s
 ZEBASE_API ioReadContext* ioPacketFileReadAsciiDebug(ioBufferedStreamInput& stream);
 ZEBASE_API ioReadContext* ioPacketFileReadBinaryDebugSameEndian(ioBufferedStreamInput& stream);
 ZEBASE_API ioReadContext* ioPacketFileReadBinaryDebugSwapped(ioBufferedStreamInput& stream);
+/// @}

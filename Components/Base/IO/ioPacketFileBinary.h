@@ -12,9 +12,11 @@
 ///
 /// A packet's length counts its body, that of a chunk or sub-packet itself and the elements: 4 is
 /// an empty one. There is a reference where hasReference is 1; packets with another value than 0
-/// and 1 are passed over. A bool is a byte of 0 or 1, numbers are their bytes in memory, a string
+/// and 1 are skipped. A bool is a byte of 0 or 1, numbers are their bytes in memory, a string
 /// its bytes and a 0, an array its elements without a count, a reference a uint32. The last packet
 /// is of the end-of-file type: its id, 0, 0.
+///
+/// Threads: buffers and contexts belong to one thread at a time.
 ///
 /// @code
 /// #include "Base/IO/ioPacketFile.h"
@@ -28,12 +30,8 @@
 
 #pragma once
 
-#include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <cstring>
-#include <deque>
-#include <memory>
 
 #include "Base/IO/ioPacketFileBuffer.h"
 #include "Base/IO/ioReadContext.h"
@@ -50,13 +48,14 @@ class ZEBASE_API ioPacketFileBinaryBuffer : public ioPacketFileBuffer {
 public:
     /// The state of a packet, or of one open sub-packet in it.
     struct ioSubPacket {
-        int subPacketLengthPosition = 0; ///< writer: where the length of the open sub-packet lies
-        int chunkLengthPosition = 0;     ///< writer: where the length of the open chunk lies
-        int end = 0;                     ///< reader: where this packet or sub-packet ends
-        int chunkEnd = 0;                ///< reader: where the open chunk ends
-        bool validChunk = false;         ///< reader: the open chunk exists and is not empty
+        int subPacketLengthPosition = 0; ///< Writer: where the length of the open sub-packet lies.
+        int chunkLengthPosition = 0;     ///< Writer: where the length of the open chunk lies.
+        int end = 0;                     ///< Reader: where this packet or sub-packet ends.
+        int chunkEnd = 0;                ///< Reader: where the open chunk ends.
+        bool validChunk = false;         ///< Reader: the open chunk exists and is not empty.
     };
 
+    /// An empty packet.
     ioPacketFileBinaryBuffer();
     ~ioPacketFileBinaryBuffer() override;
 
@@ -74,20 +73,28 @@ public:
     void readSubPacketStart(ioReadContext* context) override;
     void readSubPacketEnd(ioReadContext* context) override;
 
+    /// The bytes of the packet that was read, with its head, while no sub-packet is open in it.
+    std::int64_t packetSize() const;
+
     /// The cursor: a position in the packet.
     int tellPos() const { return position_; }
-    /// A writer must stay within what it has written.
+    /// Moves the cursor. A writer must stay within what it has written.
     void seekPos(int position) { position_ = position; }
 
+    /// @{
     /// Writes so many bytes as they are.
     void write1Byte(char byte) { put<std::uint8_t>(&byte); }
     void write2Bytes(const char* bytes) { put<std::uint16_t>(bytes); }
     void write4Bytes(const char* bytes) { put<std::uint32_t>(bytes); }
     void write8Bytes(const char* bytes) { put<std::uint64_t>(bytes); }
-    /// A size of 0 or less writes nothing.
+    /// @}
+    /// @{
+    /// Writes `size` bytes; a size of 0 or less writes nothing.
     void writeBuffer(const char* bytes, int size);
     void writeBuffer(const char* bytes, unsigned long size);
+    /// @}
 
+    /// @{
     /// Reads so many bytes as they are; zeros outside the array.
     char read1Byte() {
         char byte;
@@ -97,19 +104,24 @@ public:
     void read2Bytes(char* bytes) { get<2>(bytes); }
     void read4Bytes(char* bytes) { get<4>(bytes); }
     void read8Bytes(char* bytes) { get<8>(bytes); }
-    /// The same in reverse order.
+    /// @}
+    /// @{
+    /// Reads so many bytes in reverse order.
     void read2BytesSwapped(char* bytes) { getSwapped<std::uint16_t>(bytes); }
     void read4BytesSwapped(char* bytes) { getSwapped<std::uint32_t>(bytes); }
     void read8BytesSwapped(char* bytes) { getSwapped<std::uint64_t>(bytes); }
+    /// @}
     /// The next `size` bytes where they lie, valid until the packet's end; null if they do not lie
     /// within the array. The cursor moves past them either way.
     const char* readBuffer(int size);
     /// Copies the next `size` bytes, with zeros for those outside the array.
     void readBuffer(char* bytes, unsigned long size);
 
-    /// Four bytes straight from the stream; zeros from its end on.
+    /// @{
+    /// Reads four bytes straight from the stream; zeros from its end on.
     void read4BytesStream(ioBufferedStreamInput& stream, char* bytes);
     void read4BytesStreamSwapped(ioBufferedStreamInput& stream, char* bytes);
+    /// @}
 
     /// The terminated text at the cursor, which moves past its terminator.
     const char* readText();
@@ -125,15 +137,15 @@ private:
         std::memcpy(&word, bytes, sizeof word);
         if (capacity_ - position_ <= static_cast<int>(sizeof word)) [[unlikely]]
             return putGrowing(word, sizeof word);
-        std::memcpy(data_.get() + position_, &word, sizeof word);
+        std::memcpy(data_ + position_, &word, sizeof word);
         position_ += static_cast<int>(sizeof word);
     }
     template<int N>
     void get(char* bytes) {
         static_assert(N <= slack);
         const auto at = static_cast<unsigned int>(position_);
-        const auto source = std::min(at, static_cast<unsigned int>(capacity_));
-        std::memcpy(bytes, data_.get() + source, N);
+        const auto end = static_cast<unsigned int>(capacity_);
+        std::memcpy(bytes, data_ + (at < end ? at : end), N);
         position_ = static_cast<int>(at + N);
     }
     template<class Word>
@@ -144,31 +156,28 @@ private:
             bytes[i] = stored[sizeof(Word) - 1 - i];
     }
 
-    struct Release {
-        void operator()(char* block) const;
-    };
-    using Block = std::unique_ptr<char, Release>;
+    struct Frames;
 
-    static Block allocate(int capacity);
-    bool resize(int size);
-    bool makeRoom(unsigned long size);
+    ZEBASE_HIDDEN bool resize(int size);
+    ZEBASE_HIDDEN bool makeRoom(unsigned long size);
     void putGrowing(std::uint64_t word, unsigned long size);
-    bool readBody(ioBufferedStreamInput& stream, int length);
-    void writeHeadField(int position, int value);
-    void startMeasured(ioWriteContext* context, char marker, int& lengthPosition);
-    void endMeasured(ioWriteContext* context, int lengthPosition);
-    int readMeasured(ioReadContext* context);
-    void popFrame();
+    ZEBASE_HIDDEN bool readBody(ioBufferedStreamInput& stream, int length);
+    ZEBASE_HIDDEN void writeHeadField(int position, int value);
+    ZEBASE_HIDDEN void startMeasured(ioWriteContext* context, char marker, int& lengthPosition);
+    ZEBASE_HIDDEN void endMeasured(ioWriteContext* context, int lengthPosition);
+    ZEBASE_HIDDEN int readMeasured(ioReadContext* context);
+    ZEBASE_HIDDEN void popFrame();
 
-    Block data_;
+    char* data_; // owned, from calloc
     int capacity_;
     int position_ = 0;
-    std::deque<ioSubPacket> frames_; // never empty while a packet is open
+    Frames* frames_; // owned; never empty while a packet is open
 };
 
 /// Writes files in the binary format.
 class ZEBASE_API ioWriteContextBinary : public ioWriteContext {
 public:
+    /// The stream stays the caller's.
     explicit ioWriteContextBinary(ioBufferedStreamOutput& stream);
     ~ioWriteContextBinary() override;
 
@@ -209,6 +218,7 @@ private:
 /// Reads files in the binary format: what does not depend on the byte order.
 class ZEBASE_API ioReadContextBinary : public ioReadContext {
 public:
+    /// The stream stays the caller's; `method` is the one that the header asked for.
     ioReadContextBinary(ioReadMethod method, ioBufferedStreamInput& stream);
     ~ioReadContextBinary() override;
 
@@ -236,12 +246,14 @@ private:
     ioPacketFileBinaryBuffer* buffer_ = nullptr;
 };
 
-/// Reads binary files of this machine's byte order.
-class ZEBASE_API ioReadContextBinarySameEndian : public ioReadContextBinary {
+/// @cond
+/// What depends on the byte order: `Swapped` says whether it is the other one than this machine's.
+template<bool Swapped>
+class ioReadContextBinaryOrdered : public ioReadContextBinary {
 public:
-    explicit ioReadContextBinarySameEndian(ioBufferedStreamInput& stream,
-                                           ioReadMethod method = ioReadBinarySameEndian);
-    ~ioReadContextBinarySameEndian() override;
+    /// `method` goes to the base.
+    ioReadContextBinaryOrdered(ioReadMethod method, ioBufferedStreamInput& stream);
+    ~ioReadContextBinaryOrdered() override;
 
     short readShort() override;
     unsigned short readUShort() override;
@@ -262,28 +274,24 @@ public:
     int readUnbufferedInt(ioBufferedStreamInput& stream) override;
 };
 
-/// Reads binary files of the other byte order.
-class ZEBASE_API ioReadContextBinarySwapped : public ioReadContextBinary {
+extern template class ZEBASE_API ioReadContextBinaryOrdered<false>;
+extern template class ZEBASE_API ioReadContextBinaryOrdered<true>;
+/// @endcond
+
+/// Reads binary files of this machine's byte order.
+class ZEBASE_API ioReadContextBinarySameEndian : public ioReadContextBinaryOrdered<false> {
 public:
+    /// The stream stays the caller's. Debug contexts give a method of their own.
+    explicit ioReadContextBinarySameEndian(ioBufferedStreamInput& stream,
+                                           ioReadMethod method = ioReadBinarySameEndian);
+    ~ioReadContextBinarySameEndian() override;
+};
+
+/// Reads binary files of the other byte order.
+class ZEBASE_API ioReadContextBinarySwapped : public ioReadContextBinaryOrdered<true> {
+public:
+    /// The stream stays the caller's. Debug contexts give a method of their own.
     explicit ioReadContextBinarySwapped(ioBufferedStreamInput& stream,
                                         ioReadMethod method = ioReadBinarySwapped);
     ~ioReadContextBinarySwapped() override;
-
-    short readShort() override;
-    unsigned short readUShort() override;
-    int readInt() override;
-    unsigned int readUInt() override;
-    std::int64_t readInt64() override;
-    std::uint64_t readUInt64() override;
-    float readFloat() override;
-    double readDouble() override;
-    void readShortArray(short* values, int count) override;
-    void readUShortArray(unsigned short* values, int count) override;
-    void readIntArray(int* values, int count) override;
-    void readUIntArray(unsigned int* values, int count) override;
-    void readInt64Array(std::int64_t* values, int count) override;
-    void readUInt64Array(std::uint64_t* values, int count) override;
-    void readFloatArray(float* values, int count) override;
-    void readDoubleArray(double* values, int count) override;
-    int readUnbufferedInt(ioBufferedStreamInput& stream) override;
 };

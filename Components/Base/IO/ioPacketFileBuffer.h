@@ -5,7 +5,9 @@
 ///
 /// A context has one buffer for each packet that is open and reuses it from one packet to the next.
 /// Programs that save and load objects never meet a buffer: it is the seam at which a format is
-/// realised. It belongs to its context.
+/// realised.
+///
+/// Threads: a buffer belongs to its context, and with it to one thread at a time.
 ///
 /// @code
 /// #include "Base/IO/ioPacketFileBinary.h"
@@ -17,8 +19,6 @@
 /// @endcode
 
 #pragma once
-
-#include <memory>
 
 #include "Base/zeBaseExport.h"
 
@@ -34,30 +34,40 @@ class ioWriteContext;
 /// that a context may add to each value.
 class ZEBASE_API ioPacketFileBuffer {
 public:
+    /// A valid packet without a type, at its own level.
     ioPacketFileBuffer();
-    ioPacketFileBuffer(const ioPacketFileBuffer&) = delete; // a part of its context
+    /// Not copied: it is a part of its context.
+    ioPacketFileBuffer(const ioPacketFileBuffer&) = delete;
     ioPacketFileBuffer& operator=(const ioPacketFileBuffer&) = delete;
+    /// Contexts delete their buffers.
     virtual ~ioPacketFileBuffer();
 
-    /// `hasReference` is 0, or 1 where the body begins with the packet's reference.
+    /// Starts a packet. `hasReference` is 0, or 1 where the body begins with the packet's
+    /// reference.
     virtual void writePacketStart(ioWriteContext* context, int hasReference,
                                   ioPacketType* type) = 0;
     /// Completes the packet and, if it is still valid, writes it to the stream in one piece.
     virtual void writePacketEnd(ioWriteContext* context, ioBufferedStreamOutput& stream) = 0;
+    /// @{
+    /// Writes what begins or ends a chunk or a sub-packet.
     virtual void writeChunkStart(ioWriteContext* context) = 0;
     virtual void writeChunkEnd(ioWriteContext* context) = 0;
     virtual void writeSubPacketStart(ioWriteContext* context) = 0;
     virtual void writeSubPacketEnd(ioWriteContext* context) = 0;
+    /// @}
 
     /// Reads a whole packet from the stream, sets its type and returns its hasReference value. The
     /// type stays null where the packet cannot be understood.
     virtual int readPacketStart(ioReadContext* context, ioBufferedStreamInput& stream) = 0;
+    /// Leaves the packet, wherever in it the reader stands.
     virtual void readPacketEnd(ioReadContext* context) = 0;
+    /// Enters the next chunk of this level, if there is one.
     virtual void readChunkStart(ioReadContext* context) = 0;
     /// Whether readChunkStart() met a chunk that is not empty.
     virtual bool isValidChunk() = 0;
     /// Skips what is left of the chunk.
     virtual void readChunkEnd(ioReadContext* context) = 0;
+    /// Enters the next sub-packet.
     virtual void readSubPacketStart(ioReadContext* context) = 0;
     /// Skips what is left of the sub-packet.
     virtual void readSubPacketEnd(ioReadContext* context) = 0;
@@ -72,10 +82,12 @@ public:
 
     /// The packet's type; null before it is known.
     ioPacketType* getType() const { return type_; }
+    /// The type is not owned.
     void setType(ioPacketType* type) { type_ = type; }
 
     /// An invalid packet is not written, and need not define its reference on reading.
     bool isValid() const { return valid_; }
+    /// Marks the packet invalid until the next reset().
     void setInvalid() { valid_ = false; }
 
     /// Sub-packets open now; 0 at the packet's own level.
@@ -86,11 +98,12 @@ public:
     void popSubPacket();
 
     /// Whether a chunk was started at this level and not yet ended.
-    bool isChunkOpen() const { return chunkFlags_.get()[level_] != 0; }
-    void setChunkOpen(bool open) { chunkFlags_.get()[level_] = open; }
+    bool isChunkOpen() const { return chunkFlags_[level_] != 0; }
+    /// Notes it for this level.
+    void setChunkOpen(bool open) { chunkFlags_[level_] = open; }
 
 private:
-    std::unique_ptr<char[]> chunkFlags_;
+    char* chunkFlags_; // owned: for each level, whether a chunk is open
     int capacity_;
     int level_ = 0;
     bool valid_ = true;

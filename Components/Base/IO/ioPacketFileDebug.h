@@ -7,10 +7,10 @@
 /// nonsense and says nothing. In a debug file a tag stands before each value, one byte that names
 /// its type, and the reader stops at the first that is not what it asks for. The same client code
 /// runs unchanged: write a file by `ioWriteBinaryDebug` or `ioWriteAsciiDebug`, and read it again.
-/// It is an aid of development, and never the default: a file is larger by a byte for each value,
-/// and reading slower by a check.
+/// It is an aid for development, never the default: a file is larger by a byte for each value, and
+/// reading costs a check for each.
 ///
-/// A mismatch ends the process: ioPacketFileError() tells what came and what was expected, by name
+/// A mismatch ends the process: ioPacketFileError() prints what came and what was expected, by name
 /// and tag, and then follows ioContext::fatalError(). A damaged file is such a mismatch: whoever
 /// reads debug files that others made sets the hooks of ioPacketFileError.h.
 ///
@@ -18,17 +18,20 @@
 ///        got: Short (68)
 ///        expected: Int (69)
 ///
-/// What the operations of a format make of one another carries each its tags, on both sides: a
-/// reference is a Reference and the UInt that it is written as; the length of a chunk or sub-packet
-/// in a binary file is an Int, and counts from its tag (5 is an empty one); an array has one tag,
-/// and where the format writes it element by element (in binary those of bool, in text all) one
-/// more for each element. An array without elements is its tag alone, and a chunk that holds it is
-/// not empty. Bytes of writeRawByte() and the start of a packet have none. Text has the tag
-/// directly before the value, with no blank.
+/// Where an operation of a format calls another one, each writes its tag, and a reader expects
+/// both: a reference is a Reference and the UInt that it is written as; the length of a chunk or
+/// sub-packet in a binary file is an Int, and counts from its tag (5 is an empty one); an array has
+/// one tag, and where the format writes it element by element (in binary those of bool, in text
+/// all) one more for each element. An array without elements is its tag alone, and a chunk that
+/// holds it is not empty. Bytes of writeRawByte() and the start of a packet have none. Text has the
+/// tag directly before the value, with no blank.
+///
+/// Threads: contexts belong to one thread at a time.
 ///
 /// @code
 /// #include <cstdio>
 /// #include <fstream>
+/// #include <memory>
 /// #include <string>
 /// #include "Base/IO/ioPacketFile.h"
 /// #include "Base/Strings/zeStringIString.h"
@@ -66,30 +69,30 @@
 
 /// The tags. A value from a file may be any byte.
 enum ioDebugType : signed char {
-    ioDebugTypeBool = 'b',
-    ioDebugTypeChar = 'c',
-    ioDebugTypeUChar = 'C',
-    ioDebugTypeShort = 'h',
-    ioDebugTypeUShort = 'H',
-    ioDebugTypeInt = 'i',
-    ioDebugTypeUInt = 'I',
-    ioDebugTypeInt64 = 'l',
-    ioDebugTypeUInt64 = 'L',
-    ioDebugTypeFloat = 'f',
-    ioDebugTypeDouble = 'd',
-    ioDebugTypeCString = 's',
-    ioDebugTypeBoolArray = 'B',
-    ioDebugTypeCharArray = '1',
-    ioDebugTypeUCharArray = '2',
-    ioDebugTypeShortArray = '3',
-    ioDebugTypeUShortArray = '4',
-    ioDebugTypeIntArray = '5',
-    ioDebugTypeUIntArray = '6',
-    ioDebugTypeInt64Array = '7',
-    ioDebugTypeUInt64Array = '8',
-    ioDebugTypeFloatArray = '9',
-    ioDebugTypeDoubleArray = '0',
-    ioDebugTypeReference = 'r'
+    ioDebugTypeBool = 'b',        ///< Of a Bool.
+    ioDebugTypeChar = 'c',        ///< Of a Char.
+    ioDebugTypeUChar = 'C',       ///< Of a UChar.
+    ioDebugTypeShort = 'h',       ///< Of a Short.
+    ioDebugTypeUShort = 'H',      ///< Of a UShort.
+    ioDebugTypeInt = 'i',         ///< Of an Int.
+    ioDebugTypeUInt = 'I',        ///< Of a UInt.
+    ioDebugTypeInt64 = 'l',       ///< Of an Int64.
+    ioDebugTypeUInt64 = 'L',      ///< Of a UInt64.
+    ioDebugTypeFloat = 'f',       ///< Of a Float.
+    ioDebugTypeDouble = 'd',      ///< Of a Double.
+    ioDebugTypeCString = 's',     ///< Of a CString.
+    ioDebugTypeBoolArray = 'B',   ///< Of an array of Bool.
+    ioDebugTypeCharArray = '1',   ///< Of an array of Char.
+    ioDebugTypeUCharArray = '2',  ///< Of an array of UChar.
+    ioDebugTypeShortArray = '3',  ///< Of an array of Short.
+    ioDebugTypeUShortArray = '4', ///< Of an array of UShort.
+    ioDebugTypeIntArray = '5',    ///< Of an array of Int.
+    ioDebugTypeUIntArray = '6',   ///< Of an array of UInt.
+    ioDebugTypeInt64Array = '7',  ///< Of an array of Int64.
+    ioDebugTypeUInt64Array = '8', ///< Of an array of UInt64.
+    ioDebugTypeFloatArray = '9',  ///< Of an array of Float.
+    ioDebugTypeDoubleArray = '0', ///< Of an array of Double.
+    ioDebugTypeReference = 'r'    ///< Of a Reference.
 };
 
 /// The name of a type, as "Int64Array"; "(invalid type)" for what is none.
@@ -100,10 +103,13 @@ ZEBASE_API const char* ioPacketFileDebugType(ioDebugType type);
 template<std::derived_from<ioWriteContext> Base, ioWriteMethod Method>
 class ioWriteContextDebug : public Base {
 public:
+    /// The stream stays the caller's.
     explicit ioWriteContextDebug(ioBufferedStreamOutput& stream) : Base(stream) {}
 
     using Base::writeReference;
-    /// The tag of the operation's name, and then what `Base` writes.
+
+    /// @{
+    /// Writes the tag of the operation's name, and then what `Base` writes.
     void writeReference(int reference, bool define) override {
         tag(ioDebugTypeReference);
         Base::writeReference(reference, define);
@@ -201,6 +207,8 @@ public:
         Base::writeDoubleArray(values, count);
     }
 
+    /// @}
+
     /// The header of `Method`.
     ioHeader getHeader() override { return ioHeader(Method); }
 
@@ -213,8 +221,10 @@ private:
 template<std::derived_from<ioReadContext> Base>
 class ioReadContextDebug : public Base {
 public:
+    /// The stream stays the caller's.
     explicit ioReadContextDebug(ioBufferedStreamInput& stream) : Base(stream, method()) {}
 
+    /// @{
     /// Expects the tag of the operation's name, and then reads what `Base` reads.
     int readReference() override {
         expect(ioDebugTypeReference);
@@ -312,6 +322,7 @@ public:
         expect(ioDebugTypeDoubleArray);
         Base::readDoubleArray(values, count);
     }
+    /// @}
 
 private:
     static constexpr ioReadMethod method() {

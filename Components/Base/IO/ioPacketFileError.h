@@ -3,12 +3,13 @@
 /// @file
 /// The two hooks through which packet files report what they cannot recover from.
 ///
-/// They are plain variables: set them at the start of the program, before a second thread reads or
-/// writes packet files. Everything else that fails is in the status of the context.
+/// Everything else that fails is in the status of the context.
 ///
-/// A program that must survive what is fatal, a debug file that somebody damaged, say, sets an
-/// abort hook that throws: the exception passes through readFile() to its caller, and the context
-/// is good for nothing but its destruction then.
+/// Threads: the hooks are plain variables, set before a second thread reads or writes packet files.
+///
+/// A program that must survive what is fatal, such as a damaged debug file, sets an abort hook that
+/// throws: the exception passes through readFile() to its caller, and all that the context can be
+/// used for afterwards is to be destroyed.
 ///
 /// @code
 /// #include <string>

@@ -6,7 +6,15 @@
 /// A registry for writing numbers its types in the order in which they come (`namesOnly` false). A
 /// registry for reading knows them by name alone (`namesOnly` true) until the list of types at the
 /// start of a file numbers them: ids mean nothing outside their file. The types of a registry die
-/// with it. A registry may serve one file after the other, and belongs to one thread at a time.
+/// with it.
+///
+/// A type keeps the id that it was given first. So a registry may serve one file after the other
+/// only while their lists are alike, and a registry for writing is complete before startFile().
+/// What could only be misread ends in the status of the context: a list that numbers types
+/// otherwise (isMisnumbered()) gives `ioBadFile` on reading, a name that stands under two ids
+/// (hasNameTwice()) and a type that readers would not know (isListed()) give `ioError` on writing.
+///
+/// Threads: a registry and its types belong to one thread at a time.
 ///
 /// @code
 /// ioSimplePacketRegistry registry(false);
@@ -18,8 +26,6 @@
 /// @endcode
 
 #pragma once
-
-#include <memory>
 
 #include "Base/IO/ioPacketType.h"
 #include "Base/Utility/zeRTBSignal.h"
@@ -35,8 +41,10 @@ class ZEBASE_API ioPacketRegistry {
 public:
     /// `namesOnly`: true for reading, false for writing.
     explicit ioPacketRegistry(bool namesOnly);
-    ioPacketRegistry(const ioPacketRegistry&) = delete; // it owns its types: fill a second one
+    /// Not copied, since it owns its types: fill a second one.
+    ioPacketRegistry(const ioPacketRegistry&) = delete;
     ioPacketRegistry& operator=(const ioPacketRegistry&) = delete;
+    /// Deletes the types.
     virtual ~ioPacketRegistry();
 
     /// Called once, by the first init(), behind the built-in types: passes each type that the
@@ -55,8 +63,8 @@ public:
     int numTypes() const;
 
     /// Registers the built-in types and then the program's own, the first time; the contexts call
-    /// it at the start of each file. A registry that numbers its types, and that nobody added to
-    /// before, gives the string type id 0 and the end-of-file type id 1.
+    /// it at the start of each file. A registry that numbers its types, and to which nothing was
+    /// added before, gives the string type id 0 and the end-of-file type id 1.
     void init();
 
     /// Writes the list of types in the order of their ids, one line each, and the line that ends
@@ -69,8 +77,22 @@ public:
     /// follow that of the line before.
     int readRegistry(ioBufferedStreamInput& stream);
 
+    /// Whether a type has kept another id than the list that was read last gives it (its line's
+    /// place, from 0): packets of that file could only be misread, and ioReadContext::readFile()
+    /// gives `ioBadFile`. Read each file of an order of its own with a registry of its own.
+    bool isMisnumbered() const;
+
+    /// Whether one name stands under two ids. No reader could tell them apart, so
+    /// ioWriteContext::startFile() gives `ioError` rather than list them.
+    bool hasNameTwice() const;
+
+    /// Whether readers of the list that was written last know `id`; of a file without a list, each
+    /// that is not negative. ioWriteContext::startPacket() gives `ioError` for a type whose id is
+    /// not listed: one that is known by name only, or was added after startFile().
+    bool isListed(int id) const;
+
 private:
-    std::unique_ptr<ioPacketRegistryImpl> impl_;
+    ioPacketRegistryImpl* impl_; // owned
     bool initialized_ = false;
     bool namesOnly_;
 };
@@ -79,6 +101,7 @@ private:
 /// that the types of independent modules can meet in one file.
 class ZEBASE_API ioSimplePacketRegistry : public ioPacketRegistry {
 public:
+    /// `namesOnly`: true for reading, false for writing.
     explicit ioSimplePacketRegistry(bool namesOnly);
     ~ioSimplePacketRegistry() override;
 

@@ -8,7 +8,7 @@
 /// on; on loading, the library calls the type's read() for each packet that it meets. Derive from
 /// ioPacketType, or name a function: ioReadPacketByFunction, ioSimplePacketType.
 ///
-/// A type belongs to one registry, and with it to one thread at a time.
+/// Threads: a type belongs to one registry, and with it to one thread at a time.
 ///
 /// @code
 /// struct MeshType : ioPacketType {
@@ -20,8 +20,6 @@
 /// @endcode
 
 #pragma once
-
-#include <memory>
 
 #include "Base/zeBaseExport.h"
 
@@ -35,8 +33,10 @@ public:
     /// Copies the name. Names longer than 80 bytes, or with white space in them, do not survive the
     /// list of types at the start of a file.
     explicit ioPacketType(const char* name);
-    ioPacketType(const ioPacketType&) = delete; // a registry owns its types: make a second one
+    /// Not copied, since a registry owns its types: make a second one.
+    ioPacketType(const ioPacketType&) = delete;
     ioPacketType& operator=(const ioPacketType&) = delete;
+    /// Types that a registry owns are deleted by it.
     virtual ~ioPacketType();
 
     /// Reads one packet of this type, from its first value to as far as this program knows it; what
@@ -44,18 +44,20 @@ public:
     /// read() must define it, or call invalidPacket(). The base marks the packet invalid.
     virtual void read(ioClientReadContext& client);
 
-    /// Told at the end of a file: `memory` was defined by a packet of this type and nothing
-    /// referred to it. The base leaves it alone.
+    /// Called at the end of a file for each `memory` that a packet of this type defined and that
+    /// nothing referred to. The base does nothing.
     virtual void memoryNotReferenced(ioClientReadContext& client, void* memory);
 
-    /// Told at the end of a file: a packet of this type used a reference that nothing defined.
+    /// Called at the end of a file for each use, by a packet of this type, of a reference that
+    /// nothing defined.
     /// `pointer` is what was associated with it without a definition (mostly null), `offset` is the
     /// number that the reader passed along with the usage.
     virtual void hasUnresolvedPointer(ioClientReadContext& client, void* pointer, int offset);
 
     /// The type's index in its registry, -1 until it is numbered. Ids hold within one file only.
     int getId() const { return id_; }
-    const char* getName() const { return name_.get(); }
+    /// The name as it was given to the constructor.
+    const char* getName() const { return name_; }
 
     /// Counts one packet of this type.
     void used() const { ++usages_; }
@@ -78,7 +80,7 @@ private:
     static constexpr unsigned int unresolvedFlag = 1;
     static constexpr unsigned int unreferencedFlag = 2;
 
-    std::unique_ptr<char[]> name_;
+    char* name_; // owned
     int id_ = -1;
     mutable int usages_ = 0; // counted on the const types that writers are given
     unsigned int flags_ = 0;
@@ -97,7 +99,7 @@ private:
     void (*function_)(ioClientReadContext&);
 };
 
-/// What an ioSimplePacketType calls to read a packet. It is given no context: it knows its own.
+/// What an ioSimplePacketType calls to read a packet. It receives no context: it must know it.
 class ZEBASE_API ioReadCallback {
 public:
     virtual ~ioReadCallback();
@@ -136,10 +138,12 @@ private:
 ///
 /// A string that is read lies in memory from `malloc`. Whoever resolves a reference to it owns that
 /// memory and frees it with `free`; what nobody referred to reaches memoryNotReferenced() of this
-/// type, which leaves it alone.
+/// type, which leaves it alone. Of several strings with one reference in one file, as only damaged
+/// files have them, the first stays.
 class ZEBASE_API ioPacketString : public ioPacketType {
 public:
-    ioPacketString(); ///< named "packetFile_string"
+    /// Its name is "packetFile_string".
+    ioPacketString();
     ~ioPacketString() override;
 
     void read(ioClientReadContext& client) override;
@@ -148,7 +152,8 @@ public:
 /// The built-in type of the packet that ends every file.
 class ZEBASE_API ioPacketEOF : public ioPacketType {
 public:
-    ioPacketEOF(); ///< named "packetFile_EOF"
+    /// Its name is "packetFile_EOF".
+    ioPacketEOF();
     ~ioPacketEOF() override;
 
     void read(ioClientReadContext& client) override;

@@ -9,15 +9,19 @@
 /// ioReadContextAlloc().
 ///
 /// What read() leaves unread is skipped. What it reads beyond the end of a packet is without
-/// meaning but harmless: no operation touches memory outside the packet's buffer, whatever the file
-/// says. A file can state any number, though: test counts before memory is allocated by them.
+/// meaning but harmless: no operation touches memory outside the packet's buffer, even where the
+/// file is damaged. A file can state any number, though: test counts before memory is allocated by
+/// them.
 ///
 /// Pointers. Every object that packets refer to has a number. The packet that describes it defines
 /// the number (definePacketReference()); packets that refer to it may come earlier or later.
 ///
+/// Threads: a context belongs to one thread at a time, with its stream, registry and map.
+///
 /// @code
 /// #include <cstdio>
 /// #include <fstream>
+/// #include <memory>
 /// #include "Base/IO/ioPacketFile.h"
 /// #include "Base/Strings/zeStringIString.h"
 /// std::ofstream("read-example.zp") << "^@\n1\n1 0 1\n1 2 4 8 4 8 8\n@\n" // a file in text
@@ -64,6 +68,7 @@ public:
     /// The stream stays the caller's: open, behind the header, and outliving the context. `method`
     /// is the one that the header asked for.
     ioReadContext(ioReadMethod method, ioBufferedStreamInput& stream);
+    /// Leaves the stream alone.
     ~ioReadContext() override;
 
     /// Whether the last nextChunk() at this level met a chunk that is not empty.
@@ -76,7 +81,7 @@ public:
     /// Reads a reference and returns its object; null for a null pointer, and for an object that
     /// has not been met yet, of which no note is taken.
     virtual void* readReferenceUsage();
-    /// The same, and tells the number, by which the object may be asked for later.
+    /// The same, and stores the number, by which the object can be looked up later.
     virtual void* readReferenceUsage(int& reference);
     /// Reads a reference into the pointer at `location`, now or as soon as the object is defined;
     /// null until then. The location must stay until the end of the file or the definition.
@@ -93,16 +98,20 @@ public:
     virtual void defineReferenceAlias(int reference, void* pointer);
     /// readReferenceUsage(location, offset) of a number that was read before.
     virtual void resolveReference(int reference, void* location, int offset);
+    /// @{
     /// Notes that the object is used, so that the end of the file does not report it.
     virtual void useReference(int reference);
     virtual void useReference(void* pointer);
+    /// @}
 
-    /// The next value, of the type that was written: nothing in a binary file tells them apart.
+    /// @name Single values
+    /// @{
+
+    /// The next value. It must be read as the type that was written: nothing in a binary file
+    /// distinguishes them. A `char` is the byte as it was written, unsigned: 200 stays 200.
     virtual bool readBool() = 0;
-    /// The byte as it was written, unsigned: 200 stays 200.
     virtual unsigned char readChar() = 0;
     virtual unsigned char readUChar() = 0;
-    /// The next number.
     virtual short readShort() = 0;
     virtual unsigned short readUShort() = 0;
     virtual int readInt() = 0;
@@ -111,10 +120,15 @@ public:
     virtual std::uint64_t readUInt64() = 0;
     virtual float readFloat() = 0;
     virtual double readDouble() = 0;
+    /// @}
+
     /// The text belongs to the context: it lasts until the next packet in a binary file, until the
     /// next readCString() of any context on this thread in a text file. Null where a text file has
     /// no string there.
     virtual const char* readCString() = 0;
+
+    /// @name Arrays
+    /// @{
 
     /// Reads `count` values, the number that was written; 0 or less reads nothing.
     virtual void readBoolArray(bool* values, int count) = 0;
@@ -128,30 +142,37 @@ public:
     virtual void readUInt64Array(std::uint64_t* values, int count) = 0;
     virtual void readFloatArray(float* values, int count) = 0;
     virtual void readDoubleArray(double* values, int count) = 0;
+    /// @}
 
     /// The byte that writeRawByte() wrote.
     virtual signed char readRawByte() = 0;
     /// An integer straight from the stream, outside any packet, in the form of this format.
     virtual int readUnbufferedInt(ioBufferedStreamInput& stream) = 0;
 
-    /// Reads a file behind its header up to its end-of-file packet, and then tells the types of
-    /// references that stayed undefined or unused. `ioOK` if the file was complete. What was
+    /// Reads a file behind its header up to its end-of-file packet, and then reports the references
+    /// that stayed undefined or unused to their types. `ioOK` if the file was complete. What was
     /// delivered before a failure stays with the client:
-    ///   - `ioError`: there is no registry, or the stream failed;
-    ///   - `ioBadFile`: the list of types or a packet cannot be understood, or the file ends early;
+    ///   - `ioError`: there is no registry, the stream failed, or memory ran out;
+    ///   - `ioBadFile`: the list of types or a packet cannot be understood, the list numbers the
+    ///     types otherwise than the registry does already (ioPacketRegistry::isMisnumbered()), or
+    ///     the file ends early;
     ///   - `ioHalted`: halt() was called;
     ///   - `ioChecksumError`: a checksummed block was damaged.
     ///
     /// A packet with a reference whose read() neither defines it nor marks the packet invalid ends
-    /// the process: fatalError(). A text file that is cut between two packets never ends.
+    /// the process: fatalError().
+    ///
+    /// On a text file that is cut between two packets this call waits for ever. Check files that
+    /// may be cut off, or come from outside, with ioPacketFileCheck() first.
     void readFile(ioClientReadContext& client);
     /// Reads one packet; a step of readFile(), `ioError` outside it.
     void readPacket(ioClientReadContext& client);
 
     /// Reads the header of a further file in the same stream. True if it has this context's method:
-    /// call readFile() again. False is for good. It cannot follow a text file whose writer went
-    /// straight on, as the last packet's newline is still to come. The reference map keeps its
-    /// numbers and the registry its ids: associate new ones where the files are independent.
+    /// call readFile() again. After false, the context reads no more. It cannot follow a text file
+    /// whose writer went straight on, as the last packet's newline is still to come. The reference
+    /// map keeps its numbers and the registry its ids: associate new ones where the files are
+    /// independent.
     bool reusePacketFile();
     /// Stops readFile() behind the current packet.
     void halt() { halted_ = true; }
@@ -159,6 +180,7 @@ public:
     /// Skips what is left of the current chunk and goes to the next. False if there is none at this
     /// level, or it is empty: keep the defaults of the values that it would hold.
     bool nextChunk();
+    /// Enters the sub-packet that comes next, with chunks of its own.
     void startSubPacket();
     /// Skips what is left of the sub-packet.
     void endSubPacket();
@@ -167,13 +189,16 @@ public:
     int getPacketReference() const { return packetReference_; }
     /// Packets read so far, without the end-of-file packets.
     int getPacketsRead() const { return packetsRead_; }
+    /// Makes `pointer` the object of a number, as a further name of it with `alias`.
     void defineReference(int reference, void* pointer, bool alias);
-    /// Tells the types of references that stayed undefined, and of objects that nothing refers to.
+    /// Reports references that stayed undefined, and objects that nothing refers to, to their
+    /// types.
     void resolveRemainingReferences(ioClientReadContext& client);
 
 private:
-    void endChunk();
-    [[noreturn]] void undefinedPacketReference(const ioPacketType& type);
+    ZEBASE_HIDDEN void readWholeFile(ioClientReadContext& client);
+    ZEBASE_HIDDEN void endChunk();
+    [[noreturn]] ZEBASE_HIDDEN void undefinedPacketReference(const ioPacketType& type);
 
     ioBufferedStreamInput* stream_;
     int packetReference_ = -1;

@@ -19,6 +19,8 @@
 /// dropped, one after a wrong use is still written, but endFile() does not complete the file.
 /// Values must be written inside a packet.
 ///
+/// Threads: a context belongs to one thread at a time, with its stream, registry and map.
+///
 /// @code
 /// #include <cstdio>
 /// #include "Base/IO/ioPacketFile.h"
@@ -62,6 +64,7 @@ class ZEBASE_API ioWriteContext : public ioContext {
 public:
     /// The stream stays the caller's: open, and outliving the context.
     explicit ioWriteContext(ioBufferedStreamOutput& stream);
+    /// Writes nothing more: a file without endFile() has no end-of-file packet.
     ~ioWriteContext() override;
 
     /// Writes the number that stands for `pointer`, a new one for a new pointer; 0 for null. With
@@ -69,7 +72,11 @@ public:
     /// addresses to themselves until the file ends: a new object at the address of a deleted one is
     /// taken for it (see undefineReference()).
     virtual void writeReference(const void* pointer, bool define);
+    /// The same for a number that the map has given out.
     virtual void writeReference(int reference, bool define);
+
+    /// @name Single values
+    /// @{
 
     /// Writes one value into the packet. It must be read back as the same type.
     virtual void writeBool(bool value) = 0;
@@ -83,11 +90,16 @@ public:
     virtual void writeUInt64(std::uint64_t value) = 0;
     virtual void writeFloat(float value) = 0;
     virtual void writeDouble(double value) = 0;
+    /// @}
+
     /// Null is written as the empty text.
     virtual void writeCString(const char* text) = 0;
 
-    /// No array carries its length: write the count first where the reader cannot know it. A count
-    /// of 0 or less writes nothing.
+    /// @name Arrays
+    /// @{
+
+    /// Writes `count` values. No array carries its length: write the count first where the reader
+    /// cannot know it. A count of 0 or less writes nothing.
     virtual void writeBoolArray(const bool* values, int count) = 0;
     virtual void writeCharArray(const char* values, int count) = 0;
     virtual void writeUCharArray(const unsigned char* values, int count) = 0;
@@ -99,6 +111,7 @@ public:
     virtual void writeUInt64Array(const std::uint64_t* values, int count) = 0;
     virtual void writeFloatArray(const float* values, int count) = 0;
     virtual void writeDoubleArray(const double* values, int count) = 0;
+    /// @}
 
     /// One byte of text, with what the format needs to find it again and no separator.
     virtual void writeRawByte(signed char byte) = 0;
@@ -109,7 +122,9 @@ public:
     /// registry must number its types as the writer's does.
     void writePacketRegistry(bool write) { writeRegistry_ = write; }
 
-    /// Writes the header and the registry. Without a registry: `ioError`, and nothing is written.
+    /// Writes the header and the registry. Nothing is written, and the status is `ioError`, without
+    /// a registry, and where the list of types would hold one name under two ids
+    /// (ioPacketRegistry::hasNameTwice()).
     void startFile();
     /// Writes the end-of-file packet, without which no reader takes the file for complete. A packet
     /// that is still open is lost: `ioError`. Does nothing if the status is bad already. The stream
@@ -119,10 +134,12 @@ public:
     bool isInFile() const { return inFile_; }
 
     /// Opens a packet. `reference` is the address of the object that the packet describes, by which
-    /// other packets refer to it; null for none. A type that is null or unknown gives `ioError`,
-    /// and its packet is dropped.
+    /// other packets refer to it; null for none. A type that is null or unknown, or that readers of
+    /// this file would not know (ioPacketRegistry::isListed()), gives `ioError`, and its packet is
+    /// dropped.
     void startPacket(const ioPacketType* type, const void* reference);
-    /// Costs a search by name: keep the type where many packets are written.
+    /// The same by the type's name, which costs a search: keep the type where many packets are
+    /// written.
     void startPacket(const char* typeName, const void* reference);
     /// Closes the packet and passes it to the stream; drops it after invalidPacket().
     void endPacket();

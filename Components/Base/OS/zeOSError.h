@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// The system's own words for an error number, as they go into the messages of failing calls.
+/// The system's text for an error number, as it goes into the messages of failing calls.
 ///
-/// Any thread may call these; each sees its own `errno`. They leave `errno` as it was.
+/// Threads: any thread may call these; each sees its own `errno`, which they leave as it was.
 ///
 /// @code
 /// #include <cerrno>
@@ -18,11 +18,11 @@
 
 namespace zeOS {
 
-/// The text of `errno` as the last system call of this thread left it: see errorText().
+/// errorText() of the `errno` that the last system call of this thread left.
 ZEBASE_API zeString::IString getLastError();
 
-/// What `strerror` says about `number`, in the language of the process; "unknown error" where it
-/// says nothing.
+/// The text of `strerror` for `number`, in the language of the process; "unknown error" where that
+/// is empty.
 ZEBASE_API zeString::IString errorText(int number);
 
 } // namespace zeOS

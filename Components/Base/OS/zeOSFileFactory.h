@@ -7,7 +7,7 @@
 /// registered see each name first, in the order of their registration, whatever its scheme; what
 /// all decline is a local path.
 ///
-/// Nothing locks: registration belongs to start-up, before other threads ask.
+/// Threads: any thread may ask for files; registration takes no lock and belongs to start-up.
 ///
 /// @code
 /// zeOS::FileFactory* factory = zeOS::FileFactory::getFileFactory();
@@ -28,9 +28,10 @@ namespace zeOS {
 /// Makes the transports of one kind of storage.
 class ZEBASE_API FileTransportFactory {
 public:
+    /// Transports that it made stay valid.
     virtual ~FileTransportFactory();
 
-    /// A new transport, which the caller owns, or null if `name` is none of this storage's.
+    /// A new transport, which the caller owns, or null if this storage does not serve `name`.
     virtual FileTransport* create(const zeString::IString& name) = 0;
 };
 
@@ -40,15 +41,18 @@ public:
     /// The one factory; made at the first call, by whichever thread.
     static FileFactory* getFileFactory();
 
+    /// Never called for the one factory.
     virtual ~FileFactory();
 
-    /// A new File or transport, which the caller owns, or null if nobody serves the name. The local
-    /// factory serves all.
+    /// A new File, which the caller owns, or null if no factory serves the name; the local one
+    /// serves every name.
     virtual File* getFile(const zeString::IString& name) = 0;
+    /// A new transport, which the caller owns, or null if no factory serves the name; the local one
+    /// serves every name.
     virtual FileTransport* getFileTransport(const zeString::IString& name) = 0;
 
-    /// Adds a factory behind those that are registered. It is not owned, and stays for the life of
-    /// the process.
+    /// Adds a factory, which is asked after those that are registered. It is not owned, and must
+    /// live as long as the process.
     virtual void registerTransport(FileTransportFactory* factory) = 0;
 };
 

@@ -4,13 +4,13 @@
 /// A keyed digest of a file's name and content: tells later whether the file is still what it was
 /// when the digest was stored.
 ///
-/// **Good for** noticing any change, by accident or on purpose, by those who lack the key:
+/// **Good for** detecting any change, by accident or on purpose, by those who lack the key:
 /// nobody without it can make the digest that fits another content or another name. Keep the
 /// digest where you like; keep the key where those who may change the file cannot read it.
 ///
-/// **Not good for** hiding anything (the content is not encrypted), for noticing that an *old*
+/// **Not good for** hiding anything (the content is not encrypted), for detecting that an *old*
 /// file was put back together with its own old digest, against anyone who has the key, or for
-/// passwords. A key that can be guessed protects nothing: take 32 random bytes rather than a word.
+/// passwords. A key that can be guessed protects nothing: use 32 random bytes rather than a word.
 ///
 /// The digest is 64 lower-case hexadecimal digits: HMAC-SHA-256 (RFC 2104, FIPS 180-4) under the
 /// key, over
@@ -22,7 +22,9 @@
 /// | that many | the file's base name in UTF-8, without its directory: a folder may be moved |
 /// | the rest | the content |
 ///
-/// Any thread may call these, at about the speed of plain SHA-256 in portable code.
+/// The speed is about that of plain SHA-256 in portable code.
+///
+/// Threads: any thread may call these.
 ///
 /// @code
 /// #include "Base/OS/zeOSFilename.h"
@@ -54,7 +56,7 @@ class Filename;
 /// | Code | When |
 /// |---|---|
 /// | `ErrNotImplemented` | there is no transport for the name |
-/// | `ErrIO` | the content breaks off before its end: it never passes for complete |
+/// | `ErrIO` | the content breaks off before its end: such a file never counts as complete |
 /// | `ErrNotFile` | `file` is a directory |
 /// | `ErrAuthenticationFailed` | the key is null or has no bytes |
 /// | others | what opening or reading reports: `ErrDoesNotExist`, `ErrIO` |
@@ -62,8 +64,9 @@ class Filename;
                                                       unsigned long keyLength,
                                                       zeString::CString& hash);
 
-/// Whether both are the same digest; false where either has not the length of one. Compare so, and
-/// not by `==`: the time that this takes tells nobody how much of a forged digest was right.
+/// Whether both are the same digest; false if either does not have the length of one. Use it in
+/// place of `==`: it takes constant time, so that the duration does not reveal how much of a forged
+/// digest was right.
 [[nodiscard]] ZEBASE_API bool EqualFileHash(const zeString::CString& a, const zeString::CString& b);
 
 } // namespace zeOS

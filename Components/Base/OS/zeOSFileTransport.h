@@ -1,18 +1,25 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// What does the work behind a zeOS::File, for one kind of storage.
+/// The implementation behind a zeOS::File, for one kind of storage.
 ///
-/// Applications use zeOS::File. Whoever brings a storage of their own (an archive, a server)
-/// derives from FileTransport, and registers a zeOS::FileTransportFactory that makes such objects
-/// for the names that it knows: see zeOSFileFactory.h.
+/// Applications use zeOS::File. To add a storage of your own (an archive, a server), derive from
+/// FileTransport, and register a zeOS::FileTransportFactory that makes such objects for its names:
+/// see zeOSFileFactory.h.
 ///
-/// A transport is a name and, while open, a stream. It belongs to one thread at a time. The codes
-/// of errors are those of zeOS::File::ErrorCode; zeOS::File::getError() makes them. The order of
-/// the virtual operations is fixed: plug-ins are compiled against it.
+/// A transport is a name and, while open, a stream. The codes of errors are those of
+/// zeOS::File::ErrorCode; zeOS::File::getError() makes them. The order of the virtual operations is
+/// fixed: plug-ins are compiled against it.
 ///
-/// What copyTo(), moveTo() and recursive deletion promise about lost errors and about links holds
-/// for every transport, and stands here.
+/// **When other users may write in the directory.** Recursive deletion of local directories is
+/// safe: below the directory that you name it uses descriptors and follows no link, so that whoever
+/// exchanges a directory with a link while it works cannot make it delete anything outside of the
+/// tree. It follows the path that you name, with links in it, so make sure that others cannot write
+/// in the directories *above* the tree. Copying and moving are not safe: they go by paths, and
+/// follow links that others may make while they work. Copy only trees, and only to places, that
+/// nobody else may change.
+///
+/// Threads: a transport belongs to one thread at a time.
 ///
 /// @code
 /// #include "Base/OS/zeOSFile.h"
@@ -37,53 +44,59 @@ class FileStatus;
 /// One file or directory of one kind of storage.
 class ZEBASE_API FileTransport : public IOStream {
 public:
-    FileTransport(const FileTransport&) = delete; ///< make another one of the same name
+    FileTransport(const FileTransport&) = delete; ///< Make another one of the same name.
+    /// Make another one of the same name.
     FileTransport& operator=(const FileTransport&) = delete;
     /// Closes what is open.
     ~FileTransport() override;
 
     /// A read that reaches the end gives `File::ErrEndOfFile`, and its bytes still count. A read of
-    /// no bytes that calls itself a success ends a copy.
+    /// no bytes that reports a success ends a copy.
     zeUtil::Error read(void* buffer, unsigned long count, unsigned long* done) override = 0;
+    /// A write that does not take all bytes is a failure.
     zeUtil::Error write(const void* buffer, unsigned long count, unsigned long* done) override = 0;
 
-    /// `mode` is made of the bits of zeOS::File::OpenMode.
+    /// Opens the file; `mode` consists of the bits of zeOS::File::OpenMode.
     virtual zeUtil::Error open(int mode) = 0;
-    /// Opens a new file of a name that nobody has, which becomes this transport's. By default
-    /// nothing but an error of code -1.
+    /// Opens a new file under a fresh name, which becomes this transport's name. Not supported by
+    /// default: code -1.
     virtual zeUtil::Error openTemp(int mode);
+    /// Closes the open file.
     virtual zeUtil::Error close() = 0;
     /// Makes this one directory; `File::ErrFileExists` where there is something already.
     virtual zeUtil::Error makeDirectory() = 0;
-    /// Makes a directory of a name that nobody has, which becomes this transport's. By default
-    /// nothing but an error of code -1.
+    /// Makes a directory with a fresh name, which becomes this transport's name. Not supported by
+    /// default: code -1.
     virtual zeUtil::Error makeTempDirectory();
-    /// Makes this directory and those above it. By default nothing but an error of code -1.
+    /// Makes this directory and those above it. Not supported by default: code -1.
     virtual zeUtil::Error makeDirectoryAll();
     /// Replaces `names` by the entries of this directory, each with this name before it if
     /// `fullNames` is true. "." and ".." may be among them.
     virtual zeUtil::Error readDir(std::vector<zeString::IString>& names, bool fullNames) = 0;
 
     /// Copies this file to `dest`, in blocks of 4096 bytes, or this directory with all that it
-    /// holds. Both must be closed (`File::ErrIsOpen`), and their full names differ
-    /// (`File::ErrNoOverwrite`): as texts, so a file that is copied to itself by another name is
-    /// emptied. A directory merges into one that is there; its result is that of
+    /// holds. Both must be closed (`File::ErrIsOpen`), and their full names must differ
+    /// (`File::ErrNoOverwrite`). Names are compared as texts: a file that is copied to itself by
+    /// another name is emptied. A directory merges into one that exists; the result is that of
     /// recreateDirStructure(). One that is copied into itself nests until its path is too long.
     ///
-    /// **A file's result is that of the last close, and nothing else.** A source that does not
-    /// open leaves an empty `dest`, a full disk a cut one, and both are successes where close()
-    /// cannot fail, as in a local file. Only a `dest` that does not open is reported, as
-    /// `File::ErrIO`. Who must know compares the sizes, or uses zeOS::fileCopy().
+    /// **A file's result is that of the last close, and nothing else.** A source that does not open
+    /// leaves an empty `dest`, and a full disk a partial one; both are successes if close() cannot
+    /// fail, as for a local file. Reported as `File::ErrIO` are a `dest` that does not open, and,
+    /// with nothing opened, a local FIFO, socket or device as the source and a FIFO as `dest`. If
+    /// you must know, compare the sizes, or use zeOS::fileCopy().
     virtual zeUtil::Error copyTo(FileTransport& dest);
 
-    /// copyTo(), then deleteSelf() if that was a success: with what copyTo() calls a success, so
-    /// that a file moved to a full disk is lost. The source of a directory stays, and is the error,
-    /// unless it was empty.
+    /// copyTo(), then deleteSelf() if that was a success. As copyTo() does not report a full disk,
+    /// a file that is moved to one is lost. A directory that is not empty is copied, and then fails
+    /// in deleteSelf(), so that both copies stay.
     virtual zeUtil::Error moveTo(FileTransport& dest);
 
     /// Deletes the file or the empty directory.
     virtual zeUtil::Error deleteSelf() = 0;
+    /// Whether it is a directory.
     virtual bool isDirectory() const = 0;
+    /// Whether it is open.
     virtual bool isOpen() const = 0;
     /// The whole name, by which a factory would make this transport again.
     virtual zeString::IString getFullName() const = 0;
@@ -91,28 +104,32 @@ public:
     virtual zeString::IString getNameTitle() const = 0;
     /// The part of the name after the last separator; empty if there is none.
     virtual zeString::IString getNameBase() const = 0;
+    /// The separator between the components of names.
     virtual wchar_t getSeparator() const = 0;
     /// The kind of storage: the same text for all transports of one class.
     virtual zeString::IString transportId() const = 0;
-    /// Fills a status that is reset. A file that does not exist is a success that leaves it so.
+    /// Fills `status`, which was reset. A file that does not exist is a success, and leaves it as
+    /// it is.
     virtual zeUtil::Error query(FileStatus& status) const = 0;
-    /// Fills in owner and group. By default "Unknown", and an error of code -1.
+    /// Sets owner and group. Not supported by default: "Unknown", and code -1.
     virtual zeUtil::Error queryOwnerGroup(FileStatus& status);
 
-    /// Deletes this directory with all that it holds. A child that cannot be deleted shows only in
-    /// this directory's not being empty, and so does one whose name is not valid UTF-8, since it
-    /// cannot be addressed. A symbolic link below is deleted and not followed; if this directory
-    /// itself is given by a link, what the link points to is emptied, and both stay.
+    /// Deletes this directory with all that it holds. The result is that of deleting the directory
+    /// itself: an entry that cannot be deleted stays, and shows only in that the directory is not
+    /// empty. Symbolic links in it are deleted and not followed; if the directory itself is given
+    /// by a link, what the link points to is emptied, and both stay. A local tree may be deeper
+    /// than any path can name, and needs neither more stack nor more descriptors for that.
     zeUtil::Error recursiveDeleteSelf();
 
     /// Copies what this directory holds into the directory `dest`, and goes on after failures; the
-    /// result is the first. With `deleteSource` each entry that was copied is deleted, which
-    /// directories that are not empty resist. `File::ErrNotDirectory` unless both are directories.
-    /// A local file whose name is not valid UTF-8 arrives as an empty one, with "?" in its name,
-    /// and without an error.
+    /// result is the first failure. With `deleteSource` each entry that was copied is deleted,
+    /// which fails for directories that are not empty. `File::ErrNotDirectory` unless both are
+    /// directories. The copy of a local file whose name is not valid UTF-8 is empty and has "?" in
+    /// its name, without an error. The stack that local trees need does not grow with their depth.
     zeUtil::Error recreateDirStructure(FileTransport& dest, bool deleteSource);
 
 protected:
+    /// For derived classes.
     FileTransport() = default;
 };
 

@@ -5,18 +5,28 @@
 ///
 /// The work is purely textual: apart from getCwd(), setCwd() and makeDir(), nothing here touches
 /// the file system, and a path is never resolved against the disk or the current directory. Links
-/// are not looked at: "link/../a" becomes "a". Nor is a URL scheme known: what may be a URL goes
-/// through `zeOS::URL`.
+/// are not resolved: "link/../a" becomes "a". URL schemes have no meaning: a text that may be a URL
+/// goes through `zeOS::URL`.
 ///
-/// Normal form, reached on every assignment of a text: pairs of separators become one, separators
-/// at the end go (not the one at the start), and "name/../" in the middle is taken out. "." and a
-/// ".." at the end stay. **Going above the root makes a path relative**: "/../x" becomes "x". Each
-/// pass is a function of its own below.
+/// Every text that is assigned is brought into normal form: runs of separators become one,
+/// separators at the end are removed (not the one at the start), and "name/../" in the middle is
+/// removed. "." and a ".." at the end stay. **Going above the root makes a path relative**: "/../x"
+/// becomes "x". Each pass is a function of its own below.
 ///
-/// A Filename belongs to one thread at a time: even a const accessor may write the cache of parts.
-/// Distinct objects are independent. A path that is only stored and passed on is never split.
+/// **Names in `char`** are decoded in the locale's encoding. A program starts in the "C" locale,
+/// which knows ASCII only: there both "Schön.txt" and "Schän.txt" in UTF-8 become "Sch??n.txt", and
+/// so the same file, without an error. Call `setlocale(LC_ALL, "")` before the first name, as early
+/// as in `main`, or pass zeString::EncodingUTF8 to the zeString::IString that you make of it.
+///
+/// Threads: a Filename belongs to one thread at a time, since even const accessors may write the
+/// cache of its parts.
 ///
 /// @code
+/// #include <clocale>
+/// std::setlocale(LC_ALL, ""); // before names from outside are decoded
+/// const zeString::IString given("Sch\xC3\xB6n.txt", zeString::EncodingUTF8);
+/// assert(zeOS::Filename(given).baseTrunk() == L"Sch\u00F6n");
+///
 /// const zeOS::Filename scene(L"shots//take1/../take2/scene.v2.ze");
 /// assert(scene.path() == L"shots/take2/scene.v2.ze");
 /// assert(scene.dirname() == L"shots/take2" && scene.basename() == L"scene.v2.ze");
@@ -37,40 +47,47 @@ class CString;
 
 namespace zeOS {
 
-/// A path. Copies are independent; there is no move, so that a moved Filename is a copied one.
+/// A path. Copies are independent; there is no move, so that moving a Filename copies it. A path
+/// that is only stored and passed on is never split.
 ///
 /// Each object has a separator, "/" unless a constructor is given another. It decides where the
-/// text is split and which separators the end loses; pairs and "/../" are looked for in backslashes
-/// if the separator is a backslash, and in slashes with any other.
+/// text is split, and which separators are removed from the end. Pairs and "/../" are searched for
+/// with backslashes if the separator is a backslash, and with slashes in all other cases.
 class ZEBASE_API Filename {
 public:
     /// The empty path.
     Filename();
-    /// The normal form of `name`. Implicit, so that a text goes where a path is wanted.
+    /// The normal form of `name`. Implicit, so that a text can be passed for a path.
     Filename(const zeString::IString& name);
     /// The normal form of `name` with `sep` as the object's separator.
     Filename(const zeString::IString& name, wchar_t sep);
-    /// The same for text in the locale's encoding; `sep` is taken as an unsigned byte.
+    /// @{
+    /// The same for text in the locale's encoding; `sep` counts as an unsigned byte. See above for
+    /// what the "C" locale does to names.
     Filename(const zeString::CString& name, char sep);
     Filename(const char* name, char sep);
+    /// @}
     /// The same path with separator() as the object's separator, whatever `other` has;
     /// assignment takes over the separator.
     Filename(const Filename& other);
+    /// @{
     /// The two joined: see assign().
     Filename(const Filename& a, const Filename& b);
     Filename(const zeString::IString& a, const zeString::IString& b);
+    /// @}
+    /// References to the parts end with it.
     virtual ~Filename();
 
-    /// The path and the separator of `other`, as they stand.
+    /// Takes over the path and the separator of `other`, as they are.
     Filename& operator=(const Filename& other);
-    /// assign(name).
+    /// The same as assign(name).
     Filename& operator=(const zeString::IString& name);
 
     /// Replaces the path by the normal form of `name`, which may be a part of this object.
     void assign(const zeString::IString& name);
     /// Replaces the path by the normal form of `dir`, separator() and `name`, or by that of the one
     /// that is not empty. Both may be parts of this object. An absolute `name` is no special case:
-    /// "/x" and "/y" give "/x/y". The object's own separator takes no part.
+    /// "/x" and "/y" give "/x/y". The object's own separator is ignored.
     void assign(const zeString::IString& dir, const zeString::IString& name);
 
     /// The whole text.
@@ -78,36 +95,38 @@ public:
 
     /// "/".
     static wchar_t separator();
-    /// ":", as it stands between the directories of a search path.
+    /// ":", which separates the directories of a search path.
     static wchar_t pathSeparator();
-    /// 4096, the system's limit to the bytes of a path with its terminator. Nothing here enforces
-    /// it.
+    /// 4096, the system's limit for the bytes of a path with its terminator, which is not enforced
+    /// here.
     static int maxLength();
 
-    /// The parts, each a reference that is valid until the next assignment. The first accessor
-    /// splits.
-    ///
-    /// The prefix is always empty on this platform.
+    /// @name Parts
+    /// @{
+
+    /// The prefix, which is always empty on this platform. Like the other parts it is a reference
+    /// that is valid until the next assignment.
     const zeString::IString& prefix() const;
-    /// What stands before the last separator; the separator itself for what lies in the root, and
-    /// empty where there is no separator.
+    /// The text before the last separator; the separator itself for what lies in the root, and
+    /// empty if there is no separator.
     const zeString::IString& dirname() const;
-    /// What stands behind the last separator; empty for the root.
+    /// The text after the last separator; empty for the root.
     const zeString::IString& basename() const;
     /// The base name before its last ".": "a.tar" of "a.tar.gz", empty for ".profile" and ".".
     const zeString::IString& baseTrunk() const;
-    /// The base name behind its last ".": "gz" of "a.tar.gz", "profile" of ".profile", empty
-    /// where there is no ".".
+    /// The base name after its last ".": "gz" of "a.tar.gz", "profile" of ".profile", empty if
+    /// there is no ".".
     const zeString::IString& baseSuffix() const;
     /// Splits the path now, if that has not been done.
     void split() const;
     /// Five texts: prefix, directory, base name, trunk, suffix.
     std::vector<zeString::IString> components() const;
+    /// @}
 
     /// Whether the path begins with "/", whatever the object's separator.
     bool isAbsolute() const;
 
-    /// The current directory of the process; empty where the system cannot tell it.
+    /// The current directory of the process; empty if the system does not give it.
     static Filename getCwd();
     /// Makes this the current directory of the process. False on failure, with `errno`.
     bool setCwd() const;
@@ -115,13 +134,15 @@ public:
     /// failure, with `errno`.
     bool makeDir() const;
 
-    /// The path of Filename(a, b). More arguments are joined one by one, from the left, so that
-    /// each step normalises.
+    /// @{
+    /// The path of Filename(a, b). More arguments are joined one by one from the left, and each
+    /// step normalises.
     static zeString::IString join(const zeString::IString& a, const zeString::IString& b);
     static zeString::IString join(const zeString::IString& a, const zeString::IString& b,
                                   const zeString::IString& c);
     static zeString::IString join(const zeString::IString& a, const zeString::IString& b,
                                   const zeString::IString& c, const zeString::IString& d);
+    /// @}
 
     /// Puts the normal form of `in` into `out`, which may be the same string: the three passes
     /// below in their order, in linear time.
@@ -130,9 +151,9 @@ public:
     static void removeDuplicateSeparators(zeString::IString& text, wchar_t sep);
     /// Removes all `sep` at the end but the first character of the text.
     static void removeTrailingSeparators(zeString::IString& text, wchar_t sep);
-    /// Takes out the first "/../" with the component before it, again and again. It ends at one
-    /// that nothing but ".." stands before; what follows it stays as it is: "../../a/../b" is left
-    /// alone. A first component "." becomes "..", and an empty one (the root) goes like any other.
+    /// Removes the first "/../" with the component before it, and repeats that. It ends at one with
+    /// nothing but ".." before it, and leaves what follows: "../../a/../b" stays as it is. A first
+    /// component "." becomes "..", and an empty one (the root) is removed like any other.
     static void removeSlashDotDotSlash(zeString::IString& text, wchar_t sep);
 
 private:
@@ -140,14 +161,14 @@ private:
 
     wchar_t separator_;
     zeString::IString path_;
-    mutable Impl* impl_ = nullptr; ///< owned; null until someone asks for a part
+    mutable Impl* impl_ = nullptr; ///< Owned; null until a part is asked for.
 
-    void deleteImpl();
+    ZEBASE_HIDDEN void deleteImpl();
 };
 
-/// Whether a certain other system would take the file for a device: its trunk is CON, PRN, AUX,
-/// NUL, or COM or LPT and a digit from 1 to 9, in any case. True for "dir/con.txt", false for
-/// ".con". Callable on every platform, for names that shall travel.
+/// Whether the name is reserved for a device on certain other systems: its trunk is CON, PRN, AUX
+/// or NUL, or COM or LPT and a digit from 1 to 9, in upper or lower case. True for "dir/con.txt",
+/// false for ".con". Available on every platform, for names of files that are exchanged.
 ZEBASE_API bool isWindowsReservedDeviceName(const Filename& name);
 
 } // namespace zeOS

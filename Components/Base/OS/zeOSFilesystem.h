@@ -3,8 +3,10 @@
 /// @file
 /// How large the volume under a path is, and what is free.
 ///
-/// A value, of one thread at a time. stat() asks the system, and other processes use the volume
-/// meanwhile: a free size is a hint for messages, no promise that a write succeeds.
+/// stat() asks the system, and other processes use the volume meanwhile: the free size is good for
+/// a message, but does not promise that a write succeeds.
+///
+/// Threads: a Filesystem belongs to one thread at a time.
 ///
 /// @code
 /// zeOS::Filesystem volume("/");
@@ -25,20 +27,20 @@ namespace zeOS {
 /// The volume under one path.
 class ZEBASE_API Filesystem {
 public:
-    /// Only keeps the path.
+    /// Stores the path; sizes are 0 until stat().
     explicit Filesystem(const zeString::IString& path);
 
     /// Fills in the sizes. A failure is code 1 and leaves them as they were; its text names error
     /// -1 and not the reason, which `errno` has.
     zeUtil::Error stat();
 
-    /// As it was given.
+    /// The path as it was given.
     const zeString::IString& path() const { return path_; }
-    /// In bytes; like the sizes 0 before the first stat().
+    /// The size of a block in bytes.
     std::uint64_t blockSize() const { return blockSize_; }
-    /// In units of 1024 bytes, rounded down. Exact up to 2^53.
+    /// The size of the volume in units of 1024 bytes, rounded down. Exact up to 2^53.
     std::uint64_t totalKB() const { return totalKB_; }
-    /// What a user without privileges can still write.
+    /// What a user without privileges can still write, in units of 1024 bytes.
     std::uint64_t availableKB() const { return availableKB_; }
 
 private:
@@ -46,7 +48,7 @@ private:
     std::uint64_t blockSize_ = 0;
     std::uint64_t totalKB_ = 0;
     std::uint64_t availableKB_ = 0;
-    [[maybe_unused]] bool reserved_ = false; ///< part of the layout, without a meaning here
+    [[maybe_unused]] bool reserved_ = false; ///< Part of the layout; without a meaning here.
 };
 
 } // namespace zeOS

@@ -3,7 +3,9 @@
 /// @file
 /// The byte stream that files, memory streams and sockets have in common.
 ///
-/// A stream belongs to one thread at a time. Whether one can be copied is each stream's own affair.
+/// Whether a stream can be copied is up to the class that implements it.
+///
+/// Threads: a stream belongs to one thread at a time.
 ///
 /// @code
 /// struct Zeros : zeOS::IOStream {
@@ -35,17 +37,23 @@ namespace zeOS {
 /// The interface of byte streams.
 class ZEBASE_API IOStream {
 public:
+    /// Each class says what becomes of a stream that is still open.
     virtual ~IOStream();
 
-    /// Moves up to `count` bytes between the stream and `buffer`. `done`, which may be null,
-    /// receives how many bytes were moved, also when the result is an error: the read that meets
-    /// the end of a file may bring its last bytes.
+    /// Reads up to `count` bytes into `buffer`. `done`, which may be null, receives how many bytes
+    /// were read, also when the result is an error: the read that meets the end of a file may
+    /// return its last bytes.
     virtual zeUtil::Error read(void* buffer, unsigned long count, unsigned long* done) = 0;
+    /// Writes `count` bytes from `buffer`. `done`, which may be null, receives how many bytes were
+    /// written, also when the result is an error.
     virtual zeUtil::Error write(const void* buffer, unsigned long count, unsigned long* done) = 0;
 
 protected:
+    /// For derived classes, as are copying and assigning.
     IOStream() = default;
+    /// Copies nothing: the interface has no data.
     IOStream(const IOStream&) = default;
+    /// Assigns nothing: the interface has no data.
     IOStream& operator=(const IOStream&) = default;
 };
 

@@ -3,7 +3,9 @@
 /// @file
 /// The factory of local files, which serves every name that no registered factory claims.
 ///
-/// Applications need it only to make a transport past the registered factories.
+/// Applications need it only to make a local transport without asking registered factories.
+///
+/// Threads: any thread may call it.
 ///
 /// @code
 /// #include "Base/OS/zeOSFileTransport.h"
@@ -20,7 +22,7 @@
 
 namespace zeOS {
 
-/// Makes transports of local files. What these do is said in zeOSFile.h.
+/// Makes transports of local files; zeOSFile.h describes what these do.
 class ZEBASE_API LocalFileTransportFactory : public FileTransportFactory {
 public:
     /// Never null. The name is the path as it stands, or, after "file:", the rest of it without
@@ -28,7 +30,7 @@ public:
     /// is part of the path.
     FileTransport* create(const zeString::IString& name) override;
 
-    /// 1. The call keeps local files linked in.
+    /// Returns 1. The call keeps local files linked in.
     static int s_forceTransportLoad();
 };
 

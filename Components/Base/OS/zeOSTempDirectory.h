@@ -3,7 +3,10 @@
 /// @file
 /// Where temporary files go.
 ///
-/// One setting for the process, without a lock: setTempDirectory() belongs to start-up.
+/// There is one setting for the process, without a lock.
+///
+/// Threads: setTempDirectory() belongs to start-up; any thread may call getTempDirectory() after
+/// it.
 ///
 /// @code
 /// #include "Base/OS/zeOSFilename.h"
@@ -21,12 +24,12 @@ namespace zeOS {
 
 class Filename;
 
-/// What getTempDirectory() gives from now on; an empty text takes the choice back. Nothing is
+/// Sets what getTempDirectory() returns from now on; an empty text clears the setting. Nothing is
 /// created or checked.
 ZEBASE_API void setTempDirectory(const zeString::IString& dir);
 
-/// What setTempDirectory() stored, else the environment's `TMPDIR`, decoded in the locale's
-/// encoding, else "/tmp". A `TMPDIR` that is set but empty gives an empty name.
+/// The directory that setTempDirectory() stored, else the environment's `TMPDIR`, decoded in the
+/// locale's encoding, else "/tmp". A `TMPDIR` that is set but empty gives an empty name.
 ZEBASE_API Filename getTempDirectory();
 
 } // namespace zeOS

@@ -3,16 +3,17 @@
 /// @file
 /// Names for temporary files, and the sweep of old leftovers.
 ///
-/// A name is only proposed: nothing is created, and somebody else may take it before you do. Open
-/// it with `O_EXCL` where that matters.
+/// A name is only proposed: nothing is created, and another process may take it first. Open it with
+/// `O_EXCL` where that matters.
 ///
-/// **Where the name lies** is the C library's `tempnam` to say, which takes the first of these that
-/// is a directory, whether or not you may write there: the environment's `TMPDIR`, what is asked
-/// for, and "/tmp". So `TMPDIR` overrides setTempDirectory() here. The name itself is up to 5 bytes
-/// of "PREFIX.PID" (whole characters of UTF-8), 6 characters that make it new there, and the
-/// suffix.
+/// **The directory** is chosen by the C library's `tempnam`: the first of these that is a
+/// directory, whether or not you may write there: the environment's `TMPDIR`, the directory that is
+/// asked for, and "/tmp". So `TMPDIR` overrides setTempDirectory() here. The name itself consists
+/// of up to 5 bytes of "PREFIX.PID" (whole characters of UTF-8), 6 characters that make it unique
+/// there, and the suffix.
 ///
-/// Any thread may call these while none changes the environment or the temporary directory.
+/// Threads: any thread may call these while none changes the environment or the temporary
+/// directory.
 ///
 /// @code
 /// #include "Base/OS/zeOSFileOperations.h"
@@ -29,17 +30,17 @@
 
 namespace zeOS {
 
-/// A name in getTempDirectory(), with `suffix` behind a "." unless it is empty. A null `prefix` is
-/// "ASTMP". Empty where there is no directory to be found.
+/// A name in getTempDirectory(), followed by "." and `suffix` unless that is empty. A null `prefix`
+/// means "ASTMP". Empty if none of the directories exists.
 ZEBASE_API Filename createTmpFilename(zeString::IString suffix, const wchar_t* prefix);
 
-/// The same in `dir`, for a fresh name beside a document. A null `prefix` is "recover".
+/// The same in `dir`, for a fresh name beside a document. A null `prefix` means "recover".
 ZEBASE_API Filename createNewFilenameVariant(Filename dir, const wchar_t* prefix,
                                              zeString::IString suffix);
 
 /// Deletes what certain programs left behind in `dir` seven days ago or earlier, and returns how
-/// many files that were. They are known by their names; others are not looked at, nor are
-/// directories, nor the files of createTmpFilename() and zeOS::ProtectedWrite.
+/// many files that were. They are recognised by their names; other files stay, as do directories,
+/// and the files of createTmpFilename() and zeOS::ProtectedWrite.
 ///
 /// | Begins | Ends | Characters at least |
 /// |---|---|---|
@@ -49,7 +50,7 @@ ZEBASE_API Filename createNewFilenameVariant(Filename dir, const wchar_t* prefix
 /// | `jam` | `out` and a digit | 10 |
 /// | `jam` | `cmd`, a digit and `.bat` | 14 |
 ZEBASE_API int cleanupTempDirectory(const zeString::IString& dir);
-/// Sweeps getTempDirectory(), and "/tmp" as well where that is another one. The sum of both.
+/// Sweeps getTempDirectory(), and "/tmp" as well if that is another one. Returns the sum.
 ZEBASE_API int cleanupTempDirectory();
 
 } // namespace zeOS
@@ -62,7 +63,7 @@ extern "C" {
 ZEBASE_API char* zeOS_GetTemporaryDirectory();
 /// The same in wide characters.
 ZEBASE_API wchar_t* zeOS_GetTemporaryDirectoryW();
-/// createTmpFilename() without a prefix; null where that is empty.
+/// createTmpFilename() without a prefix; null if that is empty.
 ZEBASE_API char* zeOS_CreateTemporaryFileName(const char* suffix);
 /// The same in wide characters.
 ZEBASE_API wchar_t* zeOS_CreateTemporaryFileNameW(const wchar_t* suffix);

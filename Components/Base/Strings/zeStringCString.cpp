@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "Base/Strings/zeStringPrintf.h"
 #include "Base/Strings/zeStringTextImpl.h"
 
 namespace zeString {
@@ -27,8 +28,8 @@ public:
 /// False, with the content kept, if the format fails or produces no text. A text too long for the
 /// first buffer is formatted again at its size, which the first try has measured.
 bool CStringImpl::doFormat(const char* fmt, va_list arguments) {
-    va_list again;
-    va_copy(again, arguments);
+    VariadicArguments again;
+    va_copy(again.list, arguments);
     char buffer[detail::formatStackSize];
     const int length = std::vsnprintf(buffer, sizeof buffer, fmt, arguments);
     if (length > 0) {
@@ -36,13 +37,27 @@ bool CStringImpl::doFormat(const char* fmt, va_list arguments) {
             text.assign(buffer); // up to the first terminator, if a "%c" put one there
         } else {
             std::string longer(static_cast<std::size_t>(length), '\0');
-            std::vsnprintf(longer.data(), longer.size() + 1, fmt, again);
+            std::vsnprintf(longer.data(), longer.size() + 1, fmt, again.list);
             longer.resize(std::strlen(longer.c_str()));
             text = std::move(longer);
         }
     }
-    va_end(again);
     return length > 0;
+}
+
+// A moved-from string has no content object; it gets one with the first change.
+
+const CStringImpl& CString::impl() const {
+    if (impl_)
+        return *impl_;
+    static const CStringImpl& empty = *new CStringImpl; // outlives every static object
+    return empty;
+}
+
+CStringImpl& CString::impl() {
+    if (!impl_)
+        impl_ = new CStringImpl;
+    return *impl_;
 }
 
 CString::CString() : impl_(new CStringImpl) {}
@@ -55,7 +70,9 @@ CString::CString(char c) : impl_(new CStringImpl(1, c)) {}
 
 CString::CString(unsigned int n, char c) : impl_(new CStringImpl(n, c)) {}
 
-CString::CString(const CString& other) : String(other), impl_(new CStringImpl(*other.impl_)) {}
+CString::CString(const CString& other) : String(other), impl_(new CStringImpl(other.impl())) {}
+
+CString::CString(CString&& other) noexcept : impl_(std::exchange(other.impl_, nullptr)) {}
 
 CString::~CString() {
     delete impl_;
@@ -65,30 +82,35 @@ CString& CString::operator=(const CString& other) {
     return assign(other);
 }
 
+CString& CString::operator=(CString&& other) noexcept {
+    CString(std::move(other)).swap(*this);
+    return *this;
+}
+
 CString& CString::operator=(const char* text) {
     return assign(text);
 }
 
 CString& CString::assign(const CString& other) {
-    impl_->text = other.impl_->text;
+    impl().text = other.impl().text;
     return *this;
 }
 
 CString& CString::assign(const char* text) {
-    impl_->text.assign(view(text));
+    impl().text.assign(view(text));
     return *this;
 }
 
 unsigned int CString::length() const {
-    return detail::narrowed(impl_->text.size());
+    return detail::narrowed(impl().text.size());
 }
 
 unsigned int CString::capacity() const {
-    return detail::narrowed(impl_->text.capacity());
+    return detail::narrowed(impl().text.capacity());
 }
 
 unsigned int CString::reserve(unsigned int n) {
-    impl_->text.reserve(n);
+    impl().text.reserve(n);
     return capacity();
 }
 
@@ -97,17 +119,17 @@ unsigned int CString::maxSize() const {
 }
 
 CString& CString::append(const CString& other) {
-    impl_->text.append(other.impl_->text);
+    impl().text.append(other.impl().text);
     return *this;
 }
 
 CString& CString::append(const char* text) {
-    impl_->text.append(view(text));
+    impl().text.append(view(text));
     return *this;
 }
 
 CString& CString::append(char c) {
-    impl_->text.push_back(c);
+    impl().text.push_back(c);
     return *this;
 }
 
@@ -124,22 +146,22 @@ CString& CString::prepend(char c) {
 }
 
 CString& CString::insert(unsigned int pos, const CString& other) {
-    detail::insert(impl_->text, pos, other.impl_->text);
+    detail::insert(impl().text, pos, other.impl().text);
     return *this;
 }
 
 CString& CString::insert(unsigned int pos, const char* text) {
-    detail::insert(impl_->text, pos, view(text));
+    detail::insert(impl().text, pos, view(text));
     return *this;
 }
 
 CString& CString::insert(unsigned int pos, char c) {
-    detail::insert(impl_->text, pos, {&c, 1});
+    detail::insert(impl().text, pos, {&c, 1});
     return *this;
 }
 
 CString& CString::erase(unsigned int pos, unsigned int n) {
-    detail::erase(impl_->text, pos, n);
+    detail::erase(impl().text, pos, n);
     return *this;
 }
 
@@ -148,22 +170,22 @@ CString& CString::remove(unsigned int pos, unsigned int n) {
 }
 
 CString& CString::replace(unsigned int pos, unsigned int n, const CString& other) {
-    detail::replace(impl_->text, pos, n, other.impl_->text);
+    detail::replace(impl().text, pos, n, other.impl().text);
     return *this;
 }
 
 CString& CString::replace(unsigned int pos, unsigned int n, const char* text) {
-    detail::replace(impl_->text, pos, n, view(text));
+    detail::replace(impl().text, pos, n, view(text));
     return *this;
 }
 
 CString& CString::replace(unsigned int pos, unsigned int n, char c) {
-    detail::replace(impl_->text, pos, n, {&c, 1});
+    detail::replace(impl().text, pos, n, {&c, 1});
     return *this;
 }
 
 const char* CString::asChar() const {
-    return impl_->text.c_str();
+    return impl().text.c_str();
 }
 
 const char* CString::asMultibyte() const {
@@ -179,7 +201,7 @@ unsigned int CString::asMultibyteStoreSize() const {
 }
 
 char* CString::copyAsChar() const {
-    return detail::copyToMalloc(impl_->text);
+    return detail::copyToMalloc(impl().text);
 }
 
 char* CString::copyAsMultibyte() const {
@@ -187,11 +209,11 @@ char* CString::copyAsMultibyte() const {
 }
 
 char CString::at(unsigned int pos) const {
-    return std::as_const(impl_->text)[pos];
+    return std::as_const(impl().text)[pos];
 }
 
 char& CString::at(unsigned int pos) {
-    return impl_->text[pos];
+    return impl().text[pos];
 }
 
 char CString::operator[](unsigned int pos) const {
@@ -203,11 +225,11 @@ char& CString::operator[](unsigned int pos) {
 }
 
 int CString::compare(const CString& other) const {
-    return detail::compare<char>(impl_->text, other.impl_->text);
+    return detail::compare<char>(impl().text, other.impl().text);
 }
 
 int CString::compare(const char* text) const {
-    return detail::compare<char>(impl_->text, view(text));
+    return detail::compare<char>(impl().text, view(text));
 }
 
 int CString::collate(const CString& other) const {
@@ -223,111 +245,103 @@ int CString::collateNoCase(const CString& other) const {
 }
 
 unsigned int CString::find(const CString& other, unsigned int start) const {
-    return detail::find(impl_->text, other.impl_->text, start);
+    return detail::find(impl().text, other.impl().text, start);
 }
 
 unsigned int CString::find(const char* text, unsigned int start) const {
-    return detail::find(impl_->text, view(text), start);
+    return detail::find(impl().text, view(text), start);
 }
 
 unsigned int CString::find(char c, unsigned int start) const {
-    return detail::find(impl_->text, {&c, 1}, start);
+    return detail::find(impl().text, {&c, 1}, start);
 }
 
 unsigned int CString::find(bool (*predicate)(char), unsigned int start) const {
-    return detail::findIf(impl_->text, predicate, start);
+    return detail::findIf(impl().text, predicate, start);
 }
 
 unsigned int CString::rfind(const CString& other, unsigned int start) const {
-    return detail::rfind(impl_->text, other.impl_->text, start);
+    return detail::rfind(impl().text, other.impl().text, start);
 }
 
 unsigned int CString::rfind(const char* text, unsigned int start) const {
-    return detail::rfind(impl_->text, view(text), start);
+    return detail::rfind(impl().text, view(text), start);
 }
 
 unsigned int CString::rfind(char c, unsigned int start) const {
-    return detail::rfind(impl_->text, {&c, 1}, start);
+    return detail::rfind(impl().text, {&c, 1}, start);
 }
 
 unsigned int CString::rfind(bool (*predicate)(char), unsigned int start) const {
-    return detail::rfindIf(impl_->text, predicate, start);
+    return detail::rfindIf(impl().text, predicate, start);
 }
 
 CString& CString::strip(char c) {
-    return erase(0, detail::frontCount(impl_->text, detail::equals(c)));
+    return erase(0, detail::frontCount(impl().text, detail::equals(c)));
 }
 
 CString& CString::stripSpaces() {
-    return erase(0, detail::frontCount(impl_->text, detail::isSpaceCharacter<char>));
+    return erase(0, detail::frontCount(impl().text, detail::isSpaceCharacter<char>));
 }
 
 CString& CString::rstrip(char c) {
-    return erase(detail::lengthWithoutBack(impl_->text, detail::equals(c)));
+    return erase(detail::lengthWithoutBack(impl().text, detail::equals(c)));
 }
 
 CString& CString::rstripSpaces() {
-    return erase(detail::lengthWithoutBack(impl_->text, detail::isSpaceCharacter<char>));
+    return erase(detail::lengthWithoutBack(impl().text, detail::isSpaceCharacter<char>));
 }
 
 CString& CString::toLowerCase() {
-    detail::toLowerCase(impl_->text);
+    detail::toLowerCase(impl().text);
     return *this;
 }
 
 CString& CString::toUpperCase() {
-    detail::toUpperCase(impl_->text);
+    detail::toUpperCase(impl().text);
     return *this;
 }
 
 unsigned int CString::format(const char* fmt, ...) {
-    va_list arguments;
-    va_start(arguments, fmt);
-    const unsigned int result = vformat(fmt, arguments);
-    va_end(arguments);
-    return result;
+    VariadicArguments arguments;
+    va_start(arguments.list, fmt);
+    return vformat(fmt, arguments.list);
 }
 
 unsigned int CString::vformat(const char* fmt, va_list arguments) {
-    return fmt && impl_->doFormat(fmt, arguments) ? length() : npos;
+    return fmt && impl().doFormat(fmt, arguments) ? length() : npos;
 }
 
 unsigned int CString::format(const CString* fmt, ...) {
-    va_list arguments;
-    va_start(arguments, fmt);
-    const unsigned int result = vformat(fmt ? fmt->asChar() : nullptr, arguments);
-    va_end(arguments);
-    return result;
+    VariadicArguments arguments;
+    va_start(arguments.list, fmt);
+    return vformat(fmt ? fmt->asChar() : nullptr, arguments.list);
 }
 
 unsigned int CString::format(unsigned int, const char* fmt, ...) {
-    va_list arguments;
-    va_start(arguments, fmt);
-    const unsigned int result = vformat(fmt, arguments);
-    va_end(arguments);
-    return result;
+    VariadicArguments arguments;
+    va_start(arguments.list, fmt);
+    return vformat(fmt, arguments.list);
 }
 
 unsigned int CString::format(unsigned int, const CString* fmt, ...) {
-    va_list arguments;
-    va_start(arguments, fmt);
-    const unsigned int result = vformat(fmt ? fmt->asChar() : nullptr, arguments);
-    va_end(arguments);
-    return result;
+    VariadicArguments arguments;
+    va_start(arguments.list, fmt);
+    return vformat(fmt ? fmt->asChar() : nullptr, arguments.list);
 }
 
 CString CString::substr(unsigned int pos, unsigned int n) const {
     CString result;
-    result.impl_->text = detail::substr(impl_->text, pos, n);
+    result.impl().text = detail::substr(impl().text, pos, n);
     return result;
 }
 
 void CString::swap(CString& other) noexcept {
-    impl_->text.swap(other.impl_->text);
+    std::swap(impl_, other.impl_);
 }
 
 bool CString::isAscii() const {
-    return detail::isAsciiOnly(impl_->text);
+    return detail::isAsciiOnly(impl().text);
 }
 
 CString plus(const CString& a, const CString& b) {

@@ -126,11 +126,11 @@ unsigned int MBStoWCS(const char* src, unsigned int srcLen, wchar_t* dest, unsig
     if (srcLen != toTerminator && length > srcLen)
         return 0;
     if (fitsTerminated(length, dest, destCap)) {
-        if (detail::isAsciiText(src, length))
+        if (detail::isAsciiText(src, length) && detail::localeExtendsAscii())
             return copyTerminated(src, length, dest);
-        // No more characters than bytes: it fits, and need not be counted first.
+        // There is room for a character for each byte, so that counting first is not needed.
         if (dest)
-            if (const std::size_t n = std::mbstowcs(dest, src, destCap); n != failed)
+            if (const std::size_t n = std::mbstowcs(dest, src, destCap); n < destCap)
                 return static_cast<unsigned int>(n);
     }
 
@@ -162,7 +162,8 @@ unsigned int WCStoMBS(const wchar_t* src, unsigned int srcLen, char* dest, unsig
     const std::size_t length = std::wcslen(src);
     if (srcLen != toTerminator && length > srcLen)
         return 0;
-    if (fitsTerminated(length, dest, destCap) && detail::isAsciiText(src, length))
+    if (fitsTerminated(length, dest, destCap) && detail::isAsciiText(src, length) &&
+        detail::localeExtendsAscii())
         return copyTerminated(src, length, dest);
 
     auto needed = static_cast<unsigned int>(std::wcstombs(nullptr, src, 0));

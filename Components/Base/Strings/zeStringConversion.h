@@ -9,8 +9,11 @@
 /// the destination; a null `dest` (with a `destCap` of 0) makes the function count only. The result
 /// is the number of characters. `ok` may be null. A null source gives 0.
 ///
-/// The locale is the C library's (LC_CTYPE); in the "C" locale only ASCII converts. The functions
-/// are safe from any thread while no thread changes the locale. ASCII text takes a fast road.
+/// The locale is the C library's (LC_CTYPE); in the "C" locale, which a program starts in, only
+/// ASCII converts: call `setlocale(LC_ALL, "")` first. Text in ASCII has a fast path where the
+/// locale's code set is known to extend ASCII.
+///
+/// Threads: any thread may call, while no thread changes the locale.
 ///
 /// @code
 /// wchar_t wide[16];

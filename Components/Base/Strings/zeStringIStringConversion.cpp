@@ -50,6 +50,11 @@ unsigned int toNarrow(Encoding encoding, const std::wstring& src, char* dest, st
                : WCStoMBS(src.c_str(), units(src.size()), dest, units(cap), ok);
 }
 
+/// Whether ASCII text is the same bytes in this encoding.
+bool extendsAscii(Encoding encoding) {
+    return encoding == EncodingUTF8 || detail::localeExtendsAscii();
+}
+
 enum class Outcome { Clean, Lossy, Nothing };
 
 /// Above this length the most bytes that UTF-8 could take are too many to count in 32 bits.
@@ -67,7 +72,7 @@ std::size_t roomFor(const std::wstring& text, Encoding encoding) {
 /// Puts the narrow form of the text in the cache.
 Outcome fillCache(std::string& cache, const std::wstring& text, Encoding encoding) {
     if (std::wcslen(text.c_str()) == text.size() &&
-        detail::isAsciiText(text.c_str(), text.size())) {
+        detail::isAsciiText(text.c_str(), text.size()) && extendsAscii(encoding)) {
         cache.resize(text.size());
         detail::copyAscii(text.c_str(), text.size(), cache.data());
         return Outcome::Clean;
@@ -102,6 +107,12 @@ IString::IString(unsigned int n, char c, Encoding encoding, bool* ok)
 
 IString::IString(const CString& text, Encoding encoding, bool* ok)
     : IString(text.asChar(), encoding, ok) {}
+
+wchar_t IString::widened(char c) {
+    if (c == 0 || (detail::isAsciiUnit(c) && detail::localeExtendsAscii()))
+        return static_cast<wchar_t>(c);
+    return IString(c).at(0);
+}
 
 // Through a temporary: a text of which nothing remains empties this string.
 IString& IString::assign(const char* text, Encoding encoding, bool* ok) {
@@ -150,7 +161,7 @@ CString IString::convertToCString() const {
 /// first would do.
 void IString::convertFromMultibyte(const char* src, Encoding encoding, bool* ok) {
     const std::size_t length = std::strlen(src);
-    if (detail::isAsciiText(src, length)) {
+    if (detail::isAsciiText(src, length) && extendsAscii(encoding)) {
         impl_->wideText = std::wstring(src, src + length);
         impl_->changed();
         if (ok)

@@ -7,6 +7,7 @@
 
 #include "Base/Strings/zeStringIString.h"
 #include "Base/Strings/zeStringIStringImpl.h"
+#include "Base/Strings/zeStringPrintf.h"
 #include "Base/Strings/zeStringTextImpl.h"
 
 namespace zeString {
@@ -14,16 +15,15 @@ namespace {
 
 constexpr auto firstSize = static_cast<unsigned int>(detail::formatStackSize);
 
-/// A wild hint must not cost memory: a longer text takes the long road anyway.
+/// The most that a size hint reserves; a longer text is formatted on a stream anyway.
 constexpr std::size_t largestFirstSize = 1 << 16;
 
 struct Free {
     void operator()(void* block) const { std::free(block); }
 };
 
-/// Formats a text of any length; null if the format fails. `vswprintf` says -1 both for that and
-/// for a short buffer, and growing the buffer until memory is gone would be no answer: a stream
-/// tells the two apart.
+/// Formats a text of any length; null if the format fails. `vswprintf` returns -1 both for that and
+/// for a short buffer; a stream tells the two cases apart without growing a buffer again and again.
 std::unique_ptr<wchar_t, Free> formatOnStream(const wchar_t* fmt, va_list arguments) {
     wchar_t* text = nullptr;
     std::size_t length = 0;
@@ -48,29 +48,26 @@ bool IStringImpl::doFormat(const wchar_t* fmt, va_list arguments, unsigned int s
     }
     wchar_t* buffer = heap ? heap.get() : stack;
 
-    va_list again;
-    va_copy(again, arguments);
+    VariadicArguments again;
+    va_copy(again.list, arguments);
     const int length = std::vswprintf(buffer, room, fmt, arguments);
     bool formatted = length > 0;
     // Up to the first terminator in either case, if a "%c" put one there.
     if (length > 0) {
         wideText.assign(buffer);
     } else if (length < 0) {
-        if (const auto longer = formatOnStream(fmt, again)) {
+        if (const auto longer = formatOnStream(fmt, again.list)) {
             wideText.assign(longer.get());
             formatted = true;
         }
     }
-    va_end(again);
     return formatted;
 }
 
 unsigned int IString::format(const wchar_t* fmt, ...) {
-    va_list arguments;
-    va_start(arguments, fmt);
-    const unsigned int result = vformat(fmt, arguments);
-    va_end(arguments);
-    return result;
+    VariadicArguments arguments;
+    va_start(arguments.list, fmt);
+    return vformat(fmt, arguments.list);
 }
 
 unsigned int IString::vformat(const wchar_t* fmt, va_list arguments) {
@@ -78,35 +75,27 @@ unsigned int IString::vformat(const wchar_t* fmt, va_list arguments) {
 }
 
 unsigned int IString::format(const IString* fmt, ...) {
-    va_list arguments;
-    va_start(arguments, fmt);
-    const unsigned int result = vformat(fmt ? fmt->asWChar() : nullptr, arguments);
-    va_end(arguments);
-    return result;
+    VariadicArguments arguments;
+    va_start(arguments.list, fmt);
+    return vformat(fmt ? fmt->asWChar() : nullptr, arguments.list);
 }
 
 unsigned int IString::format(unsigned int initialSize, const wchar_t* fmt, ...) {
-    va_list arguments;
-    va_start(arguments, fmt);
-    const bool formatted = fmt && impl_->doFormat(fmt, arguments, initialSize);
-    va_end(arguments);
-    return formatted ? length() : npos;
+    VariadicArguments arguments;
+    va_start(arguments.list, fmt);
+    return fmt && impl_->doFormat(fmt, arguments.list, initialSize) ? length() : npos;
 }
 
 unsigned int IString::format(unsigned int initialSize, const IString* fmt, ...) {
-    va_list arguments;
-    va_start(arguments, fmt);
-    const bool formatted = fmt && impl_->doFormat(fmt->asWChar(), arguments, initialSize);
-    va_end(arguments);
-    return formatted ? length() : npos;
+    VariadicArguments arguments;
+    va_start(arguments.list, fmt);
+    return fmt && impl_->doFormat(fmt->asWChar(), arguments.list, initialSize) ? length() : npos;
 }
 
 unsigned int IString::format(const char* fmt, ...) {
-    va_list arguments;
-    va_start(arguments, fmt);
-    const unsigned int result = vformat(fmt, arguments);
-    va_end(arguments);
-    return result;
+    VariadicArguments arguments;
+    va_start(arguments.list, fmt);
+    return vformat(fmt, arguments.list);
 }
 
 unsigned int IString::vformat(const char* fmt, va_list arguments) {
@@ -115,11 +104,9 @@ unsigned int IString::vformat(const char* fmt, va_list arguments) {
 
 unsigned int IString::format(unsigned int initialSize, const char* fmt, ...) {
     const IString wide(fmt, EncodingMultibyte);
-    va_list arguments;
-    va_start(arguments, fmt);
-    const bool formatted = impl_->doFormat(wide.asWChar(), arguments, initialSize);
-    va_end(arguments);
-    return formatted ? length() : npos;
+    VariadicArguments arguments;
+    va_start(arguments.list, fmt);
+    return impl_->doFormat(wide.asWChar(), arguments.list, initialSize) ? length() : npos;
 }
 
 } // namespace zeString

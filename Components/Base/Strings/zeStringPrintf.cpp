@@ -20,11 +20,9 @@ int ZL_vsnprintf(char* buffer, std::size_t size, const char* format, va_list arg
 }
 
 int ZL_snprintf(char* buffer, std::size_t size, const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    const int length = ZL_vsnprintf(buffer, size, format, arguments);
-    va_end(arguments);
-    return length;
+    zeString::VariadicArguments arguments;
+    va_start(arguments.list, format);
+    return ZL_vsnprintf(buffer, size, format, arguments.list);
 }
 
 int ZL_vswprintf(wchar_t* buffer, std::size_t size, const wchar_t* format, va_list arguments) {
@@ -32,11 +30,9 @@ int ZL_vswprintf(wchar_t* buffer, std::size_t size, const wchar_t* format, va_li
 }
 
 int ZL_swprintf(wchar_t* buffer, std::size_t size, const wchar_t* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    const int length = ZL_vswprintf(buffer, size, format, arguments);
-    va_end(arguments);
-    return length;
+    zeString::VariadicArguments arguments;
+    va_start(arguments.list, format);
+    return ZL_vswprintf(buffer, size, format, arguments.list);
 }
 
 wchar_t* ZL_convert_string_format(const wchar_t* format) {

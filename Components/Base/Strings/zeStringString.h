@@ -5,7 +5,9 @@
 ///
 /// Lengths, positions and counts are `unsigned int` throughout; String::npos means "not found" as a
 /// result, and "up to the end" as a count. A string longer than its maxSize() is not supported.
-/// Distinct objects are independent; nothing locks.
+///
+/// Threads: distinct objects may be used by different threads at once; one object belongs to one
+/// thread at a time.
 ///
 /// @code
 /// #include "Base/Strings/zeStringCString.h"
@@ -21,7 +23,7 @@
 
 namespace zeString {
 
-/// The abstract base of CString and IString.
+/// The abstract base of CString and IString. It holds no data.
 class ZEBASE_API String {
 public:
     /// "Not found" as a position, "up to the end" as a count.
@@ -31,13 +33,15 @@ public:
 
     /// Whether length() is 0.
     virtual bool isEmpty() const;
-    /// The same as isEmpty(): no string is null without being empty, or the reverse.
+    /// The same as isEmpty(): there is no null string apart from the empty one.
     virtual bool isNull() const;
+    /// The number of characters.
     virtual unsigned int length() const;
     /// The position of the first character: always 0.
     virtual unsigned int first() const;
     /// The position of the last character; 0 in an empty string.
     virtual unsigned int last() const;
+    /// The length that fits into the memory allocated so far.
     virtual unsigned int capacity() const;
     /// Makes room for at least `n` characters and returns the capacity.
     virtual unsigned int reserve(unsigned int n);
@@ -52,9 +56,12 @@ public:
     bool doBoundsCheck(unsigned int pos, unsigned int n) const;
 
 protected:
+    /// @{
+    /// For derived classes only: a String alone holds nothing.
     String() = default;
     String(const String&) = default;
     String& operator=(const String&) = default;
+    /// @}
 };
 
 } // namespace zeString

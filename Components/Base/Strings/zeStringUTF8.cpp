@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 
+#include <langinfo.h>
+
 #include <bit>
+#include <string_view>
 
 #include "Base/Strings/zeStringUTF8Impl.h"
 
@@ -149,6 +152,12 @@ std::optional<std::size_t> convert(const From* src, std::size_t n, To* dest, std
 }
 
 } // namespace
+
+bool localeExtendsAscii() {
+    const std::string_view codeSet = nl_langinfo(CODESET);
+    return codeSet == "UTF-8" || codeSet == "ANSI_X3.4-1968" || codeSet.starts_with("ISO-8859-") ||
+           codeSet.starts_with("EUC-") || codeSet.starts_with("KOI8-");
+}
 
 std::optional<std::size_t> decodeUTF8(const char* src, std::size_t n, wchar_t* dest,
                                       std::size_t cap) {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// The fast roads of text conversion: ASCII in blocks of 16, and regular UTF-8.
+/// The fast paths of text conversion: ASCII in blocks of 16, and regular UTF-8.
 ///
-/// Everything here only ever says yes to text on which iconv and the C library give the very same
-/// characters. Whatever it declines goes to them.
+/// They accept only text for which iconv and the C library give the same characters. What they
+/// decline is converted by these.
 
 #pragma once
 
@@ -68,6 +68,10 @@ bool isAsciiText(const Char* src, std::size_t n) {
             return false;
     return true;
 }
+
+/// Whether bytes below 0x80 are ASCII in the current locale, as its code set tells by name. False
+/// for any code set not known for it: in SHIFT_JIS a backslash is another character.
+bool localeExtendsAscii();
 
 /// Copies `n` ASCII characters to the other width.
 template<class From, class To>

@@ -29,7 +29,7 @@ std::wstring_view view(const IString& text) {
     return text.asWChar();
 }
 
-/// Strings are copied, never moved: collecting views first spares copies while the vector grows.
+/// A wide string cannot be moved: collecting views first avoids copies while the vector grows.
 template<class String, class View>
 std::vector<String> strings(const std::vector<View>& views) {
     std::vector<String> result;
@@ -203,7 +203,7 @@ Error splitWithQuotesAndBackslash(const CString& text, std::vector<CString>& out
 
 std::vector<CString> splitMultiLines(const CString& text) {
     std::vector<CString> lines = splitAt(text, isNewLine, false, false);
-    // Unlike a separator, what ends a line begins another, even where nothing follows.
+    // Unlike a separator, the end of a line also begins a line, at the end of the text too.
     if (text.isEmpty() || isNewLine(text[text.last()]))
         lines.emplace_back();
     return lines;

@@ -3,9 +3,10 @@
 /// @file
 /// Taking strings apart and putting them together.
 ///
-/// Free functions without state: any thread may call them. A byte string is taken byte by byte:
-/// multi-byte characters pass through unchanged, as long as they hold no byte that separates. No
-/// item may be longer than 0x7FFFFFFF characters.
+/// A byte string is taken byte by byte: multi-byte characters pass through unchanged, as long as
+/// they hold no byte that separates. No item may be longer than 0x7FFFFFFF characters.
+///
+/// Threads: any thread may call, while no thread changes the locale or the arguments.
 ///
 /// @code
 /// const zeString::CString list("a,b,,c,");
@@ -29,8 +30,9 @@
 
 namespace zeUtil {
 
+/// @{
 /// The items between separators: characters equal to `separator`, or those for which `test` holds.
-/// A separator that no text stands before gives an empty item, unless `skipEmpty`; one at the end
+/// A separator with no text before it gives an empty item, unless `skipEmpty`; one at the end
 /// gives none, so that "a," is one item and ",a" two. With `keepSeparators` each separator becomes
 /// an item of its own instead, and no item is empty. An empty text gives no items. Of a wide text
 /// only what stands before its first terminator is split.
@@ -46,14 +48,16 @@ ZEBASE_API std::vector<zeString::IString> split(const zeString::IString& text, w
 ZEBASE_API std::vector<zeString::IString> split(const zeString::IString& text,
                                                 bool (*test)(wchar_t), bool skipEmpty = false,
                                                 bool keepSeparators = false);
+/// @}
 
+/// @{
 /// All items in their order, with nothing between them.
 ZEBASE_API zeString::CString join(const std::vector<zeString::CString>& items);
 ZEBASE_API zeString::IString join(const std::vector<zeString::IString>& items);
+/// @}
 
-/// Takes a command-like line apart at its spaces (zeString::isSpace()). An item may be put in
-/// double quotes, as a whole, and holds spaces then; the quotes are dropped, and "" is an empty
-/// item.
+/// Splits a command line at its spaces (zeString::isSpace()). An item may be enclosed in double
+/// quotes, as a whole, and may hold spaces then; the quotes are dropped, and "" is an empty item.
 ///
 /// Returns success, or an error whose code is the column of what is wrong, counting from 1: of a
 /// quote that is not closed, or of a character that touches a quote from outside. The message names

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// Two placeholders that old callers still link to. They do nothing: the atomics that work are
+/// Two placeholders, kept for compatibility. They do nothing: the atomics that work are
 /// zeThread::atomicIncrement and zeThread::atomicDecrement.
+///
+/// Threads: any thread may call.
 ///
 /// @code
 /// int n = 1;

@@ -1,14 +1,9 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// Storage for many elements of one size, taken from large blocks.
+/// Storage for many elements of one size, taken from large blocks: ze::BlockAllocator.
 ///
-/// Taking an element and giving it back cost a few instructions; memory returns to the system only
-/// with freeEverything() or the destructor. The allocator deals in raw storage: constructing and
-/// destroying what lies in it is the owner's business, also before freeEverything(). Elements are
-/// aligned to the greatest power of two, up to 16, that divides their size.
-///
-/// An allocator belongs to one thread at a time.
+/// Threads: an allocator belongs to one thread at a time.
 ///
 /// @code
 /// ze::BlockAllocator allocator(sizeof(double), 64);
@@ -26,12 +21,17 @@
 
 namespace ze {
 
-/// Hands out elements of a fixed size. Neither copied nor moved; swap() exchanges two allocators.
+/// Hands out elements of a fixed size from large blocks, which it owns.
+///
+/// Taking an element and giving it back cost a few instructions; memory returns to the system only
+/// with freeEverything() or the destructor. The allocator hands out raw storage: its user
+/// constructs and destroys what lies there, also before freeEverything(). Elements are aligned to
+/// the greatest power of two, up to 16, that divides their size.
 class ZEBASE_API BlockAllocator {
 public:
     /// An element has at least 8 bytes, a block at least one element.
     BlockAllocator(unsigned long elementSize, int elementsInBlock);
-    BlockAllocator(const BlockAllocator&) = delete;
+    BlockAllocator(const BlockAllocator&) = delete; ///< Use swap() to exchange two allocators.
     BlockAllocator& operator=(const BlockAllocator&) = delete;
 
     /// Frees all blocks.
@@ -69,12 +69,13 @@ public:
     /// Frees all blocks, and so every element.
     void freeEverything();
 
+    /// Exchanges two allocators; elements keep their addresses.
     void swap(BlockAllocator& other);
 
     /// The number of elements that are in use.
     int numAllocated() const { return numAllocated_; }
 
-    /// The number of elements that were given back and wait for reuse.
+    /// The number of elements that were given back and can be reused.
     int numFreed() const { return numFreed_; }
 
     /// The bytes of an element.

@@ -3,11 +3,11 @@
 /// @file
 /// 32-bit hash functions over texts, bytes and words.
 ///
-/// The values never change from one version or machine to another, so that they may be stored. They
-/// tell accidents apart, not attacks: whoever knows the function can make texts collide. All of it
-/// but ze::Hasher is safe from any thread.
+/// The values are the same in every version and on every machine, so that they may be stored. They
+/// are no protection against attacks: who knows the function can make texts collide. The text form
+/// and the byte form give different values for the same characters.
 ///
-/// The text form and the byte form give different values for the same characters.
+/// Threads: any thread may call the functions; a ze::Hasher belongs to one thread at a time.
 ///
 /// @code
 /// assert(ze::hashfunction("") == 0);
@@ -49,9 +49,11 @@ ZEBASE_API std::uint32_t hashfunction(const unsigned char* bytes, int length);
 /// The byte form over [first, last).
 ZEBASE_API std::uint32_t hashfunction(const char* first, const char* last);
 
+/// @{
 /// The word form; 0 for a length below 1, which counts words.
 ZEBASE_API std::uint32_t hashfunction(const unsigned int* words, int length);
 ZEBASE_API std::uint32_t hashfunction(const wchar_t* words, int length);
+/// @}
 
 using zeString::hashfunction;
 
@@ -59,6 +61,7 @@ using zeString::hashfunction;
 /// with the hash so far as its start.
 class ZEBASE_API Hasher {
 public:
+    /// Nothing added yet; the hash of that is 0.
     Hasher() = default;
 
     /// Appends the 8 bytes of `value`, lowest first.
@@ -76,7 +79,7 @@ public:
         return hash_;
     }
 
-    /// Hashes what waits in the buffer, and empties it.
+    /// Hashes what is in the buffer, and empties it.
     void flushBuffer();
 
 private:

@@ -4,7 +4,10 @@
 /// Decimal text of 64-bit integers, for file formats.
 ///
 /// The texts lie in static slots, three for signed and three for unsigned numbers, so that several
-/// results can be live at once. All threads share the slots: use these from one thread at a time.
+/// results can be live at once.
+///
+/// Threads: all threads share the slots, so that one thread at a time may ask for texts; any thread
+/// may parse.
 ///
 /// @code
 /// const char* first = ze::int64ToAscii(-5, 0);
@@ -28,7 +31,7 @@ ZEBASE_API const char* int64ToAscii(std::int64_t value, int slot);
 ZEBASE_API const char* uint64ToAscii(std::uint64_t value, int slot);
 
 /// The number at the start of `text`, after white space and with an optional sign; 0 if there is
-/// none. What does not fit becomes the nearest number that does.
+/// none. A number that does not fit becomes the nearest one that does.
 ZEBASE_API std::int64_t asciiToInt64(const char* text);
 
 /// The same for unsigned numbers. A minus sign is accepted and negates modulo 2 to the 64th, so

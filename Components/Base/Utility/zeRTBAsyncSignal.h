@@ -8,6 +8,8 @@
 /// keeps the signal alive until it has been sent or thrown away, and leaves the signal to the
 /// receiving thread meanwhile.
 ///
+/// Threads: made on one thread, and sent on another or the same, one after the other.
+///
 /// @code
 /// #include "Base/Utility/zeRTBSignal.h"
 /// struct Sum {
@@ -26,7 +28,6 @@
 #pragma once
 
 #include <type_traits>
-#include <utility>
 
 #include "Base/zeBaseExport.h"
 
@@ -35,8 +36,9 @@ namespace zeRTB {
 /// A packed firing.
 class ZEBASE_API AsyncSignal {
 public:
+    /// Nothing to set up.
     AsyncSignal() = default;
-    AsyncSignal(const AsyncSignal&) = delete;
+    AsyncSignal(const AsyncSignal&) = delete; ///< Pack the firing again.
     AsyncSignal& operator=(const AsyncSignal&) = delete;
     virtual ~AsyncSignal();
 
@@ -51,7 +53,9 @@ public:
     /// The type of the copy.
     using ArgType = std::remove_cvref_t<typename S::ArgType>;
 
-    AsyncSignalArg(S* signal, ArgType argument) : signal_(signal), argument_(std::move(argument)) {}
+    /// A firing of `*signal`, which it does not own, with `argument`.
+    AsyncSignalArg(S* signal, ArgType argument)
+        : signal_(signal), argument_(static_cast<ArgType&&>(argument)) {}
 
     void send() override { signal_->send(argument_); }
 

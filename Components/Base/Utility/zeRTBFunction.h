@@ -3,10 +3,11 @@
 /// @file
 /// Function objects: what a connection of a signal holds and calls.
 ///
-/// A signal's `connect` makes the right one, so that applications seldom name these classes. To
-/// connect something else, such as a closure, derive from zeRTB::FunctionVoid or
-/// zeRTB::FunctionArg and hand the object to zeRTB::SignalBase::addCallback, which owns it from
-/// then on.
+/// The `connect` of a signal makes the right one, so that applications seldom name these classes.
+/// Each connection owns its function object, on the heap, and deletes it through the virtual
+/// destructor of zeRTB::FunctionBase. No function object owns the instance that it calls.
+///
+/// Threads: a function object belongs to the thread of its signal.
 ///
 /// @code
 /// struct Counter {
@@ -22,18 +23,16 @@
 
 #pragma once
 
-#include <utility>
-
 #include "Base/zeBaseExport.h"
 
 namespace zeRTB {
 
-/// Base of all function objects. A connection owns its function object, on the heap, and deletes it
-/// through this destructor.
+/// Base of all function objects.
 class ZEBASE_API FunctionBase {
 public:
+    /// Nothing to set up.
     FunctionBase() = default;
-    FunctionBase(const FunctionBase&) = delete;
+    FunctionBase(const FunctionBase&) = delete; ///< A connection owns its own object.
     FunctionBase& operator=(const FunctionBase&) = delete;
     virtual ~FunctionBase();
 
@@ -54,53 +53,12 @@ public:
     virtual void call() = 0;
 };
 
-/// Calls a global function without arguments.
-class ZEBASE_API FunctionVoidGlobal : public FunctionVoid {
-public:
-    explicit FunctionVoidGlobal(void (*function)()) : function_(function) {}
-    ~FunctionVoidGlobal() override;
-
-    bool isGlobalFunction(void* function) override;
-    void call() override;
-
-private:
-    void (*function_)();
-};
-
-/// Calls a member function without arguments on an instance, which it does not own.
-template<class C>
-class FunctionVoidMember : public FunctionVoid {
-public:
-    FunctionVoidMember(C* instance, void (C::*member)()) : instance_(instance), member_(member) {}
-
-    bool isInstance(void* instance) override { return instance == instance_; }
-    void call() override { (instance_->*member_)(); }
-
-private:
-    C* instance_;
-    void (C::*member_)();
-};
-
 /// A function object that takes one argument.
 template<class T>
 class FunctionArg : public FunctionBase {
 public:
     /// Calls the function.
     virtual void call(T argument) = 0;
-};
-
-/// Calls a member function with one argument on an instance, which it does not own.
-template<class T, class C>
-class FunctionArgMember : public FunctionArg<T> {
-public:
-    FunctionArgMember(C* instance, void (C::*member)(T)) : instance_(instance), member_(member) {}
-
-    bool isInstance(void* instance) override { return instance == instance_; }
-    void call(T argument) override { (instance_->*member_)(std::forward<T>(argument)); }
-
-private:
-    C* instance_;
-    void (C::*member_)(T);
 };
 
 /// A function object that takes three arguments.
@@ -111,21 +69,126 @@ public:
     virtual void call(A a, B b, C c) = 0;
 };
 
-/// Calls a member function with three arguments on an instance of `I`, which it does not own.
-template<class A, class B, class C, class I>
-class Function3ArgsMember : public Function3Args<A, B, C> {
+/// Calls a global function without arguments.
+class ZEBASE_API FunctionVoidGlobal : public FunctionVoid {
 public:
-    Function3ArgsMember(I* instance, void (I::*member)(A, B, C))
-        : instance_(instance), member_(member) {}
+    /// For this function.
+    explicit FunctionVoidGlobal(void (*function)()) : function_(function) {}
+    ~FunctionVoidGlobal() override;
 
+    bool isGlobalFunction(void* function) override;
+    void call() override;
+
+private:
+    void (*function_)();
+};
+
+/// Calls a global function of type `Function` with the arguments of `Family` (zeRTB::FunctionVoid,
+/// zeRTB::FunctionArg or zeRTB::Function3Args), and ignores what it returns.
+template<class Family, class Function, class... Arguments>
+class FunctionGlobal : public Family {
+public:
+    /// For this function.
+    explicit FunctionGlobal(Function* function) : function_(function) {}
+
+    /// Whether it is this function.
+    bool isGlobalFunction(void* function) override {
+        return function == reinterpret_cast<void*>(function_);
+    }
+    /// Calls it.
+    void call(Arguments... arguments) override {
+        static_cast<void>(function_(static_cast<Arguments&&>(arguments)...));
+    }
+
+private:
+    Function* function_;
+};
+
+/// Calls a member function, given as a pointer of type `Member`, on an instance of `I`, perhaps
+/// const, and ignores what it returns.
+template<class Family, class I, class Member, class... Arguments>
+class FunctionMember : public Family {
+public:
+    /// For this member of this instance.
+    FunctionMember(I* instance, Member member) : instance_(instance), member_(member) {}
+
+    /// Whether it is this instance.
     bool isInstance(void* instance) override { return instance == instance_; }
-    void call(A a, B b, C c) override {
-        (instance_->*member_)(std::forward<A>(a), std::forward<B>(b), std::forward<C>(c));
+    /// Calls it.
+    void call(Arguments... arguments) override {
+        static_cast<void>((instance_->*member_)(static_cast<Arguments&&>(arguments)...));
     }
 
 private:
     I* instance_;
-    void (I::*member_)(A, B, C);
+    Member member_;
+};
+
+/// Calls a member function without arguments.
+template<class C>
+class FunctionVoidMember : public FunctionMember<FunctionVoid, C, void (C::*)()> {
+    using FunctionVoidMember::FunctionMember::FunctionMember;
+};
+
+/// Calls a member function with one argument.
+template<class T, class C>
+class FunctionArgMember : public FunctionMember<FunctionArg<T>, C, void (C::*)(T), T> {
+    using FunctionArgMember::FunctionMember::FunctionMember;
+};
+
+/// Calls a member function with three arguments.
+template<class A, class B, class C, class I>
+class Function3ArgsMember
+    : public FunctionMember<Function3Args<A, B, C>, I, void (I::*)(A, B, C), A, B, C> {
+    using Function3ArgsMember::FunctionMember::FunctionMember;
+};
+
+/// Owns a callable, such as a closure, and calls it.
+template<class Family, class Callable, class... Arguments>
+class FunctionOwned : public Family {
+public:
+    /// Keeps `callable`.
+    explicit FunctionOwned(Callable callable) : callable_(static_cast<Callable&&>(callable)) {}
+
+    /// Calls it.
+    void call(Arguments... arguments) override {
+        static_cast<void>(callable_(static_cast<Arguments&&>(arguments)...));
+    }
+
+private:
+    Callable callable_;
+};
+
+/// The classes that a signal with these arguments calls: `Function` is their base, `Global` and
+/// `Member` are the plain cases.
+template<class... Arguments>
+struct FunctionFamily;
+
+/// Of a signal without arguments.
+template<>
+struct FunctionFamily<> {
+    using Function = FunctionVoid;     ///< What a connection holds.
+    using Global = FunctionVoidGlobal; ///< For `void (*)()`.
+    template<class C>
+    using Member = FunctionVoidMember<C>; ///< For `void (C::*)()`.
+};
+
+/// Of a signal with one argument.
+template<class T>
+struct FunctionFamily<T> {
+    using Function = FunctionArg<T>;                     ///< What a connection holds.
+    using Global = FunctionGlobal<Function, void(T), T>; ///< For `void (*)(T)`.
+    template<class C>
+    using Member = FunctionArgMember<T, C>; ///< For `void (C::*)(T)`.
+};
+
+/// Of a signal with three arguments.
+template<class A, class B, class C>
+struct FunctionFamily<A, B, C> {
+    using Function = Function3Args<A, B, C>;                         ///< What a connection holds.
+    using Global = FunctionGlobal<Function, void(A, B, C), A, B, C>; ///< For `void (*)(A, B, C)`.
+    template<class I>
+    using Member = Function3ArgsMember<A, B, C, I>; ///< For `void (I::*)(A, B, C)`.
 };
 
 } // namespace zeRTB

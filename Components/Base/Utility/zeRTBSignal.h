@@ -4,12 +4,24 @@
 /// The typed signals: synchronous callback lists.
 ///
 /// Firing a signal calls each connected function in turn, on the calling thread, newest connection
-/// first; an unconnected signal costs one test. What may happen inside a callback, who owns what,
-/// and the thread rule are told in zeRTBSignalBase.h.
+/// first; an unconnected signal costs one test. zeRTB::SignalBase says what may happen inside a
+/// callback and who owns what.
 ///
-/// `connect` takes the instance as a plain pointer and keeps its address as given; the instance
-/// must outlive the connection, which passing the listener's SignalClient ensures. Every form
-/// returns the connection's handle, for disconnect().
+/// Every form of `connect` returns the connection's handle, for disconnect(), and has a second form
+/// that takes the listener's zeRTB::SignalClient first: the connection ends with that client too.
+///
+/// - `connect(function)` calls a global function.
+/// - `connect(instance, member)` calls a member function. It keeps the plain address of the
+///   instance, which must outlive the connection; a SignalClient in the instance ensures that.
+/// - `connectOwned(callable)` calls anything else, such as a lambda with captures, and **owns** it:
+///   it is copied or moved into the connection and destroyed with it. What a lambda captures by
+///   reference must outlive the connection.
+///
+/// Functions may return something, which is ignored, and may take their arguments in any way in
+/// which the signal's arguments can be passed (`const T&` for a `T`). Of overloaded names, the one
+/// that returns void and takes exactly the signal's arguments is chosen; select another by a cast.
+///
+/// Threads: a signal and its connections belong to one thread at a time.
 ///
 /// @code
 /// struct Sum {
@@ -21,88 +33,124 @@
 /// auto* connection = counted.connect(&sum, &Sum::add);
 /// counted.send(3);
 /// counted.disconnect(connection);
+/// int calls = 0;
+/// counted.connectOwned([&calls](int) { ++calls; });
 /// counted.send(4);
-/// assert(sum.total == 3);
+/// assert(sum.total == 3 && calls == 1);
 /// @endcode
 
 #pragma once
 
 #include <type_traits>
 
+#include "Base/Utility/zeRTBFunction.h"
 #include "Base/Utility/zeRTBSignalBase.h"
 
 namespace zeRTB {
 
-/// A signal without arguments.
-class SignalVoid : public SignalBase {
+/// A global function that can be called with `Arguments`.
+template<class F, class... Arguments>
+concept GlobalFor = std::is_function_v<F> && std::is_invocable_v<F*, Arguments...>;
+
+/// A member function that can be called on a `C*` with `Arguments`, other than the plain one, which
+/// converts to `void (C::*)(Arguments...)`.
+template<class Member, class C, class... Arguments>
+concept MemberFor =
+    std::is_member_function_pointer_v<Member> && std::is_invocable_v<Member, C*, Arguments...> &&
+    !std::is_convertible_v<Member, void (C::*)(Arguments...)>;
+
+/// Anything that can be called with `Arguments` once it is stored.
+template<class F, class... Arguments>
+concept CallableFor =
+    std::is_invocable_v<std::add_lvalue_reference_t<std::decay_t<F>>, Arguments...>;
+
+/// A type that is not const.
+template<class C>
+concept NonConst = !std::is_const_v<C>;
+
+/// What all typed signals are: firing and connecting, for any list of arguments.
+template<class... Arguments>
+class SignalOf : public SignalBase {
+    using Family = FunctionFamily<Arguments...>;
+    using Function = typename Family::Function;
+    template<class C>
+    using PlainMember = std::type_identity_t<void (C::*)(Arguments...)>;
+    template<class Callable>
+    using Owned = FunctionOwned<Function, std::decay_t<Callable>, Arguments...>;
+
 public:
-    /// Calls every connected function.
-    void send() const {
-        fire<FunctionVoid>([](FunctionVoid& function) { function.call(); });
+    /// Calls every connected function, each with arguments of its own.
+    void send(Arguments... arguments) const {
+        fire<Function>([&](Function& function) { function.call(arguments...); });
     }
 
-    /// Connects a function, or a member function with its instance.
-    Connection* connect(void (*function)()) {
-        return addCallback(new FunctionVoidGlobal(function));
+    /// Connects a global function.
+    Connection* connect(void (*function)(Arguments...)) {
+        return addCallback(new typename Family::Global(function));
     }
-    Connection* connect(SignalClient& client, void (*function)()) {
-        return addCallback(new FunctionVoidGlobal(function), client);
+    /// The same, tied to `client`.
+    Connection* connect(SignalClient& client, void (*function)(Arguments...)) {
+        return addCallback(new typename Family::Global(function), client);
     }
-    template<class C>
-    Connection* connect(C* instance, std::type_identity_t<void (C::*)()> member) {
-        return addCallback(new FunctionVoidMember<C>(instance, member));
+    /// Connects a global function that returns something, or takes its arguments in another way.
+    template<GlobalFor<Arguments...> F>
+    Connection* connect(F* function) {
+        return addCallback(new FunctionGlobal<Function, F, Arguments...>(function));
     }
-    template<class C>
-    Connection* connect(SignalClient& client, C* instance,
-                        std::type_identity_t<void (C::*)()> member) {
-        return addCallback(new FunctionVoidMember<C>(instance, member), client);
+    /// The same, tied to `client`.
+    template<GlobalFor<Arguments...> F>
+    Connection* connect(SignalClient& client, F* function) {
+        return addCallback(new FunctionGlobal<Function, F, Arguments...>(function), client);
+    }
+
+    /// Connects a member function of `instance`, which the connection does not own.
+    template<NonConst C>
+    Connection* connect(C* instance, PlainMember<C> member) {
+        return addCallback(new typename Family::template Member<C>(instance, member));
+    }
+    /// The same, tied to `client`.
+    template<NonConst C>
+    Connection* connect(SignalClient& client, C* instance, PlainMember<C> member) {
+        return addCallback(new typename Family::template Member<C>(instance, member), client);
+    }
+    /// Connects a member function that is const, returns something, or takes its arguments in
+    /// another way, of `instance`, which may be const and which the connection does not own.
+    template<class C, MemberFor<C, Arguments...> Member>
+    Connection* connect(C* instance, Member member) {
+        return addCallback(new FunctionMember<Function, C, Member, Arguments...>(instance, member));
+    }
+    /// The same, tied to `client`.
+    template<class C, MemberFor<C, Arguments...> Member>
+    Connection* connect(SignalClient& client, C* instance, Member member) {
+        return addCallback(new FunctionMember<Function, C, Member, Arguments...>(instance, member),
+                           client);
+    }
+
+    /// Connects a callable, such as a lambda, and takes it over: the connection owns it.
+    template<CallableFor<Arguments...> Callable>
+    Connection* connectOwned(Callable&& callable) {
+        return addCallback(new Owned<Callable>(static_cast<Callable&&>(callable)));
+    }
+    /// The same, tied to `client`.
+    template<CallableFor<Arguments...> Callable>
+    Connection* connectOwned(SignalClient& client, Callable&& callable) {
+        return addCallback(new Owned<Callable>(static_cast<Callable&&>(callable)), client);
     }
 };
 
+/// A signal without arguments.
+class SignalVoid : public SignalOf<> {};
+
 /// A signal with one argument, which each callback gets as a `T` of its own.
 template<class T>
-class SignalArg : public SignalBase {
+class SignalArg : public SignalOf<T> {
 public:
     /// The type of the argument.
     using ArgType = T;
-
-    /// Calls every connected function.
-    void send(T argument) const {
-        fire<FunctionArg<T>>([&](FunctionArg<T>& function) { function.call(argument); });
-    }
-
-    /// Connects a member function with its instance.
-    template<class C>
-    Connection* connect(C* instance, std::type_identity_t<void (C::*)(T)> member) {
-        return addCallback(new FunctionArgMember<T, C>(instance, member));
-    }
-    template<class C>
-    Connection* connect(SignalClient& client, C* instance,
-                        std::type_identity_t<void (C::*)(T)> member) {
-        return addCallback(new FunctionArgMember<T, C>(instance, member), client);
-    }
 };
 
 /// A signal with three arguments.
 template<class A, class B, class C>
-class Signal3Args : public SignalBase {
-public:
-    /// Calls every connected function.
-    void send(A a, B b, C c) const {
-        fire<Function3Args<A, B, C>>(
-            [&](Function3Args<A, B, C>& function) { function.call(a, b, c); });
-    }
-
-    /// Connects a member function with its instance.
-    template<class I>
-    Connection* connect(I* instance, std::type_identity_t<void (I::*)(A, B, C)> member) {
-        return addCallback(new Function3ArgsMember<A, B, C, I>(instance, member));
-    }
-    template<class I>
-    Connection* connect(SignalClient& client, I* instance,
-                        std::type_identity_t<void (I::*)(A, B, C)> member) {
-        return addCallback(new Function3ArgsMember<A, B, C, I>(instance, member), client);
-    }
-};
+class Signal3Args : public SignalOf<A, B, C> {};
 
 } // namespace zeRTB

@@ -3,20 +3,40 @@
 /// @file
 /// The list of connections under every signal, and the listener's end of a connection.
 ///
-/// A signal (see zeRTBSignal.h) keeps a list of connections; each owns the function object that it
-/// calls. A connection may be tied to a zeRTB::SignalClient, usually a member of the listening
-/// object: whichever of the two dies first takes the connection with it.
+/// See zeRTB::SignalBase for the contract, and zeRTBSignal.h for the typed signals.
+
+#pragma once
+
+#include <cstdint>
+
+#include "Base/Utility/zeRTBFunction.h"
+#include "Base/zeBaseExport.h"
+
+namespace zeRTB {
+
+class SignalClient;
+
+/// A list of connections, newest first.
+///
+/// Each connection owns the function object that it calls. A connection may be tied to a
+/// zeRTB::SignalClient, usually a member of the listening object: whichever of the two dies first
+/// ends the connection.
 ///
 /// The list may be changed at any time from inside a callback: connecting, disconnecting any
 /// connection, the running one included, destroying the client or the signal itself. A connection
-/// that is running when it ends stays in the list, is never called again, and goes when the last
+/// that ends while it is running stays in the list, is not called again, and is freed when the last
 /// firing has left it.
 ///
-/// Nothing is locked and nothing is atomic: a signal and its connections belong to one thread at a
-/// time. No operation reports an error; allocation failure propagates as std::bad_alloc. A callback
-/// must not throw: what it throws passes through the firing, and its connection then never goes.
-/// The destructor of a function object must not end other connections of a signal that is firing,
-/// or that is in disconnectInstance().
+/// No operation reports an error. Where memory runs out, std::bad_alloc is thrown and nothing is
+/// connected. A callback must not throw: its connection would never be freed. The destructor of a
+/// function object must not end other connections of a signal that is firing, or that is in
+/// disconnectInstance().
+///
+/// One pointer wide and without virtual operations, so that a class can embed many. Neither copied
+/// nor moved: connections refer to the address of their list. Calls cost the length of the list,
+/// except where said.
+///
+/// Threads: a signal and its connections belong to one thread at a time; nothing is locked.
 ///
 /// @code
 /// #include "Base/Utility/zeRTBSignal.h"
@@ -32,28 +52,14 @@
 ///     changed.send();
 ///     assert(view.drawn == 1 && changed.findInstance(&view));
 /// }
-/// assert(!changed.isConnected()); // gone with the view's client
+/// assert(!changed.isConnected()); // ended with the view's client
 /// @endcode
-
-#pragma once
-
-#include <cstdint>
-
-#include "Base/Utility/zeRTBFunction.h"
-#include "Base/zeBaseExport.h"
-
-namespace zeRTB {
-
-class SignalClient;
-
-/// A list of connections, newest first. One pointer wide and without virtual operations, so that a
-/// class can embed many. Neither copied nor moved: connections refer to the address of their list.
-/// Calls cost the length of the list, except where said.
 class ZEBASE_API SignalBase {
 public:
     /// One connection, or one half of a connection tied to a client. Plain fields for the firing
     /// loop; everybody else treats it as the opaque handle zeRTB::SignalBase::Connection.
     struct ZEBASE_API connectionItem {
+        /// Belongs to this list, but is not in it yet.
         explicit connectionItem(SignalBase* list) : owner(list) {}
         connectionItem(const connectionItem&) = delete;
         connectionItem& operator=(const connectionItem&) = delete;
@@ -82,7 +88,7 @@ public:
     private:
         friend class SignalBase;
         ~connectionItem();
-        void detach();
+        ZEBASE_HIDDEN void detach();
     };
 
     /// The handle of a connection, valid until the connection ends.
@@ -94,7 +100,7 @@ public:
     SignalBase(const SignalBase&) = delete;
     SignalBase& operator=(const SignalBase&) = delete;
 
-    /// Ends every connection. Those that are running go when their firing has left them.
+    /// Ends every connection. Those that are running are freed when their firing has left them.
     ~SignalBase();
 
     /// The number of connections, those that only wait for a firing to leave them included.

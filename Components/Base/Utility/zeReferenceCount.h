@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// Lifetime: the base of hidden implementation objects, the intrusive count and the counted
-/// pointer.
+/// Lifetime: the base of hidden implementation objects (ze::ImplBase), the intrusive count
+/// (ze::ReferenceCount) and the counted pointer (ze::Reference).
 ///
 /// An object of a class derived from ze::ReferenceCount lives as long as the last ze::Reference to
-/// it (or the last manual ref()). The count is a plain integer: an object and everything that
-/// refers to it belong to one thread at a time.
+/// it (or the last manual ref()).
+///
+/// Threads: the count is a plain integer, so that an object and everything that refers to it belong
+/// to one thread at a time.
 ///
 /// @code
 /// struct Mesh : ze::ReferenceCount {
@@ -43,8 +45,11 @@ public:
 /// assignment leaves the counts of both sides alone.
 class ZEBASE_API ReferenceCount {
 public:
+    /// Without owners.
     ReferenceCount() = default;
+    /// A new object without owners, whatever the count of the other.
     ReferenceCount(const ReferenceCount&) {}
+    /// Leaves both counts alone.
     ReferenceCount& operator=(const ReferenceCount&) { return *this; }
     virtual ~ReferenceCount();
 
@@ -70,16 +75,20 @@ private:
 template<class T>
 class Reference {
 public:
+    /// Null.
     Reference() = default;
+    /// Adds an owner to `object`, which may be null.
     Reference(T* object) : object_(object) {
         if (object_)
             object_->ref();
     }
+    /// Adds an owner.
     Reference(const Reference& other) : Reference(other.object_) {}
     /// From a counted pointer to a derived or a non-const object.
     template<class Other>
     requires std::convertible_to<Other*, T*> Reference(const Reference<Other>& other)
         : Reference(other.get()) {}
+    /// Takes the ownership over and leaves `other` null.
     Reference(Reference&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
     ~Reference() {
         if (object_)
@@ -93,20 +102,28 @@ public:
         Reference(other).swap(*this);
         return *this;
     }
+    /// Takes the ownership over and leaves `other` null.
     Reference& operator=(Reference&& other) noexcept {
         Reference(std::move(other)).swap(*this);
         return *this;
     }
 
+    /// Exchanges the objects.
     void swap(Reference& other) noexcept { std::swap(object_, other.object_); }
 
+    /// The object, or null.
     T* get() const { return object_; }
+    /// The object, which must not be null.
     T* operator->() const { return object_; }
+    /// The object, which must not be null.
     T& operator*() const { return *object_; }
+    /// Whether there is an object.
     explicit operator bool() const { return object_ != nullptr; }
 
+    /// Whether both refer to the same object, or to none.
     friend bool operator==(const Reference& a, const Reference& b) = default;
-    /// Takes no ownership on the way: that would delete an object that has no owner yet.
+    /// Whether `a` refers to this object. Takes no ownership meanwhile: that would delete an object
+    /// that has no owner yet.
     friend bool operator==(const Reference& a, const T* b) { return a.object_ == b; }
 
 private:

@@ -2,7 +2,9 @@
 
 /// @file
 /// Whether this process is a unit test: one flag, false at load, for code that must behave
-/// otherwise under test (no dialogs, no waiting for a person). Any thread may call.
+/// otherwise under test (no dialogs, no waiting for a person).
+///
+/// Threads: any thread may call.
 ///
 /// @code
 /// assert(!ze::isThisAUnitTest());

@@ -3,11 +3,24 @@
 /// @file
 /// One-time initialisers, run in dependency order at start-up and in reverse at shut-down.
 ///
+/// See zeUtil::Initializer for the contract.
+
+#pragma once
+
+#include "Base/Utility/zeUtilError.h"
+#include "Base/zeBaseExport.h"
+
+namespace zeUtil {
+
+/// Base of initialisers.
+///
 /// An Initializer is normally a file-scope static: defining it registers it. The application calls
-/// initializeAll() once, when its statics stand, and finalizeAll() once before it exits; the
-/// library calls neither. Registration is safe from the static constructors of any translation
-/// unit, in any order. Nothing here locks: all of it belongs to the one thread of start-up and
-/// shut-down.
+/// initializeAll() once, when its statics are constructed, and finalizeAll() once before it exits;
+/// the library calls neither. Registration is safe from the static constructors of any translation
+/// unit, in any order. A registered object is never removed from the registry, so it must live
+/// until the last call of initializeAll() and finalizeAll().
+///
+/// Threads: everything here belongs to the one thread of start-up and shut-down.
 ///
 /// @code
 /// struct Fonts : zeUtil::Initializer {
@@ -22,21 +35,11 @@
 /// assert(zeUtil::Initializer::initializeAll().code() == 0); // fonts, then menus
 /// zeUtil::Initializer::finalizeAll();                       // menus, then fonts
 /// @endcode
-
-#pragma once
-
-#include "Base/Utility/zeUtilError.h"
-#include "Base/zeBaseExport.h"
-
-namespace zeUtil {
-
-/// Base of initialisers. A registered object is never removed from the registry, so it must live
-/// until the last call of initializeAll() and finalizeAll().
 class ZEBASE_API Initializer {
 public:
     /// Registers the object.
     Initializer() : label_("Components/Base/Utility/zeUtilInitializer") { addInit(); }
-    Initializer(const Initializer&) = delete; ///< an initialiser is known by its address
+    Initializer(const Initializer&) = delete; ///< An initialiser is known by its address.
     Initializer& operator=(const Initializer&) = delete;
 
     /// Does the work. Any code but 0 ends the start-up.

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// An array that grows without moving its elements, and takes memory only where it is touched.
+/// An array that grows without moving its elements: zeVectorOfChunks.
+///
+/// Threads: an array belongs to one thread at a time; find() and nextTouched() may overlap.
 ///
 /// @code
 /// zeVectorOfChunks<int, 4000> numbers; // 1000 elements a chunk
@@ -15,17 +17,17 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
-#include <memory>
 #include <new>
 #include <vector>
 
-/// An array of `T` in chunks of `N` bytes. A chunk is allocated (by malloc) when one of its
-/// elements is first asked for by operator[], with all elements constructed by `T()`; an element
-/// that was never asked for counts as such. Chunks never move, and are freed at destruction only.
-/// Access is a division by a constant and two indexings.
+/// An array of `T` in chunks of `N` bytes, which takes memory only where it is touched. A chunk is
+/// allocated (by malloc) when one of its elements is first accessed by operator[], with all
+/// elements constructed by `T()`; an element that was never accessed counts as such. Chunks never
+/// move, and are freed at destruction only. Access is a division by a constant and two indexings.
 ///
-/// Throws std::bad_alloc when memory runs out. Cannot be copied, since addresses are the point.
+/// Throws std::bad_alloc when memory runs out, with the array unchanged.
 template<class T, std::size_t N>
 class zeVectorOfChunks {
 public:
@@ -34,15 +36,14 @@ public:
     static_assert(elementsPerChunk > 0, "A chunk holds at least one element");
     static_assert(alignof(T) <= alignof(std::max_align_t), "Chunks are aligned as malloc does it");
 
+    /// An empty array, which allocates nothing.
     zeVectorOfChunks() = default;
-    zeVectorOfChunks(const zeVectorOfChunks&) = delete;
+    zeVectorOfChunks(const zeVectorOfChunks&) = delete; ///< Addresses of elements are kept.
     zeVectorOfChunks& operator=(const zeVectorOfChunks&) = delete;
     ~zeVectorOfChunks() {
-        for (T* chunk : chunks_) {
+        for (T* chunk : chunks_)
             if (chunk)
-                std::destroy_n(chunk, elementsPerChunk);
-            std::free(chunk);
-        }
+                destroy(chunk, elementsPerChunk);
     }
 
     /// Valid indices are below it.
@@ -51,10 +52,13 @@ public:
     /// The size that needs no further chunk.
     std::size_t capacity() const { return chunks_.size() * elementsPerChunk; }
 
-    /// Raises the size; a lower one changes nothing.
+    /// Raises the size; a lower one changes nothing. A size that no memory can hold throws
+    /// std::bad_alloc.
     void grow(std::size_t size) {
         if (size <= size_)
             return;
+        if (size > PTRDIFF_MAX / sizeof(T))
+            throw std::bad_alloc();
         if (size > capacity())
             chunks_.resize((size + elementsPerChunk - 1) / elementsPerChunk);
         size_ = size;
@@ -82,16 +86,25 @@ public:
     }
 
 private:
-    struct Free {
-        void operator()(void* memory) const { std::free(memory); }
-    };
-
     static T* newChunk() {
-        std::unique_ptr<void, Free> memory(std::malloc(elementsPerChunk * sizeof(T)));
-        if (!memory)
+        auto* chunk = static_cast<T*>(std::malloc(elementsPerChunk * sizeof(T)));
+        if (!chunk)
             throw std::bad_alloc();
-        std::uninitialized_value_construct_n(static_cast<T*>(memory.get()), elementsPerChunk);
-        return static_cast<T*>(memory.release());
+        std::size_t made = 0;
+        try {
+            for (; made < elementsPerChunk; ++made)
+                ::new (static_cast<void*>(chunk + made)) T();
+        } catch (...) {
+            destroy(chunk, made);
+            throw;
+        }
+        return chunk;
+    }
+
+    static void destroy(T* chunk, std::size_t made) {
+        while (made > 0)
+            chunk[--made].~T();
+        std::free(chunk);
     }
 
     std::vector<T*> chunks_; ///< Null where nothing was touched yet.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Saves two objects, one of which points at the other, and loads them again.
 
+#include <clocale>
 #include <cstdio>
 #include <memory>
 #include <utility>
@@ -57,9 +58,9 @@ Scene load(const zeString::IString& path) {
     types.supportedType(new NodeType); // the registry owns it
     ioBufferedStreamInput file;
     file.openFile(path);
-    std::unique_ptr<ioReadContext> in(ioReadContextAlloc(file, &types)); // binary or text
-    if (!in)
+    if (ioPacketFileCheck(file) != ioOK || !file.seek(0)) // readers wait for the end of a cut file
         return {};
+    std::unique_ptr<ioReadContext> in(ioReadContextAlloc(file, &types)); // binary or text
     Loader loader(in.get());
     const bool complete = loader.readFile() == ioOK;
     file.close();
@@ -67,6 +68,7 @@ Scene load(const zeString::IString& path) {
 }
 
 int main() {
+    std::setlocale(LC_ALL, ""); // file names are in the user's encoding
     Scene scene(2);
     scene[1] = std::make_unique<Node>(Node{10, 20, nullptr});
     scene[0] = std::make_unique<Node>(Node{1.5, -2.5, scene[1].get()});

@@ -32,169 +32,6 @@ ioStatus readThing(const std::string& elements, const Read& read, int blockSize 
     return readFile(file("{ 2 0 " + elements + "}\n" + textEnd), read, nullptr, blockSize);
 }
 
-TEST(TextPackets, LayOutChunksAndSubPackets) {
-    Output output;
-    Registry registry(false, {{"a", nullptr}, {"b", nullptr}, {"c", nullptr}, {"d", nullptr}});
-    const std::unique_ptr<ioWriteContext> context(
-        ioWriteContextAlloc(output.stream, ioWriteAscii, &registry));
-    context->startFile();
-    int object;
-    context->getReferenceMap()->associatePtrWithReference(7, &object, false);
-    context->startPacket("d", &object);
-    context->startChunk();
-    context->writeInt(3);
-    context->endPacket();
-    context->startPacket("a", nullptr);
-    context->startSubPacket();
-    context->startChunk();
-    context->endSubPacket();
-    context->endPacket();
-    context->endFile();
-    EXPECT_EQ(output.bytes(), textHeader +
-                                  "   0 packetFile_string\n   1 packetFile_EOF\n   2 a\n   3 b\n"
-                                  "   4 c\n   5 d\n@\n"
-                                  "{ 5 1 7 \n  [ 3 ] }\n"
-                                  "{ 2 0 \n  < \n  [ ] > }\n"
-                                  "{ 1 0 }\n");
-}
-
-TEST(TextPackets, EscapeStructureInStrings) {
-    const std::string text = "a\"b\\c[d]e{f}g<h>i\n\x01\xFF;";
-    const std::string packets = written(ioWriteAscii, [&](ioWriteContext& context) {
-        context.startPacket("thing", nullptr);
-        context.writeCString(text.c_str());
-        context.writeCString("");
-        context.writeCString(nullptr);
-        context.writeRawByte('}');
-        context.writeRawByte('x');
-        context.endPacket();
-    });
-    EXPECT_EQ(packets,
-              "{ 2 0 \"a\\\"b\\\\c\\[d\\]e\\{f\\}g\\<h\\>i\n\x01\xFF;\" \"\" \"\" \\}x}\n" +
-                  textEnd);
-    for (const int blockSize : {1, 2, 3, 5, 7, 4096}) {
-        int packetsRead = 0;
-        EXPECT_EQ(readFile(
-                      file(packets),
-                      [&](ioClientReadContext& client) {
-                          ++packetsRead;
-                          EXPECT_EQ(client.readCString(), text);
-                          EXPECT_STREQ(client.readCString(), "");
-                          EXPECT_STREQ(client.readCString(), "");
-                          EXPECT_EQ(client.readRawByte(), '}');
-                          EXPECT_EQ(client.readRawByte(), 'x');
-                          EXPECT_EQ(client.readCString(), nullptr);
-                          EXPECT_EQ(client.readInt(), 0);
-                          EXPECT_EQ(client.readRawByte(), 0);
-                      },
-                      nullptr, blockSize),
-                  ioOK)
-            << blockSize;
-        EXPECT_EQ(packetsRead, 1);
-    }
-}
-
-TEST(TextPackets, SkipWhatTheReaderDoesNotKnow) {
-    int packets = 0;
-    const auto check = [&](const std::string& elements, const Read& read) {
-        for (const int blockSize : {1, 3, 4096})
-            EXPECT_EQ(readThing(
-                          elements,
-                          [&](ioClientReadContext& client) {
-                              ++packets;
-                              read(client);
-                          },
-                          blockSize),
-                      ioOK)
-                << elements;
-    };
-    check("\n  [ 1 2 \n  < 9 \n  [ 3 \"\\]\\>\" ] > 8 ] \n  [ 4 ] ",
-          [](ioClientReadContext& client) {
-              EXPECT_TRUE(client.nextChunk());
-              EXPECT_EQ(client.readInt(), 1);
-              EXPECT_TRUE(client.nextChunk());
-              EXPECT_EQ(client.readInt(), 4);
-              EXPECT_FALSE(client.nextChunk());
-              EXPECT_EQ(client.readInt(), 0);
-          });
-    const std::string nested = "\n  < 5 \n  [ 1 \n  < \n  [ ] > ] \n  [ 2 ] > 6 ";
-    check(nested, [](ioClientReadContext& client) {
-        client.startSubPacket();
-        client.endSubPacket();
-        EXPECT_EQ(client.readInt(), 6);
-    });
-    check(nested, [](ioClientReadContext& client) {
-        client.startSubPacket();
-        EXPECT_FALSE(client.nextChunk()); // there is a value first
-        EXPECT_EQ(client.readInt(), 5);
-        EXPECT_TRUE(
-            client.nextChunk()); // the one behind: the search for an end has run all the same
-        EXPECT_EQ(client.readInt(), 2);
-        EXPECT_FALSE(client.nextChunk());
-        EXPECT_FALSE(client.nextChunk()); // held at the end of the sub-packet
-        client.endSubPacket();
-        EXPECT_EQ(client.readInt(), 6);
-    });
-    check(nested, [](ioClientReadContext& client) {
-        client.startSubPacket();
-        EXPECT_EQ(client.readInt(), 5);
-        EXPECT_TRUE(client.nextChunk());
-        EXPECT_EQ(client.readInt(), 1);
-        client.startSubPacket();
-        EXPECT_FALSE(client.nextChunk()); // empty
-        client.endSubPacket();
-        EXPECT_FALSE(client.isValidChunk()); // one state for the whole packet
-        client.endSubPacket();
-        EXPECT_EQ(client.readInt(), 6);
-    });
-    check("[ [ < > ] 1 ", [](ioClientReadContext& client) { // not as a writer leaves it
-        client.endSubPacket();
-        client.startSubPacket();
-        client.endSubPacket();
-        client.readRawByte();
-        client.nextChunk();
-        client.startSubPacket();
-        client.startSubPacket();
-        EXPECT_EQ(client.readCString(), nullptr);
-        EXPECT_EQ(client.readDouble(), 0);
-    });
-    EXPECT_EQ(packets, 15);
-}
-
-TEST(TextPackets, FindPacketsAmongOtherText) {
-    int packets = 0;
-    const Read read = [&](ioClientReadContext& client) {
-        ++packets;
-        EXPECT_EQ(client.readInt(), 8);
-    };
-    const std::string list = textHeader + thingTypes;
-    EXPECT_EQ(readFile(list + "# by hand\n{\n  2 0 8 }{2 0 8}   " + textEnd, read), ioOK);
-    EXPECT_EQ(packets, 2);
-    EXPECT_EQ(readFile(list + "{ 2 0 8 }\n{ 1 0 }", read), ioOK); // lacks its last newline
-    EXPECT_EQ(readFile(list + "{ -1 0 8 }\n", read), ioBadFile);
-    EXPECT_EQ(readFile(list + "{ 9 0 8 }\n", read), ioBadFile);
-    for (const char* cut : {"{", "{ 2 0 8", "{ 2 0 8 \\", "{ 2 0 8 \\}"})
-        EXPECT_EQ(readFile(list + cut, read), ioBadFile) << cut;
-    EXPECT_EQ(packets, 3);
-}
-
-TEST(TextPackets, GrowWithTheirContents) {
-    const std::string text(130000, '<');
-    const std::string packets = written(ioWriteAscii, [&](ioWriteContext& context) {
-        context.startPacket("thing", nullptr);
-        context.writeCString(text.c_str());
-        context.writeInt(5);
-        context.endPacket();
-    });
-    EXPECT_EQ(packets.size(), 260013U + 8);
-    EXPECT_EQ(readFile(file(packets),
-                       [&](ioClientReadContext& client) {
-                           EXPECT_EQ(client.readCString(), text);
-                           EXPECT_EQ(client.readInt(), 5);
-                       }),
-              ioOK);
-}
-
 // Numbers: the same text as printf, the same values as strtod, strtol and strtoul.
 
 std::string printed(const char* format, double value) {
@@ -247,6 +84,119 @@ std::vector<double> edgeValues() {
     for (std::size_t i = values.size(); i-- > 0;)
         values.push_back(-values[i]);
     return values;
+}
+
+} // namespace
+
+TEST(TextPackets, EscapeStructureInStrings) {
+    const std::string text = "a\"b\\c[d]e{f}g<h>i\n\x01\xFF;";
+    const std::string packets = written(ioWriteAscii, [&](ioWriteContext& context) {
+        context.startPacket("thing", nullptr);
+        context.writeCString(text.c_str());
+        context.writeCString("");
+        context.writeCString(nullptr);
+        context.writeRawByte('}');
+        context.writeRawByte('x');
+        context.endPacket();
+    });
+    EXPECT_EQ(packets,
+              "{ 2 0 \"a\\\"b\\\\c\\[d\\]e\\{f\\}g\\<h\\>i\n\x01\xFF;\" \"\" \"\" \\}x}\n" +
+                  textEnd);
+    for (const int blockSize : {1, 2, 3, 5, 7, 4096}) {
+        int packetsRead = 0;
+        EXPECT_EQ(readFile(
+                      file(packets),
+                      [&](ioClientReadContext& client) {
+                          ++packetsRead;
+                          EXPECT_EQ(client.readCString(), text);
+                          EXPECT_STREQ(client.readCString(), "");
+                          EXPECT_STREQ(client.readCString(), "");
+                          EXPECT_EQ(client.readRawByte(), '}');
+                          EXPECT_EQ(client.readRawByte(), 'x');
+                          EXPECT_EQ(client.readCString(), nullptr);
+                          EXPECT_EQ(client.readInt(), 0);
+                          EXPECT_EQ(client.readRawByte(), 0);
+                      },
+                      nullptr, blockSize),
+                  ioOK)
+            << blockSize;
+        EXPECT_EQ(packetsRead, 1);
+    }
+}
+
+TEST(TextPackets, SkipWhatTheReaderDoesNotKnow) {
+    int packets = 0;
+    const auto check = [&](const std::string& elements, const Read& read) {
+        for (const int blockSize : {1, 3, 4096})
+            EXPECT_EQ(readThing(
+                          elements,
+                          [&](ioClientReadContext& client) {
+                              ++packets;
+                              read(client);
+                          },
+                          blockSize),
+                      ioOK)
+                << elements;
+    };
+    const std::string nested = "\n  < 5 \n  [ 1 \n  < \n  [ ] > ] \n  [ 2 ] > 6 ";
+    check(nested, [](ioClientReadContext& client) {
+        client.startSubPacket();
+        client.endSubPacket();
+        EXPECT_EQ(client.readInt(), 6);
+    });
+    check(nested, [](ioClientReadContext& client) {
+        client.startSubPacket();
+        EXPECT_FALSE(client.nextChunk()); // there is a value first
+        EXPECT_EQ(client.readInt(), 5);
+        EXPECT_TRUE(
+            client.nextChunk()); // the one behind: the search for an end has run all the same
+        EXPECT_EQ(client.readInt(), 2);
+        EXPECT_FALSE(client.nextChunk());
+        EXPECT_FALSE(client.nextChunk()); // held at the end of the sub-packet
+        client.endSubPacket();
+        EXPECT_EQ(client.readInt(), 6);
+    });
+    check(nested, [](ioClientReadContext& client) {
+        client.startSubPacket();
+        EXPECT_EQ(client.readInt(), 5);
+        EXPECT_TRUE(client.nextChunk());
+        EXPECT_EQ(client.readInt(), 1);
+        client.startSubPacket();
+        EXPECT_FALSE(client.nextChunk()); // empty
+        client.endSubPacket();
+        EXPECT_FALSE(client.isValidChunk()); // one state for the whole packet
+        client.endSubPacket();
+        EXPECT_EQ(client.readInt(), 6);
+    });
+    check("[ [ < > ] 1 ", [](ioClientReadContext& client) { // not as a writer leaves it
+        client.endSubPacket();
+        client.startSubPacket();
+        client.endSubPacket();
+        client.readRawByte();
+        client.nextChunk();
+        client.startSubPacket();
+        client.startSubPacket();
+        EXPECT_EQ(client.readCString(), nullptr);
+        EXPECT_EQ(client.readDouble(), 0);
+    });
+    EXPECT_EQ(packets, 12);
+}
+
+TEST(TextPackets, FindPacketsAmongOtherText) {
+    int packets = 0;
+    const Read read = [&](ioClientReadContext& client) {
+        ++packets;
+        EXPECT_EQ(client.readInt(), 8);
+    };
+    const std::string list = textHeader + thingTypes;
+    EXPECT_EQ(readFile(list + "# by hand\n{\n  2 0 8 }{2 0 8}   " + textEnd, read), ioOK);
+    EXPECT_EQ(packets, 2);
+    EXPECT_EQ(readFile(list + "{ 2 0 8 }\n{ 1 0 }", read), ioOK); // lacks its last newline
+    EXPECT_EQ(readFile(list + "{ -1 0 8 }\n", read), ioBadFile);
+    EXPECT_EQ(readFile(list + "{ 9 0 8 }\n", read), ioBadFile);
+    for (const char* cut : {"{", "{ 2 0 8", "{ 2 0 8 \\", "{ 2 0 8 \\}"})
+        EXPECT_EQ(readFile(list + cut, read), ioBadFile) << cut;
+    EXPECT_EQ(packets, 3);
 }
 
 TEST(TextNumbers, AreThoseOfTheCLibrary) {
@@ -323,5 +273,3 @@ TEST(TextNumbers, FollowTheDecimalPointOfTheLocale) {
     if (!set)
         GTEST_SKIP() << "no locale with a decimal comma can be made here";
 }
-
-} // namespace

@@ -28,126 +28,26 @@ std::string thing(const std::string& body) {
     return packet + body;
 }
 
-TEST(BinaryPackets, LayOutChunksAndSubPackets) {
-    const std::string expected = bytes("02000000 00000000 1D000000"
-                                       "',' 14000000 07000000"
-                                       "'.' 0B000000 0201 ',' 04000000"
-                                       "',' 07000000 'hi'00");
-    const std::string swapped = bytes("00000002 00000000 0000001D"
-                                      "',' 00000014 00000007"
-                                      "'.' 0000000B 0102 ',' 00000004"
-                                      "',' 00000007 'hi'00");
-    EXPECT_EQ(written(ioWriteBinary,
-                      [](ioWriteContext& context) {
-                          context.startPacket("thing", nullptr);
-                          context.startChunk();
-                          context.writeInt(7);
-                          context.startSubPacket();
-                          context.writeShort(0x0102);
-                          context.startChunk();
-                          context.endSubPacket();
-                          context.startChunk();
-                          context.writeCString("hi");
-                          context.endPacket();
-                      }),
-              expected + binaryEnd);
-
-    int packets = 0;
-    const Read read = [&](ioClientReadContext& client) {
-        ++packets;
-        EXPECT_TRUE(client.nextChunk());
-        EXPECT_EQ(client.readInt(), 7);
+/// One object with everything that a packet can hold, read without trust in any of it.
+void readAnything(ioClientReadContext& client, std::deque<void*>& pointers) {
+    client.definePacketReference(&client);
+    for (int i = 0; i < 2; ++i) {
+        client.nextChunk();
+        client.readCString();
         client.startSubPacket();
-        EXPECT_EQ(client.readShort(), 0x0102);
-        EXPECT_FALSE(client.isValidChunk()); // a sub-packet has chunks of its own
-        EXPECT_FALSE(client.nextChunk());    // empty
+        double values[4];
+        client.readDoubleArray(values, 3);
+        client.nextChunk();
+        client.readReferenceUsage(&pointers.emplace_back(), 0);
+        client.readReferenceUsage();
         client.endSubPacket();
-        EXPECT_TRUE(client.isValidChunk());
-        EXPECT_TRUE(client.nextChunk());
-        EXPECT_STREQ(client.readCString(), "hi");
-        EXPECT_FALSE(client.nextChunk());
-        EXPECT_FALSE(client.isValidChunk());
-    };
-    for (const int blockSize : {1, 5, 4096}) {
-        EXPECT_EQ(readFile(file(expected + binaryEnd), read, nullptr, blockSize), ioOK);
-        EXPECT_EQ(readFile(bigEndianHeader + thingTypes + swapped + bigEndianEnd, read, nullptr,
-                           blockSize),
-                  ioOK);
     }
-    EXPECT_EQ(packets, 6);
+    client.readReferenceDefinition(&pointers);
+    bool flags[3];
+    client.readBoolArray(flags, 3);
 }
 
-TEST(BinaryPackets, SkipWhatTheReaderDoesNotKnow) {
-    const Write write = [](ioWriteContext& context) {
-        for (int i = 0; i < 2; ++i) {
-            context.startPacket("thing", nullptr);
-            context.startChunk();
-            context.writeInt(1);
-            context.writeInt(2); // added by a later version
-            context.startSubPacket();
-            context.startChunk();
-            context.writeInt(3);
-            context.endSubPacket();
-            context.startChunk();
-            context.writeInt(4);
-            context.startChunk(); // added by a later version
-            context.writeInt(5);
-            context.endPacket();
-        }
-    };
-    int packets = 0;
-    EXPECT_EQ(readFile(file(written(ioWriteBinary, write)),
-                       [&](ioClientReadContext& client) {
-                           ++packets;
-                           EXPECT_TRUE(client.nextChunk());
-                           EXPECT_EQ(client.readInt(), 1);
-                           EXPECT_TRUE(client.nextChunk());
-                           EXPECT_EQ(client.readInt(), 4);
-                       }),
-              ioOK);
-    EXPECT_EQ(readFile(file(written(ioWriteBinary, write)),
-                       [&](ioClientReadContext& client) {
-                           ++packets;
-                           EXPECT_TRUE(client.nextChunk());
-                           EXPECT_EQ(client.readInt64(), 0x200000001);
-                           client.startSubPacket();
-                           EXPECT_TRUE(client.nextChunk());
-                           EXPECT_FALSE(client.nextChunk()); // held at the end of the sub-packet
-                           client.endSubPacket();
-                           EXPECT_TRUE(client.nextChunk());
-                           EXPECT_TRUE(client.nextChunk());
-                           EXPECT_FALSE(client.nextChunk());
-                           EXPECT_FALSE(client.nextChunk());
-                       }),
-              ioOK);
-    EXPECT_EQ(packets, 4);
-}
-
-TEST(BinaryPackets, PassOverReservedAndUnknownPackets) {
-    const std::string reserved = bytes("02000000 02000000 01000000 FF");
-    const std::string negative = bytes("02000000 FEFFFFFF 01000000 FF");
-    int packets = 0;
-    const Read count = [&](ioClientReadContext& client) { packets += client.readInt(); };
-    EXPECT_EQ(readFile(file(reserved + negative + thing(bytes("01000000")) + binaryEnd), count),
-              ioOK);
-    EXPECT_EQ(packets, 1);
-
-    const std::string strangers = "   0 packetFile_EOF\n   1 stranger\n@\n";
-    const std::string packet = bytes("01000000 01000000 05000000 07000000 FF");
-    EXPECT_EQ(
-        readFile(binaryHeader + strangers + packet + bytes("00000000 00000000 00000000"), count),
-        ioOK);
-}
-
-TEST(BinaryPackets, RefuseWhatTheyCannotUnderstand) {
-    const char* packets[] = {
-        "FFFFFFFF 00000000 00000000",    // a negative id
-        "02000000 00000000 FFFFFFFF",    // a negative length
-        "03000000 00000000 01000000 FF", // an id beyond the list
-    };
-    for (const char* packet : packets)
-        EXPECT_EQ(readFile(file(bytes(packet) + binaryEnd), nullptr), ioBadFile) << packet;
-}
+} // namespace
 
 TEST(BinaryPackets, TakeMemoryByWhatArrivesAndNotByWhatIsClaimed) {
     const auto peakMegabytes = [] {
@@ -200,25 +100,6 @@ TEST(BinaryPackets, ReadZerosWhereverDamagedLengthsLead) {
     }
 }
 
-/// One object with everything that a packet can hold, read without trust in any of it.
-void readAnything(ioClientReadContext& client, std::deque<void*>& pointers) {
-    client.definePacketReference(&client);
-    for (int i = 0; i < 2; ++i) {
-        client.nextChunk();
-        client.readCString();
-        client.startSubPacket();
-        double values[4];
-        client.readDoubleArray(values, 3);
-        client.nextChunk();
-        client.readReferenceUsage(&pointers.emplace_back(), 0);
-        client.readReferenceUsage();
-        client.endSubPacket();
-    }
-    client.readReferenceDefinition(&pointers);
-    bool flags[3];
-    client.readBoolArray(flags, 3);
-}
-
 TEST(BinaryPackets, EndInAStatusWhereverTheFileIsCutOrFlipped) {
     int objects[3];
     const std::string whole = file(written(ioWriteBinary, [&](ioWriteContext& context) {
@@ -257,31 +138,6 @@ TEST(BinaryPackets, EndInAStatusWhereverTheFileIsCutOrFlipped) {
         }
 }
 
-TEST(BinaryPackets, GrowWithTheirContents) {
-    const std::string text(120000, 't');
-    const std::vector<double> values(300000, 2.5); // more than is believed before it arrives
-    const std::string packets = written(ioWriteBinary, [&](ioWriteContext& context) {
-        context.startPacket("thing", nullptr);
-        context.writeCString(text.c_str());
-        context.startChunk();
-        for (const double value : values)
-            context.writeDouble(value);
-        context.writeDoubleArray(values.data(), static_cast<int>(values.size()));
-        context.endPacket();
-    });
-    EXPECT_EQ(packets.size(), 12 + 120001 + 5 + 2 * 2400000 + 12U);
-    std::vector<double> read(600000);
-    EXPECT_EQ(readFile(file(packets),
-                       [&](ioClientReadContext& client) {
-                           EXPECT_EQ(client.readCString(), text);
-                           EXPECT_TRUE(client.nextChunk());
-                           client.readDoubleArray(read.data(), 600000);
-                           EXPECT_FALSE(client.nextChunk());
-                       }),
-              ioOK);
-    EXPECT_EQ(read, std::vector<double>(600000, 2.5));
-}
-
 TEST(BinaryPackets, AreDroppedIfTheyExceedTheirLength) {
     const double value = 1;
     EXPECT_EQ(written(
@@ -295,38 +151,3 @@ TEST(BinaryPackets, AreDroppedIfTheyExceedTheirLength) {
                   ioError),
               "");
 }
-
-TEST(BinaryPackets, KeepStructureOpenToOverridesOfTheTypedOperations) {
-    struct Tagging : ioWriteContextBinary {
-        using ioWriteContextBinary::ioWriteContextBinary;
-        void writeInt(int value) override {
-            writeRawByte('i');
-            ioWriteContextBinary::writeInt(value);
-        }
-        void writeUInt(unsigned int value) override {
-            writeRawByte('I');
-            ioWriteContextBinary::writeUInt(value);
-        }
-        void writeBool(bool value) override {
-            writeRawByte('b');
-            ioWriteContextBinary::writeBool(value);
-        }
-    };
-    Output output;
-    Registry registry(false, {{"thing", nullptr}});
-    Tagging context(output.stream);
-    context.associateRegistry(&registry);
-    registry.init();
-    int object;
-    context.startPacket("thing", &object);
-    context.startChunk();
-    const bool flags[] = {true, false};
-    context.writeBoolArray(flags, 2);
-    const int numbers[] = {9};
-    context.writeIntArray(numbers, 1);
-    context.endPacket();
-    EXPECT_EQ(output.bytes(), bytes("02000000 01000000 13000000 'I'01000000"
-                                    "',' 'i'0D000000 'b'01 'b'00 09000000"));
-}
-
-} // namespace

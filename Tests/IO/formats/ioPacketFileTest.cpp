@@ -2,13 +2,20 @@
 
 #include "Base/IO/ioPacketFile.h"
 
+#include <sys/resource.h>
+
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <new>
+#include <set>
 #include <typeinfo>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "Support/AllocationCount.h"
 
 #include "IO/formats/PacketFileSupport.h"
 
@@ -16,105 +23,9 @@ namespace {
 
 using namespace packets;
 
-using W = ioWriteContext;
-using R = ioReadContext;
-
-/// Three values of one kind, alone and as an array, in the three forms that a reader can meet:
-/// `hex` and `text` are each value's bytes and text.
-template<class T>
-void expectKind(const T (&values)[3], void (W::*writeOne)(T), auto(R::*readOne)(),
-                void (W::*writeArray)(const T*, int), void (R::*readArray)(T*, int),
-                std::vector<std::string> hex, const std::string& text) {
-    SCOPED_TRACE(text);
-    const Write write = [&](ioWriteContext& context) {
-        context.startPacket("thing", nullptr);
-        for (const T value : values)
-            (context.*writeOne)(value);
-        for (const int count : {3, 0, -1})
-            (context.*writeArray)(values, count);
-        context.endPacket();
-    };
-    std::string little, big;
-    for (const std::string& value : hex) {
-        const std::string element = bytes(value);
-        little += element;
-        big.append(element.rbegin(), element.rend());
-    }
-    const std::string size(1, static_cast<char>(6 * sizeof(T)));
-    const std::string binary =
-        bytes("02000000 00000000") + size + bytes("000000") + little + little + binaryEnd;
-    const std::string swapped = bytes("00000002 00000000 000000") + size + big + big + bigEndianEnd;
-    const std::string packet = "{ 2 0 " + text + " " + text + " }\n" + textEnd;
-    EXPECT_EQ(written(ioWriteBinary, write), binary);
-    EXPECT_EQ(written(ioWriteAscii, write), packet);
-    int packets = 0;
-    const Read read = [&](ioClientReadContext& client) {
-        ++packets;
-        for (const T value : values)
-            EXPECT_EQ(static_cast<T>((client.getContext().*readOne)()), value);
-        T found[3] = {};
-        for (const int count : {0, -1, 3})
-            (client.getContext().*readArray)(found, count);
-        EXPECT_THAT(found, testing::ElementsAreArray(values));
-    };
-    EXPECT_EQ(readFile(binaryHeader + thingTypes + binary, read), ioOK);
-    EXPECT_EQ(readFile(bigEndianHeader + thingTypes + swapped, read), ioOK);
-    EXPECT_EQ(readFile(textHeader + thingTypes + packet, read), ioOK);
-    EXPECT_EQ(packets, 3);
-}
-
-TEST(PacketFile, WritesAndReadsEachKindOfValue) {
-    expectKind<bool>({true, false, true}, &W::writeBool, &R::readBool, &W::writeBoolArray,
-                     &R::readBoolArray, {"01", "00", "01"}, "1 0 1");
-    expectKind<char>({'a', -1, 0}, &W::writeChar, &R::readChar, &W::writeCharArray,
-                     &R::readCharArray, {"61", "FF", "00"}, "97 255 0");
-    expectKind<unsigned char>({0, 200, 255}, &W::writeUChar, &R::readUChar, &W::writeUCharArray,
-                              &R::readUCharArray, {"00", "C8", "FF"}, "0 200 255");
-    expectKind<short>({-2, 258, 0}, &W::writeShort, &R::readShort, &W::writeShortArray,
-                      &R::readShortArray, {"FEFF", "0201", "0000"}, "-2 258 0");
-    expectKind<unsigned short>({65534, 258, 0}, &W::writeUShort, &R::readUShort,
-                               &W::writeUShortArray, &R::readUShortArray, {"FEFF", "0201", "0000"},
-                               "65534 258 0");
-    expectKind<int>({-2, 66051, 0}, &W::writeInt, &R::readInt, &W::writeIntArray, &R::readIntArray,
-                    {"FEFFFFFF", "03020100", "00000000"}, "-2 66051 0");
-    expectKind<unsigned int>({4294967294, 66051, 0}, &W::writeUInt, &R::readUInt,
-                             &W::writeUIntArray, &R::readUIntArray,
-                             {"FEFFFFFF", "03020100", "00000000"}, "4294967294 66051 0");
-    expectKind<std::int64_t>({-2, 72623859790382856, 0}, &W::writeInt64, &R::readInt64,
-                             &W::writeInt64Array, &R::readInt64Array,
-                             {"FEFFFFFFFFFFFFFF", "0807060504030201", "0000000000000000"},
-                             "-2 72623859790382856 0");
-    expectKind<std::uint64_t>({18446744073709551614U, 7, 0}, &W::writeUInt64, &R::readUInt64,
-                              &W::writeUInt64Array, &R::readUInt64Array,
-                              {"FEFFFFFFFFFFFFFF", "0700000000000000", "0000000000000000"},
-                              "18446744073709551614 7 0");
-    expectKind<float>({-1.5F, 0.25F, 1e10F}, &W::writeFloat, &R::readFloat, &W::writeFloatArray,
-                      &R::readFloatArray, {"0000C0BF", "0000803E", "F9021550"}, "-1.5 0.25 1e+10");
-    expectKind<double>({-2.25, 0.25, 1e100}, &W::writeDouble, &R::readDouble, &W::writeDoubleArray,
-                       &R::readDoubleArray,
-                       {"00000000000002C0", "000000000000D03F", "7DC39425AD49B254"},
-                       "-2.25 0.25 1e+100");
-}
+} // namespace
 
 // The life of a file.
-
-TEST(PacketFile, PutsPacketsThatAreStartedInsideOthersFirst) {
-    int outer, inner;
-    const std::string packets = written(ioWriteAscii, [&](ioWriteContext& context) {
-        context.startPacket("thing", &outer);
-        context.writeInt(1);
-        context.startChunk();
-        for (int i = 0; i < 2; ++i) {
-            context.startPacket("other", i == 0 ? &inner : nullptr);
-            context.writeInt(2);
-            context.endPacket();
-        }
-        context.writeReference(&inner, false);
-        context.writeReference(nullptr, false);
-        context.endPacket();
-    });
-    EXPECT_EQ(packets, "{ 3 1 2 2 }\n{ 3 0 2 }\n{ 2 1 1 1 \n  [ 2 0 ] }\n" + textEnd);
-}
 
 TEST(PacketFile, NestsAsDeepAsAClientLikes) {
     const std::string packets = written(ioWriteBinary, [](ioWriteContext& context) {
@@ -260,20 +171,6 @@ TEST(PacketFile, TakesOverTheStatusOfTheStream) {
     EXPECT_EQ(packets, 1);
 }
 
-TEST(PacketFile, GoesWithoutAListOfTypesIfTheReaderNumbersAlike) {
-    const std::string packets =
-        written(ioWriteBinary, [](ioWriteContext& context) { // leaves the list out
-            context.startPacket("other", nullptr);
-            context.endPacket();
-        });
-    int others = 0;
-    Registry registry(false, {{"thing", nullptr}, {"other", [&](auto&) { ++others; }}});
-    Input input(binaryHeader + "@\n" + packets);
-    const std::unique_ptr<ioReadContext> context(ioReadContextAlloc(input.stream, &registry));
-    EXPECT_EQ(ioClientReadContext(context.get()).readFile(), ioOK);
-    EXPECT_EQ(others, 1);
-}
-
 TEST(PacketFile, StopsWhereItIsTold) {
     struct Halting : ioPacketType {
         Halting() : ioPacketType("thing") {}
@@ -318,59 +215,112 @@ TEST(PacketFile, ReadsFurtherFilesOfTheSameStream) {
     EXPECT_FALSE(text.context->reusePacketFile());
 }
 
-// References between packets.
+// What could only be misread.
 
-struct Node {
-    int value = 0;
-    Node* next = nullptr;
-    const char* name = nullptr;
-};
-
-void expectPointersBack(ioWriteMethod method, const std::string& header) {
-    Node nodes[3];
-    const char name[] = "shared";
-    const std::string packets = written(method, [&](ioWriteContext& context) {
-        for (int i = 0; i < 3; ++i) { // a ring: forward and backward references
-            context.startPacket("thing", &nodes[i]);
-            context.writeInt(i);
-            context.writeReference(&nodes[(i + 1) % 3], false);
-            context.writeReference(i == 1 ? nullptr : name, false);
-            context.endPacket();
-        }
-        context.writeCStringPacket(name);
-    });
-    struct Client : ioClientReadContext {
-        using ioClientReadContext::ioClientReadContext;
-        void prePacketRead() override { ++before; }
-        void postPacketRead() override { ++after; }
-        int before = 0, after = 0;
-    };
-    Node read[3];
-    Reader<Client> reader(header + thingTypes + packets,
-                          {{"thing", [&](ioClientReadContext& client) {
-                                Node& node = read[static_cast<Client&>(client).after];
-                                client.definePacketReference(&node);
-                                node.value = client.readInt();
-                                client.readReferenceUsage(&node.next, 0);
-                                client.readReferenceUsage(&node.name, 0);
-                            }}});
-    EXPECT_EQ(reader.client.readFile(), ioOK);
-    EXPECT_EQ(reader.client.before, 4);
-    EXPECT_EQ(reader.client.after, 4);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(read[i].value, i);
-        EXPECT_EQ(read[i].next, &read[(i + 1) % 3]);
+TEST(PacketFile, RefusesAListThatNumbersTypesOtherwiseThanItsRegistry) {
+    const std::string mesh =
+        "   0 packetFile_string\n   1 packetFile_EOF\n   2 mesh\n   3 light\n@\n";
+    const std::string light =
+        "   0 packetFile_string\n   1 packetFile_EOF\n   2 light\n   3 mesh\n@\n";
+    const std::string onlyLight = "   7 packetFile_string\n   8 packetFile_EOF\n   9 light\n@\n";
+    const std::string lastAlike =
+        "   0 packetFile_EOF\n   1 packetFile_string\n   2 mesh\n   3 light\n@\n";
+    const struct {
+        std::string first, second;
+        ioStatus status;
+    } cases[] = {{mesh, mesh, ioOK},           {mesh, light, ioBadFile},
+                 {mesh, lastAlike, ioBadFile}, {mesh, onlyLight, ioBadFile},
+                 {onlyLight, onlyLight, ioOK}, {onlyLight, mesh, ioBadFile}};
+    for (const auto& [first, second, status] : cases) {
+        int packets = 0;
+        const Read read = [&](ioClientReadContext&) { ++packets; };
+        Reader<> reader(textHeader + first + "{ 2 0 }\n{ 1 0 }\n",
+                        {{"mesh", read}, {"light", read}});
+        EXPECT_EQ(reader.client.readFile(), ioOK);
+        Input next(textHeader + second + "{ 2 0 }\n{ 1 0 }\n");
+        const std::unique_ptr<ioReadContext> context(
+            ioReadContextAlloc(next.stream, &reader.registry));
+        EXPECT_EQ(ioClientReadContext(context.get()).readFile(), status) << first << second;
+        EXPECT_EQ(packets, status == ioOK ? 2 : 1);
     }
-    EXPECT_STREQ(read[0].name, "shared");
-    EXPECT_EQ(read[1].name, nullptr);
-    EXPECT_EQ(read[2].name, read[0].name);
-    std::free(const_cast<char*>(read[0].name));
+    std::string twice = thingTypes;
+    twice.insert(twice.size() - 2, "   3 thing\n");
+    EXPECT_EQ(readFile(textHeader + twice + textEnd, nullptr), ioBadFile);
+    Input input(textHeader + twice + textEnd);
+    EXPECT_EQ(ioPacketFileCheck(input.stream), ioBadFile);
 }
 
-TEST(References, BringPointersBackInBothFormats) {
-    expectPointersBack(ioWriteAscii, textHeader);
-    expectPointersBack(ioWriteBinary, binaryHeader);
+TEST(PacketFile, RefusesToListOneNameTwice) {
+    for (const bool list : {true, false}) {
+        Output output;
+        Registry registry(false, {{"thing", nullptr}, {"thing", nullptr}});
+        ioWriteContextBinary context(output.stream);
+        context.associateRegistry(&registry);
+        context.writePacketRegistry(list);
+        context.startFile();
+        EXPECT_EQ(context.getStatus(), list ? ioError : ioOK);
+        EXPECT_EQ(output.bytes(), list ? "" : binaryHeader + "@\n");
+    }
 }
+
+TEST(PacketFile, DropsPacketsOfTypesThatTheFileDoesNotNumber) {
+    for (const bool namesOnly : {true, false}) {
+        Output output;
+        Registry registry(namesOnly, {{"thing", nullptr}});
+        ioWriteContextAscii context(output.stream);
+        context.associateRegistry(&registry);
+        context.startFile();
+        const std::size_t start = output.bytes().size();
+        registry.supportedType(new ioPacketType("late"));
+        EXPECT_TRUE(context.good());
+        context.startPacket(namesOnly ? "thing" : "late", &registry);
+        context.writeInt(1);
+        EXPECT_EQ(context.getStatus(), ioError);
+        EXPECT_EQ(context.getReference(&registry), -1);
+        context.endPacket();
+        EXPECT_EQ(output.bytes().substr(start), "");
+    }
+}
+
+// Memory.
+
+TEST(PacketFile, LetsNoBadAllocOutOfReadFile) {
+    EXPECT_EQ(readFile(textHeader + thingTypes + "{ 2 0 }\n" + textEnd,
+                       [](ioClientReadContext&) { throw std::bad_alloc(); }),
+              ioError);
+}
+
+TEST(PacketFileDeathTest, GivesAPacketThatCannotGrowUpAtOnce) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(__clang__)
+    GTEST_SKIP() << "sanitizers, which the builds by Clang have, need all addresses";
+#endif
+    const auto fill = [](ioWriteMethod method) {
+        long pages = 0;
+        std::ifstream("/proc/self/statm") >> pages;
+        const rlimit limit = {static_cast<rlim_t>(pages * 4096 + (30L << 20)), RLIM_INFINITY};
+        setrlimit(RLIMIT_AS, &limit);
+        std::size_t allocations = 0;
+        const std::string packets = written(
+            method,
+            [&](ioWriteContext& context) {
+                context.startPacket("thing", nullptr);
+                for (int i = 0; i < 4000000; ++i) {
+                    if (i == 3500000)
+                        allocations = allocationCount();
+                    context.writeInt64(i);
+                }
+                allocations = allocationCount() - allocations;
+                context.endPacket();
+            },
+            ioError);
+        std::fprintf(stderr, "%s, %d more", packets.c_str(), static_cast<int>(allocations));
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(fill(ioWriteAscii), testing::ExitedWithCode(0), "^, 0 more$");
+    EXPECT_EXIT(fill(ioWriteBinary), testing::ExitedWithCode(0), "^, 0 more$");
+}
+
+// References between packets.
 
 TEST(References, AreReadByNumberAndByPointer) {
     const std::string packet = "{ 2 1 5 6 7 5 0 5 }\n";
@@ -448,6 +398,33 @@ TEST(References, OfDamagedFilesAreDefinedWithoutEffect) {
             << packet;
 }
 
+TEST(References, KeepTheFirstOfSeveralStringsOfAFileWithOneNumber) {
+    std::set<const char*> texts;
+    std::string found;
+    const Read read = [&](ioClientReadContext& client) {
+        texts.insert(static_cast<const char*>(client.readReferenceUsage()));
+        found += *texts.rbegin()
+                     ? *static_cast<const char*>(client.getContext().getReferenceDefinition(5))
+                     : '0';
+    };
+    const std::string file =
+        binaryHeader + thingTypes +
+        bytes("00000000 01000000 06000000 05000000 'a' 00 02000000 00000000 04000000 05000000"
+              "00000000 01000000 06000000 05000000 'b' 00 02000000 00000000 04000000 05000000") +
+        binaryEnd;
+    std::string next = file;
+    next[next.find(std::string("a\0", 2))] = 'c';
+    Reader<> reader(file + next, {{"thing", read}});
+    EXPECT_EQ(reader.client.readFile(), ioOK);
+    EXPECT_EQ(found, "aa");
+    ASSERT_TRUE(reader.context->reusePacketFile()); // whose strings are new ones
+    EXPECT_EQ(reader.client.readFile(), ioOK);
+    EXPECT_EQ(found, "aacc");
+    EXPECT_EQ(texts.size(), 2U);
+    for (const char* text : texts)
+        std::free(const_cast<char*>(text));
+}
+
 // What ends the process.
 
 TEST(PacketFileDeathTest, EndsAtAnUndefinedPacketReference) {
@@ -486,5 +463,3 @@ TEST(PacketFileError, CutsLongMessages) {
     ioPacketFileErrorInit(nullptr);
     EXPECT_EQ(message, std::string(1023, 'x'));
 }
-
-} // namespace

@@ -37,7 +37,7 @@ protected:
         std::filesystem::create_symlink(target, folder.path(entry));
     }
 
-    TempFolder folder;
+    TempFolder folder{TempFolder::memory()};
 };
 
 /// "code: message", or "" for a success.

@@ -126,7 +126,7 @@ private:
     unsigned long position_ = 0;
 };
 
-/// Serves "mem:", as long as the process lives.
+/// Serves "mem:", and what ends in ".mem" anywhere, as long as the process lives.
 class MemoryFactory : public zeOS::FileTransportFactory {
 public:
     static void registerOnce() {
@@ -137,6 +137,7 @@ public:
 
     zeOS::FileTransport* create(const zeString::IString& name) override {
         const std::string narrow = name.asMultibyte();
-        return narrow.rfind("mem:", 0) == 0 ? new MemoryTransport(narrow) : nullptr;
+        const bool isOurs = narrow.starts_with("mem:") || narrow.ends_with(".mem");
+        return isOurs ? new MemoryTransport(narrow) : nullptr;
     }
 };

@@ -19,14 +19,12 @@
 #include "OS/files/protectedSave.h"
 
 class SaveFolder {
-    // In memory where the system has such a place: many saves wait long for a disk.
-    TempFolder folder_{std::filesystem::is_directory("/dev/shm")
-                           ? "/dev/shm"
-                           : std::filesystem::temp_directory_path()};
+    TempFolder folder_;
 
 public:
-    explicit SaveFolder(const std::string& name = "scene.zd")
-        : main(folder_.path("documents/" + name)) {
+    explicit SaveFolder(const std::string& name = "scene.zd",
+                        const std::filesystem::path& parent = TempFolder::memory())
+        : folder_(parent), main(folder_.path("documents/" + name)) {
         for (const char* sub : {"documents", "temporary"}) {
             std::filesystem::create_directory(folder_.path(sub));
             std::filesystem::permissions(folder_.path(sub), std::filesystem::perms::all);

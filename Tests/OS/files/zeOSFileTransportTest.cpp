@@ -179,15 +179,16 @@ TEST_F(Transport, TranslatesTheSeparatorsOfWhatItCopies) {
     EXPECT_EQ(memory.entries["mem:b\\d\\x"], "1");
 }
 
-TEST(EntryPoints, CopyThroughTransportsAndKeepQuietAboutLosses) {
-    const TempFolder folder;
-    MemoryFactory::registerOnce();
-    memory = {{{"mem:a", "content"}}, {}, {}};
-    EXPECT_EQ(zeOS_CopyFileTo("mem:a", folder.path("copy").c_str()), 0);
-    EXPECT_EQ(folder.read("copy"), "content");
-    EXPECT_NE(zeOS_CopyFileTo("mem:a", folder.path("no/copy").c_str()), 0);
-    // A source that is not there leaves an empty target and is no failure.
-    EXPECT_EQ(zeOS_CopyFileToW(L"mem:b", zeString::IString(folder.path("copy").c_str()).asWChar()),
-              0);
-    EXPECT_EQ(folder.read("copy"), "");
+// An entry of a local directory, too, goes by the transport that claims its name.
+TEST_F(Transport, DeletesAndCopiesWhatItClaimsInALocalTree) {
+    makeFolder("tree/sub");
+    folder.write("tree/sub/x.mem", "on disk");
+    const std::string claimed = folder.path("tree/sub/x.mem");
+    memory.entries = {{claimed, "in memory"}};
+    File copy(at("copy"));
+    EXPECT_EQ(text(File(at("tree")).copyTo(copy)), "");
+    EXPECT_EQ(memory.entries[folder.path("copy/sub/x.mem")], "in memory");
+    EXPECT_EQ(text(File(at("tree")).deleteSelf(0)), "4: An I/O problem has occurred");
+    EXPECT_EQ(memory.entries.count(claimed), 0u);
+    EXPECT_TRUE(isThere("tree/sub/x.mem")); // the transport's own affair
 }

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -18,9 +19,12 @@
 
 #include "OS/files/SaveFolder.h"
 
+using enum SystemFaults::Call;
+
 namespace {
 
 using testing::AnyOf;
+using testing::HasSubstr;
 using zeOS::ProtectedWrite;
 
 /// A save with faults in it, by either strategy.
@@ -53,8 +57,7 @@ TEST_P(BrokenSave, LeavesTheOldFileOrTheNewOneWhateverFails) {
         EXPECT_EQ(result.finalized, result.status == ProtectedWrite::StatusOk);
         // What cannot be looked at counts as missing, and so is not cleared away. Nor is what
         // cannot be deleted.
-        const bool mayLeave =
-            fault.call == SystemFaults::onStat || fault.call == SystemFaults::onUnlink;
+        const bool mayLeave = fault.call == onStat || fault.call == onUnlink;
         const std::string main = result.finalized ? "main new" : "main old";
         EXPECT_THAT(folder->state(), AnyOf(main, mayLeave ? "backup old, " + main : main,
                                            mayLeave ? main + ", temp new" : main));
@@ -67,6 +70,11 @@ TEST_P(BrokenSave, LeavesTheOldFileOrTheNewOneWhateverFails) {
 }
 
 TEST_P(BrokenSave, SaysWhatFailed) {
+    constexpr int ok = ProtectedWrite::StatusOk;
+    constexpr int notWritable = ProtectedWrite::StatusNotWritable;
+    constexpr int cannotClear = ProtectedWrite::StatusCannotClearTemp;
+    constexpr int cannotBackup = ProtectedWrite::StatusCannotBackup;
+    constexpr int invalidated = ProtectedWrite::StatusInvalidated;
     const struct {
         SystemFaults::Call call;
         std::size_t n;
@@ -74,28 +82,23 @@ TEST_P(BrokenSave, SaysWhatFailed) {
         int byCopying;
     } cases[] = {
         // In the order of the calls. Whether something is there is not known when stat fails.
-        {SystemFaults::onTempnam, 1, ProtectedWrite::StatusCannotClearTemp,
-         ProtectedWrite::StatusInvalidated},
-        {SystemFaults::onTempnam, 2, ProtectedWrite::StatusCannotClearTemp,
-         ProtectedWrite::StatusCannotBackup},
-        {SystemFaults::onOpen, 1, ProtectedWrite::StatusInvalidated,
-         ProtectedWrite::StatusInvalidated},
-        {SystemFaults::onWrite, 2, ProtectedWrite::StatusInvalidated,
-         ProtectedWrite::StatusInvalidated},
-        {SystemFaults::onClose, 1, ProtectedWrite::StatusInvalidated,
-         ProtectedWrite::StatusInvalidated},
+        {onTempnam, 1, cannotClear, invalidated},
+        {onTempnam, 2, cannotClear, cannotBackup},
+        {onOpen, 1, invalidated, invalidated},
+        {onWrite, 2, invalidated, invalidated},
+        {onClose, 1, invalidated, invalidated},
         // What is only for the case of a power cut.
-        {SystemFaults::onOpen, 2, ProtectedWrite::StatusOk, ProtectedWrite::StatusOk},
-        {SystemFaults::onFsync, 1, ProtectedWrite::StatusOk, ProtectedWrite::StatusOk},
-        {SystemFaults::onFsync, 2, ProtectedWrite::StatusOk, ProtectedWrite::StatusOk},
+        {onOpen, 2, ok, ok},
+        {onFsync, 1, cannotBackup, cannotBackup},
+        {onFsync, 2, ok, ok},
         // The main file to the backup: a rename, or an open, a read and a write of each file.
-        {SystemFaults::onRename, 1, ProtectedWrite::StatusCannotBackup, ProtectedWrite::StatusOk},
-        {SystemFaults::onOpen, 3, ProtectedWrite::StatusOk, ProtectedWrite::StatusCannotBackup},
-        {SystemFaults::onRead, 1, ProtectedWrite::StatusOk, ProtectedWrite::StatusCannotBackup},
-        {SystemFaults::onWrite, 3, ProtectedWrite::StatusOk, ProtectedWrite::StatusCannotBackup},
+        {onRename, 1, cannotBackup, ok},
+        {onOpen, 3, ok, cannotBackup},
+        {onRead, 1, ok, cannotBackup},
+        {onWrite, 3, ok, cannotBackup},
         // The temporary file to the main name.
-        {SystemFaults::onRename, 2, ProtectedWrite::StatusNotWritable, ProtectedWrite::StatusOk},
-        {SystemFaults::onWrite, 6, ProtectedWrite::StatusOk, ProtectedWrite::StatusNotWritable},
+        {onRename, 2, notWritable, ok},
+        {onWrite, 6, ok, notWritable},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(testing::Message() << SystemFaults::name(test.call) << ' ' << test.n);
@@ -106,6 +109,13 @@ TEST_P(BrokenSave, SaysWhatFailed) {
         trial.operation();
         const int status = copies() ? test.byCopying : test.byRenaming;
         EXPECT_EQ(result.status, status);
+    }
+    // A file that cannot be synced at all is no failure.
+    for (const int error : {EINVAL, EROFS, ENOTSUP}) {
+        trial.prepare();
+        const SystemFaults faults(SystemFaults::onFsync, {{error}});
+        trial.operation();
+        EXPECT_EQ(result.status, ProtectedWrite::StatusOk) << std::strerror(error);
     }
 }
 
@@ -130,10 +140,25 @@ TEST_P(BrokenSave, KeepsTheBackupThatCannotBePutBack) {
             EXPECT_EQ(folder->state(), "main old") << fault.n;
         }
     };
-    for (const auto call : {SystemFaults::onRename, SystemFaults::onWrite})
+    for (const auto call : {onRename, onWrite})
         trial.run(call, {ENOSPC}, 100);
     EXPECT_TRUE(wasKept);
     trial.report(copies() ? "lasting, by copying" : "lasting, by renaming");
+}
+
+// Whatever two calls fail: the old file is left, complete, or the new one has its place.
+TEST_P(BrokenSave, LeavesACompleteFileWhateverTwoCallsFail) {
+    trial.check = [this](const Fault&) {
+        const std::string state = folder->state();
+        EXPECT_EQ(result.finalized, result.status == ProtectedWrite::StatusOk);
+        if (result.finalized)
+            EXPECT_THAT(state, HasSubstr("main new"));
+        else
+            EXPECT_THAT(state, AnyOf(HasSubstr("main old"), HasSubstr("backup old")));
+    };
+    trial.runPairs(EIO);
+    trial.report(copies() ? "pairs, protected write by copying"
+                          : "pairs, protected write by renaming");
 }
 
 namespace {
@@ -219,12 +244,14 @@ TEST(KilledSave, LeavesWhatIsDocumentedByCopying) {
             Step{"write", "main old, temp new"}, Step{"fsync", "main old, temp new"},
             Step{"open", "backup empty, main old, temp new"},
             Step{"write", "backup part of old, main old, temp new"},
-            Step{"write", "backup old, main old, temp new"}, Step{"unlink", "backup old, temp new"},
-            Step{"fsync", "backup old, temp new"}, Step{"fsync", "backup old, temp new"},
+            Step{"write", "backup old, main old, temp new"},
+            Step{"fsync", "backup old, main old, temp new"},
+            Step{"fsync", "backup old, main old, temp new"}, Step{"unlink", "backup old, temp new"},
             Step{"open", "backup old, main empty, temp new"},
             Step{"write", "backup old, main part of new, temp new"},
-            Step{"write", "backup old, main new, temp new"}, Step{"unlink", "backup old, main new"},
-            Step{"fsync", "backup old, main new"}, Step{"fsync", "backup old, main new"},
+            Step{"write", "backup old, main new, temp new"},
+            Step{"fsync", "backup old, main new, temp new"},
+            Step{"fsync", "backup old, main new, temp new"}, Step{"unlink", "backup old, main new"},
             Step{"unlink", "main new"}));
 }
 

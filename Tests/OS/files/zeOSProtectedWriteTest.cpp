@@ -16,6 +16,7 @@
 #include "Support/OrdinaryUser.h"
 #include "Support/SystemFaults.h"
 
+#include "OS/files/OtherProcess.h"
 #include "OS/files/SaveFolder.h"
 
 namespace {
@@ -157,6 +158,31 @@ TEST_P(ProtectedWriteBy, ReplacesALinkAndLeavesWhatItPointsAt) {
     }
 }
 
+TEST_P(ProtectedWriteBy, RefusesWhatIsNeitherFileNorDirectoryAtOnce) {
+    const std::string pipe = folder.documents() + "/pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0666), 0);
+    alarm(10); // ends the test, should it wait for somebody at the other end
+    for (const std::string& name : {pipe, std::string("/dev/null")}) {
+        begin(zeOS::Filename(name.c_str()));
+        EXPECT_FALSE(save->init());
+        EXPECT_EQ(save->getStatus(), ProtectedWrite::StatusNotWritable);
+        EXPECT_FALSE(save->finalize());
+    }
+    alarm(0);
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+}
+
+TEST_P(ProtectedWriteBy, TakesTheSchemeOfLocalFilesOffTheName) {
+    const std::string name = "file:" + folder.main;
+    EXPECT_TRUE(saveNewContent(begin(zeOS::Filename(name.c_str()))).finalized);
+    EXPECT_EQ(folder.state(), "main new");
+    // A relative one is one in the root, as in zeOS::File.
+    const std::string inRoot = "file:" + folder.main.substr(1);
+    writeFile(folder.mainName(), oldContent);
+    EXPECT_TRUE(saveNewContent(begin(zeOS::Filename(inRoot.c_str()))).finalized);
+    EXPECT_EQ(folder.state(), "main new");
+}
+
 // Nobody saves over a directory on purpose. Nothing in it is lost.
 TEST_P(ProtectedWriteBy, NeverDeletesADirectory) {
     std::filesystem::remove(folder.main);
@@ -234,4 +260,46 @@ TEST(ProtectedWriteByCopying, FailsOnceWhereItHadToMakeTheTemporaryDirectory) {
     zeOS::setTempDirectory((folder.temporary() + "/cannot/be").c_str());
     EXPECT_EQ(tryToSave(), ProtectedWrite::StatusOk);
     EXPECT_EQ(folder.state(), "main new");
+}
+
+TEST(ProtectedWriteByCopying, FollowsNoLinkThatIsPlantedInThePlaceOfTheMainFile) {
+    const SaveFolder folder;
+    const TempFolder outside(std::filesystem::path(folder.main).parent_path().parent_path());
+    const std::string victim = outside.write("victim", "content");
+    const OtherProcess planting(
+        [&] { std::ignore = symlink(victim.c_str(), folder.main.c_str()); });
+    repeatForAWhile([&] {
+        std::filesystem::rename(outside.write("document", oldContent), folder.main);
+        ProtectedWrite save(folder.mainName());
+        save.useCopyStrategy();
+        saveNewContent(save);
+        return outside.read("victim") == "content";
+    });
+    EXPECT_EQ(outside.read("victim"), "content");
+}
+
+TEST(ProtectedWriteByCopying, MixesNoTwoSavesOfOneFile) {
+    const std::string contents[] = {std::string(300000, 'a'), std::string(200000, 'b')};
+    repeatForAWhile([&] {
+        // On a disk, where the waits are long between the steps.
+        const SaveFolder folder("scene.zd", std::filesystem::temp_directory_path());
+        const auto saveAs = [&](const std::string& content) {
+            ProtectedWrite save(folder.mainName());
+            save.useCopyStrategy();
+            return saveNewContent(save, content).status;
+        };
+        const pid_t child = fork();
+        if (child == 0)
+            _exit(saveAs(contents[1]));
+        const bool firstWon = saveAs(contents[0]) == ProtectedWrite::StatusOk;
+        int status = 0;
+        waitpid(child, &status, 0);
+        const bool secondWon = WEXITSTATUS(status) == ProtectedWrite::StatusOk;
+        std::ifstream file(folder.main, std::ios::binary);
+        const std::string main{std::istreambuf_iterator<char>(file), {}};
+        const bool isWhole =
+            (firstWon && main == contents[0]) || (secondWon && main == contents[1]);
+        EXPECT_TRUE(isWhole) << main.size() << " bytes, " << firstWon << secondWon;
+        return isWhole;
+    });
 }

@@ -97,6 +97,28 @@ struct Alphabet {
 const std::initializer_list<Alphabet> alphabets = {
     {L"/.a", L'/', 8}, {L"\\./a", L'\\', 5}, {L":/.a", L':', 5}, {L"/.a", L'.', 7}};
 
+struct PartsCase {
+    const wchar_t* name;
+    const wchar_t* dirname;
+    const wchar_t* basename;
+    const wchar_t* trunk;
+    const wchar_t* suffix;
+    bool absolute = false;
+    wchar_t separator = L'/';
+};
+
+/// Comes back to the directory that it began in.
+class FilenameDirectory : public testing::Test {
+protected:
+    ~FilenameDirectory() override { std::filesystem::current_path(before_); }
+
+    const std::filesystem::path before_ = std::filesystem::current_path();
+    const TempFolder folder_;
+    const IString root_{std::filesystem::canonical(folder_.path()).c_str()};
+};
+
+} // namespace
+
 TEST(FilenameNormalForm, IsThatOfTheSlowTwinForAllShortTexts) {
     for (const Alphabet& alphabet : alphabets) {
         const std::size_t base = alphabet.letters.size();
@@ -134,71 +156,6 @@ TEST(FilenameNormalForm, IsReachedInLinearTimeForLongPaths) {
     EXPECT_EQ(text(Filename(string(steps + L"/b")).path()), L"b");
     EXPECT_EQ(text(Filename(string(std::wstring(1000000, L'/'))).path()), L"/");
 }
-
-struct NormalCase {
-    const wchar_t* name;
-    wchar_t separator;
-    const wchar_t* path;
-};
-
-TEST(FilenameNormalForm, IsReachedInTheObjectsSeparator) {
-    const NormalCase cases[] = {
-        {L"", '/', L""},
-        {L"/", '/', L"/"},
-        {L"//", '/', L"/"},
-        {L"//host/share", '/', L"/host/share"},
-        {L"a/", '/', L"a"},
-        {L"a///b", '/', L"a/b"},
-        {L"a/b/../c", '/', L"a/c"},
-        {L"a/../c", '/', L"c"},
-        {L"a/../../c", '/', L"../c"},
-        {L"./../c", '/', L"../c"},
-        {L"../a/../b", '/', L"../b"},
-        {L"a//..//b", '/', L"b"},
-        // The first that cannot be reduced ends it.
-        {L"../../a/../b", '/', L"../../a/../b"},
-        // The root goes like any component.
-        {L"/../x", '/', L"x"},
-        {L"/a/../../b", '/', L"b"},
-        {L"/x/../../../c", '/', L"../c"},
-        // It is textual: "." is a component, too.
-        {L"a/./../b", '/', L"a/b"},
-        {L"././../b", '/', L"./b"},
-        // What is not quite a step to the parent.
-        {L"a/b/..", '/', L"a/b/.."},
-        {L"a/b/../", '/', L"a/b/.."},
-        {L"/..", '/', L"/.."},
-        {L"a/./b", '/', L"a/./b"},
-        {L"a/.../b", '/', L"a/.../b"},
-        {L"a/..b/c", '/', L"a/..b/c"},
-        {L"a../b", '/', L"a../b"},
-        // Backslashes are text, or they are the separator.
-        {L"a\\\\b\\..\\c", '/', L"a\\\\b\\..\\c"},
-        {L"a\\\\b", '\\', L"a\\b"},
-        {L"a\\b\\..\\c\\", '\\', L"a\\c"},
-        {L"a//b/../c/", '\\', L"a//b/../c/"},
-        // With any other, pairs and steps are those of the slash.
-        {L"a//b::", ':', L"a/b"},
-        {L"a::b", ':', L"a::b"},
-        {L"x:a/../b", ':', L"x:b"},
-        {L"./../c", ':', L"..:c"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(text(Filename(c.name, c.separator).path()), c.path)
-            << testing::PrintToString(c.name) << testing::PrintToString(c.separator);
-}
-
-// Parts.
-
-struct PartsCase {
-    const wchar_t* name;
-    const wchar_t* dirname;
-    const wchar_t* basename;
-    const wchar_t* trunk;
-    const wchar_t* suffix;
-    bool absolute = false;
-    wchar_t separator = L'/';
-};
 
 TEST(Filename, SplitsIntoItsParts) {
     const PartsCase cases[] = {
@@ -292,8 +249,6 @@ TEST(Filename, JoinsInSlashesAndNormalises) {
     EXPECT_EQ(text(Filename::join(L"/", L"..", L"", L"b")), L"b");
 }
 
-// What is made from narrow text.
-
 TEST_F(FilenameUtf8, ReadsNarrowTextInTheLocalesEncoding) {
     const std::wstring path = L"d\u00F6r/\u65E5";
     EXPECT_EQ(text(Filename("d\xC3\xB6r//\xE6\x97\xA5").path()), path);
@@ -330,31 +285,6 @@ TEST_F(FilenameUtf8, ServesCallersWithoutClasses) {
     }
 }
 
-// The file system.
-
-/// Comes back to the directory that it began in.
-class FilenameDirectory : public testing::Test {
-protected:
-    ~FilenameDirectory() override { std::filesystem::current_path(before_); }
-
-    const std::filesystem::path before_ = std::filesystem::current_path();
-    const TempFolder folder_;
-    const IString root_{std::filesystem::canonical(folder_.path()).c_str()};
-};
-
-TEST_F(FilenameDirectory, IsMadeOneLevelAtATime) {
-    const Filename upper(root_, L"upper");
-    const Filename lower(upper.path(), L"low\u00E9r"); // UTF-8 in any locale
-    errno = 0;
-    EXPECT_FALSE(lower.makeDir());
-    EXPECT_EQ(errno, ENOENT);
-    EXPECT_TRUE(upper.makeDir());
-    EXPECT_TRUE(lower.makeDir());
-    EXPECT_TRUE(std::filesystem::is_directory(folder_.path("upper/low\xC3\xA9r")));
-    EXPECT_FALSE(lower.makeDir());
-    EXPECT_EQ(errno, EEXIST);
-}
-
 TEST_F(FilenameDirectory, IsSetAndTold) {
     EXPECT_TRUE(Filename(root_).setCwd());
     EXPECT_EQ(text(Filename::getCwd().path()), text(root_));
@@ -385,5 +315,3 @@ TEST(Filename, TellsNamesThatAreDevicesElsewhere) {
         EXPECT_EQ(zeOS::isWindowsReservedDeviceName(Filename(c.name)), c.reserved)
             << testing::PrintToString(c.name);
 }
-
-} // namespace

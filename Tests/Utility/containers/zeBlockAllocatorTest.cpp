@@ -13,6 +13,14 @@ namespace {
 
 using ze::BlockAllocator;
 
+/// Whether two elements taken in a row are neighbours in one block.
+bool adjacent(BlockAllocator& allocator) {
+    auto* first = static_cast<char*>(allocator.alloc());
+    return static_cast<char*>(allocator.alloc()) == first + allocator.elementSize();
+}
+
+} // namespace
+
 TEST(BlockAllocator, ElementsNeitherOverlapNorMoveWhateverTheirSize) {
     for (unsigned long size : {1ul, 8ul, 12ul, 40ul}) { // 12: links of freed elements lie askew
         SCOPED_TRACE(size);
@@ -56,12 +64,6 @@ TEST(BlockAllocator, HandsOutTheLastFreedFirstAndCounts) {
     std::memset(allocator.alloc(), 1, 16);
 }
 
-/// Whether two elements taken in a row are neighbours in one block.
-bool adjacent(BlockAllocator& allocator) {
-    auto* first = static_cast<char*>(allocator.alloc());
-    return static_cast<char*>(allocator.alloc()) == first + allocator.elementSize();
-}
-
 TEST(BlockAllocator, BlockSizeIsFixedWhileThereIsABlock) {
     BlockAllocator allocator(4096, 0); // at least one element a block
     EXPECT_FALSE(adjacent(allocator));
@@ -90,5 +92,3 @@ TEST(BlockAllocator, SwapExchangesEverything) {
     EXPECT_EQ(large.numAllocated(), 0);
     EXPECT_TRUE(adjacent(large));
 }
-
-} // namespace

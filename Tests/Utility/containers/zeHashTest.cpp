@@ -14,8 +14,6 @@
 // The expected values come from a separate program that interprets the steps one by one, over the
 // S-boxes as the RFC prints them.
 
-namespace {
-
 TEST(Hash, ByteAndWordFormsBeginTheLastCycleInTheMiddle) {
     struct Case {
         int length;
@@ -109,5 +107,3 @@ TEST(Hasher, BeginsAfreshWithEachFlush) {
         EXPECT_EQ(hasher.getHash(), c.hash) << c.pieces.front();
     }
 }
-
-} // namespace

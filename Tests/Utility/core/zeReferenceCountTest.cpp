@@ -16,6 +16,8 @@ struct Counted : ze::ReferenceCount {
     int& alive_;
 };
 
+} // namespace
+
 TEST(Reference, DeletesTheObjectWithItsLastOwner) {
     int alive = 0;
     ze::Reference<Counted> a(new Counted(alive));
@@ -84,5 +86,3 @@ TEST(ReferenceCount, CopyHasNoOwnersAndAssignmentKeepsThem) {
     EXPECT_EQ(b->refs(), 2);
     b->unref();
 }
-
-} // namespace

@@ -53,6 +53,8 @@ void expectTrace(const char* expected, Scenario scenario) {
         testing::ExitedWithCode(0), std::string("^") + expected + "$");
 }
 
+} // namespace
+
 TEST(InitializerDeathTest, RunsAChainInOrderWhateverTheOrderOfRegistration) {
     std::string names = "ABC";
     do {
@@ -67,8 +69,8 @@ TEST(InitializerDeathTest, RunsAChainInOrderWhateverTheOrderOfRegistration) {
     } while (std::next_permutation(names.begin(), names.end()));
 }
 
-TEST(InitializerDeathTest, RunsWhatADiamondSharesFirst) {
-    expectTrace("D(BCAacb|CBAabc)d", [] {
+TEST(InitializerDeathTest, OrdersByPathsAndFinalisesEveryMember) {
+    expectTrace("D(BCAacb|CBAabc)d", [] { // a diamond
         static Member a('A'), b('B'), c('C'), d('D');
         a.dependsOn(&b);
         a.dependsOn(&c);
@@ -76,20 +78,13 @@ TEST(InitializerDeathTest, RunsWhatADiamondSharesFirst) {
         c.dependsOn(&d);
         startAndStop();
     });
-}
-
-TEST(InitializerDeathTest, CountsARepeatedDependencyEachTime) {
-    // B counts 1 + 1 + 1 by its two edges from A, C 1 + 1 by its one.
-    expectTrace("BCAacb", [] {
+    expectTrace("BCAacb", [] { // a repeated dependency counts each time
         static Member a('A'), c('C'), b('B');
         a.dependsOn(&c);
         a.dependsOn(&b);
         a.dependsOn(&b);
         startAndStop();
     });
-}
-
-TEST(InitializerDeathTest, StopsAtAFailureButFinalisesEveryMember) {
     expectTrace("CB<7 broken><1 Initializer::initializeAll\\(\\) already called>abc", [] {
         static Member a('A'), b('B', Error(7, "broken")), c('C');
         a.dependsOn(&b);
@@ -97,26 +92,8 @@ TEST(InitializerDeathTest, StopsAtAFailureButFinalisesEveryMember) {
         start();
         startAndStop();
     });
-}
-
-TEST(InitializerDeathTest, FinalisesWhatWasNeverInitialised) {
-    expectTrace("ba", [] {
+    expectTrace("ba", [] { // never initialised
         static Member a('A'), b('B');
         Initializer::finalizeAll();
     });
 }
-
-TEST(InitializerDeathTest, RunsWhatIsRegisteredOnTheWayToo) {
-    struct Late : Initializer {
-        Error initialize() override {
-            static Member registered('L');
-            return Error();
-        }
-    };
-    expectTrace("Ll", [] {
-        static Late late;
-        startAndStop();
-    });
-}
-
-} // namespace

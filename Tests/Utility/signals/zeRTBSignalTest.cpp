@@ -3,14 +3,17 @@
 #include "Base/Utility/zeRTBSignal.h"
 
 #include <functional>
+#include <memory>
 #include <new>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
 #include <gtest/gtest.h>
 
 #include "Base/Utility/zeRTBAsyncSignal.h"
+#include "Support/AllocationCount.h"
 
 namespace {
 
@@ -78,29 +81,65 @@ protected:
     }
 };
 
-TEST_F(SignalScene, DisconnectsOnlyItsOwnConnections) {
-    EXPECT_EQ(fired(), "");
-    auto* a = add('A');
-    auto* b = add('B');
-    SignalVoid other;
-    other.disconnect(a);
-    other.disconnect(nullptr);
-    EXPECT_EQ(fired(), "B.A.");
-    signal->disconnect(b);
-    EXPECT_EQ(alive, 1);
-    signal->disconnect(a);
-    EXPECT_FALSE(signal->isConnected());
+struct Base {
+    virtual ~Base() = default;
+    virtual void nothing() { log += "base "; }
+    void one(int n) { log += std::to_string(n) + ' '; }
+    void text(std::string s) { log += s + ' '; }
+    void three(const char* name, void*, int n) { log += name + std::to_string(n) + ' '; }
+
+    std::string log;
+};
+struct Derived : Base {
+    void nothing() override { log += "derived "; }
+};
+
+int globalCalls = 0;
+void global() {
+    ++globalCalls;
 }
 
-TEST_F(SignalScene, ConnectionMadeInsideACallbackWaitsForTheNextFiring) {
-    add('A');
-    add('B', [&] {
-        if (signal->numConnections() == 2)
-            add('N');
-    });
-    EXPECT_EQ(fired(), "B.A.");
-    EXPECT_EQ(fired(), "N.B.A.");
+/// A listener whose functions return something, are const, overloaded or take references.
+struct Shapes {
+    int returning(std::string s) { return note('r' + s); }
+    int constant(const std::string& s) const { return note('c' + s); }
+    void byReference(const std::string& s) { note('&' + s); }
+    void overloaded(std::string s) noexcept { note('o' + s); }
+    void overloaded(int) {}
+    std::size_t voidless() const { return static_cast<std::size_t>(note("v")); }
+    double three(std::string_view a, const void*, long c) const {
+        return note(a.data()), double(c);
+    }
+
+    static int note(const std::string& s) {
+        log += s + ' ';
+        return 1;
+    }
+    static inline std::string log;
+};
+int globalReturning(const std::string& s) {
+    return Shapes::note('g' + s);
 }
+void globalOverloaded(std::string s) noexcept {
+    Shapes::note('G' + s);
+}
+[[maybe_unused]] void globalOverloaded(int) {}
+bool globalThree(const char* a, void*, int) {
+    return Shapes::note(a) != 0;
+}
+
+template<class Instance, class Member>
+concept Connects = requires(zeRTB::SignalArg<std::string> signal, Instance i, Member m) {
+    signal.connect(i, m);
+};
+static_assert(Connects<const Shapes*, int (Shapes::*)(const std::string&) const>);
+static_assert(!Connects<const Shapes*, int (Shapes::*)(std::string)>);
+static_assert(!Connects<Shapes*, void (Shapes::*)(std::string&)>, "would change the argument");
+
+static_assert(sizeof(SignalVoid) == sizeof(void*), "a class can embed many signals");
+static_assert(!std::is_copy_constructible_v<SignalVoid>);
+
+} // namespace
 
 TEST_F(SignalScene, RunningConnectionThatEndsStaysUntilTheFiringLeavesIt) {
     add('A');
@@ -124,10 +163,17 @@ TEST_F(SignalScene, ConnectionsAheadAndBehindGoAtOnce) {
         signal->disconnect(b); // the one that would be next
         signal->disconnect(d); // the one that has been called
         EXPECT_EQ(alive, 2);
+        add('N'); // stands ahead: waits for the next firing
     });
     d = add('D');
     EXPECT_EQ(fired(), "D.C.A.");
+    SignalVoid other;
+    other.connectOwned([] {});
+    other.disconnect(a); // not its own
+    other.disconnect(nullptr);
+    EXPECT_EQ(signal->numConnections(), 3);
     signal->disconnect(a);
+    EXPECT_EQ(alive, 2);
 }
 
 TEST_F(SignalScene, NestedFiringSkipsWhatEndedAndTheOuterOneGoesOn) {
@@ -230,24 +276,6 @@ TEST_F(SignalScene, DyingSignalSurvivesFunctionsThatEndTheirSiblings) {
     new (signal) SignalVoid;
 }
 
-struct Base {
-    virtual ~Base() = default;
-    virtual void nothing() { log += "base "; }
-    void one(int n) { log += std::to_string(n) + ' '; }
-    void text(std::string s) { log += s + ' '; }
-    void three(const char* name, void*, int n) { log += name + std::to_string(n) + ' '; }
-
-    std::string log;
-};
-struct Derived : Base {
-    void nothing() override { log += "derived "; }
-};
-
-int globalCalls = 0;
-void global() {
-    ++globalCalls;
-}
-
 TEST(Signal, ConnectsGlobalFunctionsAndMembersOfEveryArity) {
     Derived listener;
     SignalVoid none;
@@ -295,6 +323,71 @@ TEST(Signal, PassesReferencesThrough) {
     EXPECT_EQ(n, 4);
 }
 
+TEST(Signal, ConnectsFunctionsOfEveryShape) {
+    const Shapes constant;
+    Shapes listener;
+    SignalClient client;
+    zeRTB::SignalArg<std::string> text;
+    text.connect(&listener, &Shapes::returning);
+    text.connect(&listener, &Shapes::constant);
+    text.connect(&constant, &Shapes::constant);
+    text.connect(&listener, &Shapes::byReference);
+    text.connect(client, &listener, &Shapes::byReference);
+    text.connect(&listener, &Shapes::overloaded);
+    text.connect(&globalReturning);
+    auto* connection = text.connect(client, globalOverloaded);
+    text.connect(client, &globalReturning);
+    EXPECT_EQ(text.findGlobalCallback(reinterpret_cast<void*>(
+                  static_cast<void (*)(std::string) noexcept>(&globalOverloaded))),
+              connection);
+    EXPECT_NE(text.findInstance(const_cast<Shapes*>(&constant)), nullptr);
+    text.send("x");
+    EXPECT_EQ(std::exchange(Shapes::log, ""), "gx Gx gx ox &x &x cx cx rx ");
+    EXPECT_EQ(client.numConnections(), 3);
+
+    SignalVoid none;
+    none.connect(&constant, &Shapes::voidless);
+    none.connect(client, &constant, &Shapes::voidless);
+    none.connect([] { Shapes::note("lambda"); });
+    zeRTB::Signal3Args<const char*, void*, int> three;
+    three.connect(&constant, &Shapes::three);
+    three.connect(&globalThree);
+    none.send();
+    three.send("3", nullptr, 0);
+    EXPECT_EQ(std::exchange(Shapes::log, ""), "lambda v v 3 3 ");
+}
+
+TEST(Signal, OwnsACallable) {
+    const auto shared = std::make_shared<int>(0);
+    zeRTB::SignalArg<int> signal;
+    auto client = std::make_unique<SignalClient>();
+    const auto add = [shared](int n) { return *shared += n; };
+    signal.connectOwned(*client,
+                        [kept = std::make_unique<int>(10), add](int n) { add(*kept * n); });
+    auto* connection = signal.connectOwned(add);
+    signal.connectOwned(std::ref(add));
+    signal.send(1);
+    EXPECT_EQ(*shared, 12);
+    EXPECT_EQ(shared.use_count(), 4); // this one, `add`'s and two copies
+    signal.disconnect(connection);
+    EXPECT_EQ(shared.use_count(), 3);
+    client.reset();
+    EXPECT_EQ(shared.use_count(), 2);
+    EXPECT_EQ(signal.numConnections(), 1);
+}
+
+TEST(Signal, LeavesNothingBehindWhereMemoryRunsOut) {
+    Derived listener;
+    SignalVoid signal;
+    SignalClient client;
+    for (std::size_t n : {1u, 2u, 3u}) { // the function, the client's half, the signal's half
+        failAllocation(n);
+        EXPECT_THROW(signal.connect(client, &listener, &Base::nothing), std::bad_alloc);
+        failAllocation(0);
+        EXPECT_EQ(client.numConnections() + signal.numConnections(), 0) << n;
+    }
+}
+
 TEST(AsyncSignal, FiresLaterWithACopyOfTheArgument) {
     Derived listener;
     zeRTB::SignalArg<std::string> signal;
@@ -306,8 +399,3 @@ TEST(AsyncSignal, FiresLaterWithACopyOfTheArgument) {
     later.send();
     EXPECT_EQ(listener.log, "now now ");
 }
-
-static_assert(sizeof(SignalVoid) == sizeof(void*), "a class can embed many signals");
-static_assert(!std::is_copy_constructible_v<SignalVoid>);
-
-} // namespace

@@ -62,9 +62,8 @@ void ioBufferedStreamOutput::writeString(const char* text) {
 
 void ioBufferedStreamOutput::printf(const char* format, ...) {
     char text[1024] = "";
-    va_list arguments;
-    va_start(arguments, format);
-    ZL_vsnprintf(text, sizeof text, format, arguments);
-    va_end(arguments);
+    zeString::VariadicArguments arguments;
+    va_start(arguments.list, format);
+    ZL_vsnprintf(text, sizeof text, format, arguments.list);
     writeString(text);
 }

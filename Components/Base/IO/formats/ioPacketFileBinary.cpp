@@ -3,13 +3,17 @@
 #include "Base/IO/ioPacketFileBinary.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
 #include <climits>
 #include <cstdlib>
+#include <deque>
 #include <new>
+#include <utility>
 
 #include "Base/IO/ioBuffer.h"
 #include "Base/IO/ioPacketType.h"
+#include "Base/Utility/zeUtilWrap.h"
 
 namespace {
 
@@ -23,20 +27,30 @@ constexpr char subPacketMarker = 46;
 /// than memory: pages that nothing has touched take none.
 constexpr int trustedLength = 16 << 20;
 
-/// Lengths from files may be anything: the sum wraps, and the reads look after the rest.
-int wrappedSum(int a, int b) {
-    return static_cast<int>(static_cast<unsigned int>(a) + static_cast<unsigned int>(b));
+/// Zeros, from `calloc`: of a large block it touches no page before somebody writes to it.
+char* allocate(int capacity, int slack) {
+    return static_cast<char*>(
+        std::calloc(static_cast<std::size_t>(capacity) + static_cast<std::size_t>(slack), 1));
 }
 
 } // namespace
 
+/// The innermost is the last. The nodes of a deque hold many, so that a packet allocates none.
+struct ioPacketFileBinaryBuffer::Frames : std::deque<ioSubPacket> {};
+
 ioPacketFileBinaryBuffer::ioPacketFileBinaryBuffer()
-    : data_(allocate(initialCapacity)), capacity_(initialCapacity) {
-    if (!data_)
+    : data_(nullptr), capacity_(initialCapacity), frames_(new Frames) {
+    data_ = allocate(initialCapacity, slack);
+    if (!data_) {
+        delete frames_;
         throw std::bad_alloc();
+    }
 }
 
-ioPacketFileBinaryBuffer::~ioPacketFileBinaryBuffer() = default;
+ioPacketFileBinaryBuffer::~ioPacketFileBinaryBuffer() {
+    delete frames_;
+    std::free(data_);
+}
 
 // Writing
 
@@ -46,7 +60,7 @@ void ioPacketFileBinaryBuffer::writePacketStart(ioWriteContext*, int hasReferenc
     writeHeadField(4, hasReference);
     writeHeadField(lengthPosition, 0);
     position_ = headSize;
-    frames_.emplace_back();
+    frames_->emplace_back();
 }
 
 void ioPacketFileBinaryBuffer::writePacketEnd(ioWriteContext* context,
@@ -54,31 +68,31 @@ void ioPacketFileBinaryBuffer::writePacketEnd(ioWriteContext* context,
     popFrame();
     writeHeadField(lengthPosition, position_ - headSize);
     if (isValid())
-        stream.writeData(data_.get(), position_);
+        stream.writeData(data_, position_);
     else if (!getType())
         context->setStatus(ioError);
 }
 
 void ioPacketFileBinaryBuffer::writeHeadField(int position, int value) {
-    std::memcpy(data_.get() + position, &value, sizeof value); // the head always fits
+    std::memcpy(data_ + position, &value, sizeof value); // the head always fits
 }
 
 void ioPacketFileBinaryBuffer::writeChunkStart(ioWriteContext* context) {
-    startMeasured(context, chunkMarker, frames_.back().chunkLengthPosition);
+    startMeasured(context, chunkMarker, frames_->back().chunkLengthPosition);
 }
 
 void ioPacketFileBinaryBuffer::writeChunkEnd(ioWriteContext* context) {
-    endMeasured(context, frames_.back().chunkLengthPosition);
+    endMeasured(context, frames_->back().chunkLengthPosition);
 }
 
 void ioPacketFileBinaryBuffer::writeSubPacketStart(ioWriteContext* context) {
-    startMeasured(context, subPacketMarker, frames_.back().subPacketLengthPosition);
-    frames_.emplace_back();
+    startMeasured(context, subPacketMarker, frames_->back().subPacketLengthPosition);
+    frames_->emplace_back();
 }
 
 void ioPacketFileBinaryBuffer::writeSubPacketEnd(ioWriteContext* context) {
     popFrame();
-    endMeasured(context, frames_.back().subPacketLengthPosition);
+    endMeasured(context, frames_->back().subPacketLengthPosition);
 }
 
 /// The length goes through the context, which may add to it: it counts from there.
@@ -103,7 +117,7 @@ void ioPacketFileBinaryBuffer::writeBuffer(const char* bytes, int size) {
 void ioPacketFileBinaryBuffer::writeBuffer(const char* bytes, unsigned long size) {
     if (size == 0 || !makeRoom(size))
         return;
-    std::memcpy(data_.get() + position_, bytes, size);
+    std::memcpy(data_ + position_, bytes, size);
     position_ += static_cast<int>(size);
 }
 
@@ -121,7 +135,7 @@ int ioPacketFileBinaryBuffer::readPacketStart(ioReadContext* context,
     if (!readBody(stream, length))
         setType(nullptr);
     position_ = 0;
-    frames_.emplace_back().end = length;
+    frames_->emplace_back().end = length;
     return hasReference;
 }
 
@@ -129,7 +143,7 @@ int ioPacketFileBinaryBuffer::readPacketStart(ioReadContext* context,
 /// that memory grows with the bytes that arrive and not with the number that the file states.
 bool ioPacketFileBinaryBuffer::readBody(ioBufferedStreamInput& stream, int length) {
     if (length > 0 && length <= capacity_) [[likely]] {
-        stream.readData(data_.get(), length);
+        stream.readData(data_, length);
         return true;
     }
     int done = 0;
@@ -137,12 +151,16 @@ bool ioPacketFileBinaryBuffer::readBody(ioBufferedStreamInput& stream, int lengt
     while (done < length) {
         if (!resize(target))
             return false;
-        done += stream.readData(data_.get() + done, target - done);
+        done += stream.readData(data_ + done, target - done);
         if (done < target)
-            return true; // the status of the stream tells
+            return true; // the stream's status says why
         target = length / 2 < target ? length : 2 * target;
     }
     return true;
+}
+
+std::int64_t ioPacketFileBinaryBuffer::packetSize() const {
+    return frames_->empty() ? 0 : std::int64_t{headSize} + frames_->back().end;
 }
 
 void ioPacketFileBinaryBuffer::readPacketEnd(ioReadContext*) {
@@ -150,7 +168,7 @@ void ioPacketFileBinaryBuffer::readPacketEnd(ioReadContext*) {
 }
 
 void ioPacketFileBinaryBuffer::readChunkStart(ioReadContext* context) {
-    ioSubPacket& frame = frames_.back();
+    ioSubPacket& frame = frames_->back();
     if (position_ >= frame.end) {
         position_ = frame.end;
         frame.validChunk = false;
@@ -161,22 +179,22 @@ void ioPacketFileBinaryBuffer::readChunkStart(ioReadContext* context) {
 }
 
 bool ioPacketFileBinaryBuffer::isValidChunk() {
-    return !frames_.empty() && frames_.back().validChunk;
+    return !frames_->empty() && frames_->back().validChunk;
 }
 
 void ioPacketFileBinaryBuffer::readChunkEnd(ioReadContext*) {
     if (isValidChunk())
-        position_ = frames_.back().chunkEnd;
+        position_ = frames_->back().chunkEnd;
 }
 
 void ioPacketFileBinaryBuffer::readSubPacketStart(ioReadContext* context) {
-    ioSubPacket& frame = frames_.emplace_back();
+    ioSubPacket& frame = frames_->emplace_back();
     frame.end = readMeasured(context);
 }
 
 void ioPacketFileBinaryBuffer::readSubPacketEnd(ioReadContext*) {
-    if (!frames_.empty())
-        position_ = frames_.back().end;
+    if (!frames_->empty())
+        position_ = frames_->back().end;
     popFrame();
 }
 
@@ -184,15 +202,15 @@ void ioPacketFileBinaryBuffer::readSubPacketEnd(ioReadContext*) {
 int ioPacketFileBinaryBuffer::readMeasured(ioReadContext* context) {
     read1Byte();
     const int start = position_;
-    return wrappedSum(start, context->readInt());
+    return zeUtil::wrappedSum(start, context->readInt());
 }
 
 const char* ioPacketFileBinaryBuffer::readBuffer(int size) {
     if (size < 0)
         return nullptr;
     const int start = position_;
-    position_ = wrappedSum(start, size);
-    return start >= 0 && size <= capacity_ - start ? data_.get() + start : nullptr;
+    position_ = zeUtil::wrappedSum(start, size);
+    return start >= 0 && size <= capacity_ - start ? data_ + start : nullptr;
 }
 
 void ioPacketFileBinaryBuffer::readBuffer(char* bytes, unsigned long size) {
@@ -200,17 +218,16 @@ void ioPacketFileBinaryBuffer::readBuffer(char* bytes, unsigned long size) {
     const auto left = within ? static_cast<unsigned long>(capacity_ - position_) : 0;
     const unsigned long held = std::min(size, left);
     if (held > 0)
-        std::memcpy(bytes, data_.get() + position_, held);
+        std::memcpy(bytes, data_ + position_, held);
     if (held < size)
         std::memset(bytes + held, 0, size - held);
-    position_ =
-        static_cast<int>(static_cast<unsigned int>(position_) + static_cast<unsigned int>(size));
+    position_ = zeUtil::wrappedSum(position_, static_cast<int>(size));
 }
 
 const char* ioPacketFileBinaryBuffer::readText() {
     const bool within = position_ >= 0 && position_ <= capacity_;
-    const char* text = data_.get() + (within ? position_ : capacity_);
-    position_ = wrappedSum(position_, static_cast<int>(std::strlen(text) + 1));
+    const char* text = data_ + (within ? position_ : capacity_);
+    position_ = zeUtil::wrappedSum(position_, static_cast<int>(std::strlen(text) + 1));
     return text;
 }
 
@@ -226,26 +243,17 @@ void ioPacketFileBinaryBuffer::read4BytesStreamSwapped(ioBufferedStreamInput& st
 
 // The array
 
-/// Zeros, from `calloc`: of a large block it touches no page before somebody writes to it.
-ioPacketFileBinaryBuffer::Block ioPacketFileBinaryBuffer::allocate(int capacity) {
-    return Block(static_cast<char*>(std::calloc(static_cast<std::size_t>(capacity) + slack, 1)));
-}
-
-void ioPacketFileBinaryBuffer::Release::operator()(char* block) const {
-    std::free(block);
-}
-
 bool ioPacketFileBinaryBuffer::resize(int size) {
     if (capacity_ >= size)
         return true;
     int grown = capacity_;
     while (grown < size)
         grown = grown > INT_MAX / 2 ? INT_MAX : 2 * grown;
-    Block data = allocate(grown);
+    char* const data = allocate(grown, slack);
     if (!data)
         return false;
-    std::memcpy(data.get(), data_.get(), static_cast<std::size_t>(capacity_));
-    data_ = std::move(data);
+    std::memcpy(data, data_, static_cast<std::size_t>(capacity_));
+    std::free(std::exchange(data_, data));
     capacity_ = grown;
     return true;
 }
@@ -255,6 +263,8 @@ bool ioPacketFileBinaryBuffer::makeRoom(unsigned long size) {
     assert(position_ >= 0);
     if (static_cast<long>(size) < capacity_ - position_) [[likely]]
         return true;
+    if (!isValid() && !getType())
+        return false; // has failed to grow before
     const auto limit = static_cast<unsigned long>(INT_MAX - position_);
     if (size < limit && resize(position_ + static_cast<int>(size) + 1))
         return true;
@@ -263,7 +273,7 @@ bool ioPacketFileBinaryBuffer::makeRoom(unsigned long size) {
     return false;
 }
 
-/// The slow way of put().
+/// The slow path of put().
 void ioPacketFileBinaryBuffer::putGrowing(std::uint64_t word, unsigned long size) {
     static_assert(std::endian::native ==
                   std::endian::little); // the value is the word's first bytes
@@ -271,6 +281,6 @@ void ioPacketFileBinaryBuffer::putGrowing(std::uint64_t word, unsigned long size
 }
 
 void ioPacketFileBinaryBuffer::popFrame() {
-    if (!frames_.empty())
-        frames_.pop_back();
+    if (!frames_->empty())
+        frames_->pop_back();
 }

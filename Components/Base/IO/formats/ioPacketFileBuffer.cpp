@@ -3,6 +3,7 @@
 #include "Base/IO/ioPacketFileBuffer.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -13,16 +14,19 @@ constexpr int initialLevels = 10;
 ioPacketFileBuffer::ioPacketFileBuffer()
     : chunkFlags_(new char[initialLevels]()), capacity_(initialLevels) {}
 
-ioPacketFileBuffer::~ioPacketFileBuffer() = default;
+ioPacketFileBuffer::~ioPacketFileBuffer() {
+    delete[] chunkFlags_;
+}
 
 void ioPacketFileBuffer::pushSubPacket() {
-    if (++level_ == capacity_) {
+    if (level_ + 1 == capacity_) {
         const unsigned int doubled = 2 * static_cast<unsigned int>(capacity_);
-        auto grown = std::make_unique<char[]>(doubled);
-        std::copy_n(chunkFlags_.get(), capacity_, grown.get());
-        chunkFlags_ = std::move(grown);
+        auto* const grown = new char[doubled]();
+        std::copy_n(chunkFlags_, capacity_, grown);
+        delete[] std::exchange(chunkFlags_, grown);
         capacity_ *= 2;
     }
+    ++level_;
     setChunkOpen(false);
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 
+#include "Base/IO/formats/ioPacketFileAsciiBufferImpl.h"
 #include "Base/IO/ioBuffer.h"
 #include "Base/IO/ioPacketFileAscii.h"
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <algorithm>
+#include <type_traits>
 
 #include "Base/IO/ioPacketFileBinary.h"
 
@@ -9,45 +10,64 @@
 
 namespace {
 
-std::uint16_t swapped(std::uint16_t word) {
-    return __builtin_bswap16(word);
+void swap(std::uint16_t& word) {
+    word = __builtin_bswap16(word);
 }
-std::uint32_t swapped(std::uint32_t word) {
-    return __builtin_bswap32(word);
+void swap(std::uint32_t& word) {
+    word = __builtin_bswap32(word);
 }
-std::uint64_t swapped(std::uint64_t word) {
-    return __builtin_bswap64(word);
+void swap(std::uint64_t& word) {
+    word = __builtin_bswap64(word);
+}
+
+/// The unsigned integer of the size of `T`.
+template<class T>
+using WordOf = std::conditional_t<sizeof(T) == 2, std::uint16_t,
+                                  std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>>;
+
+template<bool Swapped, class T>
+T readValue(ioPacketFileBinaryBuffer& buffer) {
+    T value;
+    auto* const bytes = reinterpret_cast<char*>(&value);
+    if constexpr (sizeof(T) == 2)
+        Swapped ? buffer.read2BytesSwapped(bytes) : buffer.read2Bytes(bytes);
+    else if constexpr (sizeof(T) == 4)
+        Swapped ? buffer.read4BytesSwapped(bytes) : buffer.read4Bytes(bytes);
+    else
+        Swapped ? buffer.read8BytesSwapped(bytes) : buffer.read8Bytes(bytes);
+    return value;
 }
 
 template<class T>
-void readArray(ioReadContextBinary& context, T* values, int count) {
+void readBytes(ioPacketFileBinaryBuffer& buffer, T* values, int count) {
     if (count > 0)
-        context.readBuffer(reinterpret_cast<char*>(values),
-                           static_cast<unsigned long>(count) * sizeof(T));
+        buffer.readBuffer(reinterpret_cast<char*>(values),
+                          static_cast<unsigned long>(count) * sizeof(T));
 }
 
-template<class Word, class T>
+template<class T>
 void swapInPlace(T* values, int count) {
     for (int i = 0; i < count; ++i) {
-        Word word;
+        WordOf<T> word;
         std::memcpy(&word, values + i, sizeof word);
-        word = swapped(word);
+        swap(word);
         std::memcpy(values + i, &word, sizeof word);
     }
 }
 
-/// `Word` is the unsigned integer of the elements' size. It goes piece by piece, so that each is
-/// swapped while it is near.
-template<class Word, class T>
-void readSwappedArray(ioReadContextBinary& context, T* values, int count) {
-    static_assert(sizeof(Word) == sizeof(T));
+/// One copy of the whole or, where it must be swapped, piece by piece, so that each is swapped
+/// while it is in the cache.
+template<bool Swapped, class T>
+void readArray(ioPacketFileBinaryBuffer& buffer, T* values, int count) {
+    if constexpr (!Swapped)
+        return readBytes(buffer, values, count);
     constexpr int piece = 1024;
-    for (; count > 0; values += piece, count -= piece) {
-        const int n = std::min(count, piece);
-        readArray(context, values, n);
-        swapInPlace<Word>(values, n);
+    for (int done = 0; done < count; done += piece) {
+        const int n = std::min(count - done, piece);
+        readBytes(buffer, values + done, n);
+        swapInPlace(values + done, n);
         if (n < piece)
-            break;
+            break; // `done` must not overflow
     }
 }
 
@@ -86,11 +106,11 @@ void ioReadContextBinary::readBoolArray(bool* values, int count) {
 }
 
 void ioReadContextBinary::readCharArray(char* values, int count) {
-    readArray(*this, values, count);
+    readBytes(*buffer_, values, count);
 }
 
 void ioReadContextBinary::readUCharArray(unsigned char* values, int count) {
-    readArray(*this, values, count);
+    readBytes(*buffer_, values, count);
 }
 
 signed char ioReadContextBinary::readRawByte() {
@@ -109,190 +129,118 @@ void ioReadContextBinary::setPacket(ioPacketFileBuffer* packet) {
     buffer_ = static_cast<ioPacketFileBinaryBuffer*>(packet);
 }
 
-// ioReadContextBinarySameEndian
+// ioReadContextBinaryOrdered
+
+template<bool Swapped>
+ioReadContextBinaryOrdered<Swapped>::ioReadContextBinaryOrdered(ioReadMethod method,
+                                                                ioBufferedStreamInput& stream)
+    : ioReadContextBinary(method, stream) {}
+
+template<bool Swapped>
+ioReadContextBinaryOrdered<Swapped>::~ioReadContextBinaryOrdered() = default;
+
+template<bool Swapped>
+short ioReadContextBinaryOrdered<Swapped>::readShort() {
+    return readValue<Swapped, short>(buffer());
+}
+
+template<bool Swapped>
+unsigned short ioReadContextBinaryOrdered<Swapped>::readUShort() {
+    return readValue<Swapped, unsigned short>(buffer());
+}
+
+template<bool Swapped>
+int ioReadContextBinaryOrdered<Swapped>::readInt() {
+    return readValue<Swapped, int>(buffer());
+}
+
+template<bool Swapped>
+unsigned int ioReadContextBinaryOrdered<Swapped>::readUInt() {
+    return readValue<Swapped, unsigned int>(buffer());
+}
+
+template<bool Swapped>
+std::int64_t ioReadContextBinaryOrdered<Swapped>::readInt64() {
+    return readValue<Swapped, std::int64_t>(buffer());
+}
+
+template<bool Swapped>
+std::uint64_t ioReadContextBinaryOrdered<Swapped>::readUInt64() {
+    return readValue<Swapped, std::uint64_t>(buffer());
+}
+
+template<bool Swapped>
+float ioReadContextBinaryOrdered<Swapped>::readFloat() {
+    return readValue<Swapped, float>(buffer());
+}
+
+template<bool Swapped>
+double ioReadContextBinaryOrdered<Swapped>::readDouble() {
+    return readValue<Swapped, double>(buffer());
+}
+
+template<bool Swapped>
+void ioReadContextBinaryOrdered<Swapped>::readShortArray(short* values, int count) {
+    readArray<Swapped>(buffer(), values, count);
+}
+
+template<bool Swapped>
+void ioReadContextBinaryOrdered<Swapped>::readUShortArray(unsigned short* values, int count) {
+    readArray<Swapped>(buffer(), values, count);
+}
+
+template<bool Swapped>
+void ioReadContextBinaryOrdered<Swapped>::readIntArray(int* values, int count) {
+    readArray<Swapped>(buffer(), values, count);
+}
+
+template<bool Swapped>
+void ioReadContextBinaryOrdered<Swapped>::readUIntArray(unsigned int* values, int count) {
+    readArray<Swapped>(buffer(), values, count);
+}
+
+template<bool Swapped>
+void ioReadContextBinaryOrdered<Swapped>::readInt64Array(std::int64_t* values, int count) {
+    readArray<Swapped>(buffer(), values, count);
+}
+
+template<bool Swapped>
+void ioReadContextBinaryOrdered<Swapped>::readUInt64Array(std::uint64_t* values, int count) {
+    readArray<Swapped>(buffer(), values, count);
+}
+
+template<bool Swapped>
+void ioReadContextBinaryOrdered<Swapped>::readFloatArray(float* values, int count) {
+    readArray<Swapped>(buffer(), values, count);
+}
+
+template<bool Swapped>
+void ioReadContextBinaryOrdered<Swapped>::readDoubleArray(double* values, int count) {
+    readArray<Swapped>(buffer(), values, count);
+}
+
+template<bool Swapped>
+int ioReadContextBinaryOrdered<Swapped>::readUnbufferedInt(ioBufferedStreamInput& stream) {
+    int value;
+    auto* const bytes = reinterpret_cast<char*>(&value);
+    Swapped ? buffer().read4BytesStreamSwapped(stream, bytes)
+            : buffer().read4BytesStream(stream, bytes);
+    return value;
+}
+
+template class ioReadContextBinaryOrdered<false>;
+template class ioReadContextBinaryOrdered<true>;
+
+// ioReadContextBinarySameEndian, ioReadContextBinarySwapped
 
 ioReadContextBinarySameEndian::ioReadContextBinarySameEndian(ioBufferedStreamInput& stream,
                                                              ioReadMethod method)
-    : ioReadContextBinary(method, stream) {}
+    : ioReadContextBinaryOrdered(method, stream) {}
 
 ioReadContextBinarySameEndian::~ioReadContextBinarySameEndian() = default;
 
-short ioReadContextBinarySameEndian::readShort() {
-    short value;
-    buffer().read2Bytes(reinterpret_cast<char*>(&value));
-    return value;
-}
-
-unsigned short ioReadContextBinarySameEndian::readUShort() {
-    unsigned short value;
-    buffer().read2Bytes(reinterpret_cast<char*>(&value));
-    return value;
-}
-
-int ioReadContextBinarySameEndian::readInt() {
-    int value;
-    buffer().read4Bytes(reinterpret_cast<char*>(&value));
-    return value;
-}
-
-unsigned int ioReadContextBinarySameEndian::readUInt() {
-    unsigned int value;
-    buffer().read4Bytes(reinterpret_cast<char*>(&value));
-    return value;
-}
-
-std::int64_t ioReadContextBinarySameEndian::readInt64() {
-    std::int64_t value;
-    buffer().read8Bytes(reinterpret_cast<char*>(&value));
-    return value;
-}
-
-std::uint64_t ioReadContextBinarySameEndian::readUInt64() {
-    std::uint64_t value;
-    buffer().read8Bytes(reinterpret_cast<char*>(&value));
-    return value;
-}
-
-float ioReadContextBinarySameEndian::readFloat() {
-    float value;
-    buffer().read4Bytes(reinterpret_cast<char*>(&value));
-    return value;
-}
-
-double ioReadContextBinarySameEndian::readDouble() {
-    double value;
-    buffer().read8Bytes(reinterpret_cast<char*>(&value));
-    return value;
-}
-
-void ioReadContextBinarySameEndian::readShortArray(short* values, int count) {
-    readArray(*this, values, count);
-}
-
-void ioReadContextBinarySameEndian::readUShortArray(unsigned short* values, int count) {
-    readArray(*this, values, count);
-}
-
-void ioReadContextBinarySameEndian::readIntArray(int* values, int count) {
-    readArray(*this, values, count);
-}
-
-void ioReadContextBinarySameEndian::readUIntArray(unsigned int* values, int count) {
-    readArray(*this, values, count);
-}
-
-void ioReadContextBinarySameEndian::readInt64Array(std::int64_t* values, int count) {
-    readArray(*this, values, count);
-}
-
-void ioReadContextBinarySameEndian::readUInt64Array(std::uint64_t* values, int count) {
-    readArray(*this, values, count);
-}
-
-void ioReadContextBinarySameEndian::readFloatArray(float* values, int count) {
-    readArray(*this, values, count);
-}
-
-void ioReadContextBinarySameEndian::readDoubleArray(double* values, int count) {
-    readArray(*this, values, count);
-}
-
-int ioReadContextBinarySameEndian::readUnbufferedInt(ioBufferedStreamInput& stream) {
-    int value;
-    buffer().read4BytesStream(stream, reinterpret_cast<char*>(&value));
-    return value;
-}
-
-// ioReadContextBinarySwapped
-
 ioReadContextBinarySwapped::ioReadContextBinarySwapped(ioBufferedStreamInput& stream,
                                                        ioReadMethod method)
-    : ioReadContextBinary(method, stream) {}
+    : ioReadContextBinaryOrdered(method, stream) {}
 
 ioReadContextBinarySwapped::~ioReadContextBinarySwapped() = default;
-
-short ioReadContextBinarySwapped::readShort() {
-    short value;
-    buffer().read2BytesSwapped(reinterpret_cast<char*>(&value));
-    return value;
-}
-
-unsigned short ioReadContextBinarySwapped::readUShort() {
-    unsigned short value;
-    buffer().read2BytesSwapped(reinterpret_cast<char*>(&value));
-    return value;
-}
-
-int ioReadContextBinarySwapped::readInt() {
-    int value;
-    buffer().read4BytesSwapped(reinterpret_cast<char*>(&value));
-    return value;
-}
-
-unsigned int ioReadContextBinarySwapped::readUInt() {
-    unsigned int value;
-    buffer().read4BytesSwapped(reinterpret_cast<char*>(&value));
-    return value;
-}
-
-std::int64_t ioReadContextBinarySwapped::readInt64() {
-    std::int64_t value;
-    buffer().read8BytesSwapped(reinterpret_cast<char*>(&value));
-    return value;
-}
-
-std::uint64_t ioReadContextBinarySwapped::readUInt64() {
-    std::uint64_t value;
-    buffer().read8BytesSwapped(reinterpret_cast<char*>(&value));
-    return value;
-}
-
-float ioReadContextBinarySwapped::readFloat() {
-    float value;
-    buffer().read4BytesSwapped(reinterpret_cast<char*>(&value));
-    return value;
-}
-
-double ioReadContextBinarySwapped::readDouble() {
-    double value;
-    buffer().read8BytesSwapped(reinterpret_cast<char*>(&value));
-    return value;
-}
-
-void ioReadContextBinarySwapped::readShortArray(short* values, int count) {
-    readSwappedArray<std::uint16_t>(*this, values, count);
-}
-
-void ioReadContextBinarySwapped::readUShortArray(unsigned short* values, int count) {
-    readSwappedArray<std::uint16_t>(*this, values, count);
-}
-
-void ioReadContextBinarySwapped::readIntArray(int* values, int count) {
-    readSwappedArray<std::uint32_t>(*this, values, count);
-}
-
-void ioReadContextBinarySwapped::readUIntArray(unsigned int* values, int count) {
-    readSwappedArray<std::uint32_t>(*this, values, count);
-}
-
-void ioReadContextBinarySwapped::readInt64Array(std::int64_t* values, int count) {
-    readSwappedArray<std::uint64_t>(*this, values, count);
-}
-
-void ioReadContextBinarySwapped::readUInt64Array(std::uint64_t* values, int count) {
-    readSwappedArray<std::uint64_t>(*this, values, count);
-}
-
-void ioReadContextBinarySwapped::readFloatArray(float* values, int count) {
-    readSwappedArray<std::uint32_t>(*this, values, count);
-}
-
-void ioReadContextBinarySwapped::readDoubleArray(double* values, int count) {
-    readSwappedArray<std::uint64_t>(*this, values, count);
-}
-
-int ioReadContextBinarySwapped::readUnbufferedInt(ioBufferedStreamInput& stream) {
-    int value;
-    buffer().read4BytesStreamSwapped(stream, reinterpret_cast<char*>(&value));
-    return value;
-}

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 
+#include "Base/IO/formats/ioPacketFileAsciiBufferImpl.h"
 #include "Base/IO/ioPacketFileAscii.h"
 
 // No typed operation calls another here, but for the arrays, which go element by element: a context

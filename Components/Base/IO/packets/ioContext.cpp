@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 #include "Base/IO/ioBuffer.h"
 #include "Base/IO/ioPacketFileBuffer.h"
@@ -19,10 +20,14 @@ constexpr int initialDepth = 10;
 
 ioContext::ioContext()
     : referenceMap_(ioPacketFileNewReferenceMap()),
-      packets_(new std::unique_ptr<ioPacketFileBuffer>[initialDepth]),
+      packets_(new ioPacketFileBuffer* [initialDepth] {}),
       capacity_(initialDepth) {}
 
-ioContext::~ioContext() = default;
+ioContext::~ioContext() {
+    for (int level = 0; level < capacity_; ++level)
+        delete packets_[level];
+    delete[] packets_;
+}
 
 void ioContext::undefineReference(void* pointer) {
     referenceMap_->undefineReference(pointer);
@@ -87,8 +92,8 @@ void ioContext::promoteStreamStatus(const ioBufferedStream& stream) {
 void ioContext::fatalError() {
     ioPacketFileError("ioPacketFile: Fatal error.  Aborting.\n");
     for (int level = 0; level < depth_; ++level) {
-        const ioPacketType* type = packets_.get()[level]->getType();
-        // The number has always been the name's address; tools that collect these lines know.
+        const ioPacketType* type = packets_[level]->getType();
+        // The name's address where one expects a number or the name: kept for compatibility.
         const auto name = reinterpret_cast<std::intptr_t>(type ? type->getName() : nullptr);
         ioPacketFileError("  %d: %d\n", level, static_cast<int>(name));
     }
@@ -100,18 +105,18 @@ ioPacketType* ioContext::currentType() const {
 }
 
 ioPacketFileBuffer* ioContext::pushPacket() {
-    if (++depth_ == capacity_) {
-        const unsigned int doubled = 2 * static_cast<unsigned int>(capacity_);
-        auto grown = std::make_unique<std::unique_ptr<ioPacketFileBuffer>[]>(doubled);
-        std::move(packets_.get(), packets_.get() + capacity_, grown.get());
-        packets_ = std::move(grown);
+    if (depth_ + 1 == capacity_) {
+        auto** const grown = new ioPacketFileBuffer* [2 * static_cast<unsigned int>(capacity_)] {};
+        std::copy_n(packets_, capacity_, grown);
+        delete[] std::exchange(packets_, grown);
         capacity_ *= 2;
     }
-    std::unique_ptr<ioPacketFileBuffer>& slot = packets_.get()[depth_];
+    ioPacketFileBuffer*& slot = packets_[depth_ + 1];
     if (!slot)
-        slot.reset(allocPacket());
-    setPacket(slot.get());
-    packet_ = slot.get();
+        slot = allocPacket();
+    ++depth_;
+    packet_ = slot;
+    setPacket(packet_);
     return packet_;
 }
 
@@ -119,6 +124,6 @@ void ioContext::popPacket() {
     if (depth_ < 0)
         return;
     --depth_;
-    packet_ = depth_ < 0 ? nullptr : packets_.get()[depth_].get();
+    packet_ = depth_ < 0 ? nullptr : packets_[depth_];
     setPacket(packet_);
 }

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "Base/Strings/zeStringPrintf.h"
+
 namespace {
 
 void (*s_errorHook)(char*) = nullptr;
@@ -19,10 +21,9 @@ void ioPacketFileErrorInit(void (*hook)(char* text)) {
 
 void ioPacketFileError(const char* format, ...) {
     char text[1024];
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(text, sizeof text, format, arguments);
-    va_end(arguments);
+    zeString::VariadicArguments arguments;
+    va_start(arguments.list, format);
+    std::vsnprintf(text, sizeof text, format, arguments.list);
     if (s_errorHook)
         s_errorHook(text);
     else

@@ -2,9 +2,12 @@
 
 #include "Base/IO/ioPacketRegistry.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -39,6 +42,9 @@ public:
     int numNames() const { return static_cast<int>(byName_.size()); }
     const std::vector<ioPacketType*>& types() const { return types_; }
     void restartNumbering() { nextId_ = 0; }
+
+    bool misnumbered = false; // by the list that was read last
+    int listedEnd = INT_MAX;  // ids below it are in the list that was written last
 
 private:
     void own(ioPacketType* type) {
@@ -97,9 +103,11 @@ public:
 // ioPacketRegistry
 
 ioPacketRegistry::ioPacketRegistry(bool namesOnly)
-    : impl_(std::make_unique<ioPacketRegistryImpl>()), namesOnly_(namesOnly) {}
+    : impl_(new ioPacketRegistryImpl), namesOnly_(namesOnly) {}
 
-ioPacketRegistry::~ioPacketRegistry() = default;
+ioPacketRegistry::~ioPacketRegistry() {
+    delete impl_;
+}
 
 void ioPacketRegistry::supportedType(ioPacketType* type) {
     impl_->addType(type, !namesOnly_);
@@ -128,6 +136,7 @@ void ioPacketRegistry::init() {
 }
 
 void ioPacketRegistry::writeRegistry(ioBufferedStreamOutput& stream, bool withTypes) {
+    impl_->listedEnd = withTypes ? static_cast<int>(impl_->types().size()) : INT_MAX;
     if (withTypes) {
         int id = 0;
         for (const ioPacketType* type : impl_->types())
@@ -140,9 +149,13 @@ int ioPacketRegistry::readRegistry(ioBufferedStreamInput& stream) {
     RegistryLine line;
     RegistryLine::Result result = line.read(stream);
     int expected = line.number;
-    while (result == RegistryLine::entry) {
+    impl_->misnumbered = false;
+    for (int place = 0; result == RegistryLine::entry; ++place) {
         ioPacketType* type = lookup(line.name);
-        impl_->addType(type ? type : new ioPacketType(line.name), true);
+        if (!type)
+            type = new ioPacketType(line.name);
+        impl_->addType(type, true);
+        impl_->misnumbered |= type->getId() != place;
 
         result = line.read(stream);
         if (result != RegistryLine::entry)
@@ -154,6 +167,22 @@ int ioPacketRegistry::readRegistry(ioBufferedStreamInput& stream) {
             return RegistryLine::notUnderstood;
     }
     return result;
+}
+
+bool ioPacketRegistry::isMisnumbered() const {
+    return impl_->misnumbered;
+}
+
+bool ioPacketRegistry::hasNameTwice() const {
+    // A type that another has replaced keeps its id, and the name leads to the other.
+    return std::any_of(impl_->types().begin(), impl_->types().end(), [this](ioPacketType* type) {
+        const ioPacketType* const named = lookup(type->getName());
+        return named != type && named->getId() != -1;
+    });
+}
+
+bool ioPacketRegistry::isListed(int id) const {
+    return id >= 0 && id < impl_->listedEnd;
 }
 
 // ioSimplePacketRegistry

@@ -6,14 +6,17 @@
 #include <cstring>
 
 #include "Base/IO/ioClientContext.h"
+#include "Base/IO/packets/ioReferenceMapImpl.h"
 
 // ioPacketType
 
 ioPacketType::ioPacketType(const char* name) : name_(new char[std::strlen(name) + 1]) {
-    std::strcpy(name_.get(), name);
+    std::strcpy(name_, name);
 }
 
-ioPacketType::~ioPacketType() = default;
+ioPacketType::~ioPacketType() {
+    delete[] name_;
+}
 
 void ioPacketType::read(ioClientReadContext& client) {
     client.invalidPacket();
@@ -82,10 +85,15 @@ ioPacketString::ioPacketString() : ioPacketType("packetFile_string") {}
 ioPacketString::~ioPacketString() = default;
 
 void ioPacketString::read(ioClientReadContext& client) {
-    const char* text = client.readCString();
-    // No map holds a number below 1, as damaged files have: a copy could never be found again.
-    const bool canBeFound = client.getPacketReference() > 0;
-    client.definePacketReference(text && canBeFound ? strdup(text) : nullptr);
+    const char* const text = client.readCString();
+    const int reference = client.getPacketReference();
+    // No map holds a number below 1, as damaged files have: a copy could never be found again. Nor
+    // could the first of two with one number: it stays.
+    if (!text || reference < 1)
+        return client.definePacketReference(nullptr);
+    auto* const map = dynamic_cast<ioReferenceMapImpl*>(client.getContext().getReferenceMap());
+    const bool known = map && !map->takeText(reference);
+    client.definePacketReference(known ? map->getReferenceDefinition(reference) : strdup(text));
 }
 
 // ioPacketEOF

@@ -2,6 +2,8 @@
 
 #include "Base/IO/ioReadContext.h"
 
+#include <new>
+
 #include "Base/IO/ioBuffer.h"
 #include "Base/IO/ioClientContext.h"
 #include "Base/IO/ioPacketFileBuffer.h"
@@ -80,12 +82,21 @@ void ioReadContext::resolveRemainingReferences(ioClientReadContext& client) {
 // Files and packets
 
 void ioReadContext::readFile(ioClientReadContext& client) {
+    try {
+        readWholeFile(client);
+    } catch (const std::bad_alloc&) {
+        setStatus(ioError);
+        popPacket();
+    }
+}
+
+void ioReadContext::readWholeFile(ioClientReadContext& client) {
     if (!getRegistry()) {
         setStatus(ioError);
         return;
     }
     getRegistry()->init();
-    if (getRegistry()->readRegistry(*stream_) != 0) {
+    if (getRegistry()->readRegistry(*stream_) != 0 || getRegistry()->isMisnumbered()) {
         setStatus(ioBadFile);
         return;
     }
@@ -127,7 +138,7 @@ void ioReadContext::readPacket(ioClientReadContext& client) {
         setStatus(ioEndOfFile);
         return;
     }
-    if (hasReference == 0 || hasReference == 1) { // what other values mean is still to be decided
+    if (hasReference == 0 || hasReference == 1) { // other values are reserved
         if (hasReference == 1)
             packetReference_ = readReference();
         client.prePacketRead();
@@ -144,7 +155,7 @@ void ioReadContext::undefinedPacketReference(const ioPacketType& type) {
     ioPacketFileError("ioPacketFile: A packet type: '%s'\n", type.getName());
     ioPacketFileError("  had a reference associated with it but no \n");
     ioPacketFileError("  definition was provided by the client code.\n");
-    // Prints 0, and not the reference: tools compare these lines.
+    // Prints 0 instead of the reference: kept for compatibility.
     ioPacketFileError("  The undefined reference is: %d.\n", static_cast<int>(referenceDefined_));
     fatalError();
 }

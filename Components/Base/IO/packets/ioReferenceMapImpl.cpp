@@ -68,12 +68,12 @@ int ioReferenceMapImpl::findReference(const void* pointer) const {
         return -1;
     // The definition costs a cache miss of its own: look only where something was undefined.
     const ioReferenceDefinition* const definition = anyInvalid_ ? find(*reference) : nullptr;
-    return definition && !definition->valid_ ? -1 : *reference;
+    return definition && definition->invalid_ ? -1 : *reference;
 }
 
 bool ioReferenceMapImpl::isReferenceDefined(int reference) const {
     const ioReferenceDefinition* const definition = find(reference);
-    return definition && definition->valid_ && definition->defined_;
+    return definition && !definition->invalid_ && definition->defined_;
 }
 
 void* ioReferenceMapImpl::getReferenceDefinition(int reference) const {
@@ -117,7 +117,8 @@ void ioReferenceMapImpl::resolveReferenceUsage(int reference, void** location, i
 }
 
 void ioReferenceMapImpl::verifyReferenceMap(ioClientReadContext& client) {
-    forEachAccessed([&client](const ioReferenceDefinition& definition) {
+    forEachAccessed([&client](ioReferenceDefinition& definition) {
+        definition.text_ = false;
         definition.forEachPending([&](const ioReferenceUsage& usage) {
             if (usage.type)
                 usage.type->handleUnresolvedPtr(client, definition.pointer_, usage.offset);
@@ -134,6 +135,12 @@ void ioReferenceMapImpl::reportUnresolvedPtrs(ioPacketType* type, void (*callbac
                 callback(usage.location, usage.offset);
         });
     });
+}
+
+bool ioReferenceMapImpl::takeText(int reference) {
+    if (!holds(reference))
+        growRefList(reference);
+    return !std::exchange(definitions_[static_cast<std::size_t>(reference)].text_, true);
 }
 
 bool ioReferenceMapImpl::holds(int reference) const {
@@ -173,8 +180,8 @@ void ioReferenceMapImpl::forEachAccessed(Action action) {
     const auto last = static_cast<std::size_t>(maxAccessed_);
     for (std::size_t i = definitions_.nextTouched(1); i < definitions_.size() && i <= last;
          i = definitions_.nextTouched(i + 1)) {
-        const ioReferenceDefinition& definition = definitions_[i];
-        if (definition.accessed_ && definition.valid_)
+        ioReferenceDefinition& definition = definitions_[i];
+        if (definition.accessed_ && !definition.invalid_)
             action(definition);
     }
 }

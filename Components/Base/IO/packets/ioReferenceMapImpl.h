@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -46,7 +47,7 @@ private:
     std::vector<std::unique_ptr<ioReferenceUsage[]>> blocks_;
 };
 
-/// What is known of one reference.
+/// The state of one reference. A new one is all zeros.
 class ioReferenceDefinition {
 public:
     void setPointer(void* pointer) { pointer_ = pointer; }
@@ -57,7 +58,7 @@ public:
             *location = pointer_;
     }
 
-    /// The object has been seen: fills the locations that wait for it.
+    /// The object has been read: fills the locations that wait for it.
     void define(ioPacketType* type, ioReferenceUsagePool& pool);
 
     /// Counts a use and fills `location`, now or later.
@@ -65,7 +66,7 @@ public:
 
     /// The object has gone. It cannot be undone.
     void invalidate() {
-        valid_ = false;
+        invalid_ = true;
         pointer_ = nullptr;
     }
 
@@ -81,13 +82,57 @@ public:
     }
 
     bool accessed_ = false; ///< The reference has been touched at all.
-    bool defined_ = false;  ///< The object has been seen.
-    bool valid_ = true;     ///< False after invalidate().
+    bool defined_ = false;  ///< The object has been read.
+    bool invalid_ = false;  ///< After invalidate().
     bool alias_ = false;    ///< As last associated; nothing reads it.
+    bool text_ = false;     ///< A string packet of the file that is being read has defined it.
     std::uint64_t usages_ = 0;
     void* pointer_ = nullptr;
     ioPacketType* type_ = nullptr;        ///< Of the packet that defined it.
     ioReferenceUsage* pending_ = nullptr; ///< Newest first.
+};
+
+/// The definitions by number, in blocks that are made when one of their numbers is first touched,
+/// so that numbers far apart, as damaged files have them, take little memory. They never move.
+class ioReferenceTable {
+public:
+    /// Valid numbers are below it.
+    std::size_t size() const { return size_; }
+
+    /// Raises the size; a lower one changes nothing.
+    void grow(std::size_t size) {
+        size_ = std::max(size_, size);
+        blocks_.grow((size_ + blockSize - 1) / blockSize);
+    }
+
+    ioReferenceDefinition& operator[](std::size_t number) {
+        Block& block = blocks_[number / blockSize];
+        if (!block) [[unlikely]]
+            block = std::make_unique<ioReferenceDefinition[]>(blockSize);
+        return block[number % blockSize];
+    }
+
+    /// Null if nothing near `number` was touched.
+    const ioReferenceDefinition* find(std::size_t number) const {
+        const Block* const block = blocks_.find(number / blockSize);
+        return block && *block ? &(*block)[number % blockSize] : nullptr;
+    }
+
+    /// The lowest number from `number` on whose block exists; at or beyond size() if there is none.
+    std::size_t nextTouched(std::size_t number) const {
+        while (number < size_ && !find(number)) {
+            const std::size_t block = number / blockSize;
+            number = std::max(block + 1, blocks_.nextTouched(block)) * blockSize;
+        }
+        return number;
+    }
+
+private:
+    static constexpr std::size_t blockSize = 32;
+    using Block = std::unique_ptr<ioReferenceDefinition[]>;
+
+    zeVectorOfChunks<Block, 4096> blocks_;
+    std::size_t size_ = 0;
 };
 
 class ioReferenceMapImpl : public ioReferenceMap {
@@ -106,6 +151,10 @@ public:
     void verifyReferenceMap(ioClientReadContext& client) override;
     void reportUnresolvedPtrs(ioPacketType* type, void (*callback)(void*, int)) override;
 
+    /// Notes that a string packet defines `reference`. False if one of the same file has done so:
+    /// a file ends with verifyReferenceMap().
+    bool takeText(int reference);
+
 private:
     bool holds(int reference) const;
     const ioReferenceDefinition* find(int reference) const;
@@ -115,9 +164,7 @@ private:
     void forEachAccessed(Action action);
 
     ioPointerTable byPointer_;
-    zeVectorOfChunks<ioReferenceDefinition, 50000> definitions_;
-    static_assert(decltype(definitions_)::elementsPerChunk == 1250);
-
+    ioReferenceTable definitions_;
     int lastReference_ = 0;     ///< Handed out last.
     int maxAccessed_ = 0;       ///< The highest reference touched so far.
     bool anyInvalid_ = false;   ///< Some definition was invalidated.

@@ -32,8 +32,12 @@ void ioWriteContext::startFile() {
         setStatus(ioError);
         return;
     }
-    getHeader().writeHeader(*stream_);
     getRegistry()->init();
+    if (writeRegistry_ && getRegistry()->hasNameTwice()) {
+        setStatus(ioError);
+        return;
+    }
+    getHeader().writeHeader(*stream_);
     getRegistry()->writeRegistry(*stream_, writeRegistry_);
     stringType_ = getRegistry()->lookup("packetFile_string");
     promoteStreamStatus(*stream_);
@@ -57,8 +61,10 @@ void ioWriteContext::startPacket(const ioPacketType* type, const void* reference
     packet->reset();
     auto* packetType = const_cast<ioPacketType*>(type); // the reference map keeps it for reports
     packet->setType(packetType);
-    if (!type) {
-        packet->writePacketStart(this, 0, nullptr);
+    const bool listed =
+        type && type->getId() >= 0 && (!getRegistry() || getRegistry()->isListed(type->getId()));
+    if (!listed) {
+        packet->writePacketStart(this, 0, packetType);
         packet->setInvalid();
         setStatus(ioError);
         return;

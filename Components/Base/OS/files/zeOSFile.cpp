@@ -33,7 +33,8 @@ const char* const File::ErrMsgs[20] = {
 };
 
 zeUtil::Error File::getError(int code) {
-    // The text is the format itself: through "%s" the empty text of a success would be a message.
+    // The message is the format itself: with "%s" the empty text of a success would become a
+    // message.
     return zeUtil::Error(code, ErrMsgs[code]);
 }
 

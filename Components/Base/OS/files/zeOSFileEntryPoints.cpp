@@ -30,7 +30,7 @@ int zeOS_CopyFileTo(const char* from, const char* to) {
 int zeOS_CopyFileToW(const wchar_t* from, const wchar_t* to) {
     const std::unique_ptr<zeOS::File> source = makeFile(from);
     const std::unique_ptr<zeOS::File> target = makeFile(to);
-    // 0 without a file, as for a success: callers take it as "nothing went wrong".
+    // 0 without a file, as for a success: kept for compatibility.
     if (!source || !target)
         return 0;
     return source->copyTo(*target).code() != zeOS::File::ErrNone;
@@ -48,7 +48,7 @@ int zeOS_ReadHeaderFromFileW(const wchar_t* path, void* buffer, int count) {
     const std::unique_ptr<zeOS::File> file = makeFile(path);
     if (!file || file->open(zeOS::File::ModeRead).code() != zeOS::File::ErrNone)
         return -1;
-    // The end of the file is an error here as well: a header that is cut short is none.
+    // The end of the file is an error here as well: the header is incomplete.
     unsigned long done = 0;
     const zeUtil::Error error = file->read(buffer, static_cast<unsigned long>(count), &done);
     return error.code() == zeOS::File::ErrNone ? static_cast<int>(done) : -1;
@@ -71,7 +71,7 @@ int zeOS_IsFileWriteableW(const wchar_t* path) {
 }
 
 int zeOS_DoesDirectoryExist(const char* path) {
-    // The query's error does not count, nor what kind of thing it found: callers pass directories.
+    // The query's error and the type of the file are ignored: kept for compatibility.
     zeOS::FileStatus status;
     zeOS::File::query(zeString::IString(path), status);
     return status.exists();

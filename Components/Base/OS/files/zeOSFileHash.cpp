@@ -38,8 +38,8 @@ zeUtil::Error addContent(HmacSha256& digest, File& file) {
         digest.add(block.get(), done); // the end comes with the last bytes
         if (atEnd)
             return File::getError(File::ErrNone);
-        // A file that cannot be read on says so by a success of 0 bytes. What came so far must not
-        // pass for the whole.
+        // A failed read of a local file is a success with 0 bytes. What was read so far must not
+        // count as the whole.
         if (done == 0)
             return File::getError(File::ErrIO);
     }
@@ -84,7 +84,8 @@ zeUtil::Error CreateFileHash(const Filename& file, const void* key, unsigned lon
 bool EqualFileHash(const zeString::CString& a, const zeString::CString& b) {
     if (a.length() != hexDigits || b.length() != hexDigits)
         return false;
-    // All digits are looked at, and `volatile` keeps the compiler from stopping earlier.
+    // Constant time: all digits are compared, and `volatile` keeps the compiler from stopping
+    // earlier.
     volatile unsigned int difference = 0;
     for (unsigned int i = 0; i < hexDigits; ++i)
         difference =

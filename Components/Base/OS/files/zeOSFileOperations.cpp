@@ -6,12 +6,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <optional>
 
+#include "Base/OS/files/zeOSFileCopyImpl.h"
 #include "Base/OS/files/zeOSFileFactoryImpl.h"
-#include "Base/OS/files/zeOSLocalFileTransportImpl.h"
+#include "Base/OS/files/zeOSLocalPathImpl.h"
 #include "Base/OS/zeOSError.h"
 #include "Base/OS/zeOSFile.h"
 #include "Base/OS/zeOSFileStatus.h"
@@ -19,59 +18,6 @@
 
 namespace zeOS {
 namespace {
-
-bool existsLocally(const zeString::IString& path) {
-    struct stat status;
-    return ::stat(path.asUTF8(), &status) == 0;
-}
-
-/// A descriptor that closes itself.
-class Descriptor {
-public:
-    Descriptor(const char* path, int flags) {
-        do
-            fd_ = ::open(path, flags | O_CLOEXEC, 0666);
-        while (fd_ == -1 && errno == EINTR);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { close(); }
-
-    bool isOpen() const { return fd_ != -1; }
-
-    /// What a close finds out is not asked for.
-    void close() {
-        if (isOpen())
-            ::close(fd_);
-        fd_ = -1;
-    }
-
-    /// The number of bytes, 0 at the end, -1 for a failure.
-    ssize_t read(void* block, size_t size) const {
-        ssize_t got;
-        do
-            got = ::read(fd_, block, size);
-        while (got == -1 && errno == EINTR);
-        return got;
-    }
-
-    /// Whether all bytes were taken.
-    bool write(const char* block, size_t size) const {
-        while (size > 0) {
-            const ssize_t done = ::write(fd_, block, size);
-            if (done == -1 && errno == EINTR)
-                continue;
-            if (done <= 0)
-                return false;
-            block += done;
-            size -= static_cast<size_t>(done);
-        }
-        return true;
-    }
-
-private:
-    int fd_;
-};
 
 zeUtil::Error pathError(int code, const wchar_t* format, const zeString::IString& path) {
     return zeUtil::Error(code, format, path.asWChar());
@@ -84,7 +30,7 @@ zeUtil::Error checkTarget(const struct stat& source, const struct stat& before,
     if (before.st_dev == source.st_dev && before.st_ino == source.st_ino)
         return pathError(5, L"Can't copy %S to itself.", src);
     if (S_ISDIR(before.st_mode)) {
-        // Looked at twice: another process may just be replacing the directory by a file.
+        // Checked twice: another process may be replacing the directory by a file.
         struct stat again;
         if (::stat(dst.asUTF8(), &again) != 0)
             return zeUtil::Error();
@@ -96,19 +42,8 @@ zeUtil::Error checkTarget(const struct stat& source, const struct stat& before,
     return zeUtil::Error();
 }
 
-bool copyBlocks(const Descriptor& from, const Descriptor& to) {
-    char block[4096];
-    for (;;) {
-        const ssize_t got = from.read(block, sizeof block);
-        if (got <= 0)
-            return got == 0;
-        if (!to.write(block, static_cast<size_t>(got)))
-            return false;
-    }
-}
-
-/// The code and text for what `rename` returned. These are no values that it returns: every
-/// failure is the last one, and callers know that text.
+/// The code and text for what `rename` returned. It returns none of these values, so that every
+/// failure is the last one: kept for compatibility.
 zeUtil::Error renameError(int result, const zeString::IString& path) {
     switch (result) {
     case 13:
@@ -126,19 +61,16 @@ zeUtil::Error renameError(int result, const zeString::IString& path) {
 } // namespace
 
 bool doesFileExist(const Filename& name) {
-    if (everyNameIsLocal()) {
-        std::optional<zeString::IString> storage;
-        return existsLocally(localPath(name.path(), storage));
-    }
+    if (everyNameIsLocal())
+        return localFileType(LocalPath(name.path()).text()) != 0;
     FileStatus status;
     return File::query(name, status).code() == File::ErrNone && status.exists();
 }
 
 bool isFileWritable(const Filename& name) {
     if (everyNameIsLocal()) {
-        std::optional<zeString::IString> storage;
-        const zeString::IString& path = localPath(name.path(), storage);
-        return existsLocally(path) && ::access(path.asUTF8(), W_OK) == 0;
+        const LocalPath path(name.path());
+        return localFileType(path.text()) != 0 && ::access(path.asUTF8(), W_OK) == 0;
     }
     FileStatus status;
     return File::query(name, status).code() == File::ErrNone && status.isWritable();
@@ -170,15 +102,15 @@ zeUtil::Error fileCopy(const Filename& src, const Filename& dst, bool overwrite)
             error.code() != 0)
             return error;
 
-    Descriptor input(from.asUTF8(), O_RDONLY);
+    zeUtil::Descriptor input = openLocal(from, O_RDONLY);
     if (!input.isOpen())
         return pathError(1, L"Can't open %S for reading", from);
-    Descriptor output(to.asUTF8(), O_WRONLY | O_CREAT | O_TRUNC);
+    zeUtil::Descriptor output = openLocal(to, O_WRONLY | O_CREAT | O_TRUNC);
     if (!output.isOpen())
         return pathError(1, L"Can't create %S", to);
-    if (copyBlocks(input, output))
+    if (copyContent(input, output))
         return zeUtil::Error();
-    // A part of a file is worse than none. The text is the same for a write that failed.
+    // No partial copy remains. The message is the same for a failed write.
     input.close();
     output.close();
     ::unlink(to.asUTF8());
@@ -195,7 +127,7 @@ zeUtil::Error fileCopy(const wchar_t* src, const wchar_t* dst, bool overwrite) {
 
 zeUtil::Error fileMove(const Filename& src, const Filename& dst, bool overwrite) {
     zeUtil::Error copied = fileCopy(src, dst, overwrite);
-    // Dropped: the file is where it should be, and callers count a source that stays as moved.
+    // Its result is dropped: a source that stays counts as moved, kept for compatibility.
     if (copied.code() == 0)
         fileDelete(src);
     return copied;

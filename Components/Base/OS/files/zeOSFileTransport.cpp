@@ -2,7 +2,12 @@
 
 #include "Base/OS/zeOSFileTransport.h"
 
+#include <sys/stat.h>
+
 #include "Base/OS/files/zeOSLocalFileTransportImpl.h"
+#include "Base/OS/files/zeOSLocalPathImpl.h"
+#include "Base/OS/files/zeOSLocalTreeImpl.h"
+#include "Base/OS/files/zeOSTreeCopyImpl.h"
 #include "Base/OS/zeOSFile.h"
 #include "Base/OS/zeOSFileStatus.h"
 
@@ -13,14 +18,10 @@ zeUtil::Error notImplemented() {
     return zeUtil::Error(-1, "This function is not implemented.");
 }
 
-bool isSelfOrParent(const zeString::IString& entry) {
-    return entry == L"." || entry == L"..";
-}
-
-/// What cannot be an entry to descend into. An empty name is that of a file which consists of a
-/// byte order mark: joined to its directory it would name the directory again, without end.
+/// What cannot be an entry to delete. An empty name, as decoding may leave it, would name the
+/// directory again when joined to it, without end.
 bool isNoEntry(const zeString::IString& entry) {
-    return entry.isEmpty() || isSelfOrParent(entry);
+    return entry.isEmpty() || entry == L"." || entry == L"..";
 }
 
 zeString::IString withSeparator(const FileTransport& directory) {
@@ -31,15 +32,14 @@ zeString::IString withSeparator(const FileTransport& directory) {
     return name;
 }
 
-/// Copies between open files. What fails is not returned, since the closes that follow decide
-/// alone; it only ends the copy. Never inlined: its block must not lie in the frame of copyTo(),
-/// which stands on the stack once for each level of directories.
-[[gnu::noinline]] void copyBlocks(FileTransport& source, FileTransport& dest) {
+/// Copies between open transports. Failures are not returned, since only the closes that follow
+/// decide the result; they end the copy.
+void copyBlocks(FileTransport& source, FileTransport& dest) {
     char block[4096];
     unsigned long count = 0;
     bool written = true;
     zeUtil::Error status = source.read(block, sizeof block, &count);
-    // A read of nothing that is a success (a local read error) would repeat for ever.
+    // A successful read of 0 bytes (a local read error) would repeat for ever.
     while (status.code() == File::ErrNone && count > 0 && written) {
         written = dest.write(block, count, nullptr).code() == File::ErrNone;
         count = 0;
@@ -49,13 +49,15 @@ zeString::IString withSeparator(const FileTransport& directory) {
         dest.write(block, count, nullptr);
 }
 
-void deleteChild(const zeString::IString& name) {
-    File child(name);
-    // Not followed: what a link points to lies outside the tree, and belongs to somebody else.
-    if (child.transportId() == LocalFileTransport::id && mayBeLocalLink(child.getFullName()))
-        unlinkLocal(child.getFullName());
-    else
-        child.deleteSelf(File::DeleteRecursive);
+/// Whether opening one of the two might wait for another process, or for ever: a FIFO, a socket or
+/// a device as the source, a FIFO as the target.
+bool mightWait(const FileTransport& source, const FileTransport& dest) {
+    const auto type = [](const FileTransport& transport) -> mode_t {
+        const bool isLocal = transport.transportId() == LocalFileTransport::id;
+        return isLocal ? localFileType(transport.getFullName()) : 0;
+    };
+    const mode_t from = type(source);
+    return (from != 0 && from != S_IFREG && from != S_IFDIR) || type(dest) == S_IFIFO;
 }
 
 } // namespace
@@ -75,21 +77,19 @@ zeUtil::Error FileTransport::makeDirectoryAll() {
 }
 
 zeUtil::Error FileTransport::copyTo(FileTransport& dest) {
-    if (isOpen() || dest.isOpen())
-        return File::getError(File::ErrIsOpen);
-    if (getFullName() == dest.getFullName())
-        return File::getError(File::ErrNoOverwrite);
+    if (zeUtil::Error refused = checkCopy(*this, dest); refused.code() != File::ErrNone)
+        return refused;
     if (isDirectory()) {
-        zeUtil::Error made = dest.makeDirectory();
-        if (made.code() != File::ErrNone && made.code() != File::ErrFileExists)
-            return made;
-        return recreateDirStructure(dest, false);
+        zeUtil::Error made = makeCopyTarget(dest);
+        return made.code() == File::ErrNone ? recreateDirStructure(dest, false) : made;
     }
+    if (mightWait(*this, dest))
+        return File::getError(File::ErrIO);
 
     if (dest.open(File::ModeWrite | File::ModeCopyTarget).code() != File::ErrNone)
         return File::getError(File::ErrIO);
-    // Callers rely on the result of the last close, and on nothing else: not on a source that
-    // opens, nor on blocks that arrive.
+    // The result is that of the last close, whatever became of the source and the blocks: kept for
+    // compatibility.
     if (open(File::ModeRead | File::ModeBinary).code() != File::ErrNone)
         return dest.close();
     copyBlocks(*this, dest);
@@ -113,43 +113,28 @@ zeUtil::Error FileTransport::queryOwnerGroup(FileStatus& status) {
 }
 
 zeUtil::Error FileTransport::recursiveDeleteSelf() {
-    const zeString::IString directory = withSeparator(*this);
+    if (transportId() == LocalFileTransport::id) {
+        deleteLocalEntries(getFullName());
+        return deleteSelf();
+    }
     std::vector<zeString::IString> names;
     if (zeUtil::Error error = readDir(names, false); error.code() != File::ErrNone)
         return error;
-    for (const zeString::IString& entry : names)
-        if (!isNoEntry(entry))
-            deleteChild(plus(directory, entry));
+    const zeString::IString directory = withSeparator(*this);
+    for (const zeString::IString& entry : names) {
+        if (isNoEntry(entry))
+            continue;
+        File child(plus(directory, entry));
+        if (child.transportId() == LocalFileTransport::id)
+            deleteLocalTree(child.getFullName());
+        else
+            child.deleteSelf(File::DeleteRecursive);
+    }
     return deleteSelf();
 }
 
 zeUtil::Error FileTransport::recreateDirStructure(FileTransport& dest, bool deleteSource) {
-    if (!isDirectory() || !dest.isDirectory())
-        return File::getError(File::ErrNotDirectory);
-    std::vector<zeString::IString> names;
-    zeUtil::Error result = readDir(names, false);
-    if (result.code() != File::ErrNone)
-        return result;
-    const zeString::IString from = withSeparator(*this);
-    const zeString::IString to = withSeparator(dest);
-    const auto keepFirst = [&result](const zeUtil::Error& error) {
-        if (result.code() == File::ErrNone)
-            result = error;
-    };
-    for (const zeString::IString& entry : names) {
-        if (isNoEntry(entry))
-            continue;
-        zeString::IString target = plus(to, entry);
-        if (getSeparator() != dest.getSeparator() && target[target.last()] == getSeparator())
-            target[target.last()] = dest.getSeparator();
-        File source(plus(from, entry));
-        File copy(target);
-        const zeUtil::Error copied = source.copyTo(copy);
-        keepFirst(copied);
-        if (deleteSource && copied.code() == File::ErrNone)
-            keepFirst(source.deleteSelf(File::DeleteNonRecursive));
-    }
-    return result;
+    return copyEntries(*this, dest, deleteSource);
 }
 
 } // namespace zeOS

@@ -26,7 +26,7 @@ Filesystem::Filesystem(const zeString::IString& path) : path_(path) {}
 zeUtil::Error Filesystem::stat() {
     struct statvfs volume;
     const int result = statvfs(path_.asUTF8(), &volume);
-    // The text is that of the result, -1, and not of errno: it has always read so.
+    // The text of the result, -1, and not of errno: kept for compatibility.
     if (result != 0)
         return zeUtil::Error(1, L"Filesystem::stat(): stat failed: %S",
                              errorText(result).asWChar());

@@ -1,28 +1,16 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// The local file behind a zeOS::File, and what else the file layer does with local paths.
+/// The local file behind a zeOS::File.
 
 #pragma once
 
 #include <cstdio>
-#include <optional>
 
 #include "Base/OS/zeOSFileTransport.h"
 #include "Base/OS/zeOSFilename.h"
 
 namespace zeOS {
-
-/// The path that LocalFileTransportFactory::create() gives its transport: `name` itself, or
-/// `storage`, which receives what differs from it.
-const zeString::IString& localPath(const zeString::IString& name,
-                                   std::optional<zeString::IString>& storage);
-
-/// Whether the path itself is a symbolic link, or cannot be looked at.
-bool mayBeLocalLink(const zeString::IString& path);
-
-/// Removes the name, whatever it is but a directory.
-void unlinkLocal(const zeString::IString& path);
 
 /// The local disk, by the C library's buffered files.
 class LocalFileTransport : public FileTransport {
@@ -57,7 +45,7 @@ public:
 private:
     zeString::IString name_;
     std::FILE* file_ = nullptr;
-    /// The answer of isDirectory() that is given for ever, once there was one.
+    // The answer of isDirectory(), which is kept once there was one.
     mutable bool directoryKnown_ = false;
     mutable bool directoryValue_ = false;
 };

@@ -3,21 +3,25 @@
 #include "Base/OS/zeOSProtectedWrite.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 
+#include "Base/OS/files/zeOSFileCopyImpl.h"
+#include "Base/OS/files/zeOSLocalPathImpl.h"
 #include "Base/OS/zeOSFile.h"
 #include "Base/OS/zeOSFileOperations.h"
 #include "Base/OS/zeOSFileStatus.h"
 #include "Base/OS/zeOSTempDirectory.h"
 #include "Base/OS/zeOSTempFiles.h"
+#include "Base/Utility/zeUtilDescriptor.h"
 
 namespace zeOS {
 namespace {
 
-/// What the environment wants, as it was when first asked.
+/// Whether the environment selects the copy strategy; read at the first call.
 bool protectedWriteDefaultToCopy() {
     static const bool defaultToCopy = std::getenv("ZEPHI_PROTECTED_WRITE_USE_COPY") != nullptr;
     return defaultToCopy;
@@ -28,21 +32,14 @@ bool clearFile(const Filename& file) {
     return !doesFileExist(file) || fileDelete(file).code() == 0;
 }
 
-/// Waits until the disk has the content of a file, or the names in a directory. A failure changes
-/// nothing about what is to be done next, and is not looked at. Whatever else may lie there by now
-/// must not make us wait: hence O_NONBLOCK.
-void waitForDisk(const zeString::IString& path) {
-    int fd;
-    do
-        fd = ::open(path.asUTF8(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    while (fd == -1 && errno == EINTR);
-    if (fd == -1)
-        return;
-    int result;
-    do
-        result = ::fsync(fd);
-    while (result == -1 && errno == EINTR);
-    ::close(fd);
+/// Waits until the disk has the content of a file, or the names in a directory. False if the disk
+/// failed; a path that cannot be opened, or not be synced at all, is no failure. Never waits for
+/// whatever else may lie there: hence O_NONBLOCK.
+bool waitForDisk(const zeString::IString& path) {
+    const zeUtil::Descriptor file = openLocal(path, O_RDONLY | O_NONBLOCK);
+    if (!file.isOpen() || zeUtil::retried([&] { return ::fsync(file.get()); }) == 0)
+        return true;
+    return errno == EINVAL || errno == EROFS || errno == ENOTSUP;
 }
 
 void waitForDirectoryOf(const Filename& file) {
@@ -50,9 +47,39 @@ void waitForDirectoryOf(const Filename& file) {
     waitForDisk(directory.isEmpty() ? zeString::IString(L".") : directory);
 }
 
+/// The file that is meant, without "file:".
+Filename localName(const Filename& name) {
+    const LocalPath local(name.path());
+    return local.text() == name.path() ? name : Filename(local.text());
+}
+
+bool isDanglingLink(const Filename& file) {
+    const char* path = file.path().asUTF8();
+    struct stat status;
+    return ::lstat(path, &status) == 0 && S_ISLNK(status.st_mode) && ::stat(path, &status) != 0 &&
+           errno == ENOENT;
+}
+
+bool isRegularFile(const Filename& file) {
+    struct stat status;
+    return ::lstat(file.path().asUTF8(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+/// Deletes the file; true if nothing has its name any more.
+bool freeName(const Filename& file) {
+    return ::unlink(file.path().asUTF8()) == 0 || errno == ENOENT;
+}
+
+/// Copies a file to a name that is free, or else over what has that name and could not be deleted.
+CopyResult copyTo(const Filename& to, bool isFree, const Filename& from) {
+    if (isFree)
+        return copyToNewFile(from.path(), to.path());
+    return fileCopy(from, to, true).code() == 0 ? CopyResult::Copied : CopyResult::Failed;
+}
+
 } // namespace
 
-ProtectedWrite::ProtectedWrite(const Filename& name) : mainFilename_(name) {}
+ProtectedWrite::ProtectedWrite(const Filename& name) : mainFilename_(localName(name)) {}
 
 ProtectedWrite::~ProtectedWrite() {
     clearFile(tempFilename_);
@@ -70,7 +97,9 @@ bool ProtectedWrite::init() {
 
     FileStatus main;
     File::query(mainFilename_, main);
-    if (main.exists() && !main.isWritable())
+    // A FIFO, a socket or a device is no document, and opening one might wait for ever.
+    const bool isDocument = main.isFile() || main.isDirectory();
+    if (main.exists() && !(main.isWritable() && isDocument))
         status_ = StatusNotWritable;
     else if (copy)
         checkTempDirectory();
@@ -90,8 +119,8 @@ void ProtectedWrite::checkTempDirectory() {
     FileStatus status;
     File::query(directory, status);
     if (!status.exists()) {
-        // Callers know it so: the save that had to make the directory fails, the next one passes.
-        // Where it could not be made, the failure comes with the writing.
+        // The save that had to make the directory fails, and the next one passes: kept for
+        // compatibility. Where it could not be made, the failure comes with the writing.
         if (directory.makeDir())
             status_ = StatusTempDirCreated;
     } else if (!status.isDirectory()) {
@@ -106,8 +135,8 @@ void ProtectedWrite::chooseNames(bool copy) {
     if (copy)
         return;
     if (tempFilename_.path().isEmpty() || backupFilename_.path().isEmpty()) {
-        // What would be left is the name of the directory. Clearing that away must not even be
-        // tried: it may be a link, which goes like any file.
+        // Without a base name the path would be that of the directory, which must not be cleared:
+        // it may be a link, and links can be deleted like files.
         tempFilename_ = backupFilename_ = Filename();
         status_ = StatusCannotClearTemp;
         return;
@@ -132,50 +161,72 @@ bool ProtectedWrite::finalize() {
     return status_ == StatusOk;
 }
 
-/// The order is the point: at every moment, also after a power cut, at least one complete file is
-/// on disk, under whatever name.
+// The order of the steps is the point: at every moment, also after a power cut, at least one
+// complete file is on disk under one of the names.
+
 ProtectedWrite::Status ProtectedWrite::replaceMainFile() {
     if (!valid_)
         return StatusInvalidated;
     if (!doesFileExist(tempFilename_))
         return StatusTempMissing;
-    const bool renamesCopy = mainFilename_.dirname() != tempFilename_.dirname();
+    // The new contents come first: a file system may write names to disk long before contents, and
+    // flushes the content of a renamed file by itself only if that replaces another one.
+    if (!waitForDisk(tempFilename_.path()))
+        return StatusCannotBackup;
+    const bool copies = mainFilename_.dirname() != tempFilename_.dirname();
+    return copies ? replaceByCopying() : replaceByRenaming();
+}
 
-    // The new contents come first. A file system may write names to disk long before contents, and
-    // the file system's own care for a file that is renamed over another one does not help here:
-    // the main name is free by then. A power cut would leave an empty file under it.
-    waitForDisk(tempFilename_.path());
-
-    if (doesFileExist(mainFilename_)) {
-        if (fileRename(mainFilename_, backupFilename_).code() != 0)
-            return StatusCannotBackup;
-        // A copy is only in memory so far, and what it was made from is gone. The next step takes
-        // the temporary file away when only memory has the copy of that.
-        if (renamesCopy) {
-            waitForDisk(backupFilename_.path());
-            waitForDirectoryOf(backupFilename_);
-        }
-    }
-
+ProtectedWrite::Status ProtectedWrite::replaceByRenaming() {
+    const bool wasThere = doesFileExist(mainFilename_);
+    if (wasThere && fileRename(mainFilename_, backupFilename_).code() != 0)
+        return StatusCannotBackup;
     const bool isReplaced = fileRename(tempFilename_, mainFilename_).code() == 0;
-    if (!isReplaced)
-        putOldFileBack();
-
-    // Until the disk has the main file, new or put back, one of the others is what a power cut
-    // leaves: only now may they go.
-    if (renamesCopy)
-        waitForDisk(mainFilename_.path());
+    // Only what was moved aside is put back: otherwise the old file may still have its name, though
+    // it could not be looked at.
+    if (!isReplaced && wasThere) {
+        fileDelete(mainFilename_);
+        if (fileRename(backupFilename_, mainFilename_).code() != 0)
+            keepBackup();
+    }
+    // Only now may the backup go: a power cut could still bring back the names of before.
     waitForDirectoryOf(mainFilename_);
     return isReplaced ? StatusOk : StatusNotWritable;
 }
 
-void ProtectedWrite::putOldFileBack() {
-    // A copy that broke off may have left a part of a file there.
-    fileDelete(mainFilename_);
-    // Where the way back is barred as well, the backup is the only old file there is: its name is
-    // forgotten, so that nothing deletes it.
-    if (fileRename(backupFilename_, mainFilename_).code() != 0)
-        backupFilename_ = Filename();
+ProtectedWrite::Status ProtectedWrite::replaceByCopying() {
+    const bool wasThere = doesFileExist(mainFilename_);
+    // A link that points nowhere stays, and the file that it names is made.
+    bool isFree = !wasThere && !isDanglingLink(mainFilename_);
+    if (wasThere) {
+        if (copyToNewFile(mainFilename_.path(), backupFilename_.path()) != CopyResult::Copied)
+            return StatusCannotBackup;
+        // A copy is only in memory so far, and so may be the names in the temporary directory.
+        waitForDisk(backupFilename_.path());
+        waitForDirectoryOf(backupFilename_);
+        isFree = freeName(mainFilename_);
+    }
+    const CopyResult copied = copyTo(mainFilename_, isFree, tempFilename_);
+    if (copied != CopyResult::Copied && wasThere)
+        copyBack(copied == CopyResult::NameTaken);
+    // Only now may the other files go.
+    waitForDisk(mainFilename_.path());
+    waitForDirectoryOf(mainFilename_);
+    return copied == CopyResult::Copied ? StatusOk : StatusNotWritable;
+}
+
+void ProtectedWrite::copyBack(bool isTaken) {
+    // Another save was faster. Its file must not be deleted, nor may the backup, before that save
+    // has come to its end.
+    const bool isOthers = isTaken && isRegularFile(mainFilename_);
+    if (isOthers ||
+        copyTo(mainFilename_, freeName(mainFilename_), backupFilename_) != CopyResult::Copied)
+        keepBackup();
+}
+
+/// The backup is the only old file that is left: its name is forgotten, so that nothing deletes it.
+void ProtectedWrite::keepBackup() {
+    backupFilename_ = Filename();
 }
 
 } // namespace zeOS

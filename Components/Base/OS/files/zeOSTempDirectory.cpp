@@ -9,7 +9,7 @@
 namespace zeOS {
 namespace {
 
-// Never destroyed: destructors of an application's statics may still ask for it.
+// Never destroyed: destructors of an application's statics may still use it.
 zeString::IString& clientSpecifiedTmpDir() {
     static zeString::IString& directory = *new zeString::IString;
     return directory;

@@ -34,8 +34,8 @@ std::string cutPrefix(const std::string& text) {
     return text.substr(0, end);
 }
 
-/// Asks the C library for a name. Found at run time: at link time every user of the library would
-/// be warned of the race between the name and its use, which the header states.
+/// A name from the C library's `tempnam`, which is looked up at run time: the linker would warn
+/// every user of the library of the race between the name and its use, which the header states.
 std::string proposeName(const Filename& dir, const std::string& prefix) {
     using Tempnam = char*(const char*, const char*);
     static const auto tempnam = reinterpret_cast<Tempnam*>(dlsym(RTLD_DEFAULT, "tempnam"));
@@ -56,7 +56,7 @@ Filename createFilename(const Filename& dir, const wchar_t* prefix, const IStrin
     return Filename(path);
 }
 
-/// Takes `ending` off the end of `name` if that is what it ends in.
+/// Removes `ending` from the end of `name`; false if the name does not end in it.
 bool takeEnding(std::wstring_view& name, std::wstring_view ending) {
     if (!name.ends_with(ending))
         return false;
@@ -85,7 +85,7 @@ bool isLeftover(std::wstring_view name) {
            (length >= 14 && name.starts_with(L"jam") && endsInNumbered(name, L"cmd", L".bat"));
 }
 
-/// Whether the file was last changed before `limit`. One that cannot be looked at may be new.
+/// Whether the file was last changed before `limit`. One that cannot be queried counts as new.
 bool isOlder(const Filename& file, std::time_t limit) {
     FileStatus status;
     return File::query(file, status).code() == File::ErrNone && status.lastModification() < limit;
@@ -114,7 +114,7 @@ int cleanupTempDirectory(const IString& dir) {
 
     int deleted = 0;
     for (const IString& name : names) {
-        // A transport may know the directory by a shorter name than the one that was given.
+        // A transport may use a shorter name for the directory than the one that was given.
         const std::wstring_view fullName = name.asWChar();
         if (fullName.size() <= base || !isLeftover(fullName.substr(base)))
             continue;

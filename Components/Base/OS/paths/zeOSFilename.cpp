@@ -23,8 +23,8 @@ namespace {
 constexpr int maxPathBytes = 4096;
 constexpr std::size_t none = std::wstring_view::npos;
 
-/// The separator that pairs and "/../" are searched with. Any but the backslash means the slash: a
-/// Filename with the separator ':' still searches for "//", and callers know it so.
+/// The separator of the pairs and "/../" that are searched for: the slash for any but the
+/// backslash. So a Filename with the separator ':' still searches for "//", kept for compatibility.
 wchar_t searchedSeparator(wchar_t sep) {
     return sep == L'\\' ? L'\\' : L'/';
 }
@@ -38,9 +38,9 @@ std::wstring_view view(const IString& text) {
     return {text.asWChar(), text.length()};
 }
 
-/// One scan that spares most paths the passes: they do nothing without two separators or two dots
-/// side by side, or a separator at the end. It has no early way out, so that the compiler can look
-/// at several characters at once, and its flag is as wide as they are.
+/// Whether the passes leave the text as it is, which they do without two separators or two dots
+/// side by side, or a separator at the end. It has no early exit, so that the compiler can test
+/// several characters at once, and its flag is as wide as they are.
 bool isNormal(std::wstring_view text, wchar_t sep) {
     const wchar_t slash = searchedSeparator(sep);
     int found = text.size() > 1 && text.back() == sep;

@@ -4,7 +4,7 @@
 
 namespace ze {
 
-// Callers rely on these having no effect: what they once counted is counted elsewhere today.
+// Kept for compatibility: callers rely on these having no effect.
 int atomic_increment(int*) {
     return 0;
 }

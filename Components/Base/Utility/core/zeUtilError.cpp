@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "Base/Strings/zeStringIString.h"
+#include "Base/Strings/zeStringPrintf.h"
 
 using zeString::IString;
 
@@ -13,7 +14,7 @@ namespace zeUtil {
 namespace {
 
 /// The message of a format, or null for a null or empty one. A format that fails leaves an empty
-/// message: there was something to say, though it cannot be said in this locale.
+/// message, which is not the same as none.
 template<class Char>
 std::unique_ptr<IString> formatted(const Char* format, va_list arguments) {
     if (!format || !*format)
@@ -36,10 +37,9 @@ Error::Error(Error&& other) noexcept
 Error::Error(int code, const IString& message) : code_(code), message_(new IString(message)) {}
 
 Error::Error(int code, const char* format, ...) : code_(code) {
-    va_list arguments;
-    va_start(arguments, format);
-    setMsg(format, arguments);
-    va_end(arguments);
+    zeString::VariadicArguments arguments;
+    va_start(arguments.list, format);
+    setMsg(format, arguments.list);
 }
 
 Error::Error(int code, const char* format, va_list arguments) : code_(code) {
@@ -47,10 +47,9 @@ Error::Error(int code, const char* format, va_list arguments) : code_(code) {
 }
 
 Error::Error(int code, const wchar_t* format, ...) : code_(code) {
-    va_list arguments;
-    va_start(arguments, format);
-    setMsg(format, arguments);
-    va_end(arguments);
+    zeString::VariadicArguments arguments;
+    va_start(arguments.list, format);
+    setMsg(format, arguments.list);
 }
 
 Error::Error(int code, const wchar_t* format, va_list arguments) : code_(code) {

@@ -39,12 +39,12 @@ SignalBase::~SignalBase() {
     if (!head_)
         return;
     // The destructor of a function object may end other connections of this list: they unlink
-    // themselves from the list of the doomed, and the loop never holds on to a successor.
-    SignalBase doomed;
-    doomed.head_ = std::exchange(head_, nullptr);
-    for (connectionItem* item = doomed.head_; item; item = item->next)
-        item->owner = &doomed;
-    while (connectionItem* item = doomed.head_) {
+    // themselves from `ending`, and the loop reads its head afresh each time.
+    SignalBase ending;
+    ending.head_ = std::exchange(head_, nullptr);
+    for (connectionItem* item = ending.head_; item; item = item->next)
+        item->owner = &ending;
+    while (connectionItem* item = ending.head_) {
         item->detach();
         item->destroy();
     }
@@ -76,10 +76,15 @@ SignalBase::Connection* SignalBase::addCallback(FunctionBase* function) {
 SignalBase::Connection* SignalBase::addCallback(FunctionBase* function, SignalClient& client) {
     std::unique_ptr<FunctionBase> owned(function);
     connectionItem* clientItem = client.createConnectionItem();
-    connectionItem* item = addCallback(owned.release());
-    item->peer = clientItem;
-    clientItem->peer = item;
-    return item;
+    try {
+        connectionItem* item = addCallback(owned.release());
+        item->peer = clientItem;
+        clientItem->peer = item;
+        return item;
+    } catch (...) {
+        clientItem->destroy(); // no half of a connection stays behind
+        throw;
+    }
 }
 
 void SignalBase::disconnect(Connection* connection) {

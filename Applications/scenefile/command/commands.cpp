@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: MIT
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <new>
+#include <optional>
+#include <ostream>
+
+#include "command/command.h"
+#include "document/document.h"
+#include "failure.h"
+#include "obj/obj.h"
+#include "save/save.h"
+#include "scene/scene.h"
+#include "terminal.h"
+
+namespace scenefile {
+
+namespace {
+
+/// What a command works with.
+struct Call {
+    const Arguments& arguments;
+    const Target* target; ///< The file to write; null for commands that write none.
+    std::ostream& out;    ///< For what the command has to say.
+
+    const std::string& file(std::size_t number) const { return arguments.words[number]; }
+};
+
+void refuseSameFile(const std::string& source, const Target& target) {
+    if (source != standardStream && target.isSameFile(source))
+        throw UsageError(source + " and " + target.name() + " are the same file");
+}
+
+/// Writes the scene and says what became of it. Numbers are rounded first where the document needs
+/// it: what is checked is what the document will hold.
+void writeDocument(Scene& scene, const DocumentForm& form, const Call& call,
+                   std::string (*describe)(const Scene&)) {
+    const Target& target = *call.target;
+    if (target.isStandardOutput() && form.isBinary() && isatty(STDOUT_FILENO) == 1)
+        throw UsageError("a binary document cannot be written to a terminal");
+    const int rounded = form.isText() ? roundForText(scene) : 0;
+    if (const SceneFault fault = checkScene(scene); !fault.text.empty())
+        throw Failure(target.name() + ": cannot be written: " + fault.text);
+    saveFile(target, [&](int descriptor) { saveDocument(scene, form, descriptor); });
+    call.out << visible(target.name()) << ": " << describe(scene) << "\n";
+    if (rounded > 0)
+        call.out << "note: " << counted(rounded, "number")
+                 << " rounded to the 16 digits of a text document\n";
+}
+
+void writeModel(const Scene& scene, const Call& call) {
+    saveFile(*call.target, [&](int descriptor) { writeObj(scene, descriptor); });
+    call.out << visible(call.target->name()) << ": " << summary(scene) << "\n";
+}
+
+void importModel(const Call& call) {
+    refuseSameFile(call.file(1), *call.target);
+    ObjModel model = readObj(call.file(1), call.arguments.skipUnsupported);
+    writeDocument(model.scene, call.arguments.form, call, summary);
+    for (const auto& [keyword, count] : model.skipped)
+        call.out << "skipped: " << keyword << " (" << counted(count, "time") << ")\n";
+}
+
+/// The new steps act last, on the scene whose bounds show prints.
+void transform(const Call& call) {
+    if (call.arguments.options.empty())
+        throw UsageError("transform needs --rotate, --scale or --translate");
+    Document document = loadDocument(call.file(1));
+    document.scene.root->transform *= call.arguments.transform;
+    writeDocument(document.scene, document.form(), call,
+                  [](const Scene& scene) { return boundsText(sceneBounds(scene)); });
+}
+
+void show(const Call& call) {
+    showDocument(loadDocument(call.file(1)), call.out);
+}
+
+void verify(const Call& call) {
+    reportSound(loadDocument(call.file(1)), call.out);
+}
+
+void exportModel(const Call& call) {
+    refuseSameFile(call.file(1), *call.target);
+    Document document = loadDocument(call.file(1));
+    applyTransforms(document.scene);
+    writeModel(document.scene, call);
+}
+
+void generate(const Call& call) {
+    writeModel(generateModel(call.arguments.segments), call);
+}
+
+void hash(const Call& call) {
+    const std::string& path = call.file(1);
+    if (path == standardStream)
+        throw UsageError("hash needs a file with a name");
+    const std::string digest = fileHash(path, hashKey(call.arguments.keyFile));
+    if (call.arguments.expectedHash)
+        expectHash(path, digest, *call.arguments.expectedHash);
+    call.out << digest << "  " << visible(path) << "\n";
+}
+
+struct Command {
+    const char* name;
+    std::vector<const char*> files;
+    std::vector<const char*> options;
+    void (*run)(const Call&);
+    std::size_t written = 0; ///< Which of the files it writes, from 1; 0 if none.
+};
+
+const Command& findCommand(const std::string& name) {
+    static const Command commands[] = {
+        {"import",
+         {"MODEL.obj", "DOCUMENT"},
+         {"--method", "--compress", "--checksum", "--encrypt", "--skip-unsupported"},
+         importModel,
+         2},
+        {"transform", {"DOCUMENT"}, {"--rotate", "--scale", "--translate"}, transform, 1},
+        {"show", {"DOCUMENT"}, {}, show},
+        {"verify", {"DOCUMENT"}, {}, verify},
+        {"export", {"DOCUMENT", "MODEL.obj"}, {}, exportModel, 2},
+        {"generate", {"MODEL.obj"}, {"--segments"}, generate, 1},
+        {"hash", {"DOCUMENT"}, {"--key-file", "--expect"}, hash},
+    };
+    for (const Command& command : commands)
+        if (name == command.name)
+            return command;
+    throw UsageError("there is no command '" + name + "'");
+}
+
+const Command& checkedCommand(const Arguments& arguments) {
+    if (arguments.words.empty())
+        throw UsageError("a command is missing");
+    const Command& command = findCommand(arguments.words[0]);
+    for (const std::string& option : arguments.options)
+        if (std::find(command.options.begin(), command.options.end(), option) ==
+            command.options.end())
+            throw UsageError(std::string(command.name) + " takes no option " + option);
+    if (arguments.words.size() != command.files.size() + 1) {
+        std::string expected;
+        for (const char* file : command.files)
+            expected += std::string(" ") + file;
+        throw UsageError(std::string(command.name) + " takes" + expected);
+    }
+    return command;
+}
+
+void printError(const std::exception& error, std::ostream& err) {
+    err << "scenefile: " << visible(error.what()) << "\n";
+}
+
+int runCommand(const Arguments& arguments, std::ostream& out, std::ostream& err) {
+    const Command& command = checkedCommand(arguments);
+    const std::string& file = arguments.words[std::max<std::size_t>(command.written, 1)];
+    std::optional<Target> target;
+    if (command.written > 0)
+        target.emplace(file);
+    const bool isOutTaken = target && target->isStandardOutput();
+    int code = 0;
+    try {
+        command.run({arguments, target ? &*target : nullptr, isOutTaken ? err : out});
+    } catch (const Failure& failure) {
+        printError(failure, err);
+        if (target && target->isAsItWas())
+            err << visible(file) << " is as it was\n";
+        code = 1;
+    }
+    if (file != standardStream)
+        for (const std::string& note : leftoverNotes(file))
+            err << visible(note) << "\n";
+    return code;
+}
+
+int runArguments(const Arguments& arguments, std::ostream& out, std::ostream& err) {
+    int code = 0;
+    if (arguments.help)
+        out << helpText;
+    else
+        code = runCommand(arguments, out, err);
+    if (!out.flush())
+        throw Failure("standard output: cannot be written");
+    return code;
+}
+
+} // namespace
+
+int run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
+    try {
+        return runArguments(parseArguments(arguments), out, err);
+    } catch (const UsageError& error) {
+        printError(error, err);
+        err << "Try 'scenefile --help'.\n";
+        return 2;
+    } catch (const std::bad_alloc&) {
+        err << "scenefile: out of memory\n";
+    } catch (const std::exception& error) {
+        printError(error, err);
+    }
+    return 1;
+}
+
+} // namespace scenefile

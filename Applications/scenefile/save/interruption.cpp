@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+
+#include "save/interruption.h"
+
+#include <unistd.h>
+
+#include <iterator>
+
+namespace scenefile {
+
+namespace {
+
+/// All that the signal handler may use.
+char temporaryFile[4096];
+
+void deleteAndEnd(int signal) {
+    unlink(temporaryFile);
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+} // namespace
+
+Interruption::Interruption(const std::string& file) {
+    // A file with a longer name could not have been opened.
+    const bool fits = file.size() < sizeof temporaryFile;
+    temporaryFile[fits ? file.copy(temporaryFile, file.size()) : 0] = '\0';
+    sigprocmask(SIG_BLOCK, nullptr, &blockedBefore_);
+    struct sigaction action = {};
+    action.sa_handler = deleteAndEnd;
+    for (std::size_t i = 0; i < std::size(signals); ++i) {
+        sigaction(signals[i], nullptr, &before_[i]);
+        if (before_[i].sa_handler != SIG_IGN) // as under nohup
+            sigaction(signals[i], &action, nullptr);
+    }
+}
+
+Interruption::~Interruption() {
+    for (std::size_t i = 0; i < std::size(signals); ++i)
+        sigaction(signals[i], &before_[i], nullptr);
+    sigprocmask(SIG_SETMASK, &blockedBefore_, nullptr);
+}
+
+void Interruption::holdBack() {
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int signal : signals)
+        sigaddset(&set, signal);
+    sigprocmask(SIG_BLOCK, &set, nullptr);
+}
+
+} // namespace scenefile

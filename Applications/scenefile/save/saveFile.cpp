@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "Base/OS/zeOSProtectedWrite.h"
+
+#include "failure.h"
+#include "save/interruption.h"
+#include "save/save.h"
+
+namespace scenefile {
+
+namespace {
+
+using zeOS::ProtectedWrite;
+
+/// The result of a system call, unless it is -1.
+int checked(int result) {
+    if (result == -1)
+        throw Failure(systemMessage(errno));
+    return result;
+}
+
+/// A new file, which nobody else may read until it has its final rights.
+zeUtil::Descriptor createFile(const std::string& name) {
+    return zeUtil::Descriptor(checked(zeUtil::retried(
+        [&] { return open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600); })));
+}
+
+/// Throws a Failure unless the content is on disk.
+void completeFile(zeUtil::Descriptor& file, mode_t rights) {
+    checked(fchmod(file.get(), rights));
+    checked(zeUtil::retried([&] { return fsync(file.get()); }));
+    checked(file.close());
+}
+
+/// Why a save could not begin, or end.
+std::string reason(int status) {
+    switch (status) {
+    case ProtectedWrite::StatusTempDirCreated:
+        return "the temporary directory was missing; it exists now: try again";
+    case ProtectedWrite::StatusTempNotDirectory:
+        return "the temporary directory is a file";
+    case ProtectedWrite::StatusCannotClearTemp:
+        return "there is no name for a temporary file";
+    case ProtectedWrite::StatusTempMissing:
+        return "the temporary file has disappeared";
+    case ProtectedWrite::StatusCannotBackup:
+        return "the old file cannot be moved aside";
+    default:
+        return "the new file cannot be put in its place";
+    }
+}
+
+void begin(ProtectedWrite& save) {
+    if (!save.init())
+        throw Failure(save.getStatus() == ProtectedWrite::StatusNotWritable
+                          ? systemMessage(EACCES)
+                          : reason(save.getStatus()));
+}
+
+/// Puts the new file in its place. If the environment asks for copies, these get the rights of any
+/// new file; the mask keeps others out until the file has its own rights again.
+void finish(ProtectedWrite& save, const std::string& path, mode_t rights) {
+    const mode_t mask = umask(077);
+    const bool isDone = save.finalize();
+    umask(mask);
+    chmod(path.c_str(), rights);
+    if (!isDone)
+        throw Failure(reason(save.getStatus()));
+}
+
+void replace(const std::string& path, mode_t rights, const std::function<void(int)>& write) {
+    ProtectedWrite save(libraryFilename(path));
+    begin(save);
+    // From here on every exception abandons the save: its destructor removes the temporary file.
+    const std::string temporary = save.getTempFilename().path().asUTF8();
+    zeUtil::Descriptor file = createFile(temporary);
+    Interruption interruption(temporary);
+    write(file.get());
+    completeFile(file, rights);
+    interruption.holdBack();
+    finish(save, path, rights);
+}
+
+} // namespace
+
+void saveFile(const Target& target, const std::function<void(int)>& write) {
+    try {
+        if (target.isStandardOutput())
+            write(STDOUT_FILENO);
+        else
+            replace(target.path(), target.rights(), write);
+    } catch (const Failure& failure) {
+        throw Failure(target.name() + ": cannot be written: " + failure.what());
+    }
+}
+
+} // namespace scenefile

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <tuple>
+
+#include "failure.h"
+#include "save/save.h"
+
+namespace scenefile {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::optional<struct stat> look(const std::string& path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0)
+        return std::nullopt;
+    return status;
+}
+
+/// The path without links. What a link points at may be missing: it is made then.
+std::string withoutLinks(const std::string& path, bool exists, std::error_code& error) {
+    if (exists)
+        return fs::canonical(path, error);
+    const fs::path given(path);
+    const fs::path folder = given.has_parent_path() ? given.parent_path() : ".";
+    std::error_code isNoLink;
+    const fs::path target = fs::read_symlink(given, isNoLink);
+    if (!isNoLink)
+        return withoutLinks(folder / target, false, error);
+    return fs::canonical(folder, error) / given.filename();
+}
+
+} // namespace
+
+Target::Target(const std::string& path)
+    : name_(path), path_(path), isStandardOutput_(path == standardStream) {
+    if (isStandardOutput_) {
+        name_ = "standard output";
+        return;
+    }
+    before_ = look(path);
+    error_ = before_ || errno == ENOENT ? 0 : errno;
+    if (error_ == 0) {
+        std::error_code error;
+        path_ = withoutLinks(path, before_.has_value(), error);
+        error_ = error.value();
+    }
+}
+
+bool Target::isSameFile(const std::string& other) const {
+    if (!before_)
+        return false;
+    const std::optional<struct stat> found = look(other);
+    return found && found->st_dev == before_->st_dev && found->st_ino == before_->st_ino;
+}
+
+/// A file that replaced it has another number, and a changed one another time.
+bool Target::isAsItWas() const {
+    const auto identity = [](const struct stat& file) {
+        return std::tuple(file.st_dev, file.st_ino, file.st_size, file.st_mtim.tv_sec,
+                          file.st_mtim.tv_nsec);
+    };
+    const std::optional<struct stat> now = before_ ? look(path_) : std::nullopt;
+    return now && identity(*now) == identity(*before_);
+}
+
+std::string Target::path() const {
+    if (error_ != 0)
+        throw Failure(systemMessage(error_));
+    return path_;
+}
+
+/// Those of the file that is replaced, or those that a new file usually gets.
+mode_t Target::rights() const {
+    if (before_ && !S_ISREG(before_->st_mode))
+        throw Failure("not a regular file");
+    if (before_)
+        return before_->st_mode & 07777;
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
+zeUtil::Descriptor duplicate(int descriptor) {
+    zeUtil::Descriptor result(fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
+    if (!result.isOpen())
+        throw Failure(systemMessage(errno));
+    return result;
+}
+
+zeOS::Filename libraryFilename(const std::string& path) {
+    bool ok = false;
+    const zeString::IString text(path.c_str(), zeString::EncodingUTF8, &ok);
+    if (!ok)
+        throw Failure("its name is not UTF-8");
+    return zeOS::Filename(text);
+}
+
+} // namespace scenefile
