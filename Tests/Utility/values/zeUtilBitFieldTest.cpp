@@ -68,13 +68,11 @@ TEST(BitField, DoesWhatAnArrayOfBoolDoes) {
             EXPECT_EQ(a == b, modelA == modelB);
         }
         a.setAll();
-        b.resetAll();
         for (int i = 0; i < size; ++i)
             b.setBit(i, true);
         EXPECT_EQ(a, b) << "spare bits do not count";
-        EXPECT_EQ(a.numSet(), size);
         a.recountSetBits();
-        EXPECT_EQ(a.numSet(), size);
+        expectSame(a, Model(length, true));
     }
 }
 

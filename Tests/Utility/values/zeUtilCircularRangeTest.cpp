@@ -219,31 +219,24 @@ TEST(CircularRange, WorksOnALineToo) {
 }
 
 TEST(CircularRange, KeepsListsOfRunsThatDoNotMeet) {
-    constexpr int size = 1000;
+    constexpr int size = 200;
     std::mt19937 random(12);
     std::vector<Range> list;
     std::vector<bool> expected(size); // never more than half full, so that no run closes the ring
-    for (int step = 0; step < 2000; ++step) {
+    for (int step = 0; step < 1000; ++step) {
         const int start = static_cast<int>(random() % size);
-        const int length = 1 + static_cast<int>(random() % 12);
+        const int length = 1 + static_cast<int>(random() % 9);
         const bool adding = random() % 3 == 0;
         const Range run(start, (start + length - 1) % size, size);
         adding ? merge(list, run) : subtract(list, run);
         for (int i = 0; i < length; ++i)
             expected[static_cast<std::size_t>((start + i) % size)] = adding;
 
-        std::vector<bool> found(size);
-        std::ptrdiff_t total = 0;
-        for (const Range& element : list) {
-            for (int i = element.start;; i = (i + 1) % size) {
-                found[static_cast<std::size_t>(i)] = true;
-                ++total;
-                if (i == element.end)
-                    break;
-            }
+        for (int i = 0; i < size; ++i) {
+            const auto holders = std::count_if(list.begin(), list.end(),
+                                               [i](const Range& r) { return r.contains(i); });
+            ASSERT_EQ(holders, expected[static_cast<std::size_t>(i)]) << "step " << step;
         }
-        ASSERT_EQ(found, expected) << "step " << step;
-        ASSERT_EQ(std::count(found.begin(), found.end(), true), total) << "none twice";
     }
     std::vector<Range> order = {{0, 1, 100}, {10, 11, 100}, {20, 21, 100}, {30, 31, 100}};
     merge(order, {12, 29, 100});

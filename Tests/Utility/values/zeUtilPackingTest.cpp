@@ -83,45 +83,36 @@ int longest(const IntRange2d& r) {
     return std::max(r.size[0], r.size[1]);
 }
 
-/// For lists whose longest edges are all different, so that their order is fixed.
+/// For lists whose longest edges are all different and stand in falling order.
 IntRange2d packSlowly(Rects& rects, bool powerOfTwo) {
-    std::vector<IntRange2d*> order;
-    int maxW = 0, maxH = 0, total = 0;
-    for (IntRange2d& r : rects) {
-        order.push_back(&r);
-        maxW = std::max(maxW, r.size[0]);
-        maxH = std::max(maxH, r.size[1]);
+    int most[2] = {0, 0};
+    int total = 0;
+    for (const IntRange2d& r : rects) {
+        most[0] = std::max(most[0], r.size[0]);
+        most[1] = std::max(most[1], r.size[1]);
         total += area(r);
     }
-    std::sort(order.begin(), order.end(),
-              [](auto* a, auto* b) { return longest(*a) > longest(*b); });
-    Rects work;
-    for (const IntRange2d* r : order)
-        work.push_back(*r);
     const auto up = [&](int n) { return powerOfTwo ? zeUtil::ceilPowerOfTwo(n) : n; };
     const int side = static_cast<int>(std::sqrt(total));
     int w = up(side), h = up(side);
-    if (maxW >= side || maxH >= side) {
-        w = up(maxW);
-        h = up(maxH);
+    if (most[0] >= side || most[1] >= side) {
+        w = up(most[0]);
+        h = up(most[1]);
         if (w > h)
             h = total / w > h ? up(total / w) : h;
         else
             w = total / h > w ? up(total / h) : w;
     }
-    while (const int left = packSlowly(work, IntRange2d(0, 0, w, h))) {
+    while (const int left = packSlowly(rects, IntRange2d(0, 0, w, h))) {
         if (powerOfTwo)
             (h <= w ? h : w) *= 2;
         else
             w = h = static_cast<int>(std::sqrt(left + w * h)) + 1;
     }
-    int box = 0;
-    for (std::size_t i = 0; i < work.size(); ++i) {
-        *order[i] = work[i];
-        for (int dim : {0, 1})
-            box = std::max(box, work[i].origin[dim] + work[i].size[dim]);
-    }
-    return powerOfTwo ? IntRange2d(0, 0, w, h) : IntRange2d(0, 0, box, box);
+    IntRange2d box;
+    for (const IntRange2d& r : rects)
+        box.include(r);
+    return powerOfTwo ? IntRange2d(0, 0, w, h) : IntRange2d(0, 0, longest(box), longest(box));
 }
 
 Rects randomRects(std::size_t count, int least, int most, unsigned int seed) {
@@ -200,23 +191,19 @@ TEST(Packing, PlacesAsAVisitOfEverySpaceDoes) {
 
 TEST(Packing, ChoosesItsBoundAsAVisitOfEverySpaceDoes) {
     std::mt19937 random(5);
-    for (int round = 0; round < 300; ++round) {
-        Rects fast;
-        const int count = 1 + static_cast<int>(random() % 40);
-        const int spread = round % 3 == 0 ? 1 : round % 3 == 1 ? 9 : 60;
-        for (int i = 1; i <= count; ++i) { // the longest edges are all different
-            int sides[2] = {i * spread + static_cast<int>(random()) % spread,
-                            1 + static_cast<int>(random() % static_cast<unsigned int>(i * spread))};
-            if (random() % 2)
-                std::swap(sides[0], sides[1]);
-            fast.emplace_back(0, 0, std::abs(sides[0]), sides[1]);
+    for (unsigned int round = 0; round < 300; ++round) {
+        const unsigned int step = 1 + round % 3 * 20; // how much longer each is than the next one
+        Rects slow;
+        for (auto longer = (1 + random() % 40) * step; longer > 0; longer -= step) {
+            const int sides[2] = {static_cast<int>(longer),
+                                  static_cast<int>(1 + random() % longer)};
+            const bool isHigh = random() % 2;
+            slow.emplace_back(0, 0, sides[isHigh], sides[!isHigh]);
         }
-        std::shuffle(fast.begin(), fast.end(), random);
         for (bool powerOfTwo : {false, true}) {
-            Rects slow = fast;
-            Rects placed = fast;
-            ASSERT_EQ(pack(placed, powerOfTwo), packSlowly(slow, powerOfTwo)) << round;
-            ASSERT_EQ(placed, slow) << round;
+            Rects fast(slow.rbegin(), slow.rend());
+            ASSERT_EQ(pack(fast, powerOfTwo), packSlowly(slow, powerOfTwo)) << round;
+            ASSERT_EQ(Rects(fast.rbegin(), fast.rend()), slow) << round;
         }
     }
 }
