@@ -16,86 +16,95 @@ namespace zeUtil {
 
 namespace {
 
-/// Widths that divide the rectangles into classes of about equal number, so that a search can ask
-/// for the tallest of all spaces that are at least so wide.
-class WidthClasses {
+/// Sizes in one dimension that divide the rectangles into classes of about equal number, so that a
+/// search can compare classes, which take a byte each, before it looks at a size.
+class SizeClasses {
 public:
-    static constexpr std::size_t count = 32;
+    using Class = unsigned char;
 
-    explicit WidthClasses(const std::vector<IntRange2d>& rects) {
-        std::vector<int> widths; // of a sample, which is all that a good division takes
-        for (std::size_t i = 0; i < rects.size(); i += 1 + rects.size() / 1024)
-            widths.push_back(rects[i].size[0]);
-        std::sort(widths.begin(), widths.end());
-        widths.erase(std::unique(widths.begin(), widths.end()), widths.end());
+    SizeClasses(const std::vector<IntRange2d>& rects, int dim, std::size_t mostClasses) {
+        std::vector<int> sizes; // of a sample, which is all that a good division takes
+        for (std::size_t i = 0; i < rects.size(); i += 1 + rects.size() / 512)
+            sizes.push_back(rects[i].size[dim]);
+        std::sort(sizes.begin(), sizes.end());
+        sizes.erase(std::unique(sizes.begin(), sizes.end()), sizes.end());
+        const std::size_t count = std::min(mostClasses, sizes.size());
         for (std::size_t i = 0; i < count; ++i)
-            least_[i] = widths[i * widths.size() / count];
-        for (const IntRange2d& rect : rects) {
-            least_[0] = std::min(least_[0], rect.size[0]);
-            leastHeight_ = std::min(leastHeight_, rect.size[1]);
-        }
+            least_.push_back(sizes[i * sizes.size() / count]);
+        for (const IntRange2d& rect : rects)
+            least_[0] = std::min(least_[0], rect.size[dim]);
     }
 
-    /// The smallest width in a class; that of the first class is the smallest of all.
-    int least(std::size_t i) const { return least_[i]; }
-
-    /// The class of the width of a rectangle: the last one that does not begin above it.
-    std::size_t classOf(int width) const {
-        const auto above = std::upper_bound(least_.begin() + 1, least_.end(), width);
-        return static_cast<std::size_t>(above - least_.begin()) - 1;
-    }
-
-    /// Whether a space is too narrow or too low for every rectangle.
-    bool isUseless(const IntRange2d& space) const {
-        return space.size[0] < least_[0] || space.size[1] < leastHeight_;
+    /// From 1 for the smallest rectangle; 0 for what is too small for any.
+    Class classOf(int size) const {
+        return static_cast<Class>(std::upper_bound(least_.begin(), least_.end(), size) -
+                                  least_.begin());
     }
 
 private:
-    std::array<int, count> least_;
-    int leastHeight_ = INT_MAX;
+    std::vector<int> least_; ///< The smallest size of each class.
+};
+
+/// The classes in both dimensions.
+struct Classes {
+    static constexpr std::size_t ofWidth = 64;
+    static constexpr std::size_t ofHeight = 255;
+
+    explicit Classes(const std::vector<IntRange2d>& rects)
+        : widths(rects, 0, ofWidth), heights(rects, 1, ofHeight) {}
+
+    SizeClasses widths, heights;
 };
 
 /// The free spaces of a bound, in the order in which they are offered to a rectangle.
 ///
 /// They are the leaves of a balanced tree (the heights of siblings differ by at most 1), in which
-/// each node knows the tallest space under it for each class of widths. A search passes by every
-/// subtree whose tallest is too low. Those that it enters in vain differ from the rectangle by less
-/// than a class, so that a search costs little more than the height of the tree.
+/// each node knows the class of the tallest space under it for each class of widths. A search
+/// passes by every subtree in which nothing is tall enough. Those that it enters in vain are too
+/// small by less than a class, so that a search costs little more than the height of the tree.
 class FreeSpaces {
 public:
-    FreeSpaces(const WidthClasses& classes, const IntRange2d& bounds)
+    FreeSpaces(const Classes& classes, const IntRange2d& bounds)
         : classes_(classes), root_(addLeaf(bounds)) {}
 
     /// Writes the origin of the first space that is large enough into `rect`, and leaves in its
     /// place what the rectangle leaves of it.
     bool place(IntRange2d& rect) {
-        return root_ != none && take(root_, rect, classes_.classOf(rect.size[0]));
+        const Need need = {classes_.widths.classOf(rect.size[0]) - std::size_t{1},
+                           classes_.heights.classOf(rect.size[1])};
+        return root_ != none && take(root_, rect, need);
     }
 
 private:
     using Link = int; ///< An index into nodes_.
     static constexpr Link none = -1;
 
-    struct Node {
-        std::array<int, WidthClasses::count> tallest; ///< -1 where there is no space so wide.
-        IntRange2d space;                             ///< Of a leaf.
-        Link children[2];                             ///< `none` both for a leaf.
-        int height;                                   ///< 0 for a leaf.
+    struct alignas(64) Node {
+        /// The class of the tallest space that is at least as wide as each class; 0 for none.
+        std::array<SizeClasses::Class, Classes::ofWidth> tallest;
+        IntRange2d space; ///< Of a leaf.
+        Link children[2]; ///< Of an inner node.
+        int height;       ///< 0 for a leaf.
     };
 
-    bool take(Link& link, IntRange2d& rect, std::size_t widthClass) {
+    struct Need {
+        std::size_t width; ///< An index into Node::tallest.
+        SizeClasses::Class height;
+    };
+
+    bool take(Link& link, IntRange2d& rect, const Need& need) {
         const Node& node = nodes_[index(link)];
-        if (node.tallest[widthClass] < rect.size[1])
+        if (node.tallest[need.width] < need.height)
             return false;
         if (node.height == 0) {
-            if (node.space.size[0] < rect.size[0])
+            if (node.space.size[0] < rect.size[0] || node.space.size[1] < rect.size[1])
                 return false;
             link = split(link, rect);
             return true;
         }
         for (int side : {0, 1}) {
             Link child = nodes_[index(link)].children[side];
-            if (take(child, rect, widthClass)) {
+            if (take(child, rect, need)) {
                 nodes_[index(link)].children[side] = child;
                 link = restored(link);
                 return true;
@@ -125,14 +134,15 @@ private:
 
     /// A leaf for this space, or none if no rectangle can ever use it.
     Link addLeaf(const IntRange2d& space) {
-        if (classes_.isUseless(space))
+        const SizeClasses::Class width = classes_.widths.classOf(space.size[0]);
+        const SizeClasses::Class height = classes_.heights.classOf(space.size[1]);
+        if (width == 0 || height == 0)
             return none;
         const Link leaf = newNode();
         Node& node = nodes_[index(leaf)];
-        for (std::size_t i = 0; i < WidthClasses::count; ++i)
-            node.tallest[i] = space.size[0] >= classes_.least(i) ? space.size[1] : -1;
+        node.tallest.fill(0);
+        std::fill_n(node.tallest.begin(), width, height);
         node.space = space;
-        node.children[0] = node.children[1] = none;
         node.height = 0;
         return leaf;
     }
@@ -183,7 +193,7 @@ private:
         Node& node = nodes_[index(link)];
         const Node& first = nodes_[index(node.children[0])];
         const Node& second = nodes_[index(node.children[1])];
-        for (std::size_t i = 0; i < WidthClasses::count; ++i)
+        for (std::size_t i = 0; i < Classes::ofWidth; ++i)
             node.tallest[i] = std::max(first.tallest[i], second.tallest[i]);
         node.height = 1 + std::max(first.height, second.height);
     }
@@ -202,14 +212,14 @@ private:
 
     static std::size_t index(Link link) { return static_cast<std::size_t>(link); }
 
-    const WidthClasses& classes_;
+    const Classes& classes_;
     std::vector<Node> nodes_;
     std::vector<Link> unused_; ///< Nodes to be used again.
     Link root_;
 };
 
 /// Places the rectangles in order; returns how many went in before the first that did not.
-std::size_t placeInOrder(std::vector<IntRange2d>& rects, const WidthClasses& classes,
+std::size_t placeInOrder(std::vector<IntRange2d>& rects, const Classes& classes,
                          const IntRange2d& bounds) {
     FreeSpaces spaces(classes, bounds);
     const auto failed = std::find_if(rects.begin(), rects.end(),
@@ -291,7 +301,7 @@ bool grow(IntRange2d& bound, unsigned long left, bool powerOfTwo) {
 
 /// The bound into which all rectangles go, which are sorted by their longest edge.
 IntRange2d packGrowing(std::vector<IntRange2d>& sorted, bool powerOfTwo) {
-    const WidthClasses classes(sorted);
+    const Classes classes(sorted);
     const unsigned long total = totalArea(sorted.begin(), sorted.end());
     IntRange2d bound = firstBound(sorted, total, powerOfTwo);
     unsigned long left = total;
@@ -312,7 +322,7 @@ IntRange2d packGrowing(std::vector<IntRange2d>& sorted, bool powerOfTwo) {
 int pack(std::vector<IntRange2d>& rects, IntRange2d bounds) {
     if (rects.empty())
         return 0;
-    const std::size_t placed = placeInOrder(rects, WidthClasses(rects), bounds);
+    const std::size_t placed = placeInOrder(rects, Classes(rects), bounds);
     const auto left = totalArea(rects.begin() + static_cast<std::ptrdiff_t>(placed), rects.end());
     return static_cast<int>(static_cast<unsigned int>(left));
 }
