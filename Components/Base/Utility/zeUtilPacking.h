@@ -13,7 +13,7 @@
 ///
 /// Sizes must not be negative, and far edges of bounds must be representable as int.
 ///
-/// ![300 rectangles in a bound that pack() has chosen](packing.svg)
+/// Documentation/packing.md shows a picture of it.
 ///
 /// Cost: about n log n for n rectangles; for more than some 100,000, whose widths are all
 /// different, somewhat more. Nothing is reported but the result; running out of memory throws
