@@ -20,16 +20,15 @@
 ///
 /// **Where results are not those of sets.** A run is one piece, and some operations look at one
 /// pair of images only. Callers rely on these results:
-/// - CircularRange::merge() of runs that overlap at both ends may lose what lies between: (6, 3)
-///   with (2, 7) on a ring of 8 gives (2, 3). Where the runs close the ring exactly, it is the full
-///   run.
-/// - CircularRange::subtract() of a wrapped run that overlaps this one at both ends takes off one
-/// end
-///   only: (0, 5) less (4, 1) on a ring of 8 leaves (0, 3).
-/// - CircularRange::contains() of the full run is false for a wrapped run.
-/// - CircularRange::intersect() has no answer, and gives the empty run, where two pieces remain.
-/// For
-///   two wrapped runs that is also so where the gaps between their ends touch.
+/// - CircularRange::merge() of a wrapped run with another that reaches its start and overlaps its
+///   end gives only that overlap: (6, 3) with (2, 7) on a ring of 8 gives (2, 3). Where the other
+///   run just touches the end, the ring is closed, and the result is the full run.
+/// - CircularRange::subtract() of a wrapped run that overlaps this one at both ends takes off only
+///   one of the ends: (0, 5) less (4, 1) on a ring of 8 leaves (0, 3).
+/// - CircularRange::contains() of a linear run is false for a wrapped one, even if the linear run
+///   is full.
+/// - CircularRange::intersect() has no answer, and gives the empty run, where two pieces remain;
+///   also for two wrapped runs whose gaps touch, though one piece remains.
 /// - The empty run counts as linear, and its high image is the position `size` - 1. So it overlaps
 ///   runs that hold this position, merges with their neighbours, and splits them on subtraction;
 ///   its second half is the full run. Test for it first where it may occur.
