@@ -22,8 +22,9 @@ template<class Field>
 void expectBits(const Field& field, const Model& model) {
     for (std::size_t i = 0; i < model.size(); ++i)
         ASSERT_EQ(field.testBit(static_cast<int>(i)), model[i]) << "bit " << i;
-    if constexpr (std::is_same_v<Field, BitField>)
+    if constexpr (std::is_same_v<Field, BitField>) {
         ASSERT_EQ(field.numSet(), std::count(model.begin(), model.end(), true));
+    }
 }
 
 /// Sets and clears bits of two fields at random, as long as their models, and compares everything

@@ -304,17 +304,16 @@ IntRange2d packGrowing(std::vector<IntRange2d>& sorted, bool powerOfTwo) {
     const Classes classes(sorted);
     const unsigned long total = totalArea(sorted.begin(), sorted.end());
     IntRange2d bound = firstBound(sorted, total, powerOfTwo);
-    unsigned long left = total;
-    do {
+    for (;;) {
         // While even the first one is too long, there is no need to try.
-        std::size_t placed = 0;
-        if (longestEdge(sorted.front()) <= longestEdge(bound))
-            placed = placeInOrder(sorted, classes, bound);
-        left = placed == 0
-                   ? total
-                   : totalArea(sorted.begin() + static_cast<std::ptrdiff_t>(placed), sorted.end());
-    } while (left > 0 && grow(bound, left, powerOfTwo));
-    return bound;
+        unsigned long left = total;
+        if (longestEdge(sorted.front()) <= longestEdge(bound)) {
+            const std::size_t placed = placeInOrder(sorted, classes, bound);
+            left = totalArea(sorted.begin() + static_cast<std::ptrdiff_t>(placed), sorted.end());
+        }
+        if (left == 0 || !grow(bound, left, powerOfTwo))
+            return bound;
+    }
 }
 
 } // namespace
@@ -332,6 +331,7 @@ IntRange2d pack(std::vector<IntRange2d>& rects, bool powerOfTwo) {
         return powerOfTwo ? IntRange2d(0, 0, 1, 1) : IntRange2d();
     const std::vector<std::size_t> order = byLongestEdge(rects);
     std::vector<IntRange2d> sorted;
+    sorted.reserve(order.size());
     for (std::size_t i : order)
         sorted.push_back(rects[i]);
     const IntRange2d bound = packGrowing(sorted, powerOfTwo);

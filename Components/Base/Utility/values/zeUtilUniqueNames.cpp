@@ -66,8 +66,9 @@ private:
     /// The name without its last separator and the digits behind it, if there is nothing else.
     std::string_view basenameOf(std::string_view name) const {
         const std::string_view separator = viewOf(separator_);
-        const std::size_t found = separator.empty() ? name.npos : name.rfind(separator);
-        if (found == name.npos)
+        const std::size_t found =
+            separator.empty() ? std::string_view::npos : name.rfind(separator);
+        if (found == std::string_view::npos)
             return name;
         const std::string_view number = name.substr(found + separator.length());
         return std::all_of(number.begin(), number.end(), isDigit) ? name.substr(0, found) : name;
