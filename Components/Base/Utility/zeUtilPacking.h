@@ -26,8 +26,10 @@
 /// for (int side : {8, 4, 4, 2})
 ///     rects.emplace_back(0, 0, side, side);
 /// const zeUtil::IntRange2d bound = zeUtil::pack(rects, true);
-/// assert(bound == zeUtil::IntRange2d(0, 0, 8, 16));
-/// assert(rects[0].origin[1] + rects[0].size[1] <= 16);
+/// assert(bound == zeUtil::IntRange2d(0, 0, 16, 16));
+/// assert(rects[0] == zeUtil::IntRange2d(0, 0, 8, 8)); // the longest edge goes first
+///
+/// assert(zeUtil::pack(rects, zeUtil::IntRange2d(0, 0, 8, 12)) == 4); // the area left over
 /// @endcode
 
 #pragma once
