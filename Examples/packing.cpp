@@ -1,13 +1,22 @@
 // SPDX-License-Identifier: MIT
 
-// Texture pages: small pictures are packed into one large one, and what has not been used for long
-// goes when memory is short.
+// Packs small pictures into one page, and keeps the pixels that were drawn last. UniqueNames gives
+// each picture a name of its own, pack() a place on the page, and the GlobalCache drops what has
+// not been used for long when memory is short.
 //
-// Three utilities work together here. zeUtil::UniqueNames gives each picture a name of its own,
-// zeUtil::pack() gives it a place on the page, and zeUtil::GlobalCache keeps the pixels that were
-// drawn last.
-//
-// usage: packing
+//     $ packing
+//     a page of 64 by 64
+//     made tree.png at 0, 20
+//     made wall.png at 48, 20
+//     made tree-1.png at 24, 20
+//     made sky.png at 0, 0
+//     cached wall.png at 48, 20
+//     cached tree.png at 0, 20
+//     dropped tree-1.png
+//     dropped sky.png
+//     1216 bytes are left
+//     dropped tree.png
+//     dropped wall.png
 
 #include <cstdio>
 #include <string>
