@@ -141,8 +141,7 @@ ioStatus check(ioBufferedStreamInput& stream, ioPacketRegistry& types,
                ioPacketFileVisitor* visitor) {
     ioHeader header;
     const std::int64_t size = readStart(stream, header, types);
-    const ioReadMethod method = header.determineReadMethod();
-    if (size < 0 || !header.valid || method == ioReadUnknown) {
+    if (size < 0 || !header.valid) {
         ioReadContextAscii failed(stream); // any context knows what a stream's failure means
         failed.setStatus(ioBadFile);
         failed.promoteStreamStatus(stream);
@@ -150,7 +149,7 @@ ioStatus check(ioBufferedStreamInput& stream, ioPacketRegistry& types,
     }
     if (visitor && !visitor->start(header, types))
         return ioHalted;
-    return walkPackets(stream, method, types, size, visitor);
+    return walkPackets(stream, header.determineReadMethod(), types, size, visitor);
 }
 
 } // namespace
