@@ -78,7 +78,7 @@ int main() {
     std::printf("a page of %d by %d\n", page.size[0], page.size[1]);
 
     Pictures pictures;
-    for (std::size_t i : {0, 1, 2, 3, 1, 0})
+    for (unsigned int i : {0u, 1u, 2u, 3u, 1u, 0u})
         draw(pictures, names[i], places[i]);
 
     // Memory is short: what was drawn first goes first.
