@@ -3,9 +3,9 @@
 // Sorts and sums a data set of eight times the memory that may be mapped at a time.
 //
 // The numbers lie in moveable memory: a region has an address only between map() and unmap(). The
-// program sorts each region by itself and then merges all of them, with a window of each mapped, so
-// that neither step ever has more than the budget in its address space. What is mapped is what can
-// be touched; the rest is in files without a name, which the system writes out as it likes.
+// program sorts the numbers in runs, and then merges the runs with one window of each mapped, so
+// that neither step ever maps more than the budget. What is not mapped lies in unlinked files,
+// which the system writes to disk when it needs the memory.
 
 #include <algorithm>
 #include <cstdint>
@@ -30,7 +30,7 @@ constexpr std::size_t runCount = 8 * budget / runBytes;
 constexpr std::size_t windowBytes = 256 << 10;
 constexpr std::size_t windowNumbers = windowBytes / sizeof(Number);
 
-/// A region that is mapped as long as this lives.
+/// Keeps a region mapped during its own lifetime.
 class Mapped {
 public:
     explicit Mapped(zeOS::MoveableMapping& mapping) : mapping_(mapping), numbers_(mapping.map()) {}
@@ -51,7 +51,7 @@ struct Run {
     std::size_t next = 0; // number to merge next, in the whole run
 };
 
-/// What the process has mapped of its data, and what is resident of its whole address space.
+/// The highest values so far: bytes of the data mapped, and bytes of the process resident.
 struct Peak {
     std::size_t mapped = 0;
     std::size_t resident = 0;
@@ -67,9 +67,9 @@ struct Peak {
     }
 };
 
-/// Fills a run with random numbers and sorts it; adds them to `sum`. Empty if memory ran out.
-Run makeRun(zeOS::MoveableMemory& memory, std::mt19937_64& random, Number& sum) {
-    std::vector<Number> numbers(runBytes / sizeof(Number));
+/// A run of random numbers, sorted in `numbers`; adds them to `sum`. Empty if memory ran out.
+Run makeRun(zeOS::MoveableMemory& memory, std::mt19937_64& random, std::vector<Number>& numbers,
+            Number& sum) {
     for (Number& number : numbers)
         sum += number = random();
     std::sort(numbers.begin(), numbers.end());
@@ -86,10 +86,12 @@ Run makeRun(zeOS::MoveableMemory& memory, std::mt19937_64& random, Number& sum) 
     return run;
 }
 
-/// Reads all runs in order, a window of each mapped at a time. Returns whether they were in order.
+/// Reads all runs in order, with one window of each mapped at a time. Returns whether the numbers
+/// were in order and every window could be mapped.
 bool merge(std::vector<Run>& runs, Number& sum, Peak& peak, zeOS::MoveableMemory& memory) {
     using Head = std::pair<Number, Run*>;
     std::priority_queue<Head, std::vector<Head>, std::greater<>> heads;
+    bool isGood = true;
     const auto advance = [&](Run& run) {
         const std::size_t window = run.next / windowNumbers;
         const std::size_t place = run.next++ % windowNumbers;
@@ -97,24 +99,27 @@ bool merge(std::vector<Run>& runs, Number& sum, Peak& peak, zeOS::MoveableMemory
             run.windows[window - 1]->unmap();
             run.windows[window - 1] = nullptr; // used up: its space is free
         }
-        if (window < run.windows.size())
-            heads.emplace(static_cast<Number*>(run.windows[window]->map())[place], &run);
+        if (window < run.windows.size()) {
+            if (const void* const bytes = run.windows[window]->map())
+                heads.emplace(static_cast<const Number*>(bytes)[place], &run);
+            else
+                isGood = false;
+        }
         if (place == 0)
             peak.update(memory);
     };
     for (Run& run : runs)
         advance(run);
     Number last = 0;
-    bool inOrder = true;
     while (!heads.empty()) {
         const auto [number, run] = heads.top();
         heads.pop();
-        inOrder = inOrder && last <= number;
+        isGood = isGood && last <= number;
         last = number;
         sum += number;
         advance(*run);
     }
-    return inOrder;
+    return isGood;
 }
 
 } // namespace
@@ -127,18 +132,22 @@ int main() {
     }
     std::mt19937_64 random(1);
     Number before = 0, after = 0;
+    std::vector<Number> numbers(runBytes / sizeof(Number));
     Peak peak;
+    peak.update(memory);
+    const std::size_t residentBefore = peak.resident;
     std::vector<Run> runs;
     for (std::size_t i = 0; i < runCount; ++i) {
-        runs.push_back(makeRun(memory, random, before));
+        runs.push_back(makeRun(memory, random, numbers, before));
         if (runs.back().windows.empty()) {
             std::fprintf(stderr, "outofcore: no room for run %zu\n", i);
             return 1;
         }
         peak.update(memory);
     }
-    const bool inOrder = merge(runs, after, peak, memory);
+    const bool isGood = merge(runs, after, peak, memory);
     std::printf("data %zu MiB, mapped at most %zu MiB, resident at most %zu MiB\n",
                 runCount * runBytes >> 20, peak.mapped >> 20, peak.resident >> 20);
-    return inOrder && before == after && peak.mapped <= budget ? 0 : 1;
+    const bool isBounded = peak.mapped <= budget && peak.resident - residentBefore <= 2 * budget;
+    return isGood && before == after && isBounded ? 0 : 1;
 }

@@ -6,9 +6,9 @@
 ///
 /// alloc() takes constant time while the current block has room, and free() for an element of that
 /// block; otherwise alloc() walks over the blocks, and free() takes logarithmic time in their
-/// number. Memory returns to the system with freeAll() and the destructor only. The pool deals in
-/// raw storage: constructing and destroying what lies in it is the caller's business.
-/// ze::BlockAllocator, which does not look for blocks, is faster.
+/// number. Only freeAll() and the destructor release memory. The pool hands out raw storage: the
+/// caller constructs and destroys the objects in it. ze::BlockAllocator is faster, as it does not
+/// look for the block of an element.
 ///
 /// Threads: an allocator belongs to one thread at a time.
 ///
@@ -37,14 +37,15 @@ public:
     /// Frees all blocks, whatever is still in use.
     ~FSAllocator();
 
-    /// An uninitialised element: of the current block the one freed last, or else the next one.
+    /// An uninitialised element: the one of the current block that was freed last, or else the next
+    /// one of it that was never handed out. Throws std::bad_alloc if a new block cannot be had.
     void* alloc();
 
-    /// Takes back an element of this pool that is in use; any other address, null included, must
-    /// not be given.
+    /// Takes back an element of this pool that is in use. Any other address, null included, is
+    /// undefined behaviour.
     void free(void* element);
 
-    /// Frees all blocks. No element of them may be used any more.
+    /// Frees all blocks, and with them all elements.
     void freeAll();
 
     /// Marks the allocator as lazy, which has no effect. Kept for compatibility.

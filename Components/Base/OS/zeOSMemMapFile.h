@@ -3,15 +3,16 @@
 /// @file
 /// One whole named file, mapped for reading or for writing.
 ///
-/// A file that is made shorter under its mapping, by this or another process, ends the process with
-/// SIGBUS when the missing bytes are touched; so does a disk without room. `size` is the caller's
-/// word: reading beyond the end of a shorter file does the same.
+/// `size` is not checked against the length of the file. The process ends with SIGBUS when it
+/// touches a page that lies wholly beyond the end of the file, which includes a file that was made
+/// shorter after it was mapped, and when it first writes to a page of a sparse file while the disk
+/// is full.
 ///
 /// | Code | When |
 /// |---|---|
 /// | 1 | thrown by the constructors: a bad size or mode |
 /// | 2 | a system call failed |
-/// | 3 | the rights do not allow to open the file |
+/// | 3 | permission to open the file was denied |
 /// | 4 | unmap() without a mapping; no message |
 ///
 /// Threads: an object belongs to one thread at a time; mapped bytes may be used from any thread.
@@ -40,7 +41,7 @@ namespace zeOS {
 class ZEBASE_API MemMapFile {
 public:
     /// @{
-    /// Stores name, size and mode, and touches nothing on disk. A `const char*` is in the locale's
+    /// Stores name, size and mode; no file is opened. A `const char*` is in the locale's
     /// encoding, a CString in UTF-8. `size` is what map() maps, in bytes; `mode` 0 is for reading,
     /// 1 for reading and writing. Throws zeUtil::Error with code 1 if `size` is 0 or `mode`
     /// above 1.
@@ -57,13 +58,13 @@ public:
     /// `size - 1` becomes 0 in every file: kept for compatibility. Returns the first byte, or null
     /// and what failed.
     ///
-    /// A failure of `mmap` itself is not noticed, kept for compatibility: the result is the address
-    /// MAP_FAILED with code 0. Compare with it to be sure. A second call maps once more; the first
-    /// mapping then stays until the process ends.
+    /// A failure of `mmap` itself is not reported, kept for compatibility: the result is the
+    /// address MAP_FAILED with code 0, so compare with that too. A second call maps the file again,
+    /// and the first mapping stays until the process ends.
     std::pair<void*, zeUtil::Error> map();
 
-    /// Ends the mapping of the last map(): code 4 if there is none, 2 if the system refuses, after
-    /// which there is none either.
+    /// Unmaps what the last map() mapped: code 4 if nothing is mapped, 2 if `munmap` fails. Nothing
+    /// is mapped afterwards in either case.
     zeUtil::Error unmap();
 
 private:
@@ -77,7 +78,7 @@ private:
     void* mapped_ = nullptr;
     unsigned long size_;
     int mode_;
-    char* reserved_; ///< One byte without a use, kept for compatibility.
+    char* reserved_; ///< One unused byte, kept for compatibility.
 };
 
 } // namespace zeOS

@@ -4,9 +4,9 @@
 /// A byte stream that keeps what is written in blocks of memory, plain or moveable, and reads it
 /// back.
 ///
-/// Writing adds at the end and copies nothing twice: the stream is a list of blocks, which can be
-/// handed from one stream to another. With a zeOS::MoveableAllocator the blocks are moveable
-/// memory, and only the one in use is mapped, so that a long stream costs address space for one
+/// Writing appends, and never moves what was written before: the stream is a list of blocks, which
+/// can be handed from one stream to another. With a zeOS::MoveableAllocator the blocks are moveable
+/// memory, and the stream maps one at a time, so that a long stream takes the address space of one
 /// block.
 ///
 /// Threads: a stream, its blocks and its allocator belong to one thread at a time.
@@ -44,9 +44,9 @@ public:
     /// A piece of memory, plain or moveable.
     class ZEBASE_API Block : public ze::ReferenceCount {
     public:
-        /// `size` bytes with any content; none and no memory if that is 0. Moveable, from
-        /// `allocator`, unless that is null. A block that the allocator cannot provide has its
-        /// size, but no data.
+        /// `size` uninitialised bytes; allocates nothing if that is 0. They are moveable memory
+        /// from `allocator`, or plain memory if that is null. If the allocator fails, the block has
+        /// its size but no data.
         Block(unsigned long size, MoveableAllocator* allocator);
         Block(const Block&) = delete;            ///< Share it by ze::Reference.
         Block& operator=(const Block&) = delete; ///< Share it by ze::Reference.
@@ -55,7 +55,7 @@ public:
         /// Gives moveable memory its address: getData(). Does nothing for plain memory.
         void map();
 
-        /// Ends the use of the address. Does nothing for plain memory.
+        /// Makes the address of moveable memory invalid. Does nothing for plain memory.
         void unmap();
 
         /// The first byte; null while moveable memory is not mapped.
@@ -64,7 +64,7 @@ public:
         /// In bytes.
         unsigned long getSize() const { return size_; }
 
-        /// Sets the size to `size`, which is at most the size at construction. Frees nothing.
+        /// Sets the size to `size`, which must not exceed the size at construction. Frees nothing.
         void reduceSize(unsigned long size) { size_ = size; }
 
     private:
@@ -77,12 +77,12 @@ public:
     using BlockList = std::list<ze::Reference<Block>>;
 
     /// A closed stream of blocks of `blockSize` bytes, at least 1. `allocator`, null for plain
-    /// memory, is not owned and outlives the blocks.
+    /// memory, is not owned and must outlive the blocks.
     MemoryIOStream(unsigned long blockSize, MoveableAllocator* allocator);
     MemoryIOStream(const MemoryIOStream&) = delete;            ///< Hand over its blocks instead.
     MemoryIOStream& operator=(const MemoryIOStream&) = delete; ///< Hand over its blocks instead.
 
-    /// Drops the blocks, as far as nobody else refers to them.
+    /// Frees the blocks that nobody else refers to.
     ~MemoryIOStream() override;
 
     /// Closes the stream if it is open, drops all blocks, and begins to write.
@@ -91,17 +91,17 @@ public:
     /// Closes the stream if it is open, and begins to read.
     void openForRead();
 
-    /// After writing, sets the last block's size to the bytes in it. Nothing stays mapped.
+    /// After writing, sets the last block's size to the number of bytes in it. Unmaps the blocks.
     void close();
 
     /// Reads up to `count` bytes. A short read is a success. `Error(1, "EOF")` if there are none
-    /// left, and for a `count` of 0; `Error(1, "Stream is not open for read")` otherwise than for
-    /// reading. `done`, if not null, receives the number of bytes.
+    /// left, and for a `count` of 0; `Error(1, "Stream is not open for read")` if it is not.
+    /// `done`, if not null, receives the number of bytes.
     zeUtil::Error read(void* buffer, unsigned long count, unsigned long* done) override;
 
-    /// Writes all `count` bytes. `Error(1, "Stream not open for write")` otherwise than for
-    /// writing. `done`, if not null, receives `count`. The allocator must be able to provide the
-    /// blocks: a block without data is not noticed.
+    /// Writes all `count` bytes. `Error(1, "Stream not open for write")` if it is not. `done`, if
+    /// not null, receives `count`, or 0 if the stream is not open for writing. The allocator must
+    /// not fail: access to a block without data is not guarded against, and ends the process.
     zeUtil::Error write(const void* buffer, unsigned long count, unsigned long* done) override;
 
     /// The sum of the blocks' sizes in bytes. While the stream is open for writing, the last block
@@ -114,7 +114,8 @@ public:
     /// @{
     /// Moves blocks between the stream and `list`. What the receiving side held before is dropped,
     /// and the giving side is empty afterwards. An open stream goes on at the start of its blocks
-    /// when reading, and behind the last one when writing.
+    /// when reading, and after the last one when writing. Close a stream before its blocks are
+    /// released: only close() sets the size of the last one.
 
     /// Gives the blocks away.
     void releaseBlocks(BlockList& list);

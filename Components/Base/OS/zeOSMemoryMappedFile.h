@@ -4,13 +4,13 @@
 /// A file of a fixed size that is mapped piece by piece, and the pieces.
 ///
 /// zeOS::MemoryMappedFile creates the file and gives mappings of parts of it, which share their
-/// bytes with the file and with one another. A zeOS::FileMapping is a plain value without an owner:
-/// it is unmapped by FileMapping::unmap() only, outlives the MemoryMappedFile, and a copy of it
-/// must not be used after either was unmapped.
+/// bytes with the file and with one another. A zeOS::FileMapping is a plain value that owns
+/// nothing: only FileMapping::unmap() unmaps it, it may outlive the MemoryMappedFile, and once one
+/// copy is unmapped, no other copy may be used.
 ///
-/// A file that is made shorter under a mapping, by whoever has its name, ends the process with
-/// SIGBUS when the missing bytes are touched; so does a disk without room when a page is first
-/// written to. Keep the file unlinked (`unlinkNow`) and the disk large enough.
+/// The process ends with SIGBUS when it touches mapped bytes of a file that another program has
+/// made shorter, and when it first writes to a page while the disk is full. An unlinked file
+/// (`unlinkNow`) has no name by which others could open it.
 ///
 /// Threads: a MemoryMappedFile belongs to one thread at a time; mapped bytes may be used from any
 /// thread.
@@ -55,7 +55,7 @@ public:
     /// is a multiple of getGranularity(): the system ignores any other. Does nothing if `pointer`
     /// is null.
 
-    /// Waits until the file has these bytes on disk. A failure is not reported.
+    /// Writes these bytes to disk and waits until that is done. A failure is not reported.
     void flush(unsigned long from, unsigned long to);
 
     /// Reads these bytes from the file ahead of their use, in order: accessPagesSequentially() with
@@ -63,9 +63,9 @@ public:
     void load(unsigned long from, unsigned long to);
     /// @}
 
-    /// Reads one byte at every 4096 bytes from `from` to `to`, both rounded down to a multiple of 1
-    /// MiB, the last included, as far as they lie in the mapping: what lies in one MiB is one read.
-    /// Does nothing if `pointer` is null.
+    /// Reads one byte at every 4096 bytes from `from` to `to`, the last included, after rounding
+    /// both down to a multiple of 1 MiB. So a range within one MiB takes one read. Addresses beyond
+    /// the mapping are skipped. Does nothing if `pointer` is null.
     void accessPagesSequentially(unsigned long from, unsigned long to);
 
     /// The size of a page in bytes. Offsets in a file that is to be mapped are multiples of it.
@@ -79,7 +79,7 @@ public:
 /// A file of a fixed size to map parts of. The destructor closes it; mappings stay.
 class ZEBASE_API MemoryMappedFile {
 public:
-    /// Has no file yet.
+    /// Without a file.
     MemoryMappedFile();
     MemoryMappedFile(const MemoryMappedFile&) = delete; ///< Owns a descriptor: pass a pointer.
     MemoryMappedFile& operator=(const MemoryMappedFile&) = delete; ///< Owns a descriptor.
@@ -93,8 +93,12 @@ public:
     /// once, and the space returns to the system when the file and its last mapping do, however the
     /// process ends. A file that was held before is closed first.
     ///
-    /// Returns false, and holds no file, if `size` is below 1 or any step fails. A name that was
-    /// created without `unlinkNow` then stays.
+    /// Returns false, and holds no file, if `size` is below 1 or any step fails; an empty file may
+    /// then remain under the name if `unlinkNow` is false or unlinking failed.
+    ///
+    /// An existing file of that name is reused, and symbolic links are followed. So nobody else may
+    /// be able to create files in the directory: whoever creates the name first can read and change
+    /// the bytes.
     bool createFile(const zeString::IString& name, long size, bool unlinkNow);
 
     /// The name as given, unlinked or not; empty without a file.

@@ -6,16 +6,16 @@
 ///
 /// The data lies in unlinked temporary files. zeOS::MoveableMemory hands out large mappings of
 /// them, and zeOS::MoveableAllocator takes small chunks from such mappings. map() gives an address
-/// that holds until unmap(); the next map() may give another. No bytes are copied: the system's
-/// page cache moves them between memory and disk. The files go when the process ends, however it
-/// ends.
+/// that is valid until unmap(); the next map() may give another. No bytes are copied: the system's
+/// page cache moves them between memory and disk. The system frees the files when the process ends,
+/// however it ends.
 ///
-/// Order of use: MoveableMemory, initializeFiles(), MoveableAllocator, allocations; and the reverse
-/// at the end. Chunks and mappings go before what they were taken from.
+/// Order of use: MoveableMemory, initializeFiles(), MoveableAllocator, allocations. Destroy in the
+/// reverse order: chunks and mappings before the object that they were taken from.
 ///
-/// A failure is a null result: no files yet, a full disk (as far as the system notices it in time),
-/// no address space. A disk that fills up when a page is first written to ends the process with
-/// SIGBUS: the files are sparse.
+/// A failure is a null result: initializeFiles() has not succeeded, a file cannot be created, or
+/// there is no address space. The files are sparse, so a full disk may show only when a page is
+/// first written to: the process then ends with SIGBUS.
 ///
 /// Threads: a MoveableMemory, its allocators, mappings and chunks belong to one thread at a time.
 ///
@@ -53,13 +53,13 @@ class MoveableMemImpl;
 struct AllocatorBlock;
 
 /// A large region of a file, from MoveableMemory::allocate(). The last ze::Reference to it frees
-/// the region. If that is mapped at the time it is unmapped, but Stats::mappedBytes still counts
-/// it: kept for compatibility.
+/// the region. A region that is still mapped is unmapped then, but Stats::mappedBytes goes on
+/// counting it: kept for compatibility.
 class ZEBASE_API MoveableMapping : public ze::ReferenceCount {
 public:
     ~MoveableMapping() override;
 
-    /// In bytes; up to 128 KiB more than was asked for.
+    /// In bytes; less than 128 KiB more than was asked for.
     virtual unsigned long getSize() const = 0;
 
     /// The address of the first byte, mapped if it was not; null if the system refuses.
@@ -79,7 +79,8 @@ public:
 };
 
 /// Hands out regions of files. A request above 32 MiB gets a file of its own, of exactly its size;
-/// others share files of 128 MiB in steps of 64 KiB, best fit. One empty file is kept in reserve.
+/// others share files of 128 MiB in steps of 64 KiB, best fit. One unused file of 128 MiB is kept
+/// in reserve.
 class ZEBASE_API MoveableMemory {
 public:
     /// What getStats() reports.
@@ -99,8 +100,8 @@ public:
     ~MoveableMemory();
 
     /// Sets where files are made, and how their names begin. Returns false, and changes nothing, if
-    /// either is empty or `directory` is no existing directory. Whoever may write in the directory
-    /// can delay or prevent allocations, but not reach their bytes.
+    /// either is empty or `directory` is no existing directory. Nobody else may be able to create
+    /// files there: see MemoryMappedFile::createFile().
     bool initializeFiles(const zeString::IString& directory, const zeString::IString& prefix);
 
     /// A new region, unmapped, of at least `size` bytes with any content. Null for size 0 or on
@@ -117,19 +118,18 @@ private:
 /// A small piece of memory, from MoveableAllocator::allocate(). Whoever asked for it deletes it.
 class ZEBASE_API MoveableChunk : public zeUtil::LinkedListNode<MoveableChunk> {
 public:
-    MoveableChunk(const MoveableChunk&) = delete;            ///< Stands for its bytes.
-    MoveableChunk& operator=(const MoveableChunk&) = delete; ///< Stands for its bytes.
+    MoveableChunk(const MoveableChunk&) = delete;            ///< Owns its bytes: pass a pointer.
+    MoveableChunk& operator=(const MoveableChunk&) = delete; ///< Owns its bytes.
 
     /// Unmaps it if it is mapped, and gives its bytes back to the allocator.
     ~MoveableChunk();
 
-    /// The address of the first byte, aligned to 32, which holds until unmap(). Null if the system
-    /// refuses; isMapped() is true all the same, and unmap() is due. Without a system call while
-    /// any chunk of its block of 1 MiB is mapped, and for the block whose last chunk was unmapped
-    /// last.
+    /// The address of the first byte, aligned to 32 and valid until unmap(). Null if the system
+    /// refuses; isMapped() is true all the same, and unmap() must be called. Makes no system call
+    /// while another chunk of the same block is mapped, nor for the block that was unmapped last.
     void* map();
 
-    /// Ends the use of the address. One call is enough for any number of map(). Does nothing if the
+    /// Makes the address invalid. One call undoes any number of calls of map(). Does nothing if the
     /// chunk is not mapped.
     void unmap();
 
@@ -161,7 +161,7 @@ public:
     MoveableAllocator(const MoveableAllocator&) = delete; ///< Owns blocks: pass a reference.
     MoveableAllocator& operator=(const MoveableAllocator&) = delete; ///< Owns blocks.
 
-    /// All chunks have been deleted before.
+    /// All of its chunks must have been deleted before.
     ~MoveableAllocator();
 
     /// A new chunk, unmapped, of at least `size` bytes with any content; the caller deletes it.

@@ -3,8 +3,8 @@
 /// @file
 /// A 128-bit identifier that is unique on a machine, made without any outside library.
 ///
-/// It is composed of thread, process, time in seconds and a counter. It is not random, so it must
-/// not serve as a secret, and it follows no published version of a universally unique identifier.
+/// It consists of thread, process, time in seconds and a counter. It is not random, so do not use
+/// it as a secret, and it follows no published version of a universally unique identifier.
 ///
 /// Threads: generate() may run on several threads at once; one object belongs to one thread at a
 /// time.
@@ -57,8 +57,8 @@ public:
     /// Writes sixteen bytes, the highest byte of each word first.
     void get(unsigned char* bytes) const;
 
-    /// Orders identifiers: `memcmp` of the words as they lie in memory, which is no order of
-    /// numbers.
+    /// Orders identifiers: the result of `memcmp` on the words in memory, which is not their
+    /// numerical order.
     int compare(const Uuid& other) const;
 
     /// Sets all words to 0.

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// A walk over the address space, which this platform does not offer: the functions answer as
-/// callers expect where nothing is known. Kept for compatibility.
+/// A walk over the regions of the address space, which is not available on this platform: the
+/// iterator and the functions give fixed answers. Kept for compatibility.
 ///
 /// Threads: an iterator belongs to one thread at a time; the functions may be called from any.
 ///
@@ -19,7 +19,7 @@
 
 namespace zeOS {
 
-/// Stands for no region, and stays there.
+/// The iterator of that walk: never at a region here.
 class ZEBASE_API VirtualMemoryIterator {
 public:
     /// At the first region.

@@ -4,7 +4,8 @@
 /// A doubly linked list through its own elements: inserting, removing and replacing cost a few
 /// instructions and allocate nothing.
 ///
-/// The list owns nothing. An element is in one list at a time, and is taken out before it dies.
+/// The list owns nothing. An element is in one list at a time, and must be removed before it is
+/// destroyed.
 ///
 /// Threads: a list and its elements belong to one thread at a time.
 ///
@@ -36,7 +37,7 @@ public:
     /// The element before this one; null for the first one.
     T* prev() const noexcept { return prev_; }
 
-    /// The element behind this one; null for the last one.
+    /// The element after this one; null for the last one.
     T* next() const noexcept { return next_; }
 
 private:
@@ -46,7 +47,7 @@ private:
     T* next_ = nullptr;
 };
 
-/// The ends of a list. It is neither copied nor moved.
+/// The two ends of a list. Neither copied nor moved.
 template<class T>
 class LinkedList {
 public:

@@ -8,7 +8,9 @@
 #include <cstring>
 #include <map>
 #include <memory>
+#include <new>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>

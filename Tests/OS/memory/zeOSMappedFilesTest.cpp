@@ -7,12 +7,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstring>
 #include <functional>
 #include <memory>
 #include <string>
+#include <tuple>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -96,7 +100,8 @@ TEST(MemoryMappedFile, LivesWithoutAName) {
     ASSERT_TRUE(file.createFile(wide(name), 2 * page, true)) << "a second file";
     EXPECT_EQ(byteOf(mapping, page - 1), 'x') << "mappings outlive their file";
     mapping.unmap();
-    EXPECT_FALSE(file.createFile(wide(name), 0, true));
+    for (const long size : {0l, -1l, LONG_MIN})
+        EXPECT_FALSE(file.createFile(wide(name), size, true));
     EXPECT_FALSE(file.valid());
     EXPECT_TRUE(file.getFilename().isEmpty());
     EXPECT_EQ(file.map(0, page).pointer, nullptr);
@@ -232,7 +237,7 @@ TEST(MemMapFile, ReportsWhatFails) {
         }
 }
 
-// Callers compare the address: a failure of mmap has always been told so.
+// Kept for compatibility: callers compare the address.
 TEST(MemMapFile, GivesTheAddressMapFailedWithoutAnError) {
     const TempFolder folder;
     MemMapFile file(wide(folder.path()), 4, 0); // a directory opens, but cannot be mapped

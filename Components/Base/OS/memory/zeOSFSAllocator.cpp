@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstdint>
 #include <cstring>
-#include <functional>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -22,39 +22,34 @@ public:
           perBlock(static_cast<long>(blockSize / elementSize)) {}
 
     void* alloc() {
-        if (freeCount == 0)
-            addBlock();
-        else if (current == none)
+        if (!current)
             current = findRoom();
-        Record& block = blocks[current];
+        Record& block = *current;
         void* element = block.freeList;
         if (element)
-            std::memcpy(&block.freeList, element, sizeof block.freeList); // perhaps not aligned
+            std::memcpy(&block.freeList, element, sizeof block.freeList); // may be unaligned
         else
             element = block.start.get() + elementSize * static_cast<unsigned long>(block.used++);
         --freeCount;
-        if (!hasRoom(block))
-            current = none;
+        if (--block.room == 0)
+            current = nullptr;
         return element;
     }
 
     void free(void* element) {
-        std::size_t place = current;
-        if (place == none || !holds(blocks[place], element))
-            place = countUpTo(element) - 1;
-        assert(place < blocks.size() && holds(blocks[place], element));
-        Record& block = blocks[place];
+        Record& block = current && holds(*current, element) ? *current : find(element);
         std::memcpy(element, &block.freeList, sizeof block.freeList);
         block.freeList = element;
-        if (current == none)
-            current = place;
+        ++block.room;
+        if (!current)
+            current = &block;
         ++freeCount;
     }
 
     void freeAll() {
         blocks.clear();
         freeCount = 0;
-        current = none;
+        current = lastFound = nullptr;
     }
 
     bool lazy = false;
@@ -62,49 +57,66 @@ public:
 private:
     struct Record {
         std::unique_ptr<char[]> start;
-        void* freeList = nullptr; ///< The first free element, which holds the next.
+        void* freeList = nullptr; ///< The element freed last, which holds the one before.
         long used = 0;            ///< Elements that were ever handed out.
+        long room;                ///< Elements that are free or were never handed out.
     };
 
-    static constexpr std::size_t none = static_cast<std::size_t>(-1);
-
-    bool hasRoom(const Record& block) const { return block.freeList || block.used < perBlock; }
-
     bool holds(const Record& block, const void* element) const {
-        const void* const start = block.start.get();
-        return !std::less<>()(element, start) &&
-               std::less<>()(element, static_cast<const void*>(block.start.get() + blockSize));
+        return address(element) - address(block.start.get()) < blockSize;
     }
 
-    void addBlock() {
-        Record block{std::make_unique_for_overwrite<char[]>(blockSize)};
-        const std::size_t place = countUpTo(block.start.get());
-        blocks.insert(blocks.begin() + static_cast<std::ptrdiff_t>(place), std::move(block));
-        current = place;
+    static std::uintptr_t address(const void* pointer) {
+        return reinterpret_cast<std::uintptr_t>(pointer);
+    }
+
+    /// A block with room. Out of line, so that alloc() stays short.
+    [[gnu::noinline]] Record* findRoom() {
+        if (freeCount == 0)
+            return addBlock();
+        return &*std::find_if(blocks.begin(), blocks.end(),
+                              [](const Record& block) { return block.room > 0; });
+    }
+
+    /// All blocks are full and may move in memory: `current` is null.
+    Record* addBlock() {
+        Record block{std::make_unique_for_overwrite<char[]>(blockSize), nullptr, 0, perBlock};
+        const auto behind =
+            std::upper_bound(blocks.begin(), blocks.end(), address(block.start.get()),
+                             [](std::uintptr_t wanted, const Record& other) {
+                                 return wanted < address(other.start.get());
+                             });
+        lastFound = nullptr;
+        const auto added = blocks.insert(behind, std::move(block));
         freeCount += perBlock;
+        return &*added;
     }
 
-    std::size_t findRoom() const {
-        const auto found = std::find_if(blocks.begin(), blocks.end(),
-                                        [this](const Record& block) { return hasRoom(block); });
-        return static_cast<std::size_t>(found - blocks.begin());
+    /// The block of an element: tries the one found last, as neighbours are often freed together.
+    Record& find(const void* element) {
+        if (!lastFound || !holds(*lastFound, element))
+            lastFound = &search(element);
+        assert(holds(*lastFound, element));
+        return *lastFound;
     }
 
-    /// How many blocks begin at or before an address. The last of them holds it, if any does.
-    std::size_t countUpTo(const void* address) const {
-        const auto behind = std::upper_bound(
-            blocks.begin(), blocks.end(), address, [](const void* wanted, const Record& block) {
-                return std::less<>()(wanted, static_cast<const void*>(block.start.get()));
-            });
-        return static_cast<std::size_t>(behind - blocks.begin());
+    /// Binary search without branches, which random addresses would make unpredictable.
+    Record& search(const void* element) {
+        Record* first = blocks.data();
+        for (std::size_t count = blocks.size(); count > 1; count -= count / 2) {
+            Record* const middle = first + count / 2;
+            first = address(middle->start.get()) <= address(element) ? middle : first;
+        }
+        return *first;
     }
 
     unsigned long elementSize;
     unsigned long blockSize;
     long perBlock;
     long freeCount = 0;
-    std::size_t current = none; ///< In `blocks`.
-    std::vector<Record> blocks; ///< In the order of their addresses.
+    Record* current = nullptr;   ///< Has room; null for none.
+    Record* lastFound = nullptr; ///< Null for none.
+    std::vector<Record> blocks;  ///< In the order of their addresses.
 };
 
 FSAllocator::FSAllocator(unsigned long elementSize, unsigned long blockSize)

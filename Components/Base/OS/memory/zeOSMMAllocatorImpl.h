@@ -16,10 +16,13 @@ namespace zeOS {
 /// `size`, `block`, `offset` and `isFree`.
 ///
 /// The chunks of a block tile it: in order of offset, without gaps. Neighbouring free chunks are
-/// merged at once. A free chunk is in `freeChunks`, a chunk in use is not. A key in there changes
-/// only while its chunk is out of the set.
+/// merged at once. A free chunk is in `freeChunks`, a chunk in use is not. Its size and offset,
+/// which are its key there, change only while it is out of the set.
 ///
-/// A derived class calls freeSpareBlock() in its destructor.
+/// If allocateBlock() or allocateChunk() throws, or memory for the set runs out, allocate() throws,
+/// and nothing is lost: at most a free block stays for the next call.
+///
+/// A derived class that keeps a spare block calls freeSpareBlock() in its destructor.
 template<class Types>
 class MMAllocator : public ze::ImplBase {
 public:
@@ -43,7 +46,7 @@ public:
     /// gone with its block.
     void free(Chunk* chunk);
 
-    /// Gives an empty block that is kept back.
+    /// Frees the spare block, if there is one.
     void freeSpareBlock();
 
     /// Chunks in use.
@@ -73,10 +76,14 @@ private:
         bool operator()(unsigned long size, const Chunk* a) const { return size <= a->size; }
     };
 
+    using FreeChunks = std::multiset<Chunk*, Order>;
+    using Node = typename FreeChunks::node_type;
+
     Block* takeBlock(unsigned long size);
-    Chunk* addWholeChunk(Block* block, unsigned long size);
+    Chunk* addBlock(unsigned long size);
     Chunk* takeFreeChunk(unsigned long aligned);
-    void absorb(Chunk* chunk, Chunk* neighbour);
+    Node absorb(Chunk* chunk, Chunk* neighbour);
+    void releaseChunk(Chunk* chunk);
     void releaseBlock(Block* block);
 
     unsigned long largeThreshold_;
@@ -85,7 +92,7 @@ private:
     bool keepSpareBlock_;
     int numChunks_ = 0;
     int numBlocks_ = 0;
-    std::multiset<Chunk*, Order> freeChunks_;
+    FreeChunks freeChunks_;
     Block* spareBlock_ = nullptr;
 };
 
@@ -93,13 +100,9 @@ template<class Types>
 auto MMAllocator<Types>::allocate(unsigned long size) -> Chunk* {
     if (size == 0)
         return nullptr;
-    Chunk* chunk = nullptr;
-    if (size > largeThreshold_) {
-        if (Block* const block = takeBlock(size))
-            chunk = addWholeChunk(block, size);
-    } else {
-        chunk = takeFreeChunk((size + alignment_ - 1) / alignment_ * alignment_);
-    }
+    Chunk* const chunk = size > largeThreshold_
+                             ? addBlock(size)
+                             : takeFreeChunk((size + alignment_ - 1) / alignment_ * alignment_);
     if (chunk) {
         ++numChunks_;
         chunkAllocated(chunk);
@@ -116,11 +119,20 @@ auto MMAllocator<Types>::takeBlock(unsigned long size) -> Block* {
     return allocateBlock(size);
 }
 
+/// A block with one chunk, which is in use; null without a block.
 template<class Types>
-auto MMAllocator<Types>::addWholeChunk(Block* block, unsigned long size) -> Chunk* {
-    Chunk* const chunk = allocateChunk(size, block, 0, true);
-    block->chunks.insertBefore(nullptr, chunk);
-    return chunk;
+auto MMAllocator<Types>::addBlock(unsigned long size) -> Chunk* {
+    Block* const block = takeBlock(size);
+    if (!block)
+        return nullptr;
+    try {
+        Chunk* const chunk = allocateChunk(size, block, 0, true);
+        block->chunks.insertBefore(nullptr, chunk);
+        return chunk;
+    } catch (...) {
+        releaseBlock(block);
+        throw;
+    }
 }
 
 /// Takes the smallest free chunk that fits, or a new block, and splits off what is more than the
@@ -129,10 +141,16 @@ template<class Types>
 auto MMAllocator<Types>::takeFreeChunk(unsigned long aligned) -> Chunk* {
     auto found = freeChunks_.lower_bound(aligned);
     if (found == freeChunks_.end()) {
-        Block* const block = takeBlock(blockSize_);
-        if (!block)
+        Chunk* const whole = addBlock(blockSize_);
+        if (!whole)
             return nullptr;
-        found = freeChunks_.insert(addWholeChunk(block, blockSize_));
+        try {
+            found = freeChunks_.insert(whole);
+        } catch (...) {
+            releaseChunk(whole);
+            throw;
+        }
+        whole->isFree = true;
     }
     Chunk* const chunk = *found;
     if (chunk->size - aligned <= alignment_) {
@@ -142,10 +160,9 @@ auto MMAllocator<Types>::takeFreeChunk(unsigned long aligned) -> Chunk* {
     }
     Chunk* const front = allocateChunk(aligned, chunk->block, chunk->offset, false);
     chunk->block->chunks.insertBefore(chunk, front);
-    auto rest = freeChunks_.extract(found);
+    Node rest = freeChunks_.extract(found);
     chunk->offset += aligned;
     chunk->size -= aligned;
-    chunk->isFree = true;
     freeChunks_.insert(std::move(rest));
     return front;
 }
@@ -154,30 +171,41 @@ template<class Types>
 void MMAllocator<Types>::free(Chunk* chunk) {
     chunkFreed(chunk);
     chunk->isFree = true;
-    Block* const block = chunk->block;
+    Node node; // of a neighbour, used again
     if (Chunk* const previous = chunk->prev(); previous && previous->isFree) {
         chunk->offset = previous->offset;
-        absorb(chunk, previous);
+        node = absorb(chunk, previous);
     }
     if (Chunk* const next = chunk->next(); next && next->isFree)
-        absorb(chunk, next);
+        node = absorb(chunk, next);
     if (!chunk->prev() && !chunk->next()) {
-        block->chunks.remove(chunk);
-        freeChunk(chunk);
-        releaseBlock(block);
+        releaseChunk(chunk);
+    } else if (node) {
+        node.value() = chunk;
+        freeChunks_.insert(std::move(node));
     } else {
         freeChunks_.insert(chunk);
     }
     --numChunks_;
 }
 
-/// Adds the size of a free neighbour, which goes.
+/// Adds the size of a free neighbour, which goes. Returns its node in the set.
 template<class Types>
-void MMAllocator<Types>::absorb(Chunk* chunk, Chunk* neighbour) {
-    freeChunks_.erase(freeChunks_.find(neighbour));
+auto MMAllocator<Types>::absorb(Chunk* chunk, Chunk* neighbour) -> Node {
+    Node node = freeChunks_.extract(freeChunks_.find(neighbour));
     chunk->size += neighbour->size;
     chunk->block->chunks.remove(neighbour);
     freeChunk(neighbour);
+    return node;
+}
+
+/// Frees the only chunk of a block, and the block.
+template<class Types>
+void MMAllocator<Types>::releaseChunk(Chunk* chunk) {
+    Block* const block = chunk->block;
+    block->chunks.remove(chunk);
+    freeChunk(chunk);
+    releaseBlock(block);
 }
 
 template<class Types>

@@ -97,10 +97,10 @@ zeUtil::Error MemoryIOStream::write(const void* buffer, unsigned long count, uns
         return zeUtil::Error(1, "Stream not open for write");
     const char* source = static_cast<const char*>(buffer);
     while (count > 0) {
-        if (blocks_.empty() || position_ == blocks_.back()->getSize()) {
+        if (blocks_.empty() || position_ >= blocks_.back()->getSize()) {
             if (!blocks_.empty())
                 blocks_.back()->unmap();
-            blocks_.emplace_back(new Block(blockSize_, allocator_));
+            blocks_.push_back(new Block(blockSize_, allocator_));
             position_ = 0;
         }
         Block& block = *blocks_.back();

@@ -22,7 +22,7 @@ constexpr unsigned long stretch = 1048576;
 
 /// Gives an empty file its length by its last byte.
 bool setLength(int descriptor, long size) {
-    return ::lseek(descriptor, size - 1, SEEK_SET) != -1 &&
+    return size > 0 && ::lseek(descriptor, size - 1, SEEK_SET) != -1 &&
            retried([&] { return ::write(descriptor, "x", 1); }) == 1;
 }
 

