@@ -63,6 +63,8 @@ public:
     Chunk* allocateChunk(unsigned long size, Block* block, unsigned long offset,
                          bool whole) override {
         EXPECT_EQ(whole, size == block->size);
+        if (chunksUntilFailure-- == 0)
+            throw std::bad_alloc();
         return new Chunk(size, block, offset);
     }
     void freeBlock(Block* block) override { block->size = 0; }
@@ -72,6 +74,7 @@ public:
 
     std::array<Block, maxBlocks> blocks;
     unsigned long bytes = 0;
+    long chunksUntilFailure = -1; // none fails
 };
 
 /// The same by plain means: the pieces of each block in order.
@@ -86,7 +89,8 @@ public:
 
     explicit Twin(bool keepSpare) : keepSpare_(keepSpare) {}
 
-    /// Block and offset; block -1 if there is none.
+    /// Block and offset; block -1 if there is none. The loops run over plain pointers: the ten
+    /// million steps are to be quick without optimisation, too.
     std::pair<int, unsigned long> allocate(unsigned long size) {
         if (size > threshold) {
             const int block = takeBlock(size);
@@ -98,11 +102,12 @@ public:
         int best = -1;
         std::size_t place = 0;
         unsigned long bestSize = ~0ul;
-        for (int block = 0; block < maxBlocks; ++block)
-            for (std::size_t i = 0; i < pieces(block).size(); ++i)
-                if (const Piece& piece = pieces(block)[i];
-                    piece.isFree && piece.size >= aligned && piece.size < bestSize)
-                    best = block, place = i, bestSize = piece.size;
+        for (int block = 0; block < maxBlocks; ++block) {
+            const Piece* const first = pieces(block).data();
+            for (std::size_t i = 0, n = pieces(block).size(); i < n; ++i)
+                if (first[i].isFree && first[i].size >= aligned && first[i].size < bestSize)
+                    best = block, place = i, bestSize = first[i].size;
+        }
         if (best < 0) {
             best = takeBlock(blockSize);
             if (best < 0)
@@ -123,11 +128,12 @@ public:
 
     void free(int block, unsigned long offset) {
         Pieces& all = pieces(block);
-        for (Piece& piece : all)
-            piece.isFree = piece.isFree || piece.offset == offset;
+        Piece* const first = all.data();
+        for (std::size_t i = 0, n = all.size(); i < n; ++i)
+            first[i].isFree = first[i].isFree || first[i].offset == offset;
         for (std::size_t i = all.size() - 1; i > 0; --i)
-            if (all[i].isFree && all[i - 1].isFree) {
-                all[i - 1].size += all[i].size;
+            if (first[i].isFree && first[i - 1].isFree) {
+                first[i - 1].size += first[i].size;
                 all.erase(all.begin() + static_cast<long>(i));
             }
         if (all.size() > 1 || !all[0].isFree)
@@ -218,6 +224,22 @@ void compareWithTwin(int steps) {
         while (!used.empty())
             release(used.size() - 1);
     }
+}
+
+void runOutOfMemory() {
+    for (const unsigned long size : {threshold + 1, blockSize, 20ul})
+        for (long successes = 0; successes < (size > threshold ? 1 : 2); ++successes) {
+            Allocator allocator(true);
+            allocator.chunksUntilFailure = successes;
+            EXPECT_THROW(allocator.allocate(size), std::bad_alloc);
+            EXPECT_EQ(allocator.numChunks(), 0);
+            Chunk* const chunk = allocator.allocate(size);
+            ASSERT_TRUE(chunk);
+            EXPECT_EQ(chunk->block, allocator.blocks.data()) << "no block was lost";
+            EXPECT_EQ(allocator.bytes, chunk->size);
+            allocator.free(chunk);
+            EXPECT_EQ(allocator.blocks[0].chunks.first(), nullptr);
+        }
 }
 
 namespace {

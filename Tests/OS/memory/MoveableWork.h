@@ -10,6 +10,9 @@
 /// same blocks, after each of `steps` allocations and releases.
 void compareWithTwin(int steps);
 
+/// MMAllocator when memory for a chunk runs out: nothing is lost.
+void runOutOfMemory();
+
 /// Chunks of a MoveableAllocator that are allocated, mapped, written, checked, unmapped and
 /// deleted: each keeps its content, none overlap, and the counts are right.
 void keepContents(int steps);

@@ -50,6 +50,10 @@ TEST(MMAllocator, DoesWhatASlowTwinDoes) {
     compareWithTwin(40000);
 }
 
+TEST(MMAllocator, LosesNoBlockWhenMemoryRunsOut) {
+    runOutOfMemory();
+}
+
 TEST(MoveableAllocator, KeepsEachContentApart) {
     keepContents(40000);
 }
