@@ -144,11 +144,12 @@ private:
     ZEBASE_HIDDEN MoveableChunk(unsigned long chunkSize, AllocatorBlock* owner,
                                 unsigned long start);
 
-    // Without underscores: the names that the allocator's template asks for.
+    // The allocator's template asks for these names. NOLINTBEGIN(readability-identifier-naming)
     unsigned long size;
     AllocatorBlock* block;
     unsigned long offset; // from the start of the block
     bool isFree = false;  // a place that belongs to the allocator
+    // NOLINTEND(readability-identifier-naming)
     bool mapped_ = false;
 };
 

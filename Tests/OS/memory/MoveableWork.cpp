@@ -190,7 +190,7 @@ void compareWithTwin(int steps) {
             used.pop_back();
             bytes -= chunk->size;
             twin.free(static_cast<int>(chunk->block - allocator.blocks.data()), chunk->offset);
-            allocator.free(chunk);
+            allocator.release(chunk);
         };
         for (int step = 0; step < steps / 2; ++step) {
             // The number of chunks swings, so that blocks come and go.
@@ -237,7 +237,7 @@ void runOutOfMemory() {
             ASSERT_TRUE(chunk);
             EXPECT_EQ(chunk->block, allocator.blocks.data()) << "no block was lost";
             EXPECT_EQ(allocator.bytes, chunk->size);
-            allocator.free(chunk);
+            allocator.release(chunk);
             EXPECT_EQ(allocator.blocks[0].chunks.first(), nullptr);
         }
 }

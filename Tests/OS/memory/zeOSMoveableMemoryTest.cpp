@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
+#include <random>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -140,6 +142,34 @@ TEST_F(MoveableMemoryTest, CountsWhatIsMapped) {
     region->map();
     region = nullptr;
     EXPECT_EQ(statistics(), "0/0M 0/0K 64K") << "a region that goes while mapped stays counted";
+}
+
+TEST_F(MoveableMemoryTest, CountsExactlyButForTheDrift) {
+    std::vector<Mapping> regions;
+    std::mt19937 random(5);
+    unsigned long bytes = 0, mapped = 0;
+    for (int step = 0; step < 5000; ++step) {
+        const std::size_t i = random() % 40;
+        if (i >= regions.size()) {
+            regions.push_back(memory.allocate(1 + random() % (40 * mebi)));
+            ASSERT_TRUE(regions.back());
+            bytes += regions.back()->getSize();
+        } else if (random() % 4) {
+            const unsigned long size = regions[i]->getSize();
+            const bool wasMapped = regions[i]->getPtr();
+            wasMapped ? regions[i]->unmap() : static_cast<void>(regions[i]->map());
+            mapped = wasMapped ? mapped - size : mapped + size;
+        } else { // if it is mapped, its bytes stay counted
+            bytes -= regions[i]->getSize();
+            regions[i] = regions.back();
+            regions.pop_back();
+        }
+        const MoveableMemory::Stats stats = memory.getStats();
+        ASSERT_EQ(stats.chunkCount, static_cast<int>(regions.size()));
+        ASSERT_EQ(stats.chunkBytes, bytes);
+        ASSERT_EQ(stats.mappedBytes, mapped);
+        ASSERT_GE(stats.fileBytes, bytes);
+    }
 }
 
 TEST_F(MoveableMemoryTest, KeepsTheBlockMappedThatWasUsedLast) {

@@ -17,39 +17,39 @@ namespace zeOS {
 class FSAllocator::FSAllocatorImpl : public ze::ImplBase {
 public:
     FSAllocatorImpl(unsigned long element, unsigned long block)
-        : elementSize(std::max(element, 8ul)),
-          blockSize(std::max(block, elementSize)),
-          perBlock(static_cast<long>(blockSize / elementSize)) {}
+        : elementSize_(std::max(element, 8ul)),
+          blockSize_(std::max(block, elementSize_)),
+          perBlock_(static_cast<long>(blockSize_ / elementSize_)) {}
 
     void* alloc() {
-        if (!current)
-            current = findRoom();
-        Record& block = *current;
+        if (!current_)
+            current_ = findRoom();
+        Record& block = *current_;
         void* element = block.freeList;
         if (element)
             std::memcpy(&block.freeList, element, sizeof block.freeList); // may be unaligned
         else
-            element = block.start.get() + elementSize * static_cast<unsigned long>(block.used++);
-        --freeCount;
+            element = block.start.get() + elementSize_ * static_cast<unsigned long>(block.used++);
+        --freeCount_;
         if (--block.room == 0)
-            current = nullptr;
+            current_ = nullptr;
         return element;
     }
 
     void free(void* element) {
-        Record& block = current && holds(*current, element) ? *current : find(element);
+        Record& block = current_ && holds(*current_, element) ? *current_ : find(element);
         std::memcpy(element, &block.freeList, sizeof block.freeList);
         block.freeList = element;
         ++block.room;
-        if (!current)
-            current = &block;
-        ++freeCount;
+        if (!current_)
+            current_ = &block;
+        ++freeCount_;
     }
 
     void freeAll() {
-        blocks.clear();
-        freeCount = 0;
-        current = lastFound = nullptr;
+        blocks_.clear();
+        freeCount_ = 0;
+        current_ = lastFound_ = nullptr;
     }
 
     bool lazy = false;
@@ -63,7 +63,7 @@ private:
     };
 
     bool holds(const Record& block, const void* element) const {
-        return address(element) - address(block.start.get()) < blockSize;
+        return address(element) - address(block.start.get()) < blockSize_;
     }
 
     static std::uintptr_t address(const void* pointer) {
@@ -72,51 +72,66 @@ private:
 
     /// A block with room. Out of line, so that alloc() stays short.
     [[gnu::noinline]] Record* findRoom() {
-        if (freeCount == 0)
+        if (freeCount_ == 0)
             return addBlock();
-        return &*std::find_if(blocks.begin(), blocks.end(),
+        return &*std::find_if(blocks_.begin(), blocks_.end(),
                               [](const Record& block) { return block.room > 0; });
     }
 
-    /// All blocks are full and may move in memory: `current` is null.
+    /// All blocks_ are full and may move in memory: `current_` is null.
     Record* addBlock() {
-        Record block{std::make_unique_for_overwrite<char[]>(blockSize), nullptr, 0, perBlock};
-        const auto behind =
-            std::upper_bound(blocks.begin(), blocks.end(), address(block.start.get()),
-                             [](std::uintptr_t wanted, const Record& other) {
-                                 return wanted < address(other.start.get());
-                             });
-        lastFound = nullptr;
-        const auto added = blocks.insert(behind, std::move(block));
-        freeCount += perBlock;
-        return &*added;
+        Record block{std::make_unique_for_overwrite<char[]>(blockSize_), nullptr, 0, perBlock_};
+        lastFound_ = nullptr;
+        const std::size_t place = countUpTo(block.start.get());
+        blocks_.insert(blocks_.begin() + static_cast<std::ptrdiff_t>(place), std::move(block));
+        const std::uintptr_t span =
+            address(blocks_.back().start.get()) - firstAddress() + blockSize_;
+        blocksPerByte_ = static_cast<double>(blocks_.size()) / static_cast<double>(span);
+        freeCount_ += perBlock_;
+        return &blocks_[place];
     }
 
     /// The block of an element: tries the one found last, as neighbours are often freed together.
     Record& find(const void* element) {
-        if (!lastFound || !holds(*lastFound, element))
-            lastFound = &search(element);
-        assert(holds(*lastFound, element));
-        return *lastFound;
+        if (!lastFound_ || !holds(*lastFound_, element))
+            lastFound_ = &search(element);
+        assert(holds(*lastFound_, element));
+        return *lastFound_;
     }
 
-    /// Binary search without branches, which random addresses would make unpredictable.
+    /// Blocks often lie one behind the other: tries the place in proportion to the address first.
     Record& search(const void* element) {
-        Record* first = blocks.data();
-        for (std::size_t count = blocks.size(); count > 1; count -= count / 2) {
-            Record* const middle = first + count / 2;
-            first = address(middle->start.get()) <= address(element) ? middle : first;
-        }
-        return *first;
+        assert(!blocks_.empty());
+        const auto distance = static_cast<double>(address(element) - firstAddress());
+        const auto guess = static_cast<std::size_t>(distance * blocksPerByte_);
+        if (guess < blocks_.size() && holds(blocks_[guess], element))
+            return blocks_[guess];
+        const std::size_t count = countUpTo(element);
+        assert(count > 0);
+        return blocks_[count - 1];
     }
 
-    unsigned long elementSize;
-    unsigned long blockSize;
-    long perBlock;
-    long freeCount = 0;
-    Record* current = nullptr;   ///< Has room; null for none.
-    Record* lastFound = nullptr; ///< Null for none.
-    std::vector<Record> blocks;  ///< In the order of their addresses.
+    std::uintptr_t firstAddress() const { return address(blocks_.front().start.get()); }
+
+    /// How many blocks_ begin at or before an address. A binary search without branches, which
+    /// random addresses would make unpredictable.
+    std::size_t countUpTo(const void* element) const {
+        std::size_t found = 0;
+        for (std::size_t count = blocks_.size(); count > 0; count -= (count + 1) / 2) {
+            const std::size_t next = found + (count + 1) / 2;
+            found = address(blocks_[next - 1].start.get()) <= address(element) ? next : found;
+        }
+        return found;
+    }
+
+    unsigned long elementSize_;
+    unsigned long blockSize_;
+    long perBlock_;
+    long freeCount_ = 0;
+    Record* current_ = nullptr;   ///< Has room; null for none.
+    Record* lastFound_ = nullptr; ///< Null for none.
+    double blocksPerByte_ = 0;    ///< From the first block's start to the last one's end.
+    std::vector<Record> blocks_;  ///< In the order of their addresses.
 };
 
 FSAllocator::FSAllocator(unsigned long elementSize, unsigned long blockSize)

@@ -44,7 +44,7 @@ public:
 
     /// Takes back a chunk in use. It, or a neighbour in its place, is a free chunk afterwards, or
     /// gone with its block.
-    void free(Chunk* chunk);
+    void release(Chunk* chunk);
 
     /// Frees the spare block, if there is one.
     void freeSpareBlock();
@@ -168,7 +168,7 @@ auto MMAllocator<Types>::takeFreeChunk(unsigned long aligned) -> Chunk* {
 }
 
 template<class Types>
-void MMAllocator<Types>::free(Chunk* chunk) {
+void MMAllocator<Types>::release(Chunk* chunk) {
     chunkFreed(chunk);
     chunk->isFree = true;
     Node node; // of a neighbour, used again

@@ -21,10 +21,9 @@ MemoryIOStream::Block::Block(unsigned long size, MoveableAllocator* allocator) :
 }
 
 MemoryIOStream::Block::~Block() {
-    if (chunk_)
-        delete chunk_;
-    else
+    if (!chunk_)
         delete[] static_cast<char*>(data_);
+    delete chunk_;
 }
 
 void MemoryIOStream::Block::map() {

@@ -57,7 +57,7 @@ public:
     void freePlaceOf(MoveableChunk& chunk) {
         MoveableChunk* const place = allocateChunk(chunk.size, chunk.block, chunk.offset, false);
         chunk.block->chunks.replace(&chunk, place);
-        free(place);
+        release(place);
     }
 
     /// The mapping of one block without mapped chunks is kept for the next map().

@@ -95,7 +95,7 @@ void MoveableMemImpl::chunkFreed(MemoryChunk* chunk) {
 
 MappingImpl::~MappingImpl() {
     mapping_.unmap(); // mappedBytes is not corrected: kept for compatibility
-    memory_->free(chunk_);
+    memory_->release(chunk_);
 }
 
 void* MappingImpl::map() {
@@ -136,7 +136,7 @@ ze::Reference<MoveableMapping> MoveableMemory::allocate(unsigned long size) {
     try {
         return new MappingImpl(impl_, chunk);
     } catch (...) {
-        impl_->free(chunk);
+        impl_->release(chunk);
         throw;
     }
 }
