@@ -3,9 +3,7 @@
 // Sorts and sums a data set of eight times the memory that may be mapped at a time.
 //
 // The numbers lie in moveable memory: a region has an address only between map() and unmap(). The
-// program sorts the numbers in runs, and then merges the runs with one window of each mapped, so
-// that neither step ever maps more than the budget. What is not mapped lies in unlinked files,
-// which the system writes to disk when it needs the memory.
+// program sorts the numbers in runs, and then merges the runs with one window of each mapped.
 
 #include <algorithm>
 #include <cstdint>
@@ -100,10 +98,10 @@ bool merge(std::vector<Run>& runs, Number& sum, Peak& peak, zeOS::MoveableMemory
             run.windows[window - 1] = nullptr; // used up: its space is free
         }
         if (window < run.windows.size()) {
-            if (const void* const bytes = run.windows[window]->map())
+            const void* const bytes = run.windows[window]->map();
+            isGood = isGood && bytes;
+            if (bytes)
                 heads.emplace(static_cast<const Number*>(bytes)[place], &run);
-            else
-                isGood = false;
         }
         if (place == 0)
             peak.update(memory);
@@ -137,10 +135,10 @@ int main() {
     peak.update(memory);
     const std::size_t residentBefore = peak.resident;
     std::vector<Run> runs;
-    for (std::size_t i = 0; i < runCount; ++i) {
+    while (runs.size() < runCount) {
         runs.push_back(makeRun(memory, random, numbers, before));
         if (runs.back().windows.empty()) {
-            std::fprintf(stderr, "outofcore: no room for run %zu\n", i);
+            std::fprintf(stderr, "outofcore: no room for run %zu\n", runs.size());
             return 1;
         }
         peak.update(memory);
