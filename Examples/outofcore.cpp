@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 
 // Sorts and sums a data set of eight times the memory that may be mapped at a time. The numbers lie
-// in moveable memory: a region has an address only between map() and unmap(). The program sorts the
-// numbers in runs, and then merges the runs with one window of each mapped.
+// in moveable memory, which has an address only between map() and unmap(): the program sorts them
+// in runs, and then merges the runs with one window of each mapped.
 //
 //     $ outofcore | cut -d , -f 1,2
 //     data 32 MiB, mapped at most 4 MiB
