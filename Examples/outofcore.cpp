@@ -30,21 +30,6 @@ constexpr std::size_t runCount = 8 * budget / runBytes;
 constexpr std::size_t windowBytes = 256 << 10;
 constexpr std::size_t windowNumbers = windowBytes / sizeof(Number);
 
-/// Keeps a region mapped during its own lifetime.
-class Mapped {
-public:
-    explicit Mapped(zeOS::MoveableMapping& mapping) : mapping_(mapping), numbers_(mapping.map()) {}
-    Mapped(const Mapped&) = delete;
-    Mapped& operator=(const Mapped&) = delete;
-    ~Mapped() { mapping_.unmap(); }
-
-    Number* begin() const { return static_cast<Number*>(numbers_); }
-
-private:
-    zeOS::MoveableMapping& mapping_;
-    void* numbers_;
-};
-
 /// A sorted run: regions of one window each.
 struct Run {
     std::vector<ze::Reference<zeOS::MoveableMapping>> windows;
@@ -78,10 +63,11 @@ Run makeRun(zeOS::MoveableMemory& memory, std::mt19937_64& random, std::vector<N
         run.windows.push_back(memory.allocate(windowBytes));
         if (!run.windows.back())
             return {};
-        const Mapped window(*run.windows.back());
-        if (!window.begin())
+        void* const window = run.windows.back()->map();
+        if (!window)
             return {};
-        std::memcpy(window.begin(), numbers.data() + at, windowBytes);
+        std::memcpy(window, numbers.data() + at, windowBytes);
+        run.windows.back()->unmap();
     }
     return run;
 }
