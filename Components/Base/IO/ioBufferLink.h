@@ -154,8 +154,9 @@ protected:
 
     /// Whether read() and write() may be passed the caller's memory instead of the block, a whole
     /// block at a time, which saves a copy. A sink sets it in its constructor if its write() leaves
-    /// the source unchanged and its read() keeps no pointer. Stands last: the order of the fields
-    /// above is fixed.
+    /// the source unchanged and its read() keeps no pointer. ioBufferFD does: a class derived from
+    /// it that overrides one of the two in another way clears it. It is the last field, since the
+    /// order of those above is fixed.
     bool movesBlocksDirectly_ = false;
 
 private:

@@ -42,7 +42,7 @@ public:
     void flush();
 
     /// Writes the byte of the call before to the system and holds this one, so it costs one system
-    /// call a byte. Use writeData() unless somebody waits for each byte.
+    /// call a byte. Use writeData() unless the receiver needs each byte at once.
     void writeChar(char c);
 
     /// Writes `n` bytes; see ioBuffer::writeData().

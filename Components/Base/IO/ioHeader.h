@@ -42,7 +42,7 @@ enum ioWriteMethod : int {
 
 /// How a reader on this machine reads a file.
 enum ioReadMethod : int {
-    ioReadUnknown = 0,               ///< Not at all.
+    ioReadUnknown = 0,               ///< Unknown method: cannot be read.
     ioReadBinarySameEndian = 1,      ///< Binary of this machine's byte order.
     ioReadBinarySwapped = 2,         ///< Binary of the other byte order.
     ioReadAscii = 3,                 ///< Text.

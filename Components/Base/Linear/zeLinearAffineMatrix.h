@@ -125,6 +125,9 @@ struct AffineMatrix : MatrixProducts<AffineMatrix> {
     ZEBASE_API void rotate(double angle, const Normal& axis);
     /// About a line anywhere.
     ZEBASE_API void rotate(double angle, const Line& axis);
+    /// Deleted: the line would convert to its direction, and the axis would pass through the
+    /// origin. Pass `Line(axis)`.
+    void rotate(double angle, const ParamLine& axis) = delete;
     /// The shortest turn that takes one direction to the other. Opposite ones turn by half about
     /// `from.orthogonalVector()`; along (1, -1, 1), where that is zero, this is a reflection in the
     /// origin. Nothing happens if one of the two is not valid.

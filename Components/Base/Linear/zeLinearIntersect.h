@@ -41,7 +41,7 @@ ZEBASE_API Point intersect(const Line& a, const Line& b, bool& ok, double tol = 
 /// normal of `a`.
 ZEBASE_API Line intersect(const Plane& a, const Plane& b, bool& ok);
 
-/// The point common to three planes. With `ok` false the result means nothing.
+/// The point common to three planes. With `ok` false the result is undefined.
 ZEBASE_API Point intersect(const Plane& a, const Plane& b, const Plane& c, bool& ok);
 
 /// The parameters at which a line enters and leaves a box. **An unbounded result says that there is
@@ -51,14 +51,14 @@ ZEBASE_API Point intersect(const Plane& a, const Plane& b, const Plane& c, bool&
 ///
 /// A point on a face counts if it lies in the box widened by epsilonTol, an **absolute** tolerance.
 /// Rounding exceeds it where coordinates, of the box or of the line's point, are beyond about 1000:
-/// of random lines through a box about one in 1,000 is missed at 2,000, one in 10 at 10,000 and
-/// almost half at 100,000. Scale larger scenes down, or move them to the origin, first.
+/// of random lines through a box up to one in 1,000 is missed at 2,000, up to one in 10 at 10,000
+/// and up to half at 100,000. Scale larger scenes down, or move them to the origin, first.
 ZEBASE_API Range1d intersect(const ParamLine& line, const Range3d& box);
 
 /// The parameters at which a line meets the infinite cylinder about `axis`, in rising order.
 /// `t` has room for two.
 /// @return the number of hits: 2; 1 if the two differ by less than epsilonTol; or 0, then with
-///     nothing of use in `t`, also for a line parallel to the axis
+///     nothing useful in `t`, also for a line parallel to the axis
 ZEBASE_API int intersectCylinder(const ParamLine& line, const Line& axis, double radius, double* t);
 
 /// What two ranges have in common; with an unbounded one, the other. Where they miss each other by
@@ -72,7 +72,7 @@ ZEBASE_API Range2d intersect(const Range2d& a, const Range2d& b, double tol = ep
 ZEBASE_API Range3d intersect(const Range3d& a, const Range3d& b, double tol = epsilonTol);
 /// @}
 
-/// How a segment lies to a bounded rectangle, judged only by the sides on which its ends lie.
+/// How a segment is placed relative to a bounded rectangle, judged only by where its ends are.
 /// Points on the border are inside.
 /// @return 0 wholly outside, beyond one side; 1 wholly inside; 2 one end inside; 3 straight through
 ///     from one side to the opposite one; 4 undecided

@@ -62,7 +62,10 @@ ZEBASE_API wchar_t* ZL_convert_string_format(const wchar_t* format);
 namespace zeString {
 
 /// The arguments behind the last named parameter of a variadic function, which starts them with
-/// `va_start(arguments.list, last)`. They end with the object, however the function is left.
+/// `va_start(arguments.list, last)`. The destructor calls `va_end`, however the function is left.
+///
+/// The C standard wants `va_end` in the function that called `va_start`. GCC and Clang do not need
+/// that: on x86-64 their `va_end` does nothing.
 struct VariadicArguments {
     /// Nothing to read until `va_start` or `va_copy`, one of which must follow.
     VariadicArguments() = default;

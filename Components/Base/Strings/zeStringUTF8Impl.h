@@ -3,8 +3,8 @@
 /// @file
 /// The fast paths of text conversion: ASCII in blocks of 16, and regular UTF-8.
 ///
-/// They accept only text for which iconv and the C library give the same characters. What they
-/// decline is converted by these.
+/// They accept only text for which iconv and the C library give the same characters. All other text
+/// is left to iconv and the C library.
 
 #pragma once
 
@@ -69,8 +69,9 @@ bool isAsciiText(const Char* src, std::size_t n) {
     return true;
 }
 
-/// Whether bytes below 0x80 are ASCII in the current locale, as its code set tells by name. False
-/// for any code set not known for it: in SHIFT_JIS a backslash is another character.
+/// Whether bytes below 0x80 are ASCII in the current locale, judged by the name of its code set.
+/// False for code sets that are not in the list: in SHIFT_JIS the byte of the backslash is another
+/// character.
 bool localeExtendsAscii();
 
 /// Copies `n` ASCII characters to the other width.

@@ -4,8 +4,8 @@
 /// 32-bit hash functions over texts, bytes and words.
 ///
 /// The values are the same in every version and on every machine, so that they may be stored. They
-/// are no protection against attacks: who knows the function can make texts collide. The text form
-/// and the byte form give different values for the same characters.
+/// are no protection against attacks: anyone who knows the function can make texts collide. The
+/// text form and the byte form give different values for the same characters.
 ///
 /// Threads: any thread may call the functions; a ze::Hasher belongs to one thread at a time.
 ///

@@ -96,7 +96,7 @@ public:
         ZEBASE_HIDDEN Node* endIfOutermost(Side side);
     };
 
-    /// What a tree knows of its key and value types.
+    /// The operations on a tree's key and value types.
     struct TypeUtil {
         int keyOffset;   ///< Where a node's key lies.
         int valueOffset; ///< Where a node's value lies.
@@ -108,8 +108,8 @@ public:
         void (*copyValue)(void* to, const void* value);
         /// The same with a default value. Null: nothing is made.
         void (*defaultValue)(void* to);
-        /// Destroys the keys and values of a subtree, without a look at its links to elsewhere; the
-        /// storage is left to the tree.
+        /// Destroys the keys and values of a subtree, without following links out of it. The tree
+        /// frees the storage.
         void (*destroyAll)(RBTreeImpl* tree, Node* root);
         /// The first node whose key is not less, or the end.
         Node* (*lowerBound)(const RBTreeImpl* tree, const void* key);
@@ -245,7 +245,7 @@ private:
     ZEBASE_HIDDEN static void rotate(Node* node, Side side);
 
     // An empty tree's leftmost and rightmost are the end itself, its root is null. The end is red,
-    // and its parent's parent is itself: so prev() tells it from the root, which is black.
+    // and its parent's parent is itself: so prev() distinguishes it from the root, which is black.
     Node end_; // leftmost, rightmost, root and colour; the address is that of the tree
     int count_ = 0;
     const TypeUtil* typeUtil_ = nullptr;

@@ -15,7 +15,8 @@
 ///   instance, which must outlive the connection; a SignalClient in the instance ensures that.
 /// - `connectOwned(callable)` calls anything else, such as a lambda with captures, and **owns** it:
 ///   it is copied or moved into the connection and destroyed with it. What a lambda captures by
-///   reference must outlive the connection.
+///   reference must outlive the connection. Destroying the callable must not end other connections
+///   of a signal that is firing: do not let it own the last reference to the signal's owner.
 ///
 /// Functions may return something, which is ignored, and may take their arguments in any way in
 /// which the signal's arguments can be passed (`const T&` for a `T`). Of overloaded names, the one

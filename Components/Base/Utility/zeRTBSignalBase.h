@@ -158,7 +158,7 @@ private:
 };
 
 /// A listener's list of connections. Embed one as a member: every connection made with it ends with
-/// it, so that no signal calls an object that is gone. Declare it last, so that it dies first.
+/// it, so that no signal calls a destroyed object. Declare it last, so that it is destroyed first.
 class SignalClient : public SignalBase {};
 
 } // namespace zeRTB

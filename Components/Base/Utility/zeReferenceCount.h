@@ -122,8 +122,8 @@ public:
 
     /// Whether both refer to the same object, or to none.
     friend bool operator==(const Reference& a, const Reference& b) = default;
-    /// Whether `a` refers to this object. Takes no ownership meanwhile: that would delete an object
-    /// that has no owner yet.
+    /// Whether `a` refers to this object. Does not make a Reference to it, which would delete an
+    /// object that has no owner yet.
     friend bool operator==(const Reference& a, const T* b) { return a.object_ == b; }
 
 private:

@@ -14,7 +14,7 @@ namespace {
 /// A number for each of eight blocks, one a lane.
 using Lanes = std::uint32_t __attribute__((vector_size(32)));
 
-/// Shifts rather than std::rotl, which knows no vectors.
+/// Shifts rather than std::rotl, which does not take vectors.
 template<class Word, class Amount>
 [[gnu::always_inline]] inline void rotateLeft(Word& x, const Amount& n) {
     x = x << (n & 31) | x >> (-n & 31);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// The strings that the writer of a compressed section knows.
+/// The strings that the writer of a compressed section has collected.
 
 #pragma once
 

@@ -48,7 +48,7 @@ Error Initializer::initializeAll() {
     initialized = true;
 
     // Each visit of a member visits what it depends on once more, so that a dependency always
-    // counts more than its dependents. A circle keeps the queue full for ever.
+    // counts more than its dependents. A cycle keeps this loop running endlessly.
     if (dependencies) {
         std::deque<Initializer*> queue(initializers->begin(), initializers->end());
         while (!queue.empty()) {

@@ -22,7 +22,7 @@ void SignalBase::connectionItem::detach() {
 
 void SignalBase::connectionItem::destroy() {
     if (peer) {
-        peer->peer = nullptr; // first, so that the halves do not destroy each other for ever
+        peer->peer = nullptr; // first, so that the halves do not recurse into each other
         peer->destroy();
         peer = nullptr;
     }
