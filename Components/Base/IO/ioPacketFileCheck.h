@@ -63,8 +63,8 @@ class ZEBASE_API ioPacketFileVisitor {
 public:
     virtual ~ioPacketFileVisitor();
 
-    /// Called once, when header and list of types have been read, also for a method that the library
-    /// does not know, after which the check gives `ioBadFile`. The base returns true.
+    /// Called once, when header and list of types have been read, also for a method that the
+    /// library does not know, after which the check gives `ioBadFile`. The base returns true.
     virtual bool start(const ioHeader& header, const ioPacketRegistry& types);
 
     /// Called for each packet, the last one included. The values may be read from `context`, from
