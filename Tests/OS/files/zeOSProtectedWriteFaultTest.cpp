@@ -161,7 +161,7 @@ TEST_P(BrokenSave, LeavesACompleteFileWhateverTwoCallsFail) {
     };
     for (const int error : {EIO, ENOENT, EEXIST})
         trial.runPairs(error);
-    EXPECT_GT(trial.faultsTried(), 900u);
+    EXPECT_GT(trial.faultsTried(), 500u);
     trial.report(copies() ? "pairs, protected write by copying"
                           : "pairs, protected write by renaming");
 }
