@@ -16,7 +16,7 @@
 /// touched. So an exception or an early return in step 2 costs nothing.
 ///
 /// **What survives.** The table in Documentation/architecture.md has each moment; in short:
-/// - The process is killed while you write: the old file stands, with a part of a `….0.tmp` beside
+/// - The process is killed while you write: the old file stands, with a partial `….0.tmp` beside
 /// it.
 /// - The process is killed in finalize(): the old file, the new one, or, between the two renames,
 ///   none under the main name, while both lie beside it complete: the old one as `….1.tmp`, the new
@@ -27,7 +27,8 @@
 ///   anything was changed, the save ends with StatusCannotBackup. Later failures of this kind are
 ///   ignored, since going back would be no safer. A file that cannot be synced at all (`fsync`
 ///   fails with `EINVAL`, `EROFS` or `ENOTSUP`), or not be opened for reading, is not waited for.
-/// - A full disk: the old file. The new one never had the room to become complete.
+/// - A full disk: the old file. By copying, also where a network file system reports it only when a
+///   copy is closed.
 ///
 /// **Two strategies.** By default both files lie in the directory of the main file, and finalize()
 /// is two renames, whatever the size. The copy strategy, for directories that take no new files,
@@ -53,7 +54,9 @@
 /// **Two saves of one file at once.** By renaming, the file becomes one of the two, and both may
 /// succeed. By copying, it becomes one of the two as well, never a mixture; a save that finds that
 /// the other took the main name first fails with StatusNotWritable, and leaves the old file under
-/// the name of its backup. Let applications lock what they edit.
+/// the name of its backup. That holds while both can write: if one fails in the swap, for example
+/// on a full disk, it may remove the file of the other, or put back only a part of it, although the
+/// other succeeded. Let applications lock what they edit.
 ///
 /// **When other users may write in the directory** of the main file, they can replace or delete it
 /// at any time, and nothing here prevents that. What holds: a copy into a name that the save has
@@ -99,11 +102,9 @@ public:
         /// No failure.
         StatusOk = 0,
         /// The main file exists and is not writable, or is neither a file nor a directory; or the
-        /// new
-        /// file could not be put in its place, and the old one was put back. Only if that failed
-        /// too,
-        /// or another save took the name, does the old file stay under the name of the backup
-        /// (`….1.tmp`).
+        /// new file could not be put in its place, and the old one was put back. Only if that
+        /// failed too, or another save took the name, does the old file stay under the name of the
+        /// backup (`….1.tmp`).
         StatusNotWritable = 1,
         /// There was no temporary directory, and it was made: the next attempt will find it. Copy
         /// strategy only.
@@ -111,8 +112,7 @@ public:
         /// The temporary directory is not a directory. Copy strategy only.
         StatusTempNotDirectory = 3,
         /// Something under the name of the temporary or the backup file could not be deleted; or,
-        /// in
-        /// the default strategy, no such name could be found (see zeOSTempFiles.h).
+        /// in the default strategy, no such name could be found (see zeOSTempFiles.h).
         StatusCannotClearTemp = 4,
         /// There is no file at getTempFilename().
         StatusTempMissing = 5,

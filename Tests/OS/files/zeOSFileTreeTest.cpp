@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <pthread.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -102,6 +103,20 @@ TEST_F(FileTree, IsDeletedAndCopiedAtAnyDepthOnASmallStack) {
     EXPECT_TRUE(isThere(leaf + "/leaf"));
     for (const char* top : {"tree", "copy"})
         File(at(top)).deleteSelf(0);
+}
+
+TEST_F(FileTree, IsDeletedAtAnyDepthWithTwoDescriptors) {
+    makeChain("tree", 40);
+    rlimit before;
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const int first = dup(0); // the lowest that is free, in a process without gaps
+    close(first);
+    const rlimit few = {static_cast<rlim_t>(first) + 2, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+    const std::string result = text(File(at("tree")).deleteSelf(0));
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(result, "");
+    EXPECT_FALSE(isThere("tree"));
 }
 
 TEST_F(FileTree, IsCopiedButForEntriesThatAreNeitherFileNorDirectory) {

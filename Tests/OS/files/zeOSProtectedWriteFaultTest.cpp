@@ -64,7 +64,7 @@ TEST_P(BrokenSave, LeavesTheOldFileOrTheNewOneWhateverFails) {
         EXPECT_TRUE(result.finalized || fault.n > 0);
     };
     EXPECT_EQ(trial.runAll(), copies()
-                                  ? "open close read write fsync unlink tempnam stat access"
+                                  ? "open close read write fsync unlink tempnam stat fstat access"
                                   : "open close write fsync rename unlink tempnam stat access");
     trial.report(copies() ? "protected write by copying" : "protected write by renaming");
 }
@@ -99,6 +99,9 @@ TEST_P(BrokenSave, SaysWhatFailed) {
         // The temporary file to the main name.
         {onRename, 2, notWritable, ok},
         {onWrite, 6, ok, notWritable},
+        // What a network file system reports only in closing a copy.
+        {onClose, 3, ok, cannotBackup},
+        {onClose, 7, ok, notWritable},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(testing::Message() << SystemFaults::name(test.call) << ' ' << test.n);
@@ -156,7 +159,9 @@ TEST_P(BrokenSave, LeavesACompleteFileWhateverTwoCallsFail) {
         else
             EXPECT_THAT(state, AnyOf(HasSubstr("main old"), HasSubstr("backup old")));
     };
-    trial.runPairs(EIO);
+    for (const int error : {EIO, ENOENT, EEXIST})
+        trial.runPairs(error);
+    EXPECT_GT(trial.faultsTried(), 500u);
     trial.report(copies() ? "pairs, protected write by copying"
                           : "pairs, protected write by renaming");
 }

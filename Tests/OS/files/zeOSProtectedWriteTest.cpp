@@ -262,6 +262,17 @@ TEST(ProtectedWriteByCopying, FailsOnceWhereItHadToMakeTheTemporaryDirectory) {
     EXPECT_EQ(folder.state(), "main new");
 }
 
+TEST(ProtectedWriteByCopying, CopiesNothingThatIsNoFile) {
+    const SaveFolder folder;
+    ProtectedWrite save(folder.mainName());
+    save.useCopyStrategy();
+    ASSERT_TRUE(save.init());
+    ASSERT_EQ(mkfifo(save.getTempFilename().path().asUTF8(), 0666), 0);
+    EXPECT_FALSE(save.finalize());
+    EXPECT_EQ(save.getStatus(), ProtectedWrite::StatusNotWritable);
+    EXPECT_EQ(folder.state(), "main old");
+}
+
 TEST(ProtectedWriteByCopying, FollowsNoLinkThatIsPlantedInThePlaceOfTheMainFile) {
     const SaveFolder folder;
     const TempFolder outside(std::filesystem::path(folder.main).parent_path().parent_path());

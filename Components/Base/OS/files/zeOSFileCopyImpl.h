@@ -23,8 +23,12 @@ enum class CopyResult {
     NameTaken, ///< There was something under the name of the copy already, which is as it was.
 };
 
-/// Copies a file into a new one: nothing that has the name already is written to, nor is a symbolic
-/// link followed, even if somebody else makes it in this moment. Does not wait for a FIFO.
+/// Copies a regular file into a new one: nothing that has the name already is written to, nor is a
+/// symbolic link followed, even if somebody else makes it in this moment. Unlike fileCopy() it
+/// waits for no FIFO, and reports what the system finds out only in closing the copy.
 CopyResult copyToNewFile(const zeString::IString& from, const zeString::IString& to);
+
+/// The same over another file that exists, following links.
+CopyResult copyOverFile(const zeString::IString& from, const zeString::IString& to);
 
 } // namespace zeOS

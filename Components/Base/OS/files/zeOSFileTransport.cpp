@@ -18,20 +18,6 @@ zeUtil::Error notImplemented() {
     return zeUtil::Error(-1, "This function is not implemented.");
 }
 
-/// What cannot be an entry to delete. An empty name, as decoding may leave it, would name the
-/// directory again when joined to it, without end.
-bool isNoEntry(const zeString::IString& entry) {
-    return entry.isEmpty() || entry == L"." || entry == L"..";
-}
-
-zeString::IString withSeparator(const FileTransport& directory) {
-    zeString::IString name = directory.getFullName();
-    const wchar_t separator = directory.getSeparator();
-    if (name.isEmpty() || name[name.last()] != separator)
-        name.append(separator);
-    return name;
-}
-
 /// Copies between open transports. Failures are not returned, since only the closes that follow
 /// decide the result; they end the copy.
 void copyBlocks(FileTransport& source, FileTransport& dest) {

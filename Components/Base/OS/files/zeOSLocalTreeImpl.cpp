@@ -65,15 +65,17 @@ struct Level {
     Directory directory;
     dev_t device = 0; ///< Set, with `inode`, where `directory` is closed for the time being.
     ino_t inode = 0;
-    std::vector<Entry> entries; ///< Those that are left, the next one last.
-    IString path;               ///< With a separator, where registered factories are asked.
+    std::vector<Entry> entries;  ///< Those that are left, the next one last.
+    unsigned int pathLength = 0; ///< Of the path of the level above.
 };
 
 class TreeDeletion {
 public:
     /// Deletes what `top` holds; `path` is its name with a separator at its end.
     void run(Directory top, const IString& path) {
-        enter(std::string(), std::move(top), path);
+        if (asksFactories_)
+            path_ = path;
+        enter(std::string(), std::move(top), path_.length());
         while (!levels_.empty())
             if (levels_.back().entries.empty())
                 leave();
@@ -86,9 +88,10 @@ private:
     /// again through "..".
     static constexpr std::size_t heldOpen = 16;
 
-    void enter(std::string name, Directory directory, const IString& path) {
+    void enter(std::string name, Directory directory, unsigned int pathLength) {
         std::vector<Entry> entries = readEntries(directory);
-        levels_.push_back({std::move(name), std::move(directory), 0, 0, std::move(entries), path});
+        levels_.push_back(
+            {std::move(name), std::move(directory), 0, 0, std::move(entries), pathLength});
         if (levels_.size() > heldOpen)
             closeForNow(levels_[levels_.size() - 1 - heldOpen]);
     }
@@ -99,27 +102,43 @@ private:
         const Entry entry = std::move(level.entries.back());
         level.entries.pop_back();
         const char* name = entry.name.c_str();
-        const IString path = asksFactories_ ? plus(level.path, IString(name, utf8)) : IString();
-        if (asksFactories_ && deleteForeign(path))
+        const IString decoded = asksFactories_ ? IString(name, utf8) : IString();
+        if (asksFactories_ && deleteForeign(plus(path_, decoded)))
             return;
-        const int here = ::dirfd(level.directory.get());
         int flags = 0;
         if (entry.mayBeDirectory) {
-            if (Directory child = openDirectory(here, name, O_NOFOLLOW)) {
-                enter(entry.name, std::move(child), plus(path, separator()));
+            if (Directory child = openEntry(name)) {
+                const unsigned int length = path_.length();
+                if (asksFactories_)
+                    path_.append(decoded).append(Filename::separator());
+                enter(entry.name, std::move(child), length);
                 return;
             }
             // A directory that cannot be read may still be empty.
             if (errno != ENOTDIR && errno != ELOOP)
                 flags = AT_REMOVEDIR;
         }
-        ::unlinkat(here, name, flags);
+        ::unlinkat(::dirfd(levels_.back().directory.get()), name, flags);
+    }
+
+    /// Opens a directory in the lowest level. If the process has no descriptor left, those of the
+    /// levels above are closed first.
+    Directory openEntry(const char* name) {
+        const int here = ::dirfd(levels_.back().directory.get());
+        Directory child = openDirectory(here, name, O_NOFOLLOW);
+        if (child || (errno != EMFILE && errno != ENFILE))
+            return child;
+        const std::size_t lowest = levels_.size() - 1;
+        for (std::size_t i = lowest - std::min(lowest, heldOpen); i < lowest; ++i)
+            closeForNow(levels_[i]);
+        return openDirectory(here, name, O_NOFOLLOW);
     }
 
     /// Goes one level up, and deletes the directory that was left.
     void leave() {
         const Level left = std::move(levels_.back());
         levels_.pop_back();
+        path_.erase(left.pathLength);
         if (levels_.empty())
             return;
         Level& above = levels_.back();
@@ -160,10 +179,10 @@ private:
     }
 
     static constexpr auto utf8 = zeString::EncodingUTF8;
-    static IString separator() { return IString(Filename::separator()); }
 
     const bool asksFactories_ = !everyNameIsLocal();
     std::vector<Level> levels_;
+    IString path_; ///< Of the lowest level, with a separator, where registered factories are asked.
 };
 
 IString withSeparator(IString path) {

@@ -72,9 +72,12 @@ bool freeName(const Filename& file) {
 
 /// Copies a file to a name that is free, or else over what has that name and could not be deleted.
 CopyResult copyTo(const Filename& to, bool isFree, const Filename& from) {
-    if (isFree)
-        return copyToNewFile(from.path(), to.path());
-    return fileCopy(from, to, true).code() == 0 ? CopyResult::Copied : CopyResult::Failed;
+    return isFree ? copyToNewFile(from.path(), to.path()) : copyOverFile(from.path(), to.path());
+}
+
+/// Makes the file that a dangling link names. If there is one by now, it is not written over.
+CopyResult copyThroughLink(const Filename& link, const Filename& from) {
+    return fileCopy(from, link, false).code() == 0 ? CopyResult::Copied : CopyResult::Failed;
 }
 
 } // namespace
@@ -196,8 +199,7 @@ ProtectedWrite::Status ProtectedWrite::replaceByRenaming() {
 
 ProtectedWrite::Status ProtectedWrite::replaceByCopying() {
     const bool wasThere = doesFileExist(mainFilename_);
-    // A link that points nowhere stays, and the file that it names is made.
-    bool isFree = !wasThere && !isDanglingLink(mainFilename_);
+    bool isFree = true;
     if (wasThere) {
         if (copyToNewFile(mainFilename_.path(), backupFilename_.path()) != CopyResult::Copied)
             return StatusCannotBackup;
@@ -206,7 +208,9 @@ ProtectedWrite::Status ProtectedWrite::replaceByCopying() {
         waitForDirectoryOf(backupFilename_);
         isFree = freeName(mainFilename_);
     }
-    const CopyResult copied = copyTo(mainFilename_, isFree, tempFilename_);
+    const CopyResult copied = !wasThere && isDanglingLink(mainFilename_)
+                                  ? copyThroughLink(mainFilename_, tempFilename_)
+                                  : copyTo(mainFilename_, isFree, tempFilename_);
     if (copied != CopyResult::Copied && wasThere)
         copyBack(copied == CopyResult::NameTaken);
     // Only now may the other files go.

@@ -19,20 +19,6 @@ bool isLocal(const FileTransport& transport) {
     return transport.transportId() == LocalFileTransport::id;
 }
 
-/// What cannot be an entry to copy. An empty name, as decoding may leave it, would name the
-/// directory again when joined to it, without end.
-bool isNoEntry(const IString& entry) {
-    return entry.isEmpty() || entry == L"." || entry == L"..";
-}
-
-IString withSeparator(const FileTransport& directory) {
-    IString name = directory.getFullName();
-    const wchar_t separator = directory.getSeparator();
-    if (name.isEmpty() || name[name.last()] != separator)
-        name.append(separator);
-    return name;
-}
-
 void keepFirst(zeUtil::Error& result, const zeUtil::Error& error) {
     if (result.code() == File::ErrNone)
         result = error;
@@ -127,6 +113,18 @@ private:
 };
 
 } // namespace
+
+bool isNoEntry(const IString& entry) {
+    return entry.isEmpty() || entry == L"." || entry == L"..";
+}
+
+IString withSeparator(const FileTransport& directory) {
+    IString name = directory.getFullName();
+    const wchar_t separator = directory.getSeparator();
+    if (name.isEmpty() || name[name.last()] != separator)
+        name.append(separator);
+    return name;
+}
 
 zeUtil::Error checkCopy(const FileTransport& source, const FileTransport& dest) {
     if (source.isOpen() || dest.isOpen())
