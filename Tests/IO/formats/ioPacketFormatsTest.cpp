@@ -152,12 +152,12 @@ TEST(PacketFormats, HoldStringsAndRawBytes) {
 
 TEST(PacketFormats, LayOutChunksAndSubPackets) {
     const std::string bodies[] = {
-        bytes("',' 14000000 07000000 '.' 0B000000 0201 ',' 04000000 ',' 07000000 'hi'00"),
-        bytes("',' 00000014 00000007 '.' 0000000B 0102 ',' 00000004 ',' 00000007 'hi'00"),
-        "\n  [ 7 \n  < 258 \n  [ ] > ] \n  [ \"hi\" ] ",
-        bytes("',i'19000000 'i'07000000 '.i'0E000000 'h'0201 ',i'05000000 ',i'09000000 'shi'00"),
-        bytes("',i'00000019 'i'00000007 '.i'0000000E 'h'0102 ',i'00000005 ',i'00000009 'shi'00"),
-        "\n  [ i7 \n  < h258 \n  [ ] > ] \n  [ s\"hi\" ] "};
+        bytes("',' 15000000 07000000 '.' 0B000000 0201 ',' 04000000 'x,' 07000000 'hi'00"),
+        bytes("',' 00000015 00000007 '.' 0000000B 0102 ',' 00000004 'x,' 00000007 'hi'00"),
+        "\n  [ 7 \n  < 258 \n  [ ] > x] \n  [ \"hi\" ] ",
+        bytes("',i'1A000000 'i'07000000 '.i'0E000000 'h'0201 ',i'05000000 'x,i'09000000 'shi'00"),
+        bytes("',i'0000001A 'i'00000007 '.i'0000000E 'h'0102 ',i'00000005 'x,i'00000009 'shi'00"),
+        "\n  [ i7 \n  < h258 \n  [ ] > x] \n  [ s\"hi\" ] "};
     const auto bodyOf = [&](const Form& form) { return bodies[&form - forms]; };
     const Write write = [](ioWriteContext& context) {
         context.startChunk();
@@ -166,6 +166,7 @@ TEST(PacketFormats, LayOutChunksAndSubPackets) {
         context.writeShort(258);
         context.startChunk();
         context.endSubPacket();
+        context.writeRawByte('x');
         context.startChunk();
         context.writeCString("hi");
     };
@@ -182,6 +183,15 @@ TEST(PacketFormats, LayOutChunksAndSubPackets) {
         EXPECT_FALSE(client.isValidChunk());
     });
     expectForms(bodyOf, write, [](ioClientReadContext& client) { // that knows less
+        EXPECT_TRUE(client.nextChunk());
+        EXPECT_EQ(client.readInt(), 7);
+        client.startSubPacket();
+        client.endSubPacket();
+        EXPECT_EQ(client.readRawByte(), 'x');
+        EXPECT_TRUE(client.nextChunk());
+        EXPECT_STREQ(client.readCString(), "hi");
+    });
+    expectForms(bodyOf, write, [](ioClientReadContext& client) { // and still less
         EXPECT_TRUE(client.nextChunk());
         EXPECT_TRUE(client.nextChunk());
         EXPECT_STREQ(client.readCString(), "hi");
