@@ -237,35 +237,6 @@ TEST(Chain, PromotesFailures) {
     }
 }
 
-TEST(Chain, MovesBytesThroughSmallBlocksUnchanged) {
-    std::minstd_rand random(4);
-    for (unsigned round = 0; round < 200; ++round) {
-        const std::string plain = randomData(random() % 500, round);
-        std::string file;
-        StreamOver<ioBufferedStreamOutput> out(new MemorySink(false, 1 + int(random() % 16), file));
-        for (std::size_t at = 0, n; at < plain.size(); at += n) {
-            n = std::min(random() % 50, plain.size() - at);
-            out.writeData(plain.data() + at, int(n));
-        }
-        out.flush();
-        ASSERT_EQ(file, plain);
-        ASSERT_EQ(out.getStatus(), streamOK);
-
-        StreamOver<ioBufferedStreamInput> in(
-            new MemorySink(true, 1 + int(random() % 16), file, 1 + random() % 8));
-        std::string all;
-        while (in.getStatus() == streamOK) {
-            char piece[50];
-            if (random() % 2)
-                all.append(piece, std::size_t(in.readData(piece, int(random() % 50))));
-            else if (const int c = in.readChar(); in.getStatus() == streamOK)
-                all += static_cast<char>(c);
-        }
-        ASSERT_EQ(all, plain);
-        ASSERT_EQ(in.getStatus(), streamEOF);
-    }
-}
-
 TEST(Chain, IsClosedAndDeletedFromTheTopDown) {
     std::string bytes;
     auto* const sink = new MemorySink(false, 8, bytes);

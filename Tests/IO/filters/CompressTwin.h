@@ -2,37 +2,15 @@
 
 /// @file
 /// The compression as it is defined, step by step, with nothing done for speed. What the filter
-/// writes and reads must be the same to the last bit.
+/// writes must be the same to the last bit.
 
 #pragma once
 
-#include <cstdint>
-#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
 
-/// What writer and reader share: the width of codes, and the group. Bits of the group that no code
-/// covers keep what they held before.
-class CompressTwin {
-protected:
-    __extension__ using Bits = unsigned __int128;
-
-    int maxCode() const { return codeBits == 16 ? 65536 : (1 << codeBits) - 1; }
-    Bits mask() const { return ((Bits(1) << codeBits) - 1) << bitOffset; }
-    void changeWidth() {
-        codeBits = clearFlag ? 9 : codeBits + 1;
-        clearFlag = false;
-    }
-
-    int codeBits = 9;
-    int freeCode = 258;
-    bool clearFlag = false;
-    int bitOffset = 0;
-    Bits group = 0;
-};
-
-class CompressTwinWriter : CompressTwin {
+class CompressTwinWriter {
 public:
     /// A whole section that holds `input`.
     static std::string section(std::string_view input) {
@@ -49,6 +27,8 @@ public:
     static inline int forgotten;
 
 private:
+    __extension__ using Bits = unsigned __int128;
+
     void compress(std::string_view input) {
         forgotten = 0;
         if (input.empty())
@@ -98,13 +78,18 @@ private:
     }
 
     void output(int code) {
-        group = (group & ~mask()) | Bits(unsigned(code)) << bitOffset;
+        // Bits of the group that no code covers keep what they held before.
+        const Bits mask = ((Bits(1) << codeBits) - 1) << bitOffset;
+        group = (group & ~mask) | Bits(unsigned(code)) << bitOffset;
         bitOffset += codeBits;
-        const bool widthChanges = freeCode > maxCode() || clearFlag;
+        const int maxCode = codeBits == 16 ? 65536 : (1 << codeBits) - 1;
+        const bool widthChanges = freeCode > maxCode || clearFlag;
         if (bitOffset == codeBits * 8 || widthChanges)
             writeGroup();
-        if (widthChanges)
-            changeWidth();
+        if (!widthChanges)
+            return;
+        codeBits = clearFlag ? 9 : codeBits + 1;
+        clearFlag = false;
     }
 
     void writeGroup() {
@@ -114,6 +99,11 @@ private:
     }
 
     std::string out;
+    int codeBits = 9;
+    int freeCode = 258;
+    bool clearFlag = false;
+    int bitOffset = 0;
+    Bits group = 0;
     int ratio = 0;
     int checkPoint = 10000;
     int currentCode = 0;
@@ -121,89 +111,4 @@ private:
     int outCount = 0;
     std::vector<int> hashTable = std::vector<int>(69001, -1);
     std::vector<int> codeTable = std::vector<int>(69001);
-};
-
-class CompressTwinReader : CompressTwin {
-public:
-    struct Result {
-        std::string bytes;
-        bool complete;   ///< Ended by its end code.
-        size_t consumed; ///< Of the section.
-    };
-
-    static Result read(std::string_view section) {
-        CompressTwinReader reader(section);
-        const bool complete = reader.uncompress();
-        return {reader.out, complete, reader.at};
-    }
-
-private:
-    explicit CompressTwinReader(std::string_view section) : in(section) {
-        for (size_t c = 0; c < 256; ++c)
-            suffixTable[c] = static_cast<unsigned char>(c);
-    }
-
-    bool uncompress() {
-        if (!in.starts_with("\x1f\x9d\x90"))
-            return false;
-        int oldCode = getcode();
-        int finChar = oldCode;
-        if (oldCode < 0 || oldCode == 257)
-            return oldCode == 257;
-        out += static_cast<char>(finChar);
-        for (;;) {
-            int code = getcode();
-            if (code == 256) {
-                clearFlag = true;
-                freeCode = 257;
-                code = getcode();
-            }
-            if (code < 0 || code == 257)
-                return code == 257;
-            std::string stack;
-            int c = code;
-            if (c >= freeCode) {
-                stack += static_cast<char>(finChar);
-                c = oldCode;
-            }
-            for (; c > 255 && stack.size() < 65536; c = prefixTable[size_t(c)])
-                stack += static_cast<char>(suffixTable[size_t(c)]);
-            if (stack.size() == 65536)
-                return false;
-            finChar = suffixTable[size_t(c)];
-            stack += static_cast<char>(finChar);
-            out.append(stack.rbegin(), stack.rend());
-            if (freeCode < 65536) {
-                prefixTable[size_t(freeCode)] = oldCode;
-                suffixTable[size_t(freeCode)] = static_cast<unsigned char>(finChar);
-                ++freeCode;
-            }
-            oldCode = code;
-        }
-    }
-
-    int getcode() {
-        const bool widthChanges = freeCode > maxCode() || clearFlag;
-        if (widthChanges)
-            changeWidth();
-        if (widthChanges || bitOffset >= groupBits) {
-            const std::string_view bytes = in.substr(at, size_t(codeBits));
-            std::memcpy(&group, bytes.data(), bytes.size());
-            at += bytes.size();
-            bitOffset = 0;
-            groupBits = static_cast<int>(bytes.size()) * 8 + 1 - codeBits;
-            if (groupBits <= 0)
-                return -1;
-        }
-        const auto code = static_cast<int>((group & mask()) >> bitOffset);
-        bitOffset += codeBits;
-        return code;
-    }
-
-    std::string_view in;
-    size_t at = 3;
-    std::string out;
-    int groupBits = 0;
-    std::vector<int> prefixTable = std::vector<int>(69001);
-    std::vector<unsigned char> suffixTable = std::vector<unsigned char>(69001);
 };

@@ -99,6 +99,35 @@ inline std::string bytes(std::string_view hex) {
     return result;
 }
 
+/// A form of a file.
+struct Form {
+    const char* method; ///< As the header has it.
+    bool text, big, debug;
+
+    ioWriteMethod writes() const { return static_cast<ioWriteMethod>(method[0] - '0'); }
+    const std::string& end() const { return text ? textEnd : big ? bigEndianEnd : binaryEnd; }
+
+    std::string file(const std::string& packets) const {
+        const char* const order = big ? "0 " : "1 ";
+        return "^@\n1\n" + (order + std::string(method)) + " 1\n1 2 4 8 4 8 8\n@\n" + thingTypes +
+               packets + end();
+    }
+    /// A packet of type "thing" with this body.
+    std::string thing(const std::string& body) const {
+        if (text)
+            return "{ 2 0 " + body + "}\n";
+        std::string head;
+        for (const std::size_t number : {std::size_t(2), std::size_t(0), body.size()})
+            for (const int byte : {0, 8, 16, 24})
+                head += static_cast<char>(number >> (big ? 24 - byte : byte));
+        return head + body;
+    }
+};
+
+inline constexpr Form forms[] = {{"1", false, false, false}, {"1", false, true, false},
+                                 {"0", true, false, false},  {"3", false, false, true},
+                                 {"3", false, true, true},   {"2", true, false, true}};
+
 /// What a program writes whose own types are "thing" (2) and "other" (3), without header and list
 /// of types.
 inline std::string written(ioWriteMethod method, const Write& write, ioStatus status = ioOK) {

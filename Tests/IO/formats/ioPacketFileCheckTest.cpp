@@ -56,6 +56,9 @@ TEST(PacketFileCheck, PassesWholeFilesAloneAndAlwaysEnds) {
         const std::size_t needed = file.ends_with('\n') ? file.size() - 1 : file.size();
         for (std::size_t size = 0; size < needed; ++size)
             ASSERT_EQ(check(file.substr(0, size)), ioBadFile) << size << "\n" << file;
+        for (std::size_t size = file.find("@\n", 6) + 2; size < needed && needed == file.size();
+             ++size)
+            EXPECT_EQ(readFile(file.substr(0, size), nullptr), ioBadFile) << size; // binary ones
         for (std::size_t at = 0; at < file.size(); ++at)
             for (const int change : {0x01, 0x10, 0x80, 0xFF}) {
                 std::string damaged = file;

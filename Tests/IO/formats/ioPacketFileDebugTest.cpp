@@ -13,29 +13,13 @@ namespace {
 using namespace packets;
 using R = ioClientReadContext;
 
-const std::string binaryDebugHeader = "^@\n1\n1 3 1\n1 2 4 8 4 8 8\n@\n";
-const std::string bigEndianDebugHeader = "^@\n1\n0 3 1\n1 2 4 8 4 8 8\n@\n";
-const std::string textDebugHeader = "^@\n1\n1 2 1\n1 2 4 8 4 8 8\n@\n";
-
-/// A packet of type "thing" with this body.
-std::string binaryThing(const std::string& body) {
-    return bytes("02000000 00000000") + static_cast<char>(body.size()) + bytes("000000") + body;
-}
-std::string bigEndianThing(const std::string& body) {
-    return bytes("00000002 00000000 000000") + static_cast<char>(body.size()) + body;
-}
-std::string textThing(const std::string& body) {
-    return "{ 2 0 " + body + "}\n";
-}
-
 /// The three forms of a file with one such packet.
 struct Bodies {
     std::string little, big, text;
 
     std::vector<std::string> files() const {
-        return {binaryDebugHeader + thingTypes + binaryThing(little) + binaryEnd,
-                bigEndianDebugHeader + thingTypes + bigEndianThing(big) + bigEndianEnd,
-                textDebugHeader + thingTypes + textThing(text) + textEnd};
+        return {forms[3].file(forms[3].thing(little)), forms[4].file(forms[4].thing(big)),
+                forms[5].file(forms[5].thing(text))};
     }
 };
 
