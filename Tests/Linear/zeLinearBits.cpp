@@ -12,7 +12,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <iterator>
-#include <limits>
 
 #include "Base/Linear/zeLinearDecompose.h"
 #include "Base/Linear/zeLinearIntersect.h"
@@ -59,17 +58,8 @@ private:
 /// Numbers of all sizes, and now and then a special one.
 double number() {
     static std::uint64_t state = 3;
-    using Limits = std::numeric_limits<double>;
-    static const double special[] = {0.0,
-                                     -0.0,
-                                     1.0,
-                                     -1.0,
-                                     1e-12,
-                                     5e-324,
-                                     1e-310,
-                                     1e200,
-                                     Limits::infinity(),
-                                     Limits::quiet_NaN()};
+    static const double special[] = {0.0,    -0.0,   1.0,   -1.0,     1e-12,
+                                     5e-324, 1e-310, 1e200, HUGE_VAL, NAN};
     state = state * 6364136223846793005U + 1442695040888963407U;
     const std::uint64_t top = state >> 11;
     if (top % 64 == 0)
