@@ -108,6 +108,7 @@ TEST(LinearIntersect, ClassifiesSegments) {
         int expected;
     };
     for (const Case& c : {Case{{-1, 0}, {-2, 9}, 0},
+                          {{0, 0}, {2, 2}, 1},
                           {{1, 1}, {5, 5}, 2},
                           {{-1, 1}, {3, 1}, 3},
                           {{1, 3}, {1, -1}, 3},

@@ -36,6 +36,7 @@ static_assert(Vector(2, -2, 2).orthogonalVector() == Vector::zero);
 static_assert(Vector2(3, 4).orthogonalVector() == Vector2(-4, 3));
 static_assert(projectMagnitude(Vector(3, 4, 5), Normal::yAxis) == 4);
 static_assert(distance2(Point2Flt(0, 0), Point2Flt(3, 4)) == 25);
+static_assert(combine(HPoint(0, 0, 0, 2), HPoint(2, 2, 2, 4)) == HPoint(1, 1, 1, 3));
 constexpr Point items[] = {{1, 2, 3}, {3, 4, 5}, {10, 20, 30}};
 constexpr double weights[] = {2, 3, 4};
 static_assert(combine(3, weights, items) == Point(51, 96, 141));

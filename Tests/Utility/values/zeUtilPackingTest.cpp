@@ -5,9 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 #include <random>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -126,36 +124,7 @@ Rects randomRects(std::size_t count, int least, int most, unsigned int seed) {
     return rects;
 }
 
-/// Each inside of the bound, of the size that it had, and no two on one place.
-void expectSound(const Rects& placed, const Rects& wanted, const IntRange2d& bound) {
-    std::string map(static_cast<std::size_t>(area(bound)), '.');
-    for (std::size_t i = 0; i < placed.size(); ++i) {
-        const IntRange2d& r = placed[i];
-        ASSERT_TRUE(r.size[0] == wanted[i].size[0] && r.size[1] == wanted[i].size[1]);
-        IntRange2d grown = bound;
-        grown.include(r);
-        ASSERT_EQ(grown, bound) << "rectangle " << i << " reaches out";
-        const auto width = static_cast<std::size_t>(r.size[0]);
-        for (int y = r.origin[1]; y < r.origin[1] + r.size[1]; ++y) {
-            char* row = &map[static_cast<std::size_t>(y * bound.size[0] + r.origin[0])];
-            ASSERT_EQ(std::memchr(row, 'X', width), nullptr) << "rectangle " << i << " overlaps";
-            std::memset(row, 'X', width);
-        }
-    }
-}
-
 } // namespace
-
-TEST(Packing, PlacesTenThousandWithoutOverlap) {
-    const Rects wanted = randomRects(10000, 4, 64, 1);
-    for (bool powerOfTwo : {false, true}) {
-        Rects placed = wanted;
-        const IntRange2d bound = pack(placed, powerOfTwo);
-        expectSound(placed, wanted, bound);
-        EXPECT_EQ(bound.origin[0] + bound.origin[1], 0);
-        EXPECT_LT(bound.size[0], powerOfTwo ? 4097 : 3600);
-    }
-}
 
 TEST(Packing, PlacesAsAVisitOfEverySpaceDoes) {
     struct Case {
