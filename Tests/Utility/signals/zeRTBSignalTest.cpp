@@ -94,6 +94,7 @@ struct Shapes {
     double three(std::string_view a, const void*, long c) const {
         return note(a.data()), double(c);
     }
+    void plainThree(const char* a, void*, int) { note(a); }
 
     static int note(const std::string& s) {
         log += s + ' ';
@@ -111,6 +112,9 @@ void globalOverloaded(std::string s) noexcept {
     Shapes::note('G' + s);
 }
 [[maybe_unused]] void globalOverloaded(int) {}
+void global() {
+    Shapes::note("global");
+}
 bool globalThree(const char* a, void*, int) {
     return Shapes::note(a) != 0;
 }
@@ -234,6 +238,18 @@ TEST_F(SignalScene, TiedConnectionEndsWithWhicheverSideGoesFirst) {
     }
 }
 
+TEST_F(SignalScene, DisconnectInstanceEndsAllAndSparesTheRunningOneUntilItReturns) {
+    add('A');
+    add('B');
+    self = add('A', [&] {
+        signal->disconnectInstance(&who[0]);
+        EXPECT_EQ(alive, 2);
+    });
+    EXPECT_EQ(signal->findInstance(&who[0]), self) << "the newest";
+    EXPECT_EQ(fired(), "A.B.");
+    EXPECT_EQ(signal->numConnections(), 1);
+}
+
 TEST_F(SignalScene, DyingSignalSurvivesFunctionsThatEndTheirSiblings) {
     auto* other = new SignalClient;
     signal->addCallback(make('A'), *other);
@@ -292,13 +308,16 @@ TEST(Signal, ConnectsFunctionsOfEveryShape) {
     none.connect(&constant, &Shapes::voidless);
     none.connect(client, &constant, &Shapes::voidless);
     none.connect([] { Shapes::note("lambda"); });
+    auto* plain = none.connect(&global);
+    EXPECT_EQ(none.findGlobalCallback(reinterpret_cast<void*>(&global)), plain);
     none.connect(&listener, &Shapes::nothing); // a base's member, called virtually
     zeRTB::Signal3Args<const char*, void*, int> three;
     three.connect(&constant, &Shapes::three);
     three.connect(&globalThree);
+    three.connect(&listener, &Shapes::plainThree);
     none.send();
     three.send("3", nullptr, 0);
-    EXPECT_EQ(std::exchange(Shapes::log, ""), "derived lambda v v 3 3 ");
+    EXPECT_EQ(std::exchange(Shapes::log, ""), "derived global lambda v v 3 3 3 ");
 }
 
 TEST(Signal, OwnsACallable) {
