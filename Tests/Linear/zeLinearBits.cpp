@@ -198,7 +198,7 @@ void printArithmetic() {
 }
 
 void printLibrary() {
-    family("library turns", [](Digest& d) {
+    family("library", [](Digest& d) {
         const Normal a = normal();
         const Normal b = normal();
         const double s = number();
@@ -208,25 +208,22 @@ void printLibrary() {
         m.rotate(a, b);
         d << m << rotate(vector(), a, s) << interpolate(a, b, s) << angle(a, b);
         d << unitCircleRotation(normal(), a, b, true);
-    });
-    family("library decomposition", [](Digest& d) {
+
         Point translate;
-        Vector scale, turn, shear;
-        d << stelioDecompose(matrix(), translate, scale, turn, shear);
-        d << translate << scale << turn << shear;
-    });
-    family("library slerp", [](Digest& d) {
-        const Quaternion a = rotation();
-        const Quaternion b = rotation();
+        Vector scale, angles, shear;
+        d << stelioDecompose(matrix(), translate, scale, angles, shear);
+        d << translate << scale << angles << shear;
+
+        const Quaternion p = rotation();
+        const Quaternion q = rotation();
         double turn;
         Normal axis;
-        d << slerp(a, b, number()) << a.getAngleAxis(turn, axis) << turn << axis;
-    });
-    family("library cylinder", [](Digest& d) {
+        d << slerp(p, q, number()) << p.getAngleAxis(turn, axis) << turn << axis;
+
         const ParamLine l = paramLine();
-        const Line axis = line();
+        const Line core = line();
         double t[2] = {0, 0};
-        const int hits = intersectCylinder(l, axis, number(), t);
+        const int hits = intersectCylinder(l, core, number(), t);
         d << hits;
         for (int i = 0; i < hits; ++i)
             d << t[i];

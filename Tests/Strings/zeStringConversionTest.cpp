@@ -253,21 +253,6 @@ TEST_F(ConversionUtf8, Multibyte) {
         fromUtf8<false>, {{"\xC3\xA9\xFF\xE2\x82\xAC", 6, 8, 3, false, L"\u00E9?\u20AC\0"s}});
 }
 
-TEST(Conversion, LongAsciiTakesTheFastPathToTheSameResult) {
-    for (unsigned int size : {15u, 16u, 33u}) {
-        const std::string narrow = std::string(size - 1, 'a') + '\x7F';
-        const std::wstring wide(narrow.begin(), narrow.end());
-        expectConversions<char, wchar_t>(fromUtf8<false>, {{narrow, size, size, size, true, wide}});
-        expectConversions<wchar_t, char>(zeString::WCStoUTF8,
-                                         {{wide, size, size, size, true, narrow + '#'}});
-        expectConversions<char, wchar_t>(zeString::MBStoWCS,
-                                         {{narrow, size, size + 1, size, true, wide + L'\0'}});
-        expectConversions<wchar_t, char>(
-            zeString::WCStoMBS,
-            {{wide, size, size, 0, true, "#"}, {wide, size, size + 1, size, true, narrow + '\0'}});
-    }
-}
-
 TEST(Conversion, BytesBelow80AreWhatTheCodeSetSays) {
     std::string bytes;
     for (int c = 1; c < 0x80; ++c)

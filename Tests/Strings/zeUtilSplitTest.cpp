@@ -14,26 +14,17 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-Texts texts(const std::vector<CString>& items) {
+template<class String>
+Texts texts(const std::vector<String>& items) {
     Texts result;
-    for (const CString& item : items)
-        result.emplace_back(item.asChar(), item.length());
+    for (const String& item : items)
+        result.emplace_back(item.asMultibyte(), item.asMultibyteStoreSize() - 1);
     return result;
 }
 
-Texts texts(const std::vector<IString>& items) {
-    Texts result;
-    for (const IString& item : items)
-        result.emplace_back(item.asUTF8());
-    return result;
-}
-
-bool isComma(char c) {
+template<class Char>
+bool isComma(Char c) {
     return c == ',';
-}
-
-bool isWideComma(wchar_t c) {
-    return c == L',';
 }
 
 struct LineCase {
@@ -74,9 +65,11 @@ TEST(Split, TakesTextApartAtSeparators) {
             for (const bool keep : {false, true}) {
                 const Texts& expected = keep ? c.keeping : skip ? c.skipping : c.plain;
                 EXPECT_EQ(texts(zeUtil::split(CString(c.text), ',', skip, keep)), expected);
-                EXPECT_EQ(texts(zeUtil::split(CString(c.text), isComma, skip, keep)), expected);
+                EXPECT_EQ(texts(zeUtil::split(CString(c.text), isComma<char>, skip, keep)),
+                          expected);
                 EXPECT_EQ(texts(zeUtil::split(IString(c.text), L',', skip, keep)), expected);
-                EXPECT_EQ(texts(zeUtil::split(IString(c.text), isWideComma, skip, keep)), expected);
+                EXPECT_EQ(texts(zeUtil::split(IString(c.text), isComma<wchar_t>, skip, keep)),
+                          expected);
             }
         EXPECT_EQ(texts(zeUtil::split(c.text, ',')), c.plain);
     }

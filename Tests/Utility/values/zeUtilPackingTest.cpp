@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
+#include <memory>
 #include <random>
 #include <utility>
 #include <vector>
@@ -22,12 +22,6 @@ using Rects = std::vector<IntRange2d>;
 /// Free space as a plain tree, in which every node with free space is visited: the slow twin.
 struct Space {
     explicit Space(const IntRange2d& where) : rect(where) {}
-    Space(const Space&) = delete;
-    Space& operator=(const Space&) = delete;
-    ~Space() {
-        delete first;
-        delete second;
-    }
 
     const IntRange2d* insert(const IntRange2d& r) {
         if (first) {
@@ -46,8 +40,8 @@ struct Space {
             return &rect;
         }
         const int dim = dw > dh ? 0 : 1;
-        first = new Space(rect);
-        second = new Space(rect);
+        first = std::make_unique<Space>(rect);
+        second = std::make_unique<Space>(rect);
         first->rect.size[dim] = r.size[dim];
         second->rect.size[dim] -= r.size[dim];
         second->rect.origin[dim] += r.size[dim];
@@ -55,8 +49,7 @@ struct Space {
     }
 
     IntRange2d rect;
-    Space* first = nullptr;
-    Space* second = nullptr;
+    std::unique_ptr<Space> first, second;
     bool used = false; ///< By one rectangle or more: nothing is free.
 };
 
