@@ -7,6 +7,7 @@
 #include <numbers>
 #include <sstream>
 #include <type_traits>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -240,11 +241,9 @@ TEST(Matrix, FindsNaNAndInfinityInEveryEntry) {
         EXPECT_TRUE(isFinite(matrix) && !isNaN(matrix));
         for (auto& row : matrix.m)
             for (auto& entry : row) {
-                const auto before = entry;
-                using Limits = std::numeric_limits<std::decay_t<decltype(entry)>>;
-                entry = Limits::infinity();
+                const auto before = std::exchange(entry, HUGE_VALF);
                 EXPECT_TRUE(!isFinite(matrix) && !isNaN(matrix));
-                entry = Limits::quiet_NaN();
+                entry = NAN;
                 EXPECT_TRUE(!isFinite(matrix) && isNaN(matrix) && matrix != matrix);
                 entry = before;
             }

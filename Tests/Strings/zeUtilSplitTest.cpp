@@ -129,7 +129,6 @@ TEST(SplitMultiLines, EndsALineAtEachOfItsTwoCharacters) {
         {"", {""}},
         {"one", {"one"}},
         {"\none\rtwo", {"", "one", "two"}},
-        {"\n\n", {"", "", ""}},
         {"a\v\fb", {"a\v\fb"}},
     };
     for (const auto& c : cases) {

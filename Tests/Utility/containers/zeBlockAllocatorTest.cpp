@@ -78,7 +78,6 @@ TEST(BlockAllocator, BlockSizeIsFixedWhileThereIsABlock) {
 
 TEST(BlockAllocator, SwapExchangesEverything) {
     BlockAllocator small(8, 2), large(64, 5);
-    large.setLazy();
     void* freed = large.alloc();
     large.alloc();
     large.free(freed);

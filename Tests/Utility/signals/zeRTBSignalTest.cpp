@@ -268,12 +268,9 @@ TEST_F(SignalScene, DyingSignalSurvivesFunctionsThatEndTheirSiblings) {
 }
 
 TEST(Signal, PassesReferencesThrough) {
-    struct Doubler {
-        void twice(int& n) { n *= 2; }
-    } doubler;
     zeRTB::SignalArg<int&> signal;
-    signal.connect(&doubler, &Doubler::twice);
-    signal.connect(&doubler, &Doubler::twice);
+    signal.connect(+[](int& n) { n *= 2; });
+    signal.connectOwned([](int& n) { n *= 2; });
     int n = 1;
     signal.send(n);
     EXPECT_EQ(n, 4);
