@@ -88,12 +88,6 @@ double size(const Point& p) {
     return 1 + distance(p, Point::origin);
 }
 
-template<class M>
-double inverseError(const M& m, bool (M::*invert)()) {
-    M inverse = m;
-    return (inverse.*invert)() ? size(m * inverse - M::Identity) : HUGE_VAL;
-}
-
 /// Laws are functions of random input, which return the error, relative to the size of what is
 /// compared. Matrices have a condition below 1e3. Input that a law does not cover (nearly parallel
 /// lines, a line beside the box) gives drawAgain, and does not count.
@@ -106,16 +100,6 @@ struct Law {
 };
 
 const Law laws[] = {
-    {"AffineMatrix2 * invert = 1", 1e-10,
-     [](Random& r) { return inverseError(r.entries<AffineMatrix2>(), &AffineMatrix2::invert); }},
-    {"ProjMatrix * invert = 1", 1e-10,
-     [](Random& r) { return inverseError(r.entries<ProjMatrix>(), &ProjMatrix::invert); }},
-    {"ProjMatrix * invertFast = 1", 1e-10,
-     [](Random& r) { return inverseError(r.entries<ProjMatrix>(), &ProjMatrix::invertFast); }},
-    {"AffineMatrix * invert = 1", 1e-10,
-     [](Random& r) { return inverseError(r.entries<AffineMatrix>(), &AffineMatrix::invert); }},
-    {"AffineMatrix * invertFast = 1", 1e-10,
-     [](Random& r) { return inverseError(r.entries<AffineMatrix>(), &AffineMatrix::invertFast); }},
     {"scale, shear, turn = M (decompose)", 1e-10,
      [](Random& r) {
          const AffineMatrix m = r.entries<AffineMatrix>();

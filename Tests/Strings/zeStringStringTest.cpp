@@ -124,11 +124,14 @@ TYPED_TEST(StringTest, Edits) {
         std::function<void(String&)> change;
         const char* after;
     } cases[] = {
+        {"abc", [&](String& s) { s.append(xy); }, "abcxy"},
         {"abc", [&](String& s) { s.append(nul); }, "abc<|>"},
         {"abc", [&](String& s) { s.append(s); }, "abcabc"},
         {"abc", [&](String& s) { s.append(dash); }, "abc-"},
+        {"abc", [&](String& s) { s.prepend(xy); }, "xyabc"},
         {"abc", [&](String& s) { s.prepend(nul); }, "<|>abc"},
         {"abc", [&](String& s) { s.prepend(dash); }, "-abc"},
+        {"abc", [&](String& s) { s.insert(3, xy); }, "abcxy"},
         {"abc", [&](String& s) { s.insert(1, s); }, "aabcbc"},
         {"abc", [&](String& s) { s.insert(1, dash); }, "a-bc"},
         {"abc", [&](String& s) { s.insert(4, xy); }, "basic_string::insert"},
@@ -142,6 +145,8 @@ TYPED_TEST(StringTest, Edits) {
         {"abc", [&](String& s) { s.replace(4, 0, xy); }, "basic_string::replace"},
         {"  a b ", [&](String& s) { s.stripSpaces(); }, "a b "},
         {"  a b ", [&](String& s) { s.rstripSpaces(); }, "  a b"},
+        {"--a--", [&](String& s) { s.strip(dash); }, "a--"},
+        {"--a--", [&](String& s) { s.rstrip(dash); }, "--a"},
         {"", [&](String& s) { s.strip(Char(0)).rstrip(Char(0)); }, ""},
         {"aBc1", [&](String& s) { s.toUpperCase(); }, "ABC1"},
         {"aBc1", [&](String& s) { s.toLowerCase(); }, "abc1"},
@@ -316,11 +321,4 @@ TEST(CString, IsEmptyAndUsableOnceMovedFrom) {
         EXPECT_EQ(CString(source), c.after);
         // NOLINTEND
     }
-}
-
-TEST(CString, ServesCallersOutsideTheClassSystem) {
-    CString* s = CString_create("plain");
-    EXPECT_STREQ(s->asChar(), "plain");
-    CString_delete(s);
-    CString_delete(nullptr);
 }
