@@ -12,7 +12,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <iterator>
-#include <limits>
 
 #include "Base/Linear/zeLinearDecompose.h"
 #include "Base/Linear/zeLinearIntersect.h"
@@ -59,17 +58,8 @@ private:
 /// Numbers of all sizes, and now and then a special one.
 double number() {
     static std::uint64_t state = 3;
-    using Limits = std::numeric_limits<double>;
-    static const double special[] = {0.0,
-                                     -0.0,
-                                     1.0,
-                                     -1.0,
-                                     1e-12,
-                                     5e-324,
-                                     1e-310,
-                                     1e200,
-                                     Limits::infinity(),
-                                     Limits::quiet_NaN()};
+    static const double special[] = {0.0,    -0.0,   1.0,   -1.0,     1e-12,
+                                     5e-324, 1e-310, 1e200, HUGE_VAL, NAN};
     state = state * 6364136223846793005U + 1442695040888963407U;
     const std::uint64_t top = state >> 11;
     if (top % 64 == 0)
@@ -208,7 +198,7 @@ void printArithmetic() {
 }
 
 void printLibrary() {
-    family("library turns", [](Digest& d) {
+    family("library", [](Digest& d) {
         const Normal a = normal();
         const Normal b = normal();
         const double s = number();
@@ -218,25 +208,22 @@ void printLibrary() {
         m.rotate(a, b);
         d << m << rotate(vector(), a, s) << interpolate(a, b, s) << angle(a, b);
         d << unitCircleRotation(normal(), a, b, true);
-    });
-    family("library decomposition", [](Digest& d) {
+
         Point translate;
-        Vector scale, turn, shear;
-        d << stelioDecompose(matrix(), translate, scale, turn, shear);
-        d << translate << scale << turn << shear;
-    });
-    family("library slerp", [](Digest& d) {
-        const Quaternion a = rotation();
-        const Quaternion b = rotation();
+        Vector scale, angles, shear;
+        d << stelioDecompose(matrix(), translate, scale, angles, shear);
+        d << translate << scale << angles << shear;
+
+        const Quaternion p = rotation();
+        const Quaternion q = rotation();
         double turn;
         Normal axis;
-        d << slerp(a, b, number()) << a.getAngleAxis(turn, axis) << turn << axis;
-    });
-    family("library cylinder", [](Digest& d) {
+        d << slerp(p, q, number()) << p.getAngleAxis(turn, axis) << turn << axis;
+
         const ParamLine l = paramLine();
-        const Line axis = line();
+        const Line core = line();
         double t[2] = {0, 0};
-        const int hits = intersectCylinder(l, axis, number(), t);
+        const int hits = intersectCylinder(l, core, number(), t);
         d << hits;
         for (int i = 0; i < hits; ++i)
             d << t[i];

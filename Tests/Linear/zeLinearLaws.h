@@ -2,6 +2,6 @@
 
 #pragma once
 
-/// Holds each algebraic law of the area on `inputs` random inputs, the same ones in each run,
+/// Holds each of the algebraic laws on `inputs` random inputs, the same ones in each run,
 /// against its tolerance.
 void expectLaws(int inputs);

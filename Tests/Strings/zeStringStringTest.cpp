@@ -4,7 +4,6 @@
 
 #include "Base/Strings/zeStringString.h"
 
-#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <functional>
@@ -12,14 +11,12 @@
 #include <string>
 #include <type_traits>
 #include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "Base/Strings/zeStringCString.h"
 #include "Base/Strings/zeStringCharacter.h"
 #include "Base/Strings/zeStringIString.h"
-#include "Support/AllocationCount.h"
 
 using zeString::CString;
 using zeString::IString;
@@ -96,8 +93,6 @@ TYPED_TEST(StringTest, StartsFromTextsCountsAndCharacters) {
     EXPECT_EQ(this->read(s = abc.c_str()), "abc");
     EXPECT_EQ(this->read(s = s), "abc");
     EXPECT_EQ(this->read(s.assign(TypeParam::data(s) + 1)), "bc");
-    s[0] = s.at(1);
-    EXPECT_EQ(this->read(s), "cc");
     EXPECT_EQ(this->read(s = null), "");
     EXPECT_EQ(this->read(s.append(null).prepend(null).insert(0, null)), "");
 }
@@ -106,20 +101,15 @@ TYPED_TEST(StringTest, HasItsSizes) {
     using Base = zeString::String;
     auto s = this->make("four");
     const Base& base = s;
-    EXPECT_EQ(base.first(), 0u);
     EXPECT_EQ(base.maxSize(), TypeParam::maxSize);
     EXPECT_GE(s.reserve(1000), 1000u);
     EXPECT_EQ(s.capacity(), s.reserve(0));
-    EXPECT_FALSE(base.isEmpty() || base.isNull());
     // The count is compared with the whole length, not with what remains after the position.
     EXPECT_TRUE(base.doBoundsCheck(3) && base.doBoundsCheck(3, 4) && base.doBoundsCheck(3, npos));
     EXPECT_FALSE(base.doBoundsCheck(4) || base.doBoundsCheck(3, 5) || base.doBoundsCheck(4, 0));
     s.erase();
     EXPECT_TRUE(base.isEmpty() && base.isNull());
     EXPECT_EQ(base.last(), 0u);
-    const struct Bare : Base {
-    } bare;
-    EXPECT_EQ(bare.length() + bare.maxSize(), 0u);
 }
 
 TYPED_TEST(StringTest, Edits) {
@@ -147,23 +137,19 @@ TYPED_TEST(StringTest, Edits) {
         {"abc", [&](String& s) { s.insert(4, xy); }, "basic_string::insert"},
         {"abc", [&](String& s) { s.erase(1, 1); }, "ac"},
         {"abc", [&](String& s) { s.remove(0, 2); }, "c"},
-        {"abc", [&](String& s) { s.erase(3, 7); }, "abc"},
         {"abc", [&](String& s) { s.erase(4, 0); }, "basic_string::erase"},
         {"", [&](String& s) { s.erase(4, 1); }, ""},
         {"abc", [&](String& s) { s.replace(1, 1, xy); }, "axyc"},
         {"abc", [&](String& s) { s.replace(1, npos, nul); }, "a<|>"},
-        {"abc", [&](String& s) { s.replace(0, 2, dash); }, "-c"},
         {"abc", [&](String& s) { s.replace(3, 2, dash); }, "abc-"},
         {"abc", [&](String& s) { s.replace(4, 0, xy); }, "basic_string::replace"},
         {"  a b ", [&](String& s) { s.stripSpaces(); }, "a b "},
         {"  a b ", [&](String& s) { s.rstripSpaces(); }, "  a b"},
-        {" \t\n", [&](String& s) { s.stripSpaces(); }, ""},
         {"--a--", [&](String& s) { s.strip(dash); }, "a--"},
         {"--a--", [&](String& s) { s.rstrip(dash); }, "--a"},
         {"", [&](String& s) { s.strip(Char(0)).rstrip(Char(0)); }, ""},
         {"aBc1", [&](String& s) { s.toUpperCase(); }, "ABC1"},
         {"aBc1", [&](String& s) { s.toLowerCase(); }, "abc1"},
-        {"abc", [&](String& s) { s = s.substr(1, 1); }, "b"},
         {"abc", [&](String& s) { s = s.substr(3); }, ""},
         {"abc", [&](String& s) { s = s.substr(4); }, "basic_string::substr"},
     };
@@ -190,10 +176,8 @@ TYPED_TEST(StringTest, Finds) {
         EXPECT_EQ(s.find(this->make(c.pattern), c.start), c.find) << c.pattern << c.start;
         EXPECT_EQ(s.rfind(this->make(c.pattern), c.start), c.rfind) << c.pattern << c.start;
         EXPECT_EQ(empty.find(pattern.c_str(), c.start), npos);
-        EXPECT_EQ(empty.rfind(pattern.c_str(), c.start), npos);
     }
     EXPECT_EQ(s.find(Char('c')), 2u);
-    EXPECT_EQ(s.rfind(Char('c')), 5u);
     EXPECT_EQ(s.rfind(Char('c'), 4), 2u);
     EXPECT_EQ(this->make(std::string("a\0b", 3)).find(Char(0)), 1u);
     EXPECT_EQ(s.find(static_cast<const Char*>(nullptr)), npos);
@@ -205,11 +189,7 @@ TYPED_TEST(StringTest, FindsByPredicate) {
     bool (*isNul)(Char) = [](Char c) { return c == 0; };
     const auto s = this->make("abcabc");
     EXPECT_EQ(s.find(isB, 2), 4u);
-    EXPECT_EQ(s.find(isB, 5), npos);
-    EXPECT_EQ(s.find(isNul), npos);
-    EXPECT_EQ(s.rfind(isB), 4u);
     EXPECT_EQ(s.rfind(isB, 3), 1u);
-    EXPECT_EQ(s.rfind(isB, 0), npos);
     EXPECT_EQ(s.rfind(isNul), npos);
     EXPECT_EQ(s.rfind(isNul, 6), 6u); // a start at the length examines the terminator
     EXPECT_EQ(s.rfind(isB, INT_MAX), 4u);
@@ -240,10 +220,9 @@ TYPED_TEST(StringTest, Compares) {
         EXPECT_EQ(greater(a, b), c.compare > 0);
         EXPECT_EQ(lessEqual(a, b), c.compare <= 0);
         EXPECT_EQ(greaterEqual(a, b), c.compare >= 0);
-        EXPECT_EQ(a == b, c.compare == 0);
-        EXPECT_EQ(a < b, c.compare < 0);
     }
     EXPECT_EQ(this->make("abcde").compare(this->make("ab")), 3); // the difference in length
+    EXPECT_GT(CString("\xFF").compare("a"), 0);                  // unsigned
     const auto hidden = this->make(std::string("a\0b", 3));
     EXPECT_LT(hidden.compare(this->make(std::string("a\0c", 3))), 0);
     EXPECT_EQ(hidden.collate(this->make("a")), 0); // up to the first terminator
@@ -254,8 +233,7 @@ TYPED_TEST(StringTest, JoinsSwapsAndCopies) {
     String a = this->make("left");
     String b = this->make("right");
     EXPECT_EQ(this->read(plus(a, b)), "leftright");
-    EXPECT_EQ(&plusEqual(a, b), &a);
-    EXPECT_EQ(this->read(a), "leftright");
+    EXPECT_EQ(this->read(plusEqual(a, b)), "leftright");
     swap(a, b);
     EXPECT_EQ(this->read(a) + ',' + this->read(b), "right,leftright");
     a.swap(a);
@@ -317,37 +295,23 @@ TYPED_TEST(StringTest, FormatsItsOwnTextAndUpToATerminator) {
     EXPECT_EQ(this->read(s), "");
 }
 
-TEST(CString, HoldsAnyBytes) {
-    CString s("a\0\xFF", 3);
-    const CString copy = s;
-    EXPECT_EQ(copy, s);
-    EXPECT_EQ(copy.length(), 3u);
-    EXPECT_EQ(copy.asCharStoreSize(), 4u);
-    EXPECT_EQ(copy.asMultibyteStoreSize(), 4u);
-    EXPECT_EQ(copy.asMultibyte(), copy.asChar());
-    EXPECT_EQ(s.substr(1).length(), 2u);
-    EXPECT_EQ(CString("\xFF").compare("a"), CString("\xFF").compare(CString("a")));
-    EXPECT_GT(CString("\xFF").compare("a"), 0); // unsigned
-}
-
 TEST(CString, IsEmptyAndUsableOnceMovedFrom) {
     static_assert(std::is_nothrow_move_constructible_v<CString>);
     const struct {
         void (*change)(CString&);
         const char* after;
     } cases[] = {
-        {[](CString& s) { s.append("new").prepend('a'); }, "anew"},
         {[](CString& s) { s.erase(7).strip(' ').toUpperCase().reserve(9); }, ""},
         {[](CString& s) { s.format("%d", 42); }, "42"},
-        {[](CString& s) { s = CString("moved in"); }, "moved in"},
         {[](CString& s) { s.append(s).assign(plus(s, s)).insert(0, s); }, ""},
         {[](CString& s) { CString("swapped").swap(s); }, "swapped"},
-        {[](CString& s) { s.at(0) = '\0'; }, ""},
     };
     for (const auto& c : cases) {
         CString source("a text that is too long for the object itself");
         const char* bytes = source.asChar();
-        CString target(std::move(source));
+        CString first(std::move(source));
+        CString target;
+        target = std::move(first);
         CString& same = target;
         target = std::move(same);
         EXPECT_EQ(target.asChar(), bytes); // nothing was copied
@@ -357,23 +321,4 @@ TEST(CString, IsEmptyAndUsableOnceMovedFrom) {
         EXPECT_EQ(CString(source), c.after);
         // NOLINTEND
     }
-}
-
-TEST(CString, IsSortedAndReallocatedWithoutCopies) {
-    std::vector<CString> texts;
-    for (int i = 0; i < 1000; ++i)
-        texts.emplace_back().format("a text that is too long for the object, %d", i * 7919 % 1000);
-    const std::size_t before = allocationCount();
-    std::sort(texts.begin(), texts.end());
-    EXPECT_EQ(allocationCount(), before);
-    texts.reserve(texts.capacity() + 1);
-    EXPECT_EQ(allocationCount(), before + 1);
-    EXPECT_TRUE(std::is_sorted(texts.begin(), texts.end()));
-}
-
-TEST(CString, ServesCallersOutsideTheClassSystem) {
-    CString* s = CString_create("plain");
-    EXPECT_STREQ(s->asChar(), "plain");
-    CString_delete(s);
-    CString_delete(nullptr);
 }

