@@ -7,24 +7,21 @@
 
 #include <gtest/gtest.h>
 
-#include "Base/OS/zeOSFile.h"
-#include "Base/OS/zeOSFilename.h"
 #include "Base/Strings/zeStringCString.h"
 #include "Support/FaultTrial.h"
-#include "Support/TempFolder.h"
+
+#include "OS/files/FileFixture.h"
 
 namespace {
 
 using zeOS::File;
 
-class FileHash : public testing::Test {
+class FileHash : public FileFixture {
 protected:
     /// The digest of a file in the folder, or "error N".
     std::string hash(const std::string& name, const std::string& key = "secret") const {
         zeString::CString digest("what was here before");
-        const zeOS::Filename file(
-            zeString::IString(folder.path(name).c_str(), zeString::EncodingUTF8));
-        const int code = zeOS::CreateFileHash(file, key.data(), key.size(), digest).code();
+        const int code = zeOS::CreateFileHash(at(name), key.data(), key.size(), digest).code();
         if (code == 0)
             return digest.asChar();
         EXPECT_EQ(digest.length(), 0u);
@@ -37,8 +34,6 @@ protected:
             text[i] = static_cast<char>(i % 251);
         return text;
     }
-
-    TempFolder folder;
 };
 
 const std::string helloHash = "e19a01a7041069f52dbdaa441204a9de4ac911ae4033f9d461013f88839db85e";
