@@ -28,7 +28,6 @@ const Malformed malformed[] = {
     {"", 1, "without a vertex"},
     {"v 1 2\n", 1, "needs 3"},
     {"v 1 2 3 4 5\n", 1, "not 5"},
-    {"v 1 2 3 4 5 6 7\n", 1, "more than 6"},
     {"v 1 2 x\n", 1, "'x' is not a number"},
     {"v 1 2 0x10\n", 1, "'0x10' is not a number"},
     {"v 1 2 nan\n", 1, "'nan' is not a number"},
@@ -38,7 +37,6 @@ const Malformed malformed[] = {
     {"v 1 2 3 1 1 1\n\nv 1 2 3\n", 3, "has no colour"},
     {"v 1 2 3\nvt\n", 2, "needs 1"},
     {"v 0 0 0\nf 1 1\n", 2, "needs 3 or more vertices, and has 2"},
-    {"v 0 0 0\np\n", 2, "needs 1"},
     {"v 0 0 0\nf 1 1 0\n", 2, "vertex 0: numbers begin at 1"},
     {"v 0 0 0\nf 1 1 2\nf 1 1 1\n", 2, "vertex 2: the file has only 1"},
     {"v 0 0 0\nf 1 1 -2\n", 2, "vertex -2: only 1"},
@@ -104,13 +102,10 @@ TEST_F(Scenefile, TakesEveryFormOfTheSameModel) {
         {"v 0 0 0\nvt 1 0 0\nvt 1 2 0\nvt 1 2 3\n", "v 0 0 0\nvt 1\nvt 1 2\nvt 1 2 3\n"},
         {"v 0 0 0\nmtllib a.mtl\n", "mtllib a.mtl\nv 0 0 0\n"},
         {"v 0 0 0\np 1\n", "v 0 0 0\ng unused\nusemtl unused\ng\nusemtl\ns off\np 1\n"},
-        {"v 0 0 0\no a b\np 1\n", "v 0 0 0\no \t a\tb \\\np 1\n"},
+        {"v 0 0 0\no a b\np 1\n", "v 0 0 0\no \t a\tb \\\n\np 1\n"},
     };
     for (const auto& pair : pairs) {
-        std::string variant = pair.variant;
-        if (variant.find("a\tb") != std::string::npos)
-            variant.replace(variant.find("\\\n"), 2, "\\\n\n");
-        EXPECT_EQ(importText(variant, "text"), importText(pair.plain, "text")) << variant;
+        EXPECT_EQ(importText(pair.variant, "text"), importText(pair.plain, "text")) << pair.variant;
     }
 }
 
@@ -150,6 +145,9 @@ TEST_F(Scenefile, SaysWhenATextDocumentRoundsNumbers) {
     folder_.write("in.obj", "v 0.1 0.30000000000000004 1\n");
     EXPECT_THAT(command("import @in.obj @d --method=text").out, HasSubstr("1 number rounded"));
     EXPECT_THAT(command("import @in.obj @d").out, Not(HasSubstr("rounded")));
+    importText(fullModel, "text");
+    EXPECT_THAT(command("transform @made --rotate 30,1,1,1").out,
+                HasSubstr(" numbers rounded to the 16 digits"));
 }
 
 TEST_F(Scenefile, ShowsWhatIsInADocument) {
@@ -172,36 +170,31 @@ TEST_F(Scenefile, ShowsWhatIsInADocument) {
 
 TEST_F(Scenefile, ExplainsWrongUse) {
     folder_.write("in.obj", "v 0 0 0\n");
-    const char* const wrong[] = {
-        "",
-        "frobnicate",
-        "import a.obj",
-        "import a.obj b c",
-        "import a.obj b --method xml",
-        "import a.obj b --colour",
-        "import a.obj b --compress=1",
-        "show a --method text",
-        "transform a",
-        "transform a --method text",
-        "transform a --rotate 90",
-        "transform a --rotate 90,w",
-        "transform a --rotate 90,0,0,0",
-        "transform a --scale 0",
-        "transform a --scale 1,-0,1",
-        "transform a --scale=",
-        "transform a --scale 2x",
-        "transform a --translate 1,2",
-        "transform a --translate 1,2,",
-        "transform a --translate 0,nan,0",
-        "transform a --translate 0,0,1e999",
-        "generate a.obj --segments 2",
-        "hash -",
-        "import @in.obj @../@/in.obj",
-    };
-    const std::string folder = std::filesystem::path(path("")).filename();
-    for (std::string line : wrong) {
-        if (const std::size_t at = line.find("/@/"); at != std::string::npos)
-            line.replace(at, 3, "/" + folder + "/");
+    const char* const wrong[] = {"",
+                                 "frobnicate",
+                                 "import a.obj",
+                                 "import a.obj b c",
+                                 "import a.obj b --method xml",
+                                 "import a.obj b --colour",
+                                 "import a.obj b --compress=1",
+                                 "show a --method text",
+                                 "transform a",
+                                 "transform a --method text",
+                                 "transform a --rotate 90",
+                                 "transform a --rotate 90,w",
+                                 "transform a --rotate 90,0,0,0",
+                                 "transform a --scale 0",
+                                 "transform a --scale 1,-0,1",
+                                 "transform a --scale=",
+                                 "transform a --scale 2x",
+                                 "transform a --translate 1,2",
+                                 "transform a --translate 1,2,",
+                                 "transform a --translate 0,nan,0",
+                                 "transform a --translate 0,0,1e999",
+                                 "generate a.obj --segments 2",
+                                 "hash -",
+                                 "import @in.obj @./in.obj"};
+    for (const std::string line : wrong) {
         const Result result = command(line);
         EXPECT_EQ(result.code, 2) << line;
         EXPECT_THAT(result.err, HasSubstr("scenefile --help"));

@@ -109,12 +109,6 @@ TEST_F(Transform, KeepsNormalsOfExtremeModelsUsable) {
                 HasSubstr("vn 1 0 0\nvn 0 1 0\nvn 0 0 0\nvn 0 0 -1\n"));
 }
 
-TEST_F(Transform, SaysWhenATextDocumentRoundsNumbers) {
-    importText(fullModel, "text");
-    EXPECT_THAT(command("transform @made --rotate 30,1,1,1").out,
-                HasSubstr(" numbers rounded to the 16 digits"));
-}
-
 /// Nodes below the root have transforms too, and share vertices.
 TEST_F(Transform, AppliesTheTransformsDownTheTree) {
     const char* model = "v 1 0 0 1 0 0\nv 0 1 0 0 1 0\nv 0 0 1 0 0 1\nvn 0 0 1\n"
