@@ -78,16 +78,19 @@ TEST_F(ScenefileSave, KeepsTheOldDocumentAndSaysSoWhateverFails) {
 
     trial.prepare();
     folder_.write("other.zd", complete);
-    const std::pair<const char*, SystemFaults::Call> writers[] = {
-        {"import @new.obj @made", SystemFaults::onWrite},
-        {"import @new.obj @made --method text", SystemFaults::onWrite},
-        {"export @other.zd @made", SystemFaults::onFwrite},
-        {"transform @made --scale 2", SystemFaults::onWrite},
+    const struct {
+        const char* line;
+        SystemFaults::Call call;
+        const char* reason;
+    } writers[] = {
+        {"import @new.obj @made", SystemFaults::onAccess, "Permission denied"},
+        {"import @new.obj @made", SystemFaults::onWrite, "the disk is full"},
+        {"import @new.obj @made --method text", SystemFaults::onWrite, "the disk is full"},
+        {"export @other.zd @made", SystemFaults::onFwrite, "No space left on device"},
+        {"transform @made --scale 2", SystemFaults::onWrite, "the disk is full"},
     };
-    for (const auto& [line, call] : writers) {
-        const SystemFaults faults(call, {{ENOSPC}});
-        const char* reason =
-            call == SystemFaults::onWrite ? "the disk is full" : "No space left on device";
+    for (const auto& [line, call, reason] : writers) {
+        const SystemFaults faults(call, {{ENOSPC}, {ENOSPC}});
         EXPECT_EQ(command(line).err, "scenefile: " + path("made") + ": cannot be written: " +
                                          reason + "\n" + path("made") + " is as it was\n");
         EXPECT_EQ(folder_.read("made"), old_);

@@ -35,7 +35,11 @@ const Malformed malformed[] = {
     {"v 1 2 -1.7976931348623157e308\n", 1, "too large"}, // has no 16 digits
     {"v 1 2 3\nv 1 2 3 1 1 1\n", 2, "has a colour"},
     {"v 1 2 3 1 1 1\n\nv 1 2 3\n", 3, "has no colour"},
+    {"v 1 2 3 4 5 6 7\n", 1, "more than 6"},
+    {"v 1 2 3\nvn 1 2\n", 2, "needs 3"},
     {"v 1 2 3\nvt\n", 2, "needs 1"},
+    {"v 0 0 0\np\n", 2, "needs 1"},
+    {"v 0 0 0\nl 1\n", 2, "needs 2"},
     {"v 0 0 0\nf 1 1\n", 2, "needs 3 or more vertices, and has 2"},
     {"v 0 0 0\nf 1 1 0\n", 2, "vertex 0: numbers begin at 1"},
     {"v 0 0 0\nf 1 1 2\nf 1 1 1\n", 2, "vertex 2: the file has only 1"},

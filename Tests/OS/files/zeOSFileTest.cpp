@@ -375,7 +375,6 @@ TEST_F(LocalFile, GivesItsFirstBytesOnlyWhereItHasSoMany) {
     }
     EXPECT_EQ(zeOS_DoesDirectoryExist(path.c_str()), 1); // a plain file as well
     EXPECT_EQ(zeOS_DoesDirectoryExist("/no/such/file"), 0);
-    EXPECT_EQ(zeOS_DoesFileExist("/no/such/file"), 0);
     EXPECT_EQ(zeOS_DoesFileExistW(nullptr), 0);
 }
 
