@@ -35,12 +35,7 @@ protected:
 class DamagedBy : public Damaged, public testing::WithParamInterface<const char*> {};
 
 INSTANTIATE_TEST_SUITE_P(Method, DamagedBy,
-                         testing::Values("binary", "text", "binary-debug", "text-debug"),
-                         [](const auto& method) {
-                             std::string name = method.param;
-                             std::replace(name.begin(), name.end(), '-', '_');
-                             return name;
-                         });
+                         testing::Values("binary", "text", "binary-debug", "text-debug"));
 
 struct Edit {
     const char* what;
@@ -56,36 +51,29 @@ const Edit edits[] = {
     {"1 0 1\n", "1 2 1\n", "type mismatch: got: CharArray (31) expected: Reference (72)"},
     {"1 0 1\n", "1 1 0\n", "byte 0: this is no document"},
     {"8\n@\n", "8 \n", "byte 0: this is no document"},
-    {"8\n@\n", "@\n", "byte 0: this is no document"},
     {"   1 packetFile_EOF", "   3 packetFile_EOF", "byte 0: this is no document"},
     {"packetFile_EOF", "packetFile_string", "damaged or cut off"},
-    {"packetFile_EOF", "packetFile_END", "damaged or cut off"},
     // packets
     {"{ 2 0", "{ 9 0", "damaged or cut off"},
     {"{ 2 0", "{ 2 2", "neither"},
     {"{ 2 0", "{ 2 1 1", "second scene, or has a reference"},
     {"{ 2 0", "{ 3 0", "no possible reference"},
-    {"{ 1 0", "{ 2 0 } { 1 0", "second scene"},
     {"{ 1 0", "{ 2 0 }\n{ 1 0", "second scene"},
     {"{ 1 0", "{ 3 1 999 }\n{ 1 0", "no possible reference"},
     {"{ 1 0", "{ 3 1 1 }\n{ 1 0", "that of a packet before it"},
     {"{ 1 0", "{ 6 1 40 \n  [ 3 ] }\n{ 1 0", "no possible reference"},
     {"{ 1 0", "{ 6 1 22 \n  [ 7 ] }\n{ 1 0", "nothing refers to what it describes"},
-    {"{ 1 0", "{ 7 0 }\n{ 1 0", "no possible reference"},
     {"scenefile_scene", "somebodys_scene", "nothing refers"},
     {"scenefile_group", "somebodys_group", "which no packet defines"},
     // references
     {"[ 1 2 ]", "[ 0 2 ]", "root node is reference 0, which cannot be"},
     {"[ 1 2 ]", "[ 2 2 ]", "root node is reference 2, which is something else"},
     {"[ 1 2 ]", "[ 4 2 ]", "the root node has a parent"},
-    {"[ 1 2 ]", "[ 4294967295 2 ]", "reference -1, which cannot be"},
     {"[ 1 2 ]", "[ 22 2 ]", "root node is reference 22, which no packet defines"},
     // numbers that cannot be
     {"[ 1 3 ]", "[ 2000000000 3 ]", "cannot hold the 2000000000 values"},
-    {"[ 1 3 ]", "[ -1 3 ]", "cannot hold the -1 values"},
     {"[ 4 0 0 0 1", "[ 4000 0 0 0 1", "cannot hold the"},
     {"5 7 19 ]", "5 7 18 ]", "does not hold as much as"},
-    {"0 0 0 1 0 0", "0 0 1e9 1 0 0", ""},
     {"0 0 0 1 0 0", "0 0 1e999 1 0 0", "no number, or too large"},
     {"[ ] }\n{ 0", "[ 1 1 1 1 ] }\n{ 0", ""},
     // transforms
@@ -94,10 +82,7 @@ const Edit edits[] = {
     {"[ 2 0 0 0 -4 0 0 0 8 5 6 7 ]", "[ 2 0 0 0 -4 0 0 0 8 5 6 7 8 ] [ 9 ]", ""},
     {"[ 2 0 0 0 -4 0 0 0 8 5 6 7 ]", "[ 2 0 0 0 -4 0 ]", "transform has no inverse"},
     {"0 8 5 6 7 ]", "0 0 5 6 7 ]", "packet 1 (scenefile_node)"},
-    {"0 8 5 6 7 ]", "0 0 5 6 7 ]", "transform has no inverse"},
     {"0 8 5 6 7 ]", "0 1e-13 5 6 7 ]", "transform has no inverse"},
-    {"0 8 5 6 7 ]", "0 nan 5 6 7 ]", "no number, or too large"},
-    {"0 8 5 6 7 ]", "0 1e999 5 6 7 ]", "no number, or too large"},
     {"0 8 5 6 7 ]", "0 8 5 -1e101 7 ]", "no number, or too large"},
     {"[ 9 1 10 ] \n  [ ]", "[ 9 1 10 ] \n  [ ] \n  [ 1 2 3 2 4 6 0 0 1 0 0 0 ]",
      "packet 3 (scenefile_node)"},
@@ -106,13 +91,11 @@ const Edit edits[] = {
     // what does not fit together
     {"[ 4 4 5 6 7 ]", "[ 5 4 4 5 6 7 ]", "5 children, but there are 5 nodes"},
     {"[ 12 1 13 ]", "[ 12 4 13 ]", "parent is not the root"},
-    {"[ 12 1 13 ]", "[ 12 1 8 ]", "nothing refers to what it describes"},
     {"[ 9 1 10 ]", "[ 9 1 8 ]", "nothing refers to what it describes"},
     {"[ 3 0 0 2 6 3 ]", "[ 4 0 0 2 6 3 ]", "no known kind"},
     {"[ 3 0 0 2 6 3 ]", "[ 3 0 0 2 5 3 ]", "do not agree"},
     {"[ 14 15 3 ]", "[ 14 15 -3 ]", "smoothing group is negative"},
     {"[ 3 4 0 1", "[ 2 5 0 1", "an element has 2 corners"},
-    {"[ 3 4 0 1", "[ 3 5 0 1", "corners, but there are 7"},
     {"[ 0 1 2 1 2 3 ]", "[ 0 1 4 1 2 3 ]", "position index 4 is outside the 4"},
     {"[ 0 1 2 0 0 0 ]", "[ 0 1 2 0 0 -1 ]", "normal index -1 is outside the 1"},
     {"\"house\"", "\"ho\nuse\"", "name cannot stand in an OBJ file"},
@@ -200,14 +183,6 @@ TEST_F(Damaged, RefusesTransformsThatLeadToNoNumbers) {
     expectRefused(std::string(large).replace(at, 8, bytes(2)), "makes coordinates too large");
     const std::string cancelled = bytes(1e10) + bytes(0) + bytes(0) + bytes(-1e10) + bytes(1);
     expectRefused(std::string(large).replace(at, 40, cancelled), "makes coordinates too large");
-}
-
-TEST_F(Damaged, ExportLeavesTheOldModel) {
-    folder_.write("old.obj", "old");
-    const std::string document = movedDocument("binary");
-    folder_.write("damaged", document.substr(0, document.size() - 20));
-    EXPECT_EQ(command("export @damaged @old.obj").code, 1);
-    EXPECT_EQ(folder_.read("old.obj"), "old");
 }
 
 TEST_F(Damaged, ReadsOnlyFiles) {

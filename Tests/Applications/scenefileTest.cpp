@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: MIT
 
-#include <sys/resource.h>
-
-#include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <map>
 #include <regex>
 #include <set>
 
@@ -30,24 +26,21 @@ struct Malformed {
 
 const Malformed malformed[] = {
     {"", 1, "without a vertex"},
-    {"# nothing\n\n", 3, "without a vertex"},
     {"v 1 2\n", 1, "needs 3"},
     {"v 1 2 3 4 5\n", 1, "not 5"},
-    {"v 1 2 3 4 5 6 7\n", 1, "more than 6"},
     {"v 1 2 x\n", 1, "'x' is not a number"},
-    {"v 1 2 1.5.2\n", 1, "'1.5.2' is not a number"},
     {"v 1 2 0x10\n", 1, "'0x10' is not a number"},
     {"v 1 2 nan\n", 1, "'nan' is not a number"},
     {"v 1 2 1e999\n", 1, "too large"},
     {"v 1 2 -1.7976931348623157e308\n", 1, "too large"}, // has no 16 digits
     {"v 1 2 3\nv 1 2 3 1 1 1\n", 2, "has a colour"},
     {"v 1 2 3 1 1 1\n\nv 1 2 3\n", 3, "has no colour"},
+    {"v 1 2 3 4 5 6 7\n", 1, "more than 6"},
     {"v 1 2 3\nvn 1 2\n", 2, "needs 3"},
     {"v 1 2 3\nvt\n", 2, "needs 1"},
-    {"v 0 0 0\nf 1 1\n", 2, "needs 3 or more vertices, and has 2"},
-    {"v 0 0 0\nf\n", 2, "has 0"},
-    {"v 0 0 0\nl 1\n", 2, "needs 2"},
     {"v 0 0 0\np\n", 2, "needs 1"},
+    {"v 0 0 0\nl 1\n", 2, "needs 2"},
+    {"v 0 0 0\nf 1 1\n", 2, "needs 3 or more vertices, and has 2"},
     {"v 0 0 0\nf 1 1 0\n", 2, "vertex 0: numbers begin at 1"},
     {"v 0 0 0\nf 1 1 2\nf 1 1 1\n", 2, "vertex 2: the file has only 1"},
     {"v 0 0 0\nf 1 1 -2\n", 2, "vertex -2: only 1"},
@@ -55,12 +48,9 @@ const Malformed malformed[] = {
     {"v 0 0 0\nf 1//1 1//1 1//1\n", 2, "normal 1: the file has only 0"},
     {"v 0 0 0\nvn 0 0 1\nf 1//1 1//1 1\n", 3, "'1' is not of the form"},
     {"v 0 0 0\nvt 0\nf 1/1 1/ 1/1\n", 3, "'1/' is not of the form"},
-    {"v 0 0 0\nf 1/ 1/ 1/\n", 2, "'1/' is not of the form"},
     {"v 0 0 0\nf 1/1/1/1 1 1\n", 2, "too many parts"},
     {"v 0 0 0\nf 1 1 1.5\n", 2, "'1.5' is not a whole number"},
     {"v 0 0 0\nf 1 1 99999999999\n", 2, "of reasonable size"},
-    {"v 0 0 0\nf 1 1 +-1\n", 2, "not a whole number"},
-    {"v 0 0 0\ns on\n", 2, "'on' is not a whole number"},
     {"v 0 0 0\ns -1\n", 2, "not negative"},
     {"v 0 0 0\ns 1 2\n", 2, "takes one number"},
     {"v 0 0 0\no a\x01z\n", 2, "control byte"},
@@ -116,18 +106,15 @@ TEST_F(Scenefile, TakesEveryFormOfTheSameModel) {
         {"v 0 0 0\nvt 1 0 0\nvt 1 2 0\nvt 1 2 3\n", "v 0 0 0\nvt 1\nvt 1 2\nvt 1 2 3\n"},
         {"v 0 0 0\nmtllib a.mtl\n", "mtllib a.mtl\nv 0 0 0\n"},
         {"v 0 0 0\np 1\n", "v 0 0 0\ng unused\nusemtl unused\ng\nusemtl\ns off\np 1\n"},
-        {"v 0 0 0\no a b\np 1\n", "v 0 0 0\no \t a\tb \\\np 1\n"},
+        {"v 0 0 0\no a b\np 1\n", "v 0 0 0\no \t a\tb \\\n\np 1\n"},
     };
     for (const auto& pair : pairs) {
-        std::string variant = pair.variant;
-        if (variant.find("a\tb") != std::string::npos)
-            variant.replace(variant.find("\\\n"), 2, "\\\n\n");
-        EXPECT_EQ(importText(variant, "text"), importText(pair.plain, "text")) << variant;
+        EXPECT_EQ(importText(pair.variant, "text"), importText(pair.plain, "text")) << pair.variant;
     }
 }
 
 TEST_F(Scenefile, KeepsAModelThroughExportAndImport) {
-    const std::string models[] = {
+    std::vector<std::string> models = {
         fullModel,
         "v 0.1 1e-300 -0\nv -1.797693134862315e308 5e-324 3.0000000000000004\n",
         "v 0 0 0 0.5\np 1\n",
@@ -137,6 +124,10 @@ TEST_F(Scenefile, KeepsAModelThroughExportAndImport) {
         "v 0 0 0\nf 1 1 1\nf 1 1 1 1\nl 1 1\nf 1 1 1\np 1 1 1\n",
         "v 0 0 0\nmtllib a b.mtl\nmtllib c\nusemtl m\np 1\nusemtl n\np 1\nusemtl m\np 1\n",
     };
+    if (const char* more = std::getenv("SCENEFILE_MODELS"))
+        for (const auto& entry : std::filesystem::directory_iterator(more))
+            if (entry.path().extension() == ".obj")
+                models.push_back(folder_.read(entry.path()));
     for (const std::string& model : models)
         for (const char* method : methods) {
             const std::string document = importText(model, method);
@@ -145,24 +136,6 @@ TEST_F(Scenefile, KeepsAModelThroughExportAndImport) {
         }
     EXPECT_EQ(exportText(importText(fullModel, "binary")),
               std::string("# written by scenefile\n") + fullModel);
-}
-
-TEST_F(Scenefile, KeepsEveryModelOfAFolderThroughExportAndImport) {
-    const char* models = std::getenv("SCENEFILE_MODELS");
-    if (models == nullptr)
-        GTEST_SKIP() << "SCENEFILE_MODELS names no folder";
-    for (const auto& entry : std::filesystem::directory_iterator(models)) {
-        if (entry.path().extension() != ".obj")
-            continue;
-        for (const char* method : methods) {
-            ASSERT_EQ(run({"import", entry.path(), path("a"), "--method", method}).code, 0)
-                << entry;
-            ASSERT_EQ(run({"verify", path("a")}).code, 0) << entry;
-            ASSERT_EQ(run({"export", path("a"), path("a.obj")}).code, 0) << entry;
-            ASSERT_EQ(run({"import", path("a.obj"), path("b"), "--method", method}).code, 0);
-            EXPECT_EQ(folder_.read("a"), folder_.read("b")) << entry;
-        }
-    }
 }
 
 TEST_F(Scenefile, SkipsAndCountsUnsupportedStatementsOnRequest) {
@@ -176,6 +149,9 @@ TEST_F(Scenefile, SaysWhenATextDocumentRoundsNumbers) {
     folder_.write("in.obj", "v 0.1 0.30000000000000004 1\n");
     EXPECT_THAT(command("import @in.obj @d --method=text").out, HasSubstr("1 number rounded"));
     EXPECT_THAT(command("import @in.obj @d").out, Not(HasSubstr("rounded")));
+    importText(fullModel, "text");
+    EXPECT_THAT(command("transform @made --rotate 30,1,1,1").out,
+                HasSubstr(" numbers rounded to the 16 digits"));
 }
 
 TEST_F(Scenefile, ShowsWhatIsInADocument) {
@@ -196,53 +172,33 @@ TEST_F(Scenefile, ShowsWhatIsInADocument) {
     EXPECT_THAT(command("show @made").out, HasSubstr("\nno bounds\n"));
 }
 
-TEST_F(Scenefile, GeneratesAModelThatImports) {
-    ASSERT_EQ(command("generate @ring.obj --segments 8").code, 0);
-    EXPECT_THAT(command("import @ring.obj @d").out,
-                EndsWith("57 positions, 4 nodes, 4 runs, 53 elements, 208 corners, 2 materials, 1 "
-                         "group\n"));
-}
-
 TEST_F(Scenefile, ExplainsWrongUse) {
     folder_.write("in.obj", "v 0 0 0\n");
-    const char* const wrong[] = {
-        "",
-        "frobnicate",
-        "import a.obj",
-        "import a.obj b c",
-        "import a.obj b --method xml",
-        "import a.obj b --method",
-        "import a.obj b --colour",
-        "import a.obj b --compress=1",
-        "show a --method text",
-        "transform a",
-        "transform a --method text",
-        "transform a --rotate 90",
-        "transform a --rotate 90,w",
-        "transform a --rotate x,90",
-        "transform a --rotate 90,1,0",
-        "transform a --rotate 90,0,0,0",
-        "transform a --scale 0",
-        "transform a --scale 1,-0,1",
-        "transform a --scale 1,2",
-        "transform a --scale=",
-        "transform a --scale 2x",
-        "transform a --translate 1,2",
-        "transform a --translate 1,2,3,4",
-        "transform a --translate 1,2,",
-        "transform a --translate inf,0,0",
-        "transform a --translate 0,nan,0",
-        "transform a --translate 0,0,1e999",
-        "transform a --translate",
-        "generate a.obj --segments 2",
-        "generate a.obj --segments 9x",
-        "hash -",
-        "import @in.obj @../@/in.obj",
-    };
-    const std::string folder = std::filesystem::path(path("")).filename();
-    for (std::string line : wrong) {
-        if (const std::size_t at = line.find("/@/"); at != std::string::npos)
-            line.replace(at, 3, "/" + folder + "/");
+    const char* const wrong[] = {"",
+                                 "frobnicate",
+                                 "import a.obj",
+                                 "import a.obj b c",
+                                 "import a.obj b --method xml",
+                                 "import a.obj b --colour",
+                                 "import a.obj b --compress=1",
+                                 "show a --method text",
+                                 "transform a",
+                                 "transform a --method text",
+                                 "transform a --rotate 90",
+                                 "transform a --rotate 90,w",
+                                 "transform a --rotate 90,0,0,0",
+                                 "transform a --scale 0",
+                                 "transform a --scale 1,-0,1",
+                                 "transform a --scale=",
+                                 "transform a --scale 2x",
+                                 "transform a --translate 1,2",
+                                 "transform a --translate 1,2,",
+                                 "transform a --translate 0,nan,0",
+                                 "transform a --translate 0,0,1e999",
+                                 "generate a.obj --segments 2",
+                                 "hash -",
+                                 "import @in.obj @./in.obj"};
+    for (const std::string line : wrong) {
         const Result result = command(line);
         EXPECT_EQ(result.code, 2) << line;
         EXPECT_THAT(result.err, HasSubstr("scenefile --help"));
@@ -293,31 +249,6 @@ TEST_F(Scenefile, WritesOnlyToFiles) {
         EXPECT_THAT(result.err, StartsWith("scenefile: " + target + ": cannot be written"));
     }
     EXPECT_THAT(filesInFolder(), ElementsAre("in.obj", "loop"));
-}
-
-/// The limit on the size of files stands in for a full disk.
-TEST_F(Scenefile, LeavesTheOldFileWhenAWriteFails) {
-    ASSERT_EQ(command("generate @in.obj --segments 16").code, 0);
-    ASSERT_EQ(command("import @in.obj @in.zd").code, 0);
-    const std::string document = folder_.read("in.zd");
-    folder_.write("old", "old");
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit limit = {};
-    getrlimit(RLIMIT_FSIZE, &limit);
-    const rlimit low = {4096, limit.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &low);
-    std::map<std::string, Result> results;
-    for (const char* line : {"import @in.obj @old", "import @in.obj @old --method text",
-                             "export @in.zd @old", "transform @in.zd --scale 2"})
-        results[line] = command(line);
-    setrlimit(RLIMIT_FSIZE, &limit);
-    for (const auto& [line, result] : results) {
-        EXPECT_EQ(result.code, 1) << line;
-        EXPECT_THAT(result.err, HasSubstr(": cannot be written"));
-    }
-    EXPECT_EQ(folder_.read("old"), "old");
-    EXPECT_EQ(folder_.read("in.zd"), document);
-    EXPECT_THAT(filesInFolder(), ElementsAre("in.obj", "in.zd", "old"));
 }
 
 // Standard input and output are those of a process: hence one of its own.

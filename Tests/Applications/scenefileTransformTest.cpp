@@ -13,8 +13,6 @@ using testing::Pointwise;
 
 namespace {
 
-const char* const methods[] = {"binary", "text"};
-
 /// With a normal that is not of unit length.
 const char* const triangle = "v 1 0 0\nv 1 2 0\nv 1 0 3\nvn 2 0 0\nf 1//1 2//1 3//1\n";
 
@@ -109,32 +107,6 @@ TEST_F(Transform, KeepsNormalsOfExtremeModelsUsable) {
     const char* model = "v 0 0 0\nvn 1e300 0 0\nvn 0 1e-320 0\nvn 0 0 0\nvn 0 0 -4\np 1\n";
     EXPECT_THAT(transformed(model, "--scale 1e-6,1e90,1e90"),
                 HasSubstr("vn 1 0 0\nvn 0 1 0\nvn 0 0 0\nvn 0 0 -1\n"));
-}
-
-TEST_F(Transform, KeepsTheDocumentsMethodAndIsTakenBack) {
-    for (const char* method : methods) {
-        const std::string before = importText(fullModel, method);
-        const std::string after =
-            transformText(fullModel, method, "--rotate 90,x --translate 0,0,8");
-        EXPECT_NE(after, before);
-        EXPECT_EQ(after.substr(0, 20), before.substr(0, 20));
-        EXPECT_EQ(command("transform @made --translate=0,0,-8 --rotate=-90,x").code, 0);
-        EXPECT_EQ(folder_.read("made"), before);
-    }
-    importText(fullModel, "text");
-    EXPECT_THAT(command("transform @made --rotate 30,1,1,1").out,
-                HasSubstr(" numbers rounded to the 16 digits"));
-}
-
-TEST_F(Transform, ShowsTheBoundsThatAnExportHas) {
-    ASSERT_EQ(command("generate @in.obj --segments 12").code, 0);
-    const std::string moved =
-        transformText(folder_.read("in.obj"), "binary", "--rotate 33,1,2,3 --scale 1,-2,3");
-    std::string expected = shown(moved);
-    const std::size_t transform = expected.find("transform ");
-    ASSERT_NE(transform, std::string::npos);
-    expected.erase(transform, expected.find('\n', transform) + 1 - transform);
-    EXPECT_EQ(shown(importText(exportText(moved), "binary")), expected);
 }
 
 /// Nodes below the root have transforms too, and share vertices.

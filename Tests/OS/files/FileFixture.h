@@ -5,6 +5,8 @@
 
 #pragma once
 
+#include <sys/stat.h>
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -27,6 +29,12 @@ protected:
 
     bool isThere(const std::string& entry) const {
         return std::filesystem::exists(std::filesystem::symlink_status(folder.path(entry)));
+    }
+
+    ino_t inode(const std::string& entry) const {
+        struct stat status = {};
+        ::stat(folder.path(entry).c_str(), &status);
+        return status.st_ino;
     }
 
     void makeFolder(const std::string& entry) const {

@@ -42,3 +42,12 @@ inline SaveResult saveNewContent(zeOS::ProtectedWrite& save,
     const bool finalized = save.finalize();
     return {initialized, finalized, save.getStatus()};
 }
+
+/// A save of its own, by copying or by renaming.
+inline SaveResult saveOnce(const zeOS::Filename& name, bool copies,
+                           const std::string& content = newContent) {
+    zeOS::ProtectedWrite save(name);
+    if (copies)
+        save.useCopyStrategy();
+    return saveNewContent(save, content);
+}

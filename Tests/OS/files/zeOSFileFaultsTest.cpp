@@ -315,6 +315,7 @@ TEST_F(FileFaults, InChangingTheCurrentDirectory) {
         EXPECT_TRUE(before.setCwd());
     };
     tryEverything("getcwd chdir");
+    EXPECT_FALSE(Filename(IString(wchar_t(0x80000000))).setCwd()) << "no such name in UTF-8";
 }
 
 TEST_F(FileFaults, InReadingADirectoryAndTheSizeOfAVolume) {

@@ -2,8 +2,6 @@
 
 #include "Base/OS/zeOSFileOperations.h"
 
-#include <sys/stat.h>
-
 #include <gtest/gtest.h>
 
 #include "OS/files/FileFixture.h"
@@ -17,12 +15,6 @@ class FileOperations : public FileFixture {
 protected:
     /// What a message says of an entry.
     std::string full(const std::string& entry) const { return folder.path(entry); }
-
-    ino_t inode(const std::string& entry) const {
-        struct stat status = {};
-        ::stat(full(entry).c_str(), &status);
-        return status.st_ino;
-    }
 };
 
 } // namespace
