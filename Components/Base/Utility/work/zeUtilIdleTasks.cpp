@@ -25,11 +25,13 @@ public:
     IdleTasksImpl& operator=(const IdleTasksImpl&) = delete;
 
     ~IdleTasksImpl() override {
+        current_ = tasks_.end();
         index_.clear();
-        // One by one, since the destructor of a task may call this list.
+        // One by one, since the destructor of a task may call this list, and add another task.
         while (!tasks_.empty()) {
             const Task task = tasks_.front();
             tasks_.pop_front();
+            index_.erase(task);
         }
     }
 
