@@ -121,8 +121,8 @@ void readList(std::istream& in, const std::string& source, Options& options) {
     char line[4096];
     int number = 1;
     try {
-        for (; in.getline(line, sizeof line); ++number)
-            readLine(line, options);
+        for (; in.getline(line, sizeof line); ++number) // at the end there is no line end to count
+            readLine({line, static_cast<std::size_t>(in.gcount() - (in.eof() ? 0 : 1))}, options);
         if (in.bad() || !in.eof())
             throw Failure(in.bad() ? "cannot be read" : "the line is too long");
     } catch (const Failure& failure) {
@@ -217,11 +217,12 @@ std::string picture(const IntRange2d& bound, const std::vector<IntRange2d>& rect
 /// Writes a whole file, or leaves the one that was there; "-" is standard output.
 void write(const std::string& name, const std::string& text) {
     if (name == "-") {
-        if (!(std::cout << text << std::flush))
-            throw Failure("standard output cannot be written");
+        std::cout << text; // main() sees whether it went well
         return;
     }
     const zeString::IString path(name.c_str(), zeString::EncodingUTF8);
+    if (path.asUTF8() != name) // or another file than this one would be written
+        throw Failure("the name of an output file is not valid UTF-8");
     zeOS::ProtectedWrite save(zeOS::Filename(path, L'/'));
     bool isWritten = save.init();
     if (isWritten) {
@@ -252,6 +253,8 @@ int main(int argc, char** argv) {
     try {
         if (std::optional<Options> options = parse(argc, argv))
             run(*options);
+        if (!std::cout.flush())
+            throw Failure("standard output cannot be written");
         return 0;
     } catch (const UsageError& error) {
         if (*error.what())

@@ -49,6 +49,7 @@ done << 'LISTS'
 -1x5|1: a size is WIDTHxHEIGHT, each from 1 to 65535
 65536x5|1: a size is WIDTHxHEIGHT, each from 1 to 65535
 5x99999999999999999999|1: a size is WIDTHxHEIGHT, each from 1 to 65535
+5x5\0x|1: a size is WIDTHxHEIGHT, each from 1 to 65535
 5x5x5|1: a size is WIDTHxHEIGHT, each from 1 to 65535
 32768x32767\n40x1000|2: more than 1000000 rectangles, or 2^30 pixels in all of them
 %5000d|1: the line is too long
@@ -60,6 +61,9 @@ ends 1 --input=none && prints err <<< "atlas: none: No such file or directory"
 ends 1 --input=. && prints err <<< "atlas: .:1: cannot be read"
 ends 1 --svg=none/kept.svg 1x1 && prints err <<< "atlas: none/kept.svg: cannot be written"
 prints kept.svg <<< before
+ends 1 --svg=$'\xff' 1x1 && prints err <<< "atlas: the name of an output file is not valid UTF-8"
+"$program" --help > /dev/full 2> err && exit 1
+prints err <<< "atlas: standard output cannot be written"
 
 for wrong in --nonsense --bound=5 --bound "5x5 x" "--bound=5x5 --power-of-two 1x1"; do # the words of each
     ends 2 $wrong

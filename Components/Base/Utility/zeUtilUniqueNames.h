@@ -52,9 +52,9 @@ public:
     /// This suffix, and this separator before the number.
     UniqueNames(const zeString::CString& suffix, const zeString::CString& separator);
 
-    /// See getNames() for what to do instead of copying.
+    /// Not copied.
     UniqueNames(const UniqueNames&) = delete;
-    /// See getNames() for what to do instead of copying.
+    /// Not assigned.
     UniqueNames& operator=(const UniqueNames&) = delete;
 
     ~UniqueNames();

@@ -169,6 +169,9 @@ TEST(CircularRange, MeasuresAndHalvesEveryRun) {
             EXPECT_EQ(run.secondHalf().end, run.end);
         }
     }
+    const Range large(1073741820, 1073741810, 1073741823); // ends and size add up beyond an int
+    EXPECT_EQ(large.firstHalf(), Range(1073741820, 536870903, 1073741823));
+    EXPECT_EQ(large.secondHalf(), Range(536870904, 1073741810, 1073741823));
 }
 
 TEST(CircularRange, TreatsTheEmptyRunAsALinearOne) {

@@ -105,14 +105,15 @@ bool makeEmpty(Range& run) {
     return false;
 }
 
-/// Where the second half of a run begins, before it is taken to the ring.
-int middle(const Range& run) {
-    return (run.start + run.end + (isWrapped(run) ? run.size : 0) + 1) / 2;
+/// Where the second half of a run begins, before it is taken to the ring. In 64 bits, as the sum
+/// can be almost three times the size of the ring.
+long middle(const Range& run) {
+    return (long{run.start} + run.end + (isWrapped(run) ? run.size : 0) + 1) / 2;
 }
 
 /// A position of a wrapped run as one of the ring; that of a linear one is there already.
-int onRing(int position, const Range& run) {
-    return isWrapped(run) ? position % run.size : position;
+int onRing(long position, const Range& run) {
+    return static_cast<int>(isWrapped(run) ? position % run.size : position);
 }
 
 } // namespace

@@ -25,10 +25,13 @@ public:
     IdleTasksImpl& operator=(const IdleTasksImpl&) = delete;
 
     ~IdleTasksImpl() override {
+        current_ = tasks_.end();
         index_.clear();
-        // One by one, since the destructor of a task may call this list.
+        // One by one, since the destructor of a task may call this list, and add another task. The
+        // entry goes last: a list that never gets its first task fires no signal.
         while (!tasks_.empty()) {
-            const Task task = tasks_.front();
+            index_.erase(tasks_.front());
+            tasks_.front() = Task();
             tasks_.pop_front();
         }
     }
