@@ -382,17 +382,19 @@ TEST(References, KeepTheFirstOfSeveralStringsOfAFileWithOneNumber) {
                      ? *static_cast<const char*>(client.getContext().getReferenceDefinition(5))
                      : '0';
     };
-    const std::string file =
+    const std::string start =
         binaryHeader + thingTypes +
         bytes("00000000 01000000 06000000 05000000 'a' 00 02000000 00000000 04000000 05000000"
-              "00000000 01000000 06000000 05000000 'b' 00 02000000 00000000 04000000 05000000") +
-        binaryEnd;
-    std::string next = file;
+              "00000000 01000000 06000000 05000000 'b' 00 02000000 00000000 04000000 05000000");
+    std::string next = start + binaryEnd;
     next[next.find(std::string("a\0", 2))] = 'c';
-    Reader<> reader(file + next, {{"thing", read}});
-    EXPECT_EQ(reader.client.readFile(), ioOK);
+    const std::string unknownPacket = bytes("09000000 00000000 00000000");
+    Reader<> reader(start + unknownPacket + next, {{"thing", read}});
+    EXPECT_EQ(reader.client.readFile(), ioBadFile);
     EXPECT_EQ(found, "aa");
-    ASSERT_TRUE(reader.context->reusePacketFile()); // whose strings are new ones
+    ASSERT_TRUE(
+        reader.context
+            ->reusePacketFile()); // whose strings are new ones, however the first file ended
     EXPECT_EQ(reader.client.readFile(), ioOK);
     EXPECT_EQ(found, "aacc");
     EXPECT_EQ(texts.size(), 2U);

@@ -26,8 +26,8 @@ public:
         }
         own(type);
         if (assign) {
-            nextId_ = type->id_ = static_cast<int>(types_.size());
-            types_.push_back(type);
+            types_.push_back(type); // first, since it may throw: ids lead to types
+            nextId_ = type->id_ = static_cast<int>(types_.size()) - 1;
         }
     }
 

@@ -10,6 +10,7 @@
 #include "Base/IO/ioPacketFileError.h"
 #include "Base/IO/ioPacketRegistry.h"
 #include "Base/IO/ioPacketType.h"
+#include "Base/IO/packets/ioReferenceMapImpl.h"
 
 ioReadContext::ioReadContext(ioReadMethod method, ioBufferedStreamInput& stream)
     : stream_(&stream), method_(method) {}
@@ -95,6 +96,8 @@ void ioReadContext::readWholeFile(ioClientReadContext& client) {
         setStatus(ioError);
         return;
     }
+    if (auto* const map = dynamic_cast<ioReferenceMapImpl*>(getReferenceMap()))
+        map->startFile();
     getRegistry()->init();
     if (getRegistry()->readRegistry(*stream_) != 0 || getRegistry()->isMisnumbered()) {
         setStatus(ioBadFile);

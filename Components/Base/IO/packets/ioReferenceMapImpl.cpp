@@ -117,8 +117,7 @@ void ioReferenceMapImpl::resolveReferenceUsage(int reference, void** location, i
 }
 
 void ioReferenceMapImpl::verifyReferenceMap(ioClientReadContext& client) {
-    forEachAccessed([&client](ioReferenceDefinition& definition) {
-        definition.text_ = false;
+    forEachAccessed([&client](const ioReferenceDefinition& definition) {
         definition.forEachPending([&](const ioReferenceUsage& usage) {
             if (usage.type)
                 usage.type->handleUnresolvedPtr(client, definition.pointer_, usage.offset);
@@ -140,7 +139,8 @@ void ioReferenceMapImpl::reportUnresolvedPtrs(ioPacketType* type, void (*callbac
 bool ioReferenceMapImpl::takeText(int reference) {
     if (!holds(reference))
         growRefList(reference);
-    return !std::exchange(definitions_[static_cast<std::size_t>(reference)].text_, true);
+    return std::exchange(definitions_[static_cast<std::size_t>(reference)].textFile_, file_) !=
+           file_;
 }
 
 bool ioReferenceMapImpl::holds(int reference) const {
@@ -180,7 +180,7 @@ void ioReferenceMapImpl::forEachAccessed(Action action) {
     const auto last = static_cast<std::size_t>(maxAccessed_);
     for (std::size_t i = definitions_.nextTouched(1); i < definitions_.size() && i <= last;
          i = definitions_.nextTouched(i + 1)) {
-        ioReferenceDefinition& definition = definitions_[i];
+        const ioReferenceDefinition& definition = definitions_[i];
         if (definition.accessed_ && !definition.invalid_)
             action(definition);
     }

@@ -81,11 +81,11 @@ public:
         }
     }
 
-    bool accessed_ = false; ///< The reference has been touched at all.
-    bool defined_ = false;  ///< The object has been read.
-    bool invalid_ = false;  ///< After invalidate().
-    bool alias_ = false;    ///< As last associated; nothing reads it.
-    bool text_ = false;     ///< A string packet of the file that is being read has defined it.
+    bool accessed_ = false;     ///< The reference has been touched at all.
+    bool defined_ = false;      ///< The object has been read.
+    bool invalid_ = false;      ///< After invalidate().
+    bool alias_ = false;        ///< As last associated; nothing reads it.
+    unsigned int textFile_ = 0; ///< The file whose string packet defined it last.
     std::uint64_t usages_ = 0;
     void* pointer_ = nullptr;
     ioPacketType* type_ = nullptr;        ///< Of the packet that defined it.
@@ -151,8 +151,10 @@ public:
     void verifyReferenceMap(ioClientReadContext& client) override;
     void reportUnresolvedPtrs(ioPacketType* type, void (*callback)(void*, int)) override;
 
-    /// Notes that a string packet defines `reference`. False if one of the same file has done so:
-    /// a file ends with verifyReferenceMap().
+    /// Another file begins, however the one before it ended.
+    void startFile() { ++file_; }
+
+    /// Notes that a string packet defines `reference`. False if one of the same file has done so.
     bool takeText(int reference);
 
 private:
@@ -165,6 +167,7 @@ private:
 
     ioPointerTable byPointer_;
     ioReferenceTable definitions_;
+    unsigned int file_ = 1;     ///< Counts the files read.
     int lastReference_ = 0;     ///< Handed out last.
     int maxAccessed_ = 0;       ///< The highest reference touched so far.
     bool anyInvalid_ = false;   ///< Some definition was invalidated.
