@@ -77,7 +77,8 @@ public:
 
 /// Walks the packet file in `stream`, from its header to its last packet, behind which the stream
 /// then stands. `ioOK` if both are met. Otherwise
-///   - `ioBadFile`: header, list of types or a packet cannot be understood, or the file ends early;
+///   - `ioBadFile`: header, list of types or a packet cannot be understood, a packet is too large
+///     for memory, or the file ends early;
 ///   - `ioChecksumError`: a checksummed block is damaged;
 ///   - `ioOpenError`, `ioError`: the stream did not open or failed, or memory ran out;
 ///   - `ioHalted`: the visitor stopped the check.

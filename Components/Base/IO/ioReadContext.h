@@ -153,7 +153,9 @@ public:
     /// that stayed undefined or unused to their types. `ioOK` if the file was complete. What was
     /// delivered before a failure stays with the client:
     ///   - `ioError`: there is no registry, the stream failed, or memory ran out;
-    ///   - `ioBadFile`: the list of types or a packet cannot be understood, the list numbers the
+    ///   - `ioBadFile`: the list of types or a packet cannot be understood, a packet is too large
+    ///   for
+    ///     memory, the list numbers the
     ///     types otherwise than the registry does already (ioPacketRegistry::isMisnumbered()), or
     ///     the file ends early;
     ///   - `ioHalted`: halt() was called;
