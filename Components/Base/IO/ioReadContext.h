@@ -154,10 +154,8 @@ public:
     /// delivered before a failure stays with the client:
     ///   - `ioError`: there is no registry, the stream failed, or memory ran out;
     ///   - `ioBadFile`: the list of types or a packet cannot be understood, a packet is too large
-    ///   for
-    ///     memory, the list numbers the
-    ///     types otherwise than the registry does already (ioPacketRegistry::isMisnumbered()), or
-    ///     the file ends early;
+    ///     for memory, the list numbers the types otherwise than the registry does already
+    ///     (ioPacketRegistry::isMisnumbered()), or the file ends early;
     ///   - `ioHalted`: halt() was called;
     ///   - `ioChecksumError`: a checksummed block was damaged.
     ///
