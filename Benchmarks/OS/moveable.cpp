@@ -11,7 +11,7 @@
 #include "Base/OS/zeOSMoveableMemory.h"
 #include "Base/Strings/zeStringIString.h"
 
-#include "OS/memoryWorkload.h"
+#include "OS/moveableWorkload.h"
 
 namespace {
 

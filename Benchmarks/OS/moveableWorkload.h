@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// What memory.cpp and memoryPeers.cpp measure alike.
+/// What moveable.cpp and moveablePeers.cpp measure alike.
 
 #pragma once
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// What one would take instead for the work of memory.cpp.
+// What one would take instead for the work of moveable.cpp.
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -10,7 +10,7 @@
 #include <memory_resource>
 #include <sstream>
 
-#include "OS/memoryWorkload.h"
+#include "OS/moveableWorkload.h"
 #include <boost/pool/pool.hpp>
 
 namespace {
