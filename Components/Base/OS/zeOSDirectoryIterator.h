@@ -53,7 +53,7 @@ class ZEBASE_API DirectoryIterator {
 public:
     /// Stands on `root` itself, without the separators (`/` and `\`) at its end; not valid if there
     /// is nothing of that name. A file is a walk of one entry.
-    DirectoryIterator(const zeString::IString& root);
+    explicit DirectoryIterator(const zeString::IString& root);
     virtual ~DirectoryIterator();
     /// @{
     /// A walk of its own from the same place.
@@ -77,7 +77,8 @@ public:
 
 private:
     struct iteratorEntry {
-        explicit iteratorEntry(const zeString::IString& name);
+        /// Takes the name over, and asks what is there.
+    explicit iteratorEntry(zeString::IString&& fullName);
 
         zeString::IString name; ///< The full path.
         bool exists = false;
