@@ -2,6 +2,8 @@
 
 #include "Base/OS/zeOSSearchPath.h"
 
+#include <utility>
+
 #include "Support/FaultTrial.h"
 
 #include "OS/files/FileFixture.h"
