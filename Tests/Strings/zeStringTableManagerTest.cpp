@@ -70,53 +70,57 @@ const char* const noUtf8 = "Error interpreting input as UTF-8";
 TEST_F(Catalog, FillsTheTableOfTheApplication) {
     // A piece of 4097 bytes is a line: the second begins a comment, or is joined.
     const std::string piece = "a.b = \"" + std::string(4089, 'x');
-    const Good rows[] = {{"", ""},
-                         {"a.b = \"x\"", "a.b=x;"},
-                         {"a.b = \"x\"\nc.d = \"y\"\n", "a.b=x;c.d=y;"},
-                         {"a.b = \"x\"\na.b = \"y\"\n", "a.b=y;"},
-                         {" \t a.b\t =\t \"x\" \t\r\n\n  \n\r\n", "a.b=x;"},
-                         {"a.bX= \"x\"", "a.b=x;"}, // whatever stands before the "=" goes
-                         {"a.b. = \"x\"", "a.b.=x;"},
-                         {mark + "a.b = \"x\"\n", "a.b=x;"},
-                         {mark + "\na.b = \"x\"\n", "a.b=x;"},
-                         {mark + "// c\na.b = \"x\"", "a.b=x;"},
-                         {"a.b = \"\xC3\xA4\xE6\x97\xA5\xF0\x9F\x98\x80\"",
-                          "a.b=\xC3\xA4\xE6\x97\xA5\xF0\x9F\x98\x80;"},
-                         {std::string("a.b = \"x\"\0\"\nc.d = \"y\"", 22),
-                          "a.b=x;c.d=y;"}, // a zero byte ends a line
-                         {std::string("\0a\na.b = \"x\"", 12), "a.b=x;"},
-                         // Comments.
-                         {"//a.b = \"x\"\nx// a = b\n// \"\n  // \"quoted\"", ""},
-                         {"  // no quote: kept, and joined \\\n", ""},
-                         {"a.b \\ // \"note\"\n= \"x\"", "a.b=x;"}, // cut with the blank before it
-                         {"a.b \\X// \"note\"\n= \"x\"", "a.b=x;"},
-                         "a.b=y;"}, // before the first quote, and the blank before it goes
-        {"a.b = \"http://x\"", "a.b=http://x;"}, {"a.b = \"//\"", "a.b=//;"},
-               {"a.b \\\n // skipped \"\n= \"x\"", "a.b=x;"},
-               // Continuations.
-        {"a.b = \"x \\\n  y\\\n z\"", "a.b=x yz;"}, {"a.b = \"x\\\n// c \\\n\n  \ny\"", "a.b=xy;"},
-               {"a.b = \"x\"\nc.d = \"y\\", "a.b=x;"}, // left open at the end
-        {"a.b = \"x\"\nc.d = \"y\" \\\n", "a.b=x;"}, {"\\\n\\\na.b = \"x\"", "a.b=x;"},
-               {"a.b = \"one\\\\\ntwo\"", "a.b=one\two;"}, // a backslash that is left makes a tab
+    const Good rows[] = {
+        {"", ""},
+        {"a.b = \"x\"", "a.b=x;"},
+        {"a.b = \"x\"\nc.d = \"y\"\n", "a.b=x;c.d=y;"},
+        {"a.b = \"x\"\na.b = \"y\"\n", "a.b=y;"},
+        {" \t a.b\t =\t \"x\" \t\r\n\n  \n\r\n", "a.b=x;"},
+        {"a.bX= \"x\"", "a.b=x;"}, // whatever stands before the "=" goes
+        {"a.b. = \"x\"", "a.b.=x;"},
+        {mark + "a.b = \"x\"\n", "a.b=x;"},
+        {mark + "\na.b = \"x\"\n", "a.b=x;"},
+        {mark + "// c\na.b = \"x\"", "a.b=x;"},
+        {"a.b = \"\xC3\xA4\xE6\x97\xA5\xF0\x9F\x98\x80\"",
+         "a.b=\xC3\xA4\xE6\x97\xA5\xF0\x9F\x98\x80;"},
+        {std::string("a.b = \"x\"\0\"\nc.d = \"y\"", 22),
+         "a.b=x;c.d=y;"}, // a zero byte ends a line
+        {std::string("\0a\na.b = \"x\"", 12), "a.b=x;"},
+        // Comments.
+        {"//a.b = \"x\"\nx// a = b\n// \"\n  // \"quoted\"", ""},
+        {"  // no quote: kept, and joined \\\n", ""},
+        {"a.b \\ // \"note\"\n= \"x\"", "a.b=x;"}, // cut with the blank before it
+        {"a.b \\X// \"note\"\n= \"x\"", "a.b=x;"},
+        {"a.b = \"http://x\"", "a.b=http://x;"},
+        {"a.b = \"//\"", "a.b=//;"},
+        {"a.b \\\n // skipped \"\n= \"x\"", "a.b=x;"},
+        // Continuations.
+        {"a.b = \"x \\\n  y\\\n z\"", "a.b=x yz;"},
+        {"a.b = \"x\\\n// c \\\n\n  \ny\"", "a.b=xy;"},
+        {"a.b = \"x\"\nc.d = \"y\\", "a.b=x;"}, // left open at the end
+        {"a.b = \"x\"\nc.d = \"y\" \\\n", "a.b=x;"},
+        {"\\\n\\\na.b = \"x\"", "a.b=x;"},
+        {"a.b = \"one\\\\\ntwo\"", "a.b=one\two;"}, // a backslash that is left makes a tab
         {piece + "\\\ny\"", "a.b=" + std::string(4089, 'x') + "y;"},
-               {piece + "\\" + "y\"",
-                "a.b=" + std::string(4089, 'x') + "y;"}, // a piece of just that length
+        {piece + "\\" + "y\"",
+         "a.b=" + std::string(4089, 'x') + "y;"}, // a piece of just that length
         // Values.
-        {"a.b = \"\"", "a.b=;"}, {"a.b = \"", "a.b=;"}, // one quote is both
+        {"a.b = \"\"", "a.b=;"},
+        {"a.b = \"", "a.b=;"}, // one quote is both
         {"a.b = \"a=b = \"\"c\"\"\"", "a.b=a=b = \"c\";"},
-               {"a.b = \"\\n\\t\\r\\n\\r\"", "a.b=\n\t\n\\r;"},
-               {"a.b = \"say \\\"x\\\"\"", "a.b=say \"x\";"},
-               {"a.b = \"\\\"\"\"", "a.b=\";"}, // the doubled quotes first
+        {"a.b = \"\\n\\t\\r\\n\\r\"", "a.b=\n\t\n\\r;"},
+        {"a.b = \"say \\\"x\\\"\"", "a.b=say \"x\";"},
+        {"a.b = \"\\\"\"\"", "a.b=\";"}, // the doubled quotes first
         {"a.b = \"\"\"\"\"\"", "a.b=\"\";"},
-               {"a.b = \"\\\\n\\x\\\\\"", "a.b=\\\n\\x\\\\;"}, // a backslash has no escape
+        {"a.b = \"\\\\n\\x\\\\\"", "a.b=\\\n\\x\\\\;"}, // a backslash has no escape
         {"a.b = \"  x  \"", "a.b=  x  ;"},
-};
-for (const Good& row : rows) {
-    SCOPED_TRACE(row.catalog.substr(0, 80));
-    appStringTable().clear();
-    EXPECT_STREQ(load(row.catalog).message(), "");
-    EXPECT_EQ(entries(), row.entries);
-}
+    };
+    for (const Good& row : rows) {
+        SCOPED_TRACE(row.catalog.substr(0, 80));
+        appStringTable().clear();
+        EXPECT_STREQ(load(row.catalog).message(), "");
+        EXPECT_EQ(entries(), row.entries);
+    }
 }
 
 TEST_F(Catalog, EndsAtTheFirstErrorAndKeepsWhatWasRead) {
