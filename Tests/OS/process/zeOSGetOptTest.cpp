@@ -229,6 +229,25 @@ TEST_F(GetOptFiles, AreCheckedByTheTypesOfArguments) {
         check(row);
 }
 
+TEST_F(GetOptFiles, AreParsedAsTheDocumentationSays) {
+    std::ofstream("scene.ze") << "a scene";
+    std::filesystem::create_directory("shots");
+    std::ifstream page(PROGRAM_PAGE);
+    const std::regex row(R"(\| `(.*)` \| (?:`(.*)` )?\| `(.*)` \| `(.*)` \|)");
+    int lines = 0;
+    int rows = 0;
+    for (std::string line; std::getline(page, line);) {
+        lines += line.starts_with("| `");
+        if (std::smatch cell; std::regex_match(line, cell, row)) {
+            const std::string names = std::regex_replace(cell.str(1), std::regex(R"(\\\|)"), "|");
+            check({names, cell.str(2), cell.str(3), cell.str(4)});
+            ++rows;
+        }
+    }
+    EXPECT_GT(rows, 0);
+    EXPECT_EQ(rows, lines) << "a row of Documentation/program.md has another form";
+}
+
 TEST(GetOpt, ReadsSequencesWithBracketsAndWithout) {
     const std::string tooMany = "error: While processing option: -s Too many ']' characters";
     const Row rows[] = {
