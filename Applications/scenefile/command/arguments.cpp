@@ -3,8 +3,8 @@
 #include <charconv>
 #include <utility>
 
+#include "Shared/failure.h"
 #include "command/command.h"
-#include "failure.h"
 
 namespace scenefile {
 
@@ -95,7 +95,7 @@ private:
         const std::size_t equals = word.find('=');
         const std::string name = word.substr(0, equals);
         if (!flag(word) && !setting(name, equals))
-            throw UsageError("unknown option " + word);
+            throw app::UsageError("unknown option " + word);
         result_.options.push_back(name);
     }
 
@@ -131,7 +131,7 @@ private:
         if (equals != std::string::npos)
             return list_[at_ - 1].substr(equals + 1);
         if (at_ == list_.size())
-            throw UsageError("option " + name + " needs a value");
+            throw app::UsageError("option " + name + " needs a value");
         return list_[at_++];
     }
 
@@ -152,15 +152,15 @@ private:
                 result_.form.method = method;
                 return;
             }
-        throw UsageError("there is no method '" + value +
-                         "': use binary, text, binary-debug or text-debug");
+        throw app::UsageError("there is no method '" + value +
+                              "': use binary, text, binary-debug or text-debug");
     }
 
     void segments(const std::string& value) {
         const char* last = value.data() + value.size();
         const auto [end, error] = std::from_chars(value.data(), last, result_.segments);
         if (error != std::errc() || end != last || result_.segments < 3 || result_.segments > 2000)
-            throw UsageError("'" + value + "' is not a number of segments from 3 to 2000");
+            throw app::UsageError("'" + value + "' is not a number of segments from 3 to 2000");
     }
 
     const std::vector<std::string>& list_;

@@ -2,9 +2,9 @@
 
 #include "Base/IO/ioPacketFile.h"
 
+#include "Shared/failure.h"
 #include "document/document.h"
 #include "document/documentFile.h"
-#include "failure.h"
 
 namespace scenefile {
 
@@ -143,7 +143,8 @@ void Outliner::failStream() const {
 
 void Outliner::fail(const std::string& message) const {
     const char* note = outline_.form.filters.any() ? " (without its filters)" : "";
-    throw Failure(outline_.name + ": byte " + std::to_string(position_) + note + ": " + message);
+    throw app::Failure(outline_.name + ": byte " + std::to_string(position_) + note + ": " +
+                       message);
 }
 
 } // namespace

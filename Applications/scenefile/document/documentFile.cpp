@@ -10,8 +10,8 @@
 #include <cstdlib>
 #include <memory>
 
-#include "failure.h"
-#include "save/save.h"
+#include "Shared/failure.h"
+#include "Shared/save.h"
 
 namespace scenefile {
 
@@ -27,32 +27,20 @@ zeUtil::Descriptor namelessFile() {
     return file;
 }
 
-bool writeAll(int descriptor, const char* data, ssize_t size) {
-    while (size > 0) {
-        const ssize_t written = zeUtil::retried(
-            [&] { return write(descriptor, data, static_cast<std::size_t>(size)); });
-        if (written < 0)
-            return false;
-        data += written;
-        size -= written;
-    }
-    return true;
-}
-
 /// Not open if anything fails; errno says why.
 zeUtil::Descriptor copyOfStandardInput() {
     zeUtil::Descriptor copy = namelessFile();
     char block[65536];
     for (ssize_t size = 1; copy.isOpen() && size != 0;) {
         size = zeUtil::retried([&] { return read(STDIN_FILENO, block, sizeof block); });
-        if (size < 0 || !writeAll(copy.get(), block, size))
+        if (size < 0 || !app::writeAll(copy.get(), {block, static_cast<std::size_t>(size)}))
             copy = zeUtil::Descriptor();
     }
     return copy;
 }
 
 zeUtil::Descriptor openDocument(const std::string& path) {
-    if (path == standardStream)
+    if (path == app::standardStream)
         return copyOfStandardInput();
     return zeUtil::Descriptor(
         zeUtil::retried([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
@@ -61,19 +49,20 @@ zeUtil::Descriptor openDocument(const std::string& path) {
 } // namespace
 
 DocumentFile::DocumentFile(const std::string& path)
-    : name_(path == standardStream ? "standard input" : path), descriptor_(openDocument(path)) {
+    : name_(path == app::standardStream ? "standard input" : path),
+      descriptor_(openDocument(path)) {
     if (!descriptor_.isOpen())
-        throw Failure(name_ + ": cannot be opened: " + systemMessage(errno));
+        throw app::Failure(name_ + ": cannot be opened: " + app::systemMessage(errno));
     struct stat status = {};
     if (fstat(descriptor_.get(), &status) != 0 || !S_ISREG(status.st_mode))
-        throw Failure(name_ + ": cannot be read: not a regular file");
+        throw app::Failure(name_ + ": cannot be read: not a regular file");
     size_ = status.st_size;
 }
 
 namespace {
 
 /// The progress hook of a stream is a plain function: this is what it reports to.
-thread_local Progress* s_progress = nullptr;
+thread_local app::Progress* s_progress = nullptr;
 
 void reportBytes(int total) {
     s_progress->report(static_cast<unsigned int>(total));
@@ -85,7 +74,7 @@ void reportBytes(int total) {
 DocumentStream::DocumentStream(const DocumentFile& file, const char* what)
     : progress_(what, file.size()) {
     auto sink = std::make_unique<ioBufferFD>(true);
-    sink->useFD(duplicate(file.descriptor()).release());
+    sink->useFD(app::duplicate(file.descriptor()).release());
     sink->seek(0);
     addBufferToChain(sink.release());
     s_progress = &progress_;

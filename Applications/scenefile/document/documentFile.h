@@ -11,7 +11,7 @@
 #include "Base/IO/ioBuffer.h"
 #include "Base/Utility/zeUtilDescriptor.h"
 
-#include "terminal.h"
+#include "Shared/terminal.h"
 
 namespace scenefile {
 
@@ -42,7 +42,7 @@ public:
     ~DocumentStream() override;
 
 private:
-    Progress progress_;
+    app::Progress progress_;
 };
 
 } // namespace scenefile

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
 #include <tuple>
 
-#include "failure.h"
-#include "save/save.h"
+#include "Shared/failure.h"
+#include "Shared/save.h"
 
-namespace scenefile {
+namespace app {
 
 namespace {
 
@@ -86,6 +87,17 @@ mode_t Target::rights() const {
     return 0666 & ~mask;
 }
 
+bool writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written =
+            zeUtil::retried([&] { return write(descriptor, bytes.data(), bytes.size()); });
+        if (written < 0)
+            return false;
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
 zeUtil::Descriptor duplicate(int descriptor) {
     zeUtil::Descriptor result(fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
     if (!result.isOpen())
@@ -101,4 +113,4 @@ zeOS::Filename libraryFilename(const std::string& path) {
     return zeOS::Filename(text);
 }
 
-} // namespace scenefile
+} // namespace app
