@@ -32,8 +32,14 @@ public:
     const std::string& name() const { return name_; }
     bool isStandardOutput() const { return isStandardOutput_; }
 
-    /// Whether the path `other` leads to the same file.
+    /// Whether there is something.
+    bool exists() const { return before_.has_value(); }
+
+    /// @{
+    /// Whether the path `other` leads to the same file, or the descriptor is open on it.
     bool isSameFile(const std::string& other) const;
+    bool isSameFile(int other) const;
+    /// @}
 
     /// Whether the file existed, and has not been touched since.
     bool isAsItWas() const;

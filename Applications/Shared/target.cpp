@@ -23,6 +23,10 @@ std::optional<struct stat> look(const std::string& path) {
     return status;
 }
 
+bool isSame(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
 /// The path without links. What a link points at may be missing: it is made then.
 std::string withoutLinks(const std::string& path, bool exists, std::error_code& error) {
     if (exists)
@@ -54,10 +58,13 @@ Target::Target(const std::string& path)
 }
 
 bool Target::isSameFile(const std::string& other) const {
-    if (!before_)
-        return false;
-    const std::optional<struct stat> found = look(other);
-    return found && found->st_dev == before_->st_dev && found->st_ino == before_->st_ino;
+    const std::optional<struct stat> found = before_ ? look(other) : std::nullopt;
+    return found && isSame(*found, *before_);
+}
+
+bool Target::isSameFile(int other) const {
+    struct stat found = {};
+    return before_ && fstat(other, &found) == 0 && isSame(found, *before_);
 }
 
 /// A file that replaced it has another number, and a changed one another time.
