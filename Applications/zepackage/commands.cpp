@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <iterator>
 #include <new>
 
@@ -248,8 +249,21 @@ bool runArguments(const Arguments& arguments) {
 
 } // namespace
 
+namespace {
+
+/// A standard error that cannot be opened by name, such as a socket, is written to directly.
+void say(const std::string& text) {
+    const zeOS::AppOutput& output = zeOS::AppOutput::getInstance();
+    if (output.status.ok())
+        output.error("%s\n", text.c_str());
+    else
+        std::fprintf(stderr, "%s\n", text.c_str());
+}
+
+} // namespace
+
 void report(const std::string& message) {
-    zeOS::AppOutput::getInstance().error("zepackage: %s\n", app::visible(message).c_str());
+    say("zepackage: " + app::visible(message));
 }
 
 void reportDone(const std::string& name) {
@@ -261,7 +275,7 @@ int run(const std::vector<std::string>& arguments) {
         return runArguments(parseArguments(arguments)) ? 0 : 1;
     } catch (const app::UsageError& error) {
         report(error.what());
-        zeOS::AppOutput::getInstance().error("Try 'zepackage --help'.\n");
+        say("Try 'zepackage --help'.");
         return 2;
     } catch (const std::bad_alloc&) {
         report("out of memory");

@@ -116,7 +116,7 @@ private:
     }
 
     void take(const zeOS::GetOpt::result& found) {
-        result_.options.emplace_back(options_.getResultName(&found).data());
+        result_.options.emplace_back(options_.getResultName(&found).asChar());
         const auto index = static_cast<std::size_t>(options_.getResultIndex(&found));
         if (index < std::size(flags))
             result_.*flags[index].value = true;

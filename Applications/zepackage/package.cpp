@@ -8,8 +8,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <map>
-#include <set>
 
 #include "Base/IO/ioBufferedStreamInput.h"
 #include "Base/Utility/zeUtilDescriptor.h"
@@ -82,37 +82,14 @@ public:
 
     const app::Target& target() const { return target_; }
 
-    /// Where the file system can, the copy shares the blocks on disk until they are changed.
     void copyTo(const std::string& path) const {
-        const Descriptor copy(zeUtil::retried(
-            [&] { return open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600); }));
-        if (!copy.isOpen() || !(copyByTheSystem(copy.get()) || copyByBlocks(copy.get())))
-            throw app::Failure("it cannot be copied: " + app::systemMessage(errno));
+        std::error_code error;
+        std::filesystem::copy_file("/proc/self/fd/" + std::to_string(file_.get()), path, error);
+        if (error)
+            throw app::Failure("it cannot be copied: " + error.message());
     }
 
 private:
-    bool copyByTheSystem(int copy) const {
-        constexpr std::size_t atOnce = 1 << 30;
-        ssize_t size = 1;
-        while (size > 0)
-            size = zeUtil::retried(
-                [&] { return copy_file_range(file_.get(), nullptr, copy, nullptr, atOnce, 0); });
-        return size == 0;
-    }
-
-    /// Goes on where the other one met something that the file system cannot do.
-    bool copyByBlocks(int copy) const {
-        std::string block(blockSize, '\0');
-        for (;;) {
-            const ssize_t size =
-                zeUtil::retried([&] { return read(file_.get(), block.data(), block.size()); });
-            if (size <= 0)
-                return size == 0;
-            if (!app::writeAll(copy, {block.data(), static_cast<std::size_t>(size)}))
-                return false;
-        }
-    }
-
     Descriptor file_;
     app::Target target_;
 };

@@ -49,6 +49,9 @@ Keeps the models of OBJ files in documents.
 The file "-" is standard input or standard output, except for hash. Transform reads the one and
 writes the other. What would go to standard output otherwise then goes to standard error.
 
+Show, verify and export also take a document that is an entry of a package: PACKAGE:ENTRY. It is
+read in place. A file that has all of that for its name comes first.
+
 A document holds v, vt, vn, f, l, p, o, g, s, usemtl and mtllib: points, lines and polygons with
 all index forms, negative numbers, weights or colours of vertices. Other statements of OBJ (curves
 and surfaces, display attributes) are refused unless they are skipped. Comments are not kept, nor

@@ -12,6 +12,7 @@
 #include "Shared/terminal.h"
 #include "command/command.h"
 #include "document/document.h"
+#include "document/documentFile.h"
 #include "obj/obj.h"
 #include "scene/scene.h"
 
@@ -68,6 +69,8 @@ void transform(const Call& call) {
     if (call.arguments.options.empty())
         throw app::UsageError("transform needs --rotate, --scale or --translate");
     Document document = loadDocument(call.file(1));
+    if (!call.target->isStandardOutput() && !call.target->exists())
+        throw app::Failure(call.file(1) + ": an entry of a package is read only");
     document.scene.root->transform *= call.arguments.transform;
     writeDocument(document.scene, document.form(), call,
                   [](const Scene& scene) { return boundsText(sceneBounds(scene)); });
@@ -82,7 +85,7 @@ void verify(const Call& call) {
 }
 
 void exportModel(const Call& call) {
-    refuseSameFile(call.file(1), *call.target);
+    refuseSameFile(placeOf(call.file(1)), *call.target);
     Document document = loadDocument(call.file(1));
     applyTransforms(document.scene);
     writeModel(document.scene, call);

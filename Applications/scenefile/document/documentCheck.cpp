@@ -21,7 +21,8 @@ namespace {
 /// that announces them.
 class Outliner : public ioPacketFileVisitor {
 public:
-    explicit Outliner(const DocumentFile& file) : stream_(file, "checking") {
+    explicit Outliner(const DocumentFile& file)
+        : stream_(file, "checking"), end_(file.isCompressed() ? streamCompressEnd : streamEOF) {
         outline_.name = file.name();
         outline_.fileSize = file.size();
     }
@@ -40,6 +41,7 @@ private:
     [[noreturn]] void fail(const std::string& message) const;
 
     DocumentStream stream_;
+    ioStreamStatus end_; // of the document
     DocumentOutline outline_;
     std::int64_t position_ = 0; // behind what was understood
 };
@@ -111,7 +113,7 @@ void Outliner::finish() {
                 expectEnd(streamOK);
             stream_.popBufferChain();
         }
-    expectEnd(streamEOF);
+    expectEnd(end_);
 }
 
 void Outliner::expectEnd(ioStreamStatus status) {

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 
 #include "Shared/failure.h"
@@ -48,15 +49,42 @@ zeUtil::Descriptor openDocument(const std::string& path) {
 
 } // namespace
 
+std::string placeOf(const std::string& path) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    if (!fs::exists(path, error))
+        for (std::size_t colon = 0; (colon = path.find(':', colon)) != std::string::npos; ++colon) {
+            const fs::file_status status = fs::status(path.substr(0, colon), error);
+            if (fs::exists(status) && !fs::is_directory(status))
+                return path.substr(0, colon);
+        }
+    return path;
+}
+
 DocumentFile::DocumentFile(const std::string& path)
-    : name_(path == app::standardStream ? "standard input" : path),
-      descriptor_(openDocument(path)) {
+    : name_(path == app::standardStream ? "standard input" : path) {
+    const std::string place = placeOf(path);
+    descriptor_ = openDocument(place);
     if (!descriptor_.isOpen())
         throw app::Failure(name_ + ": cannot be opened: " + app::systemMessage(errno));
     struct stat status = {};
     if (fstat(descriptor_.get(), &status) != 0 || !S_ISREG(status.st_mode))
         throw app::Failure(name_ + ": cannot be read: not a regular file");
     size_ = status.st_size;
+    if (place.size() < path.size())
+        openEntry(place, path.substr(place.size() + 1));
+}
+
+/// The package is opened through its descriptor, here and for each stream: what is checked is what
+/// is read, even if the package is replaced meanwhile.
+void DocumentFile::openEntry(const std::string& package, const std::string& name) {
+    const std::string path = "/proc/self/fd/" + std::to_string(descriptor_.get());
+    if (package_.open(path.c_str()).code() != 0)
+        throw app::Failure(package + ": is not a package, or its directory of entries is damaged");
+    entry_ = package_.getEntry(zeString::IString(name.c_str(), zeString::EncodingUTF8));
+    if (entry_ == nullptr)
+        throw app::Failure(package + ": has no entry " + name);
+    size_ = entry_->getSize();
 }
 
 namespace {
@@ -70,15 +98,22 @@ void reportBytes(int total) {
 
 } // namespace
 
-/// The stream closes its descriptor: it gets one of its own.
 DocumentStream::DocumentStream(const DocumentFile& file, const char* what)
     : progress_(what, file.size()) {
-    auto sink = std::make_unique<ioBufferFD>(true);
-    sink->useFD(app::duplicate(file.descriptor()).release());
-    sink->seek(0);
-    addBufferToChain(sink.release());
+    if (file.entry() != nullptr) {
+        openPackageFileEntry(file.entry());
+    } else { // the stream closes its descriptor: it gets one of its own
+        auto sink = std::make_unique<ioBufferFD>(true);
+        sink->useFD(app::duplicate(file.descriptor()).release());
+        sink->seek(0);
+        addBufferToChain(sink.release());
+    }
     s_progress = &progress_;
     associateProgressFunction(reportBytes);
+    if (file.isCompressed()) {
+        compress(true);
+        checksum(true);
+    }
 }
 
 DocumentStream::~DocumentStream() {
