@@ -9,7 +9,7 @@
 
 #include "Support/FaultTrial.h"
 
-#include "save/save.h"
+#include "Shared/save.h"
 #include "scenefileFixture.h"
 
 using testing::AllOf;
@@ -36,7 +36,7 @@ protected:
     int endBy(int signal) const {
         const pid_t child = fork();
         if (child == 0) {
-            scenefile::saveFile(scenefile::Target(path("made")), [&](int descriptor) {
+            app::saveFile(app::Target(path("made")), [&](int descriptor) {
                 if (write(descriptor, "a part", 6) == 6)
                     kill(getpid(), signal);
             });

@@ -5,8 +5,8 @@
 #include <regex>
 #include <set>
 
+#include "Shared/terminal.h"
 #include "scenefileFixture.h"
-#include "terminal.h"
 
 using testing::AllOf;
 using testing::ElementsAre;
@@ -292,7 +292,7 @@ TEST(Visible, KeepsOnlyWhatCanBePrinted) {
         {"\xF4\x90\x80\x80", R"(\xf4\x90\x80\x80)"}, // beyond Unicode
     };
     for (const auto& [text, printed] : texts)
-        EXPECT_EQ(scenefile::visible(text), printed);
+        EXPECT_EQ(app::visible(text), printed);
 }
 
 /// Texts from files, file names and arguments, with what could command a terminal.
@@ -327,6 +327,6 @@ TEST_F(Scenefile, PrintsNothingThatCommandsATerminal) {
     for (std::size_t end = 0; !printed.empty(); printed.erase(0, end + 1)) {
         end = printed.find('\n');
         const std::string line = printed.substr(0, end);
-        EXPECT_EQ(line, scenefile::visible(line));
+        EXPECT_EQ(line, app::visible(line));
     }
 }

@@ -3,8 +3,8 @@
 #include <charconv>
 #include <utility>
 
+#include "Shared/failure.h"
 #include "command/command.h"
-#include "failure.h"
 
 namespace scenefile {
 
@@ -48,6 +48,9 @@ Keeps the models of OBJ files in documents.
 
 The file "-" is standard input or standard output, except for hash. Transform reads the one and
 writes the other. What would go to standard output otherwise then goes to standard error.
+
+Show, verify and export also take a document that is an entry of a package: PACKAGE:ENTRY. It is
+read in place. A file that has all of that for its name comes first.
 
 A document holds v, vt, vn, f, l, p, o, g, s, usemtl and mtllib: points, lines and polygons with
 all index forms, negative numbers, weights or colours of vertices. Other statements of OBJ (curves
@@ -95,7 +98,7 @@ private:
         const std::size_t equals = word.find('=');
         const std::string name = word.substr(0, equals);
         if (!flag(word) && !setting(name, equals))
-            throw UsageError("unknown option " + word);
+            throw app::UsageError("unknown option " + word);
         result_.options.push_back(name);
     }
 
@@ -131,7 +134,7 @@ private:
         if (equals != std::string::npos)
             return list_[at_ - 1].substr(equals + 1);
         if (at_ == list_.size())
-            throw UsageError("option " + name + " needs a value");
+            throw app::UsageError("option " + name + " needs a value");
         return list_[at_++];
     }
 
@@ -152,15 +155,15 @@ private:
                 result_.form.method = method;
                 return;
             }
-        throw UsageError("there is no method '" + value +
-                         "': use binary, text, binary-debug or text-debug");
+        throw app::UsageError("there is no method '" + value +
+                              "': use binary, text, binary-debug or text-debug");
     }
 
     void segments(const std::string& value) {
         const char* last = value.data() + value.size();
         const auto [end, error] = std::from_chars(value.data(), last, result_.segments);
         if (error != std::errc() || end != last || result_.segments < 3 || result_.segments > 2000)
-            throw UsageError("'" + value + "' is not a number of segments from 3 to 2000");
+            throw app::UsageError("'" + value + "' is not a number of segments from 3 to 2000");
     }
 
     const std::vector<std::string>& list_;

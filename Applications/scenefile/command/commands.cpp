@@ -7,13 +7,14 @@
 #include <optional>
 #include <ostream>
 
+#include "Shared/failure.h"
+#include "Shared/save.h"
+#include "Shared/terminal.h"
 #include "command/command.h"
 #include "document/document.h"
-#include "failure.h"
+#include "document/documentFile.h"
 #include "obj/obj.h"
-#include "save/save.h"
 #include "scene/scene.h"
-#include "terminal.h"
 
 namespace scenefile {
 
@@ -22,37 +23,37 @@ namespace {
 /// What a command works with.
 struct Call {
     const Arguments& arguments;
-    const Target* target; ///< The file to write; null for commands that write none.
-    std::ostream& out;    ///< For what the command has to say.
+    const app::Target* target; ///< The file to write; null for commands that write none.
+    std::ostream& out;         ///< For what the command has to say.
 
     const std::string& file(std::size_t number) const { return arguments.words[number]; }
 };
 
-void refuseSameFile(const std::string& source, const Target& target) {
-    if (source != standardStream && target.isSameFile(source))
-        throw UsageError(source + " and " + target.name() + " are the same file");
+void refuseSameFile(const std::string& source, const app::Target& target) {
+    if (source != app::standardStream && target.isSameFile(source))
+        throw app::UsageError(source + " and " + target.name() + " are the same file");
 }
 
 /// Writes the scene and says what became of it. Numbers are rounded first where the document needs
 /// it: what is checked is what the document will hold.
 void writeDocument(Scene& scene, const DocumentForm& form, const Call& call,
                    std::string (*describe)(const Scene&)) {
-    const Target& target = *call.target;
+    const app::Target& target = *call.target;
     if (target.isStandardOutput() && form.isBinary() && isatty(STDOUT_FILENO) == 1)
-        throw UsageError("a binary document cannot be written to a terminal");
+        throw app::UsageError("a binary document cannot be written to a terminal");
     const int rounded = form.isText() ? roundForText(scene) : 0;
     if (const SceneFault fault = checkScene(scene); !fault.text.empty())
-        throw Failure(target.name() + ": cannot be written: " + fault.text);
-    saveFile(target, [&](int descriptor) { saveDocument(scene, form, descriptor); });
-    call.out << visible(target.name()) << ": " << describe(scene) << "\n";
+        throw app::Failure(target.name() + ": cannot be written: " + fault.text);
+    app::saveFile(target, [&](int descriptor) { saveDocument(scene, form, descriptor); });
+    call.out << app::visible(target.name()) << ": " << describe(scene) << "\n";
     if (rounded > 0)
         call.out << "note: " << counted(rounded, "number")
                  << " rounded to the 16 digits of a text document\n";
 }
 
 void writeModel(const Scene& scene, const Call& call) {
-    saveFile(*call.target, [&](int descriptor) { writeObj(scene, descriptor); });
-    call.out << visible(call.target->name()) << ": " << summary(scene) << "\n";
+    app::saveFile(*call.target, [&](int descriptor) { writeObj(scene, descriptor); });
+    call.out << app::visible(call.target->name()) << ": " << summary(scene) << "\n";
 }
 
 void importModel(const Call& call) {
@@ -66,8 +67,10 @@ void importModel(const Call& call) {
 /// The new steps act last, on the scene whose bounds show prints.
 void transform(const Call& call) {
     if (call.arguments.options.empty())
-        throw UsageError("transform needs --rotate, --scale or --translate");
+        throw app::UsageError("transform needs --rotate, --scale or --translate");
     Document document = loadDocument(call.file(1));
+    if (!call.target->isStandardOutput() && !call.target->exists())
+        throw app::Failure(call.file(1) + ": an entry of a package is read only");
     document.scene.root->transform *= call.arguments.transform;
     writeDocument(document.scene, document.form(), call,
                   [](const Scene& scene) { return boundsText(sceneBounds(scene)); });
@@ -82,7 +85,7 @@ void verify(const Call& call) {
 }
 
 void exportModel(const Call& call) {
-    refuseSameFile(call.file(1), *call.target);
+    refuseSameFile(placeOf(call.file(1)), *call.target);
     Document document = loadDocument(call.file(1));
     applyTransforms(document.scene);
     writeModel(document.scene, call);
@@ -94,12 +97,12 @@ void generate(const Call& call) {
 
 void hash(const Call& call) {
     const std::string& path = call.file(1);
-    if (path == standardStream)
-        throw UsageError("hash needs a file with a name");
+    if (path == app::standardStream)
+        throw app::UsageError("hash needs a file with a name");
     const std::string digest = fileHash(path, hashKey(call.arguments.keyFile));
     if (call.arguments.expectedHash)
         expectHash(path, digest, *call.arguments.expectedHash);
-    call.out << digest << "  " << visible(path) << "\n";
+    call.out << digest << "  " << app::visible(path) << "\n";
 }
 
 struct Command {
@@ -127,49 +130,49 @@ const Command& findCommand(const std::string& name) {
     for (const Command& command : commands)
         if (name == command.name)
             return command;
-    throw UsageError("there is no command '" + name + "'");
+    throw app::UsageError("there is no command '" + name + "'");
 }
 
 const Command& checkedCommand(const Arguments& arguments) {
     if (arguments.words.empty())
-        throw UsageError("a command is missing");
+        throw app::UsageError("a command is missing");
     const Command& command = findCommand(arguments.words[0]);
     for (const std::string& option : arguments.options)
         if (std::find(command.options.begin(), command.options.end(), option) ==
             command.options.end())
-            throw UsageError(std::string(command.name) + " takes no option " + option);
+            throw app::UsageError(std::string(command.name) + " takes no option " + option);
     if (arguments.words.size() != command.files.size() + 1) {
         std::string expected;
         for (const char* file : command.files)
             expected += std::string(" ") + file;
-        throw UsageError(std::string(command.name) + " takes" + expected);
+        throw app::UsageError(std::string(command.name) + " takes" + expected);
     }
     return command;
 }
 
 void printError(const std::exception& error, std::ostream& err) {
-    err << "scenefile: " << visible(error.what()) << "\n";
+    err << "scenefile: " << app::visible(error.what()) << "\n";
 }
 
 int runCommand(const Arguments& arguments, std::ostream& out, std::ostream& err) {
     const Command& command = checkedCommand(arguments);
     const std::string& file = arguments.words[std::max<std::size_t>(command.written, 1)];
-    std::optional<Target> target;
+    std::optional<app::Target> target;
     if (command.written > 0)
         target.emplace(file);
     const bool isOutTaken = target && target->isStandardOutput();
     int code = 0;
     try {
         command.run({arguments, target ? &*target : nullptr, isOutTaken ? err : out});
-    } catch (const Failure& failure) {
+    } catch (const app::Failure& failure) {
         printError(failure, err);
         if (target && target->isAsItWas())
-            err << visible(file) << " is as it was\n";
+            err << app::visible(file) << " is as it was\n";
         code = 1;
     }
-    if (file != standardStream)
-        for (const std::string& note : leftoverNotes(file))
-            err << visible(note) << "\n";
+    if (file != app::standardStream)
+        for (const std::string& note : app::leftoverNotes(file))
+            err << app::visible(note) << "\n";
     return code;
 }
 
@@ -180,7 +183,7 @@ int runArguments(const Arguments& arguments, std::ostream& out, std::ostream& er
     else
         code = runCommand(arguments, out, err);
     if (!out.flush())
-        throw Failure("standard output: cannot be written");
+        throw app::Failure("standard output: cannot be written");
     return code;
 }
 
@@ -189,7 +192,7 @@ int runArguments(const Arguments& arguments, std::ostream& out, std::ostream& er
 int run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
     try {
         return runArguments(parseArguments(arguments), out, err);
-    } catch (const UsageError& error) {
+    } catch (const app::UsageError& error) {
         printError(error, err);
         err << "Try 'scenefile --help'.\n";
         return 2;

@@ -9,9 +9,9 @@
 #include "Base/OS/zeOSFileHash.h"
 #include "Base/Strings/zeStringCString.h"
 
+#include "Shared/failure.h"
+#include "Shared/save.h"
 #include "command/command.h"
-#include "failure.h"
-#include "save/save.h"
 
 namespace scenefile {
 
@@ -27,7 +27,7 @@ std::string readKey(const std::string& path) {
         isRead = false;
     }
     if (!isRead)
-        throw Failure(path + ": cannot be read: " + systemMessage(errno));
+        throw app::Failure(path + ": cannot be read: " + app::systemMessage(errno));
     return key;
 }
 
@@ -48,19 +48,19 @@ std::string hashKey(const std::optional<std::string>& keyFile) {
                             : fromEnvironment ? fromEnvironment
                                               : "scenefile";
     if (key.empty())
-        throw Failure((keyFile ? *keyFile : "SCENEFILE_KEY") + ": the key is empty");
+        throw app::Failure((keyFile ? *keyFile : "SCENEFILE_KEY") + ": the key is empty");
     return key;
 }
 
 std::string fileHash(const std::string& path, const std::string& key) {
     zeString::CString hash;
     try {
-        const zeUtil::Error error =
-            zeOS::CreateFileHash(libraryFilename(resolved(path)), key.data(), key.size(), hash);
+        const zeUtil::Error error = zeOS::CreateFileHash(app::libraryFilename(resolved(path)),
+                                                         key.data(), key.size(), hash);
         if (error.code() != 0)
-            throw Failure(error.message());
-    } catch (const Failure& failure) {
-        throw Failure(path + ": has no digest: " + failure.what());
+            throw app::Failure(error.message());
+    } catch (const app::Failure& failure) {
+        throw app::Failure(path + ": has no digest: " + failure.what());
     }
     return hash.asChar();
 }
@@ -68,11 +68,11 @@ std::string fileHash(const std::string& path, const std::string& key) {
 void expectHash(const std::string& path, const std::string& hash, const std::string& expected) {
     if (expected.size() != hash.size() ||
         expected.find_first_not_of("0123456789abcdef") != std::string::npos)
-        throw UsageError("'" + expected +
-                         "' is no digest: a digest has 64 digits, 0 to 9 and a to f");
+        throw app::UsageError("'" + expected +
+                              "' is no digest: a digest has 64 digits, 0 to 9 and a to f");
     if (!zeOS::EqualFileHash(hash.c_str(), expected.c_str()))
-        throw Failure(path +
-                      ": does not have this digest: it was changed, or the key is a different one");
+        throw app::Failure(
+            path + ": does not have this digest: it was changed, or the key is a different one");
 }
 
 } // namespace scenefile

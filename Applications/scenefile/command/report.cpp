@@ -7,9 +7,9 @@
 
 #include "Base/Linear/zeLinearMatrix.h"
 
+#include "Shared/terminal.h"
 #include "command/command.h"
 #include "scene/scene.h"
-#include "terminal.h"
 
 namespace scenefile {
 
@@ -49,7 +49,7 @@ void showPackets(const DocumentOutline& outline, std::ostream& out) {
         sum.bytes += packet.size;
     }
     for (std::size_t type = 0; type < sums.size(); ++type)
-        out << "  " << std::left << std::setw(20) << visible(outline.types[type]) << std::right
+        out << "  " << std::left << std::setw(20) << app::visible(outline.types[type]) << std::right
             << std::setw(8) << sums[type].count << std::setw(12) << sums[type].bytes << " bytes\n";
 }
 
@@ -76,11 +76,11 @@ void showRun(const Run& run, std::ostream& out) {
                              : "")
         << (run.hasNormals ? "/vn" : "");
     if (run.material != nullptr)
-        out << "; material " << visible(run.material->name);
+        out << "; material " << app::visible(run.material->name);
     if (run.group != nullptr) {
         out << "; group";
         for (const std::string& name : run.group->names)
-            out << " " << visible(name);
+            out << " " << app::visible(name);
     }
     if (run.smoothing != 0)
         out << "; smoothing " << run.smoothing;
@@ -88,7 +88,7 @@ void showRun(const Run& run, std::ostream& out) {
 }
 
 void showNode(const Node& node, std::ostream& out) {
-    out << "  node " << (node.name.empty() ? "(no name)" : visible(node.name)) << ": ";
+    out << "  node " << (node.name.empty() ? "(no name)" : app::visible(node.name)) << ": ";
     if (node.mesh == nullptr)
         out << "no mesh\n";
     else
@@ -125,7 +125,7 @@ std::string summary(const Scene& scene) {
 
 void showDocument(const Document& document, std::ostream& out) {
     const DocumentOutline& outline = document.outline;
-    out << visible(document.outline.name) << ": ";
+    out << app::visible(document.outline.name) << ": ";
     if (outline.form.isText())
         out << "text";
     else
@@ -141,7 +141,7 @@ void showDocument(const Document& document, std::ostream& out) {
     out << "scene: " << summary(scene) << "\n";
     showVertices(*scene.vertices, out);
     for (const std::string& library : scene.libraries)
-        out << "material library: " << visible(library) << "\n";
+        out << "material library: " << app::visible(library) << "\n";
     showTransform(*scene.root, "", out);
     out << boundsText(sceneBounds(scene)) << "\n";
     out << "objects: " << scene.root->children.size() << "\n";
@@ -151,7 +151,7 @@ void showDocument(const Document& document, std::ostream& out) {
 
 void reportSound(const Document& document, std::ostream& out) {
     const DocumentOutline& outline = document.outline;
-    out << visible(document.outline.name) << ": sound\n"
+    out << app::visible(document.outline.name) << ": sound\n"
         << "  " << counted(static_cast<std::int64_t>(outline.packets.size()), "packet")
         << ", the last of them the end-of-file packet at byte " << outline.packets.back().position
         << "\n"

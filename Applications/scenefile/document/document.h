@@ -110,7 +110,8 @@ void saveDocument(const Scene& scene, const DocumentForm& form, int descriptor);
 /// types, a packet or the end are not as they should be, or if anything follows the end.
 DocumentOutline outlineDocument(const DocumentFile& file);
 
-/// Reads the document in the file `path`, or in standard input, and checks all of it: its outline,
+/// Reads the document in the file `path`, in an entry of a package ("PACKAGE:ENTRY", in place), or
+/// in standard input, and checks all of it: its outline,
 /// that each reference leads to an object of the right kind and each object is referred to,
 /// checkScene(), and the counts that the document states. Throws a Failure with the byte position
 /// or the packet where anything is wrong. What the file claims never decides how much memory is

@@ -2,9 +2,9 @@
 
 #include "Base/IO/ioPacketFile.h"
 
+#include "Shared/failure.h"
 #include "document/document.h"
 #include "document/documentFile.h"
-#include "failure.h"
 
 namespace scenefile {
 
@@ -21,7 +21,8 @@ namespace {
 /// that announces them.
 class Outliner : public ioPacketFileVisitor {
 public:
-    explicit Outliner(const DocumentFile& file) : stream_(file, "checking") {
+    explicit Outliner(const DocumentFile& file)
+        : stream_(file, "checking"), end_(file.isCompressed() ? streamCompressEnd : streamEOF) {
         outline_.name = file.name();
         outline_.fileSize = file.size();
     }
@@ -40,6 +41,7 @@ private:
     [[noreturn]] void fail(const std::string& message) const;
 
     DocumentStream stream_;
+    ioStreamStatus end_; // of the document
     DocumentOutline outline_;
     std::int64_t position_ = 0; // behind what was understood
 };
@@ -111,7 +113,7 @@ void Outliner::finish() {
                 expectEnd(streamOK);
             stream_.popBufferChain();
         }
-    expectEnd(streamEOF);
+    expectEnd(end_);
 }
 
 void Outliner::expectEnd(ioStreamStatus status) {
@@ -143,7 +145,8 @@ void Outliner::failStream() const {
 
 void Outliner::fail(const std::string& message) const {
     const char* note = outline_.form.filters.any() ? " (without its filters)" : "";
-    throw Failure(outline_.name + ": byte " + std::to_string(position_) + note + ": " + message);
+    throw app::Failure(outline_.name + ": byte " + std::to_string(position_) + note + ": " +
+                       message);
 }
 
 } // namespace

@@ -8,9 +8,9 @@
 
 #include "Base/IO/ioPacketFile.h"
 
+#include "Shared/failure.h"
 #include "document/document.h"
 #include "document/documentFile.h"
-#include "failure.h"
 
 namespace scenefile {
 
@@ -150,7 +150,7 @@ void Loader::load() {
     if (!failed())
         checkDocument();
     if (failed())
-        throw Failure(outline_.name + ": " + failure_);
+        throw app::Failure(outline_.name + ": " + failure_);
 }
 
 void Loader::checkDocument() {
@@ -463,7 +463,7 @@ Document loadDocument(const std::string& path) {
     ReadingRegistry registry;
     const std::unique_ptr<ioReadContext> context(ioReadContextAlloc(stream, &registry));
     if (!context)
-        throw Failure(file.name() + ": this is no document of a known form");
+        throw app::Failure(file.name() + ": this is no document of a known form");
     Loader loader(context.get(), stream, document.outline);
     loader.load();
     document.scene = loader.takeScene();

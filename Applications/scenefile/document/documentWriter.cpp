@@ -12,10 +12,10 @@
 #include "Base/IO/ioPacketFile.h"
 #include "Base/Linear/zeLinearMatrix.h"
 
+#include "Shared/failure.h"
+#include "Shared/save.h"
+#include "Shared/terminal.h"
 #include "document/document.h"
-#include "failure.h"
-#include "save/save.h"
-#include "terminal.h"
 
 namespace scenefile {
 
@@ -115,7 +115,7 @@ private:
 
     ioWriteContext& out_;
     Names names_;
-    Progress progress_;
+    app::Progress progress_;
     std::int64_t written_ = 0; // numbers in arrays
     bool isDebug_;
 };
@@ -287,7 +287,7 @@ int roundForText(Scene& scene) {
 void saveDocument(const Scene& scene, const DocumentForm& form, int descriptor) {
     ioBufferedStreamOutput stream;
     auto sink = std::make_unique<ioBufferFD>(false);
-    sink->useFD(duplicate(descriptor).release());
+    sink->useFD(app::duplicate(descriptor).release());
     stream.addBufferToChain(sink.release());
 
     WritingRegistry registry(form.filters.any());
@@ -300,9 +300,9 @@ void saveDocument(const Scene& scene, const DocumentForm& form, int descriptor) 
     stream.close(); // writes what is left: only then does the status cover all writes
     context->promoteStreamStatus(stream);
     if (context->getStatus() == ioDiskFull)
-        throw Failure("the disk is full");
+        throw app::Failure("the disk is full");
     if (!context->good())
-        throw Failure("a write failed");
+        throw app::Failure("a write failed");
 }
 
 } // namespace scenefile

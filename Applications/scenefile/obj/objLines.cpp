@@ -8,8 +8,8 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "failure.h"
-#include "save/save.h"
+#include "Shared/failure.h"
+#include "Shared/save.h"
 
 namespace scenefile {
 
@@ -22,9 +22,9 @@ constexpr std::size_t longestStatement = std::size_t{64} << 20;
 
 /// Null if it cannot be opened; errno says why.
 std::FILE* openModel(const std::string& path) {
-    if (path != standardStream)
+    if (path != app::standardStream)
         return std::fopen(path.c_str(), "re");
-    zeUtil::Descriptor input = duplicate(STDIN_FILENO);
+    zeUtil::Descriptor input = app::duplicate(STDIN_FILENO);
     std::FILE* file = fdopen(input.get(), "r");
     if (file != nullptr)
         input.release(); // the file closes it
@@ -57,21 +57,21 @@ bool takeContinuation(std::string& text) {
 } // namespace
 
 ObjLines::ObjLines(const std::string& path)
-    : name_(path == standardStream ? "standard input" : path),
+    : name_(path == app::standardStream ? "standard input" : path),
       file_(openModel(path)),
       progress_("reading", sizeOf(file_.get())) {
     if (!file_)
-        throw Failure(name_ + ": cannot be opened: " + systemMessage(errno));
+        throw app::Failure(name_ + ": cannot be opened: " + app::systemMessage(errno));
 }
 
 void ObjLines::fail(int line, const std::string& message) const {
-    throw Failure(name_ + ":" + std::to_string(line) + ": " + message);
+    throw app::Failure(name_ + ":" + std::to_string(line) + ": " + message);
 }
 
 int ObjLines::readByte() {
     const int byte = getc_unlocked(file_.get());
     if (byte == EOF && std::ferror(file_.get()))
-        throw Failure(name_ + ": cannot be read: " + systemMessage(errno));
+        throw app::Failure(name_ + ": cannot be read: " + app::systemMessage(errno));
     ++bytes_;
     return byte;
 }

@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "terminal.h"
+#include "Shared/terminal.h"
 
 namespace scenefile {
 
@@ -46,7 +46,7 @@ private:
 
     std::string name_; // of the file
     std::unique_ptr<std::FILE, Close> file_;
-    Progress progress_;
+    app::Progress progress_;
     std::int64_t bytes_ = 0; // read so far
     int lines_ = 0;          // read so far
     int line_ = 0;

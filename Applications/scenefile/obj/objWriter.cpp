@@ -5,10 +5,10 @@
 #include <cstdio>
 #include <string_view>
 
-#include "failure.h"
+#include "Shared/failure.h"
+#include "Shared/save.h"
+#include "Shared/terminal.h"
 #include "obj/obj.h"
-#include "save/save.h"
-#include "terminal.h"
 
 namespace scenefile {
 
@@ -44,10 +44,10 @@ private:
         return *this << std::string_view(digits, static_cast<std::size_t>(end - digits));
     }
 
-    [[noreturn]] static void fail() { throw Failure(systemMessage(errno)); }
+    [[noreturn]] static void fail() { throw app::Failure(app::systemMessage(errno)); }
 
     static std::FILE* openFile(int descriptor) {
-        zeUtil::Descriptor copy = duplicate(descriptor);
+        zeUtil::Descriptor copy = app::duplicate(descriptor);
         std::FILE* file = fdopen(copy.get(), "w");
         if (file == nullptr)
             fail();
@@ -77,7 +77,7 @@ private:
 
     const Scene& scene_;
     Output output_;
-    Progress progress_;
+    app::Progress progress_;
     std::int64_t lines_ = 0; // of vertices and elements
     const Material* material_ = nullptr;
     const Group* group_ = nullptr;

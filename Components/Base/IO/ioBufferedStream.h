@@ -120,6 +120,8 @@ protected:
     ioBuffer* top_ = nullptr;          ///< Owned; null when nothing is open.
 
 private:
+    friend class ioPackageFile; // exchanges the chains of packages
+
     ZEBASE_HIDDEN void setFilter(ioBuffer* filter);
     void promoteFailure();
 };

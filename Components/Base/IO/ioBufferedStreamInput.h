@@ -11,6 +11,8 @@
 
 #include "Base/IO/ioBufferedStream.h"
 
+class ioPackageFileEntry;
+
 /// A stream to read from.
 class ZEBASE_API ioBufferedStreamInput : public ioBufferedStream {
 public:
@@ -28,6 +30,18 @@ public:
 
     /// Reads standard input, which close() then closes.
     void openStdin();
+
+    /// Reads `size` bytes of a file from `offset` on, as if they were a file of their own. An empty
+    /// slice, and one that the file does not hold whole, opens with streamEOF and nothing to read;
+    /// any other failure closes the stream. The status is not reset first: one that is bad before
+    /// makes the call fail.
+    void openFileSlice(const zeString::IString& path, long offset, long size);
+
+    /// Reads the bytes of an entry of a package as they are stored: push compress(true), then
+    /// checksum(true), to read one whose getCompressed() is true. The entry is not needed any more
+    /// afterwards. streamIOError if it is null, streamOpenError if it is in no package, and
+    /// otherwise as openFileSlice().
+    void openPackageFileEntry(const ioPackageFileEntry* entry);
 
     /// The next byte as an unsigned value. 0 if there is none (see the status), and also if the
     /// status is not streamOK when the next block is fetched.

@@ -4,8 +4,11 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 #include "Base/IO/ioBufferFD.h"
+#include "Base/IO/ioBufferFileSubset.h"
+#include "Base/IO/ioPackageFile.h"
 
 namespace {
 
@@ -34,6 +37,31 @@ void ioBufferedStreamInput::openStdin() {
     startChain(sink);
     sink->useFD(fileno(stdin));
     dropChainOnFailure();
+}
+
+void ioBufferedStreamInput::openFileSlice(const zeString::IString& path, long offset, long size) {
+    auto* const sink = new ioBufferFileSubset;
+    delete std::exchange(top_, sink); // without a reset of the status
+    sink->open(path, offset, size);
+    promoteBufferStatus();
+    // A chain at its end stays, so that the caller can tell an empty slice from a failure.
+    if (status_ != streamOK && status_ != streamEOF) {
+        top_->close();
+        delete std::exchange(top_, nullptr);
+    }
+}
+
+void ioBufferedStreamInput::openPackageFileEntry(const ioPackageFileEntry* entry) {
+    resetStatus();
+    if (!entry) {
+        setStatus(streamIOError);
+        return;
+    }
+    const zeString::IString path = entry->getPackageName();
+    if (path.isEmpty())
+        setStatus(streamOpenError);
+    else
+        openFileSlice(path, entry->getOffset(), entry->getSize());
 }
 
 long ioBufferedStreamInput::readInt() {

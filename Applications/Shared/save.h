@@ -10,12 +10,13 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Base/OS/zeOSFilename.h"
 #include "Base/Utility/zeUtilDescriptor.h"
 
-namespace scenefile {
+namespace app {
 
 /// The name of standard input and standard output among the files of a command.
 inline constexpr const char* standardStream = "-";
@@ -31,14 +32,21 @@ public:
     const std::string& name() const { return name_; }
     bool isStandardOutput() const { return isStandardOutput_; }
 
-    /// Whether the path `other` leads to the same file.
+    /// Whether there is something.
+    bool exists() const { return before_.has_value(); }
+
+    /// @{
+    /// Whether the path `other` leads to the same file, or the descriptor is open on it.
     bool isSameFile(const std::string& other) const;
+    bool isSameFile(int other) const;
+    /// @}
 
     /// Whether the file existed, and has not been touched since.
     bool isAsItWas() const;
 
 private:
     friend void saveFile(const Target& target, const std::function<void(int)>& write);
+    friend void saveFile(const Target& target, const std::function<void(const std::string&)>& make);
 
     std::string path() const;
     mode_t rights() const;
@@ -59,10 +67,18 @@ private:
 /// temporary file as well: see leftoverNotes(). Standard output is written directly.
 void saveFile(const Target& target, const std::function<void(int)>& write);
 
+/// The same for a file that is written by its name: `make` gets a name that is not taken, in the
+/// folder of the target, and has closed what it made there when it returns. Standard output has no
+/// name.
+void saveFile(const Target& target, const std::function<void(const std::string&)>& make);
+
 /// A note for each file beside `path`, or what it links to, whose name a save of it could have
 /// chosen: what a killed save left, or what another save is writing just now. Files of saves of
 /// other documents are told apart by their first letters only.
 std::vector<std::string> leftoverNotes(const std::string& path);
+
+/// Writes all of it. False, with an errno, if that is not possible.
+bool writeAll(int descriptor, std::string_view bytes);
 
 /// A second descriptor of the same open file; close-on-exec. Throws a Failure.
 zeUtil::Descriptor duplicate(int descriptor);
@@ -71,4 +87,4 @@ zeUtil::Descriptor duplicate(int descriptor);
 /// since it could only lead to another file.
 zeOS::Filename libraryFilename(const std::string& path);
 
-} // namespace scenefile
+} // namespace app

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "save/save.h"
+#include "Shared/save.h"
 
-namespace scenefile {
+namespace app {
 
 namespace {
 
@@ -59,4 +59,4 @@ std::vector<std::string> leftoverNotes(const std::string& path) {
     return notes;
 }
 
-} // namespace scenefile
+} // namespace app

@@ -8,7 +8,7 @@
 #include <csignal>
 #include <string>
 
-namespace scenefile {
+namespace app {
 
 /// While it lives, SIGHUP, SIGINT and SIGTERM delete a temporary file before they end the process.
 /// Nothing can be done about SIGKILL. One object at a time.
@@ -30,4 +30,4 @@ private:
     sigset_t blockedBefore_ = {};
 };
 
-} // namespace scenefile
+} // namespace app

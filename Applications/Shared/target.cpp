@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
 #include <tuple>
 
-#include "failure.h"
-#include "save/save.h"
+#include "Shared/failure.h"
+#include "Shared/save.h"
 
-namespace scenefile {
+namespace app {
 
 namespace {
 
@@ -20,6 +21,10 @@ std::optional<struct stat> look(const std::string& path) {
     if (stat(path.c_str(), &status) != 0)
         return std::nullopt;
     return status;
+}
+
+bool isSame(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
 /// The path without links. What a link points at may be missing: it is made then.
@@ -53,10 +58,13 @@ Target::Target(const std::string& path)
 }
 
 bool Target::isSameFile(const std::string& other) const {
-    if (!before_)
-        return false;
-    const std::optional<struct stat> found = look(other);
-    return found && found->st_dev == before_->st_dev && found->st_ino == before_->st_ino;
+    const std::optional<struct stat> found = before_ ? look(other) : std::nullopt;
+    return found && isSame(*found, *before_);
+}
+
+bool Target::isSameFile(int other) const {
+    struct stat found = {};
+    return before_ && fstat(other, &found) == 0 && isSame(found, *before_);
 }
 
 /// A file that replaced it has another number, and a changed one another time.
@@ -86,6 +94,17 @@ mode_t Target::rights() const {
     return 0666 & ~mask;
 }
 
+bool writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written =
+            zeUtil::retried([&] { return write(descriptor, bytes.data(), bytes.size()); });
+        if (written < 0)
+            return false;
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
 zeUtil::Descriptor duplicate(int descriptor) {
     zeUtil::Descriptor result(fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
     if (!result.isOpen())
@@ -101,4 +120,4 @@ zeOS::Filename libraryFilename(const std::string& path) {
     return zeOS::Filename(text);
 }
 
-} // namespace scenefile
+} // namespace app

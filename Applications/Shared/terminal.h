@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace scenefile {
+namespace app {
 
 /// `text` as it may be printed: control characters (newlines and those beyond ASCII included) and
 /// bytes that are not UTF-8 become `\x1b` and the like, byte by byte. A file name or the content of
@@ -45,4 +45,4 @@ private:
     bool shown_ = false;
 };
 
-} // namespace scenefile
+} // namespace app

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 
-#include "terminal.h"
+#include "Shared/terminal.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 
-namespace scenefile {
+namespace app {
 
 namespace {
 
@@ -73,4 +73,4 @@ void Progress::show(std::int64_t done) {
     std::fflush(stderr);
 }
 
-} // namespace scenefile
+} // namespace app

@@ -7,11 +7,11 @@
 
 #include "Base/OS/zeOSProtectedWrite.h"
 
-#include "failure.h"
-#include "save/interruption.h"
-#include "save/save.h"
+#include "Shared/failure.h"
+#include "Shared/interruption.h"
+#include "Shared/save.h"
 
-namespace scenefile {
+namespace app {
 
 namespace {
 
@@ -62,28 +62,48 @@ void begin(ProtectedWrite& save) {
                           : reason(save.getStatus()));
 }
 
+/// While it lives, nobody else may read what is made.
+class PrivateMask {
+public:
+    PrivateMask() : before_(umask(077)) {}
+    PrivateMask(const PrivateMask&) = delete;
+    PrivateMask& operator=(const PrivateMask&) = delete;
+    ~PrivateMask() { umask(before_); }
+
+private:
+    mode_t before_;
+};
+
 /// Puts the new file in its place. If the environment asks for copies, these get the rights of any
 /// new file; the mask keeps others out until the file has its own rights again.
 void finish(ProtectedWrite& save, const std::string& path, mode_t rights) {
-    const mode_t mask = umask(077);
-    const bool isDone = save.finalize();
-    umask(mask);
+    bool isDone = false;
+    {
+        const PrivateMask mask;
+        isDone = save.finalize();
+    }
     chmod(path.c_str(), rights);
     if (!isDone)
         throw Failure(reason(save.getStatus()));
 }
 
-void replace(const std::string& path, mode_t rights, const std::function<void(int)>& write) {
+/// Makes the file of that name and opens it.
+using Maker = std::function<zeUtil::Descriptor(const std::string&)>;
+
+void replace(const std::string& path, mode_t rights, const Maker& make) {
     ProtectedWrite save(libraryFilename(path));
     begin(save);
     // From here on every exception abandons the save: its destructor removes the temporary file.
     const std::string temporary = save.getTempFilename().path().asUTF8();
-    zeUtil::Descriptor file = createFile(temporary);
     Interruption interruption(temporary);
-    write(file.get());
+    zeUtil::Descriptor file = make(temporary);
     completeFile(file, rights);
     interruption.holdBack();
     finish(save, path, rights);
+}
+
+[[noreturn]] void fail(const Target& target, const Failure& failure) {
+    throw Failure(target.name() + ": cannot be written: " + failure.what());
 }
 
 } // namespace
@@ -91,12 +111,28 @@ void replace(const std::string& path, mode_t rights, const std::function<void(in
 void saveFile(const Target& target, const std::function<void(int)>& write) {
     try {
         if (target.isStandardOutput())
-            write(STDOUT_FILENO);
-        else
-            replace(target.path(), target.rights(), write);
+            return write(STDOUT_FILENO);
+        replace(target.path(), target.rights(), [&](const std::string& name) {
+            zeUtil::Descriptor file = createFile(name);
+            write(file.get());
+            return file;
+        });
     } catch (const Failure& failure) {
-        throw Failure(target.name() + ": cannot be written: " + failure.what());
+        fail(target, failure);
     }
 }
 
-} // namespace scenefile
+void saveFile(const Target& target, const std::function<void(const std::string&)>& make) {
+    try {
+        replace(target.path(), target.rights(), [&](const std::string& name) {
+            const PrivateMask mask;
+            make(name);
+            return zeUtil::Descriptor(checked(zeUtil::retried(
+                [&] { return open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW); })));
+        });
+    } catch (const Failure& failure) {
+        fail(target, failure);
+    }
+}
+
+} // namespace app

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 
-#include "save/interruption.h"
+#include "Shared/interruption.h"
 
 #include <unistd.h>
 
 #include <iterator>
 
-namespace scenefile {
+namespace app {
 
 namespace {
 
@@ -49,4 +49,4 @@ void Interruption::holdBack() {
     sigprocmask(SIG_BLOCK, &set, nullptr);
 }
 
-} // namespace scenefile
+} // namespace app

@@ -9,7 +9,7 @@
 #include <string>
 #include <system_error>
 
-namespace scenefile {
+namespace app {
 
 /// Bad input or a failed write. `what()` is a whole message, with the file and the place in it.
 class Failure : public std::runtime_error {
@@ -28,4 +28,4 @@ inline std::string systemMessage(int error) {
     return std::generic_category().message(error);
 }
 
-} // namespace scenefile
+} // namespace app

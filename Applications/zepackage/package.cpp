@@ -1,0 +1,214 @@
+// SPDX-License-Identifier: MIT
+
+#include "package.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <map>
+
+#include "Base/IO/ioBufferedStreamInput.h"
+#include "Base/Utility/zeUtilDescriptor.h"
+
+#include "Shared/failure.h"
+#include "Shared/save.h"
+#include "Shared/terminal.h"
+
+namespace zepackage {
+
+namespace {
+
+using zeUtil::Descriptor;
+
+constexpr std::size_t blockSize = 65536;
+
+/// What the codes of ioPackageFile.h mean to the user. The library's own texts name files that the
+/// user does not know.
+const char* reason(int code) {
+    switch (code) {
+    case 2:
+    case 15:
+        return "it cannot be written";
+    case 4:
+        return "it is not writable";
+    case 6:
+    case 7:
+    case 9:
+        return "it cannot be read";
+    case 8:
+    case 16:
+        return "it was changed while it was read";
+    case 10:
+        return "a write failed: the disk may be full";
+    case 11:
+        return "its name is empty, or reserved for a device on other systems";
+    case 12:
+        return "its name is not allowed";
+    case 13:
+        return "there is no such entry";
+    case 17:
+        return "it is not a package, or its directory of entries is damaged";
+    default:
+        return "internal error";
+    }
+}
+
+/// A regular file, open for reading.
+Descriptor openFile(const std::string& path) {
+    Descriptor file(
+        zeUtil::retried([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
+    if (!file.isOpen())
+        throw app::Failure(path + ": cannot be opened: " + app::systemMessage(errno));
+    struct stat status = {};
+    if (fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
+        throw app::Failure(path + ": it is not a package, but " +
+                           (S_ISDIR(status.st_mode) ? "a folder" : "a device, a pipe or a socket"));
+    return file;
+}
+
+/// A package that no other zepackage changes as long as this lives. It is held by its descriptor:
+/// once another one has put its copy in place, the path leads to a different file.
+class LockedPackage {
+public:
+    explicit LockedPackage(const std::string& path) : file_(openFile(path)), target_(path) {
+        const bool isTaken = flock(file_.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+        if (isTaken || !target_.isSameFile(file_.get()))
+            throw app::Failure(path + ": another zepackage is changing it");
+    }
+
+    const app::Target& target() const { return target_; }
+
+    void copyTo(const std::string& path) const {
+        std::error_code error;
+        std::filesystem::copy_file("/proc/self/fd/" + std::to_string(file_.get()), path, error);
+        if (error)
+            throw app::Failure("it cannot be copied: " + error.message());
+    }
+
+private:
+    Descriptor file_;
+    app::Target target_;
+};
+
+std::string withoutSlash(std::string name) {
+    while (name.size() > 1 && name.ends_with('/'))
+        name.pop_back();
+    return name;
+}
+
+} // namespace
+
+void check(const zeUtil::Error& error, const std::string& subject) {
+    if (error.code() != 0)
+        throw app::Failure(subject + ": " + reason(error.code()));
+}
+
+zeString::IString libraryText(const std::string& text) {
+    bool ok = false;
+    zeString::IString result(text.c_str(), zeString::EncodingUTF8, &ok);
+    if (!ok || result.asUTF8() != text)
+        throw app::Failure(text + ": its name is not UTF-8");
+    return result;
+}
+
+void openPackage(ioPackageFile& package, const std::string& path) {
+    openFile(path);
+    check(package.open(libraryText(path)), path);
+}
+
+void createPackage(const std::string& path, bool force,
+                   const std::function<void(ioPackageFile&)>& fill) {
+    const app::Target target(path);
+    if (target.exists() && !force)
+        throw app::Failure(path + ": exists already; --force replaces it");
+    app::saveFile(target, [&](const std::string& name) {
+        ioPackageFile package;
+        check(package.open(libraryText(name)), "the new package");
+        fill(package);
+        check(package.update(), "the new package");
+    });
+}
+
+/// A copy is changed, and a protected write puts it in the place of the package: so whenever the
+/// process ends, the package is the old one or the new one. Changing it in place could leave
+/// neither, whatever the order of steps, since an entry that finds no free space is written over
+/// the directory. Between the two renames of the protected write, the old package has another name,
+/// which app::leftoverNotes() finds.
+void editPackage(const std::string& path, const std::function<void(ioPackageFile&)>& change) {
+    const LockedPackage old(path);
+    app::saveFile(old.target(), [&](const std::string& name) {
+        old.copyTo(name);
+        ioPackageFile package;
+        check(package.open(libraryText(name)), "the copy");
+        change(package);
+        check(package.update(), "the copy");
+    });
+}
+
+void compactPackage(const std::string& path) {
+    const LockedPackage old(path);
+    app::saveFile(old.target(), [&](const std::string& name) {
+        ioPackageFile package;
+        check(package.open(libraryText(path)), "the old package");
+        check(package.write(libraryText(name)), "the new package");
+    });
+}
+
+Entries selectEntries(const ioPackageFile& package, const std::vector<std::string>& names) {
+    std::map<std::string, int> all;
+    for (const auto& [name, index] : package.getDirectory())
+        all.emplace_hint(all.end(), name.asUTF8(), index);
+    std::map<std::string, int> chosen;
+    for (const std::string& name : names) {
+        const auto entry = all.find(name);
+        const std::string folder = withoutSlash(name);
+        // "/" is the first and "0" the next character that can follow the folder's name.
+        const auto first = all.lower_bound(folder + '/');
+        const auto last = all.lower_bound(folder + char('/' + 1));
+        if (entry == all.end() && first == last)
+            throw app::Failure(name + ": there is no such entry");
+        if (entry != all.end())
+            chosen.insert(*entry);
+        chosen.insert(first, last);
+    }
+    Entries entries;
+    for (const auto& [name, index] : names.empty() ? all : chosen)
+        entries.push_back(package.getEntry(index));
+    return entries;
+}
+
+std::string nameOf(const ioPackageFileEntry& entry) {
+    return entry.getName().asUTF8();
+}
+
+/// A plain entry has no checksum, but a size; a compressed one has an end of its own.
+void readEntry(const ioPackageFileEntry& entry, const std::function<void(std::string_view)>& take) {
+    ioBufferedStreamInput stream;
+    stream.openPackageFileEntry(&entry);
+    if (stream.getStatus() != streamOK && stream.getStatus() != streamEOF)
+        throw app::Failure(nameOf(entry) + ": the package cannot be opened");
+    if (entry.getCompressed()) {
+        stream.compress(true);
+        stream.checksum(true);
+    }
+    std::string block(blockSize, '\0');
+    long total = 0;
+    while (stream.getStatus() == streamOK) {
+        const int size = stream.readData(block.data(), static_cast<int>(block.size()));
+        if (size > 0) {
+            take({block.data(), static_cast<std::size_t>(size)});
+            total += size;
+        }
+    }
+    const ioStreamStatus end = stream.getStatus();
+    stream.close();
+    if (entry.getCompressed() ? end != streamCompressEnd
+                              : end != streamEOF || total != entry.getSize())
+        throw app::Failure(nameOf(entry) + ": it is damaged or cut off");
+}
+
+} // namespace zepackage

@@ -1,0 +1,424 @@
+// SPDX-License-Identifier: MIT
+
+// What goes into a package and comes out of it.
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "Base/IO/ioBufferFD.h"
+#include "Base/IO/ioBufferedStreamInput.h"
+#include "Base/IO/ioPackageFile.h"
+#include "Base/IO/package/ioPackageFileFailureImpl.h"
+#include "Base/OS/zeOSError.h"
+#include "Base/OS/zeOSFile.h"
+#include "Base/OS/zeOSFileOperations.h"
+#include "Base/OS/zeOSFileStatus.h"
+#include "Base/OS/zeOSFilename.h"
+#include "Base/OS/zeOSTempFiles.h"
+#include "Base/Utility/zeUtilDescriptor.h"
+
+using zeString::IString;
+using zeUtil::Error;
+
+namespace {
+
+constexpr int blockSize = 4096;
+
+bool isFailure(ioStreamStatus status) {
+    return status != streamOK && status != streamEOF;
+}
+
+/// Makes `out` write to `file`, which it owns from now on.
+void openOutput(ioBufferedStreamOutput& out, zeUtil::Descriptor file) {
+    auto* const sink = new ioBufferFD(false);
+    out.addBufferToChain(sink);
+    sink->useFD(file.release());
+    out.flush(); // takes over the failure of a file that did not open
+}
+
+/// Copies blocks until the input or the output fails, or the input ends. Returns how many bytes
+/// that were.
+long copyBlocks(ioBufferedStreamInput& in, ioBufferedStreamOutput& out) {
+    char block[blockSize];
+    long copied = 0;
+    for (int got; (got = in.readData(block, blockSize)) > 0; copied += got) {
+        out.writeData(block, got);
+        if (out.getStatus() != streamOK)
+            break;
+    }
+    return copied;
+}
+
+bool isSameFile(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+bool isSameFile(const IString& a, const IString& b) {
+    struct stat first;
+    struct stat second;
+    return stat(a.asUTF8(), &first) == 0 && stat(b.asUTF8(), &second) == 0 &&
+           isSameFile(first, second);
+}
+
+/// Opens a file to extract to, and empties it only when it is known not to be `package`. With
+/// O_NOFOLLOW among the flags it must be a plain file.
+zeUtil::Descriptor openTarget(int directory, const char* path, int flags, const IString& package) {
+    zeUtil::Descriptor file(zeUtil::retried(
+        [&] { return openat(directory, path, O_WRONLY | O_CREAT | O_CLOEXEC | flags, 0666); }));
+    struct stat target;
+    struct stat source;
+    if (!file.isOpen() || fstat(file.get(), &target) != 0)
+        return {};
+    if (!S_ISREG(target.st_mode))
+        return (flags & O_NOFOLLOW) != 0 ? zeUtil::Descriptor() : std::move(file);
+    const bool isPackage = stat(package.asUTF8(), &source) == 0 && isSameFile(source, target);
+    if (isPackage || zeUtil::retried([&] { return ftruncate(file.get(), 0); }) != 0)
+        return {};
+    return file;
+}
+
+/// The path of `target` below `directory`, both in normal form; false if it leads out of it.
+bool pathBelow(const IString& directory, const IString& target, std::string& path) {
+    IString front(directory);
+    if (front != L"/")
+        front.append(L'/');
+    if (target.find(front) != 0)
+        return false;
+    path = target.substr(front.length()).asUTF8();
+    // Behind the directory, the normal form has ".." only at the start and at the end.
+    return path != ".." && path.compare(0, 3, "../") != 0;
+}
+
+/// Steps into the directory `name`, which is made if it is missing. Follows no link.
+zeUtil::Descriptor enterDirectory(const zeUtil::Descriptor& parent, const char* name) {
+    if (mkdirat(parent.get(), name, 0777) != 0 && errno != EEXIST)
+        return {};
+    return zeUtil::Descriptor(zeUtil::retried(
+        [&] { return openat(parent.get(), name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
+}
+
+Error directoryFailure() {
+    return packageFailure(packageDirectoryFailed, L"%S", zeOS::getLastError());
+}
+
+} // namespace
+
+// Adding
+
+IString ioPackageFile::cleanupName(const IString& name) {
+    IString text(name);
+    for (;;) {
+        text.replace(L"\\", L"/");
+        if (text.length() > 1 && text[1] == L':')
+            text.erase(0, 2);
+        if (text.length() > 2 && text.find(L"./") == 0)
+            text.erase(0, 2);
+        else if (text.length() > 3 && text.find(L"../") == 0)
+            text.erase(0, 3);
+        else if (!text.isEmpty() && text[0] == L'/')
+            text.erase(0, 1);
+        else
+            return text;
+    }
+}
+
+Error ioPackageFile::verifyAddEntry(const IString& name) const {
+    if (fileName_.isEmpty())
+        return Error(packageNotOpen, "The package file has not been opened yet.");
+    if (!writable_)
+        return Error(packageNotWritable,
+                     "This package file can not be modified as it is not writable.");
+    if (name.isEmpty()) // it would be free space
+        return Error(packageNoName, "The name can not be empty.");
+    const zeOS::Filename filename(name);
+    if (zeOS::isWindowsReservedDeviceName(filename))
+        return packageFailure(packageNoName,
+                              L"File is using a windows reserved device name.  Please choose "
+                              L"another name: %S",
+                              name);
+    // A name that the directory does not give back as it is would be another one, or free space.
+    const bool storable = IString(name.asUTF8(), zeString::EncodingUTF8) == name;
+    const IString& last = filename.basename();
+    if (!storable || last == L"." || last == L"..")
+        return packageFailure(packageBadName, L"File is using a name which is not allowed: %S",
+                              name);
+    return Error();
+}
+
+Error ioPackageFile::addEntry(const IString& sourcePath, const IString& name, bool compress) {
+    const IString stored = cleanupName(name);
+    Error error = verifyAddEntry(stored);
+    if (error.code() != 0)
+        return error;
+    const zeOS::FileStatus status = getStatus(sourcePath);
+    if (!status.exists())
+        return packageFailure(packageNoSource, L"File does not exist: %S\n", sourcePath);
+    if (!status.isReadable() || !status.isFile()) // opening a FIFO would wait for its writer
+        return packageFailure(packageCanNotRead, L"Could not read file: %S\n", sourcePath);
+    if (!compress)
+        return copyFileIntoPackage(sourcePath, status.size(), status.lastModification(), false,
+                                   stored);
+
+    const zeOS::Filename temporary = zeOS::createTmpFilename(IString(), nullptr);
+    long compressedSize = 0;
+    error = compressFile(sourcePath, temporary.path(), status.size(), compressedSize);
+    if (error.code() == 0) {
+        const bool smaller = compressedSize < status.size();
+        error = copyFileIntoPackage(smaller ? temporary.path() : sourcePath,
+                                    smaller ? compressedSize : status.size(),
+                                    status.lastModification(), smaller, stored);
+    }
+    (void)zeOS::fileDelete(temporary);
+    return error;
+}
+
+Error ioPackageFile::addEntry(const ioPackageFileEntry* entry, const IString& name) {
+    const IString stored = cleanupName(name);
+    const Error error = verifyAddEntry(stored);
+    if (error.code() != 0)
+        return error;
+    if (!entry)
+        return Error(packageCanNotRead, "The given package file entry is NULL.");
+    if (entry->getPackage() == this)
+        return Error(packageCanNotOpenForWrite, "The source entry can not be in the package.");
+    return copyEntryIntoPackage(entry, stored);
+}
+
+Error ioPackageFile::deleteEntry(const IString& name) {
+    if (fileName_.isEmpty())
+        return Error(packageNotOpen, "The package file has not been opened yet.");
+    if (!writable_)
+        return Error(packageNotWritable,
+                     "This package file can not be modified as it is not writable.");
+    const auto found = names_.find(name);
+    if (found == names_.end())
+        return packageFailure(packageUnknownName,
+                              L"Can not delete named entry as it does not exist: %S", name);
+    const int index = found->second;
+    names_.erase(found);
+    freeEntry(index);
+    return Error();
+}
+
+/// Compresses `source` into a new file, which others can neither read nor have made before.
+Error ioPackageFile::compressFile(const IString& source, const IString& destination, long size,
+                                  long& compressedSize) {
+    ioBufferedStreamInput in;
+    in.openFile(source);
+    ioBufferedStreamOutput out;
+    openOutput(out, zeUtil::Descriptor(zeUtil::retried([&] {
+                   return ::open(destination.asUTF8(),
+                                 O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+               })));
+    out.compress(true);
+    out.checksum(true);
+    const long copied = copyBlocks(in, out);
+    // A failure would not rise through the filters: they go first.
+    out.checksum(false);
+    out.compress(false);
+    out.close();
+    in.close();
+    if (out.getStatus() != streamOK)
+        return packageFailure(packageWriteFailed, L"Error compressing file: %S", source);
+    if (in.getStatus() != streamEOF)
+        return packageFailure(packageReadFailed, L"Error reading file: %S", source);
+    if (copied != size)
+        return packageFailure(packageSizeInCompressing,
+                              L"While compressing file it changed size: %S", source);
+    compressedSize = getStatus(destination).size();
+    return Error();
+}
+
+Error ioPackageFile::copyFileIntoPackage(const IString& source, long size, long timeStamp,
+                                         bool compressed, const IString& name) {
+    ioBufferedStreamInput in;
+    in.openFile(source);
+    if (in.getStatus() != streamOK)
+        return packageFailure(packageCanNotRead, L"Could not read file: %S\n", source);
+    const Error error = copyStreamIntoPackage(in, size, timeStamp, compressed, name);
+    in.close();
+    return error;
+}
+
+Error ioPackageFile::copyStreamIntoPackage(ioBufferedStreamInput& stream, long size, long timeStamp,
+                                           bool compressed, const IString& name) {
+    Error error = openPackageForOutput();
+    if (error.code() != 0)
+        return error;
+    if (const auto old = names_.find(name); old != names_.end())
+        freeEntry(old->second); // the new one may take its place
+    const int index = createEntry(size);
+    ioPackageFileEntry& entry = entries_[static_cast<std::size_t>(index)];
+    error = fillEntry(stream, entry.offset_, size, name);
+    if (error.code() != 0) {
+        freeEntry(index);
+        names_.erase(name);
+        return error;
+    }
+    entry.name_ = name;
+    entry.timeStamp_ = timeStamp;
+    entry.compressed_ = compressed;
+    names_[name] = index;
+    return Error();
+}
+
+/// Copies a stream to the place of an entry.
+Error ioPackageFile::fillEntry(ioBufferedStreamInput& stream, long offset, long size,
+                               const IString& name) {
+    if (!output_.seek(offset))
+        output_.setStatus(streamIOError);
+    char block[blockSize];
+    long copied = 0;
+    // Up to more than the size: the last read must meet the end of the source. What is too much
+    // belongs to the entry behind, and is not written.
+    for (int got; copied <= size && (got = stream.readData(block, blockSize)) > 0; copied += got) {
+        output_.writeData(block, static_cast<int>(std::min<long>(got, size - copied)));
+        if (output_.getStatus() != streamOK)
+            break;
+    }
+    output_.flush();
+    if (output_.getStatus() != streamOK)
+        return packageFailure(packageWriteFailed, L"Error writing entry: %S", name);
+    if (isFailure(stream.getStatus()))
+        return packageFailure(packageReadFailed, L"Error reading file for entry: %S", name);
+    if (stream.getStatus() != streamEOF || copied != size)
+        return packageFailure(packageSizeInCopying,
+                              L"While writing file for entry it changed size: %S", name);
+    return Error();
+}
+
+Error ioPackageFile::copyEntryIntoPackage(const ioPackageFileEntry* entry, const IString& name) {
+    if (name.isEmpty())
+        return Error(packageNoName, "The name can not be empty.");
+    if (names_.contains(name))
+        return packageFailure(packageNameExists, L"The entry is already present in the package: %S",
+                              name);
+    ioBufferedStreamInput in;
+    in.openPackageFileEntry(entry);
+    if (isFailure(in.getStatus()))
+        return packageFailure(packageCanNotRead, L"Could not read package file entry: %S\n",
+                              entry->getName());
+    const Error error = copyStreamIntoPackage(in, entry->getSize(), entry->getTimeStamp(),
+                                              entry->getCompressed(), name);
+    in.close();
+    return error;
+}
+
+Error ioPackageFile::copyEntryIntoPackage(const ioPackageFileEntry* entry) {
+    return copyEntryIntoPackage(entry, entry->getName());
+}
+
+Error ioPackageFile::write(const IString& path) {
+    if (fileName_.isEmpty())
+        return Error(packageNotOpen, "The package file has not been opened yet.");
+    if (getStatus(path).exists() &&
+        (isSameFile(path, fileName_) || zeOS::fileDelete(zeOS::Filename(path)).code() != 0))
+        return Error(packageNotWritable, "The pacakge is not writable.");
+    ioPackageFile copy;
+    Error error = copy.open(path);
+    if (error.code() != 0)
+        return error;
+    if (!copy.writable_)
+        return Error(packageNotWritable, "The pacakge is not writable.");
+    for (const auto& [name, index] : names_) {
+        error = copy.copyEntryIntoPackage(getEntry(index));
+        if (error.code() != 0)
+            return error;
+    }
+    copy.dirty_ = true; // a package without entries, too, is given a directory
+    error = copy.update();
+    if (error.code() == 0)
+        swap(copy);
+    return error;
+}
+
+// Extracting
+
+Error ioPackageFile::extractEntry(const ioPackageFileEntry* entry, const IString& path) {
+    if (!entry)
+        return Error(packageCanNotRead, "The given package file entry is NULL.");
+    const zeOS::Filename target(path);
+    if (!target.dirname().isEmpty()) {
+        Error error = createDirectory(target.dirname());
+        if (error.code() != 0)
+            return error;
+    }
+    return extractTo(*entry, path, AT_FDCWD, path.asUTF8(), 0);
+}
+
+/// Extracts to `file` in `directory`, a descriptor; `path` is what messages call it.
+Error ioPackageFile::extractTo(const ioPackageFileEntry& entry, const IString& path, int directory,
+                               const char* file, int flags) {
+    closePackageForOutput();
+    ioBufferedStreamInput in;
+    in.openPackageFileEntry(&entry);
+    if (isFailure(in.getStatus()))
+        return packageFailure(packageCanNotRead, L"Could not read package file entry: %S\n",
+                              entry.getName());
+    if (entry.getCompressed()) {
+        in.compress(true);
+        in.checksum(true);
+    }
+    ioBufferedStreamOutput out;
+    openOutput(out, openTarget(directory, file, flags, entry.getPackageName()));
+    Error error;
+    if (out.getStatus() != streamOK) {
+        error = packageFailure(packageCanNotCreate, L"Can not create file: %S", path);
+    } else {
+        copyBlocks(in, out);
+        const bool ended = in.getStatus() == streamEOF || in.getStatus() == streamCompressEnd;
+        out.close(); // flushes, and some systems tell of a full disk only now
+        if (out.getStatus() != streamOK)
+            error = packageFailure(packageWriteFailed, L"Error writing file: %S", path);
+        else if (!ended)
+            error = packageFailure(packageReadFailed, L"Error reading package file entry: %S",
+                                   entry.getName());
+    }
+    in.close();
+    return error;
+}
+
+Error ioPackageFile::expand(const IString& directory) {
+    Error error = createDirectory(directory);
+    if (error.code() != 0)
+        return error;
+    const zeUtil::Descriptor place(zeUtil::retried(
+        [&] { return ::open(directory.asUTF8(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
+    if (!place.isOpen())
+        return directoryFailure();
+    for (const auto& [name, index] : names_) {
+        error = expandEntry(*getEntry(index), place.get(), directory);
+        if (error.code() != 0)
+            break;
+    }
+    return error;
+}
+
+/// Extracts to where the entry's name leads below `directory`, step by step, so that no link can
+/// lead elsewhere.
+Error ioPackageFile::expandEntry(const ioPackageFileEntry& entry, int directory,
+                                 const IString& directoryName) {
+    const IString target = zeOS::Filename::join(directoryName, entry.getName());
+    std::string path;
+    if (!pathBelow(zeOS::Filename(directoryName).path(), target, path))
+        return packageFailure(packageBadName, L"File is using a name which is not allowed: %S",
+                              entry.getName());
+    zeUtil::Descriptor parent(fcntl(directory, F_DUPFD_CLOEXEC, 0));
+    std::string::size_type start = 0;
+    for (std::string::size_type end; (end = path.find('/', start)) != std::string::npos;
+         start = end + 1) {
+        parent = enterDirectory(parent, path.substr(start, end - start).c_str());
+        if (!parent.isOpen())
+            return directoryFailure();
+    }
+    return extractTo(entry, target, parent.get(), path.c_str() + start, O_NOFOLLOW | O_NONBLOCK);
+}
+
+Error ioPackageFile::createDirectory(const IString& path) {
+    const Error error = zeOS::File(path).makeDirectoryAll();
+    return error.code() == 0 ? Error() : Error(packageDirectoryFailed, "%s", error.message());
+}
