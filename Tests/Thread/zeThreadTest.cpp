@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/Thread/zeThreadThread.h"
+
+#include <gtest/gtest.h>
+
+TEST(Thread, IsWaitedForOnce) {
+    zeThread::Thread thread([](void* flag) { *static_cast<bool*>(flag) = true; }, nullptr);
+    EXPECT_EQ(thread.wait().code(), 2);
+    bool ran = false;
+    thread.setArg(&ran);
+    EXPECT_EQ(thread.start().code(), 0);
+    EXPECT_EQ(thread.wait().code(), 0);
+    EXPECT_TRUE(ran);
+    EXPECT_EQ(thread.wait(), zeUtil::Error(2, "cannot wait for a stopped thread"));
+}
