@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "Base/OS/zeOSError.h"
+#include "Base/Thread/zeThreadSpinImpl.h"
 #include "Base/Utility/zeUtilDescriptor.h"
 #include "Base/Utility/zeUtilError.h"
 
@@ -16,6 +17,7 @@ namespace zeThread {
 struct Semaphore::Block {
     sem_t own{};
     sem_t* semaphore = &own;
+    AdaptiveSpin spin;
 };
 
 namespace {
@@ -43,7 +45,9 @@ Semaphore::~Semaphore() {
 }
 
 void Semaphore::wait() {
-    zeUtil::retried([this] { return sem_wait(block_->semaphore); });
+    const auto isTaken = [this] { return tryWait(); };
+    if (!isTaken() && !block_->spin.until(isTaken))
+        zeUtil::retried([this] { return sem_wait(block_->semaphore); });
 }
 
 bool Semaphore::tryWait() {
