@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/Thread/zeThreadAtomic.h"
+
+#include <cstdint>
+
+#include "Base/Thread/zeThreadMutex.h"
+#include "Base/Thread/zeThreadRelaxedImpl.h"
+#include "Base/Utility/zeUtilWrap.h"
+
+namespace zeThread {
+
+namespace {
+
+constexpr std::uint64_t lockCount = 17;
+
+// Leaves in the order of locks: nothing else is locked under one.
+Mutex locktable[lockCount];
+
+int add(int& value, int difference) {
+    MutexOp op(locktable[reinterpret_cast<std::uint64_t>(&value) % lockCount], true);
+    op.lock();
+    const int sum = zeUtil::wrappedSum(value, difference);
+    relaxedStore(value, sum); // ReferenceCount reads its count without the lock
+    return sum;
+}
+
+} // namespace
+
+int atomicIncrement(int& value) {
+    return add(value, 1);
+}
+
+int atomicDecrement(int& value) {
+    return add(value, -1);
+}
+
+} // namespace zeThread
