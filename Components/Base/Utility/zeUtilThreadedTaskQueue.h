@@ -140,9 +140,9 @@ public:
     virtual void setCancelObject(Progress* progress) = 0;
 
     /// Whether tasks are being cancelled: the Progress says so, and no task with setNoCancel() was
-    /// submitted. Asks the Progress each time. In the queue of get() without an installed one, such
-    /// a task protects the others from when its turn comes, also as a subtask; a task that is
-    /// cancelled in its pre-subtasks is asked for the first post-subtask, which is deleted.
+    /// submitted. Asks the Progress, until it has said so. The queue of getSingleThreaded() asks it
+    /// each time; there such a task protects the others from its turn on, also as a subtask, and a
+    /// task that is cut short is asked for one subtask more, which is deleted.
     virtual bool cancelled() = 0;
 
     /// The installed queue, or else the single-threaded one. Never null.
