@@ -20,9 +20,9 @@ def read(path):
         if record.get("aggregate_name") != "median":
             continue
         parts = record["run_name"].split("/")
-        # What a program run as a process takes is measured by hand.
-        time = record["real_time" if "manual_time" in parts else "cpu_time"]
-        parts = [p for p in parts if not p.startswith(("min_time", "repeats", "manual_time"))]
+        # What a program run as a process takes is measured by hand, what several threads take by the clock.
+        time = record["real_time" if {"manual_time", "real_time"} & set(parts) else "cpu_time"]
+        parts = [p for p in parts if not p.startswith(("min_time", "repeats", "manual_time", "real_time"))]
         peers = rows.setdefault((parts[0], "/".join(parts[2:])), {})
         peers[parts[1]] = (time * NANOSECONDS[record["time_unit"]], record)
     return rows

@@ -8,14 +8,26 @@
 #include <utility>
 
 #include "Base/OS/zeOSError.h"
+#include "Base/Thread/zeThreadSpinImpl.h"
 #include "Base/Utility/zeUtilDescriptor.h"
 #include "Base/Utility/zeUtilError.h"
 
 namespace zeThread {
 
 struct Semaphore::Block {
+    bool tryWait() {
+        return zeUtil::retried([this] { return sem_trywait(semaphore); }) == 0;
+    }
+
+    /// Where the counter is zero; apart, so that the usual case stays short.
+    [[gnu::noinline]] void waitForPost() {
+        if (!spin.until([this] { return tryWait(); }))
+            zeUtil::retried([this] { return sem_wait(semaphore); });
+    }
+
     sem_t own{};
     sem_t* semaphore = &own;
+    AdaptiveSpin spin;
 };
 
 namespace {
@@ -43,11 +55,12 @@ Semaphore::~Semaphore() {
 }
 
 void Semaphore::wait() {
-    zeUtil::retried([this] { return sem_wait(block_->semaphore); });
+    if (!block_->tryWait())
+        block_->waitForPost();
 }
 
 bool Semaphore::tryWait() {
-    return zeUtil::retried([this] { return sem_trywait(block_->semaphore); }) == 0;
+    return block_->tryWait();
 }
 
 void Semaphore::post() {
