@@ -19,7 +19,8 @@
 /// different, somewhat more. Nothing is reported but the result; running out of memory throws
 /// std::bad_alloc and leaves some rectangles placed.
 ///
-/// Threads: as for any plain value, different lists may be packed by different threads at once.
+/// Threads: as for any plain value, but pack() with a bound of its own choice sorts on the pool of
+/// zeUtil::ThreadPool, which only one thread may use at a time if an application has installed it.
 ///
 /// @code
 /// std::vector<zeUtil::IntRange2d> rects;

@@ -10,7 +10,9 @@
 #include <numeric>
 #include <utility>
 
+#include "Base/Utility/zeUtilOrdering.h"
 #include "Base/Utility/zeUtilPowerOfTwo.h"
+#include "Base/Utility/zeUtilSMPSort.h"
 
 namespace zeUtil {
 
@@ -247,14 +249,15 @@ int toInt(double n) {
     return static_cast<int>(std::min<double>(n, INT_MAX));
 }
 
-/// The indices of the rectangles, those with the longest edge first.
-std::vector<std::size_t> byLongestEdge(const std::vector<IntRange2d>& rects) {
-    std::vector<std::size_t> order(rects.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
-    std::sort(order.begin(), order.end(), [&rects](std::size_t a, std::size_t b) {
-        return longestEdge(rects[a]) > longestEdge(rects[b]);
-    });
-    return order;
+bool longestEdgeMetric(const IntRange2d& a, const IntRange2d& b) {
+    return longestEdge(a) > longestEdge(b);
+}
+
+/// Makes `order` the indices of the rectangles, those with the longest edge first.
+void sortByLongestEdge(Ordering& order, const std::vector<IntRange2d>& rects) {
+    order.resize(rects.size());
+    SMPSort(order.begin(), order.end(),
+            Ordering::IndexedBinaryPredicate(rects.begin(), longestEdgeMetric));
 }
 
 /// The bound that is tried first: a square of the total area, or, where a rectangle is too long for
@@ -329,14 +332,16 @@ int pack(std::vector<IntRange2d>& rects, IntRange2d bounds) {
 IntRange2d pack(std::vector<IntRange2d>& rects, bool powerOfTwo) {
     if (rects.empty())
         return powerOfTwo ? IntRange2d(0, 0, 1, 1) : IntRange2d();
-    const std::vector<std::size_t> order = byLongestEdge(rects);
+    Ordering order;
+    sortByLongestEdge(order, rects);
     std::vector<IntRange2d> sorted;
-    sorted.reserve(order.size());
-    for (std::size_t i : order)
-        sorted.push_back(rects[i]);
+    sorted.reserve(rects.size());
+    for (int i : order)
+        sorted.push_back(rects[static_cast<std::size_t>(i)]);
     const IntRange2d bound = packGrowing(sorted, powerOfTwo);
-    for (std::size_t i = 0; i < order.size(); ++i)
-        rects[order[i]] = sorted[i];
+    const int* index = order.begin();
+    for (const IntRange2d& rect : sorted)
+        rects[static_cast<std::size_t>(*index++)] = rect;
     if (powerOfTwo)
         return bound;
 

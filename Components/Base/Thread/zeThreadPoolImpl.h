@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// The workers of a zeThread::Pool.
+
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "Base/Thread/zeThreadBarrier.h"
+#include "Base/Thread/zeThreadMutex.h"
+#include "Base/Thread/zeThreadThread.h"
+
+namespace zeThread {
+
+/// Keeps workers parked at a barrier, releases all of them into one function, and joins them again.
+/// The controlling thread calls releaseAll() or releaseAllButOne(), and then join().
+///
+/// Nothing but the worker numbers is guarded by a lock: what the controlling thread writes before
+/// it comes to the barrier, the workers see behind it.
+class PoolImpl {
+public:
+    /// What workers are released into; `number` is from 1 to `numThreads`.
+    using Function = void (*)(void* arg, int number, int numThreads);
+
+    /// Starts `n` workers, or throws and leaves none.
+    explicit PoolImpl(int n);
+    PoolImpl(const PoolImpl&) = delete;
+    PoolImpl& operator=(const PoolImpl&) = delete;
+
+    /// Ends the workers, which must be parked.
+    ~PoolImpl();
+
+    /// The workers that were started.
+    int numThreads() const { return numThreads_; }
+
+    /// Lets all workers run `function(arg, …)`.
+    void releaseAll(Function function, void* arg) { release(function, arg, false); }
+
+    /// Lets all workers but the one with the highest number, whose place the controlling thread
+    /// takes, run `function(arg, …)`.
+    void releaseAllButOne(Function function, void* arg) { release(function, arg, true); }
+
+    /// Returns when all workers are parked again.
+    void join() { barrier_->wait(); }
+
+private:
+    void startThreads(int n);
+    void waitForThreads();
+    void release(Function function, void* arg, bool skipLast);
+    void threadFunc();
+
+    std::vector<std::unique_ptr<Thread>> threads_;
+    Mutex lock_{true}; ///< Guards nextId_; held by the constructor, so that no worker gets ahead.
+    std::unique_ptr<Barrier> barrier_; ///< For the workers and the controlling thread.
+    int nextId_ = 1;
+    int numThreads_ = 0;
+    Function function_ = nullptr;
+    void* arg_ = nullptr;
+    bool skipLast_ = false;
+    bool terminating_ = false;
+};
+
+} // namespace zeThread

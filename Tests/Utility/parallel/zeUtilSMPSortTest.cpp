@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/Utility/zeUtilSMPSort.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <functional>
+#include <numeric>
+#include <random>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "Base/Thread/zeThreadPool.h"
+#include "Base/Utility/zeUtilOrdering.h"
+
+namespace {
+
+/// Runs its "threads" one after the other, the last one first: what one of them needs from another
+/// would be missing.
+class BackwardPool : public zeUtil::ThreadPool {
+public:
+    explicit BackwardPool(int threads) : ThreadPool(threads) { install(this); }
+    ~BackwardPool() override { install(nullptr); }
+
+    void execute(zeUtil::ThreadedAlg& algorithm) override {
+        algorithm.initialize(numThreads);
+        for (int id = numThreads; id-- > 0;)
+            algorithm.threadFunc(id, numThreads);
+        algorithm.finalize();
+        ++runs;
+    }
+    void execute(zeUtil::ThreadedChunkAlg&) override { FAIL(); }
+
+    int runs = 0;
+};
+
+/// A key, and where the element stood before.
+using Element = std::pair<int, int>;
+using Elements = std::vector<Element>;
+
+bool byKey(const Element& a, const Element& b) {
+    return a.first < b.first;
+}
+
+void sortThreaded(Elements& elements) {
+    zeUtil::SMPSort(elements.data(), elements.data() + elements.size(), byKey);
+}
+
+/// What SMPSort promises: each half sorted by std::sort, then merged with ties to the first half.
+void sortByTheRule(Elements& elements) {
+    const auto middle = elements.begin() + static_cast<std::ptrdiff_t>((elements.size() + 1) / 2);
+    std::sort(elements.begin(), middle, byKey);
+    std::sort(middle, elements.end(), byKey);
+    std::stable_sort(elements.begin(), elements.end(), byKey);
+}
+
+Elements elementsWithKeys(std::size_t count, std::size_t digits, unsigned int base) {
+    Elements elements;
+    for (std::size_t i = 0; i < count; ++i, digits /= base)
+        elements.emplace_back(static_cast<int>(digits % base), static_cast<int>(i));
+    return elements;
+}
+
+Elements randomElements(std::size_t count, unsigned int keys, std::mt19937& random) {
+    Elements elements;
+    for (std::size_t i = 0; i < count; ++i)
+        elements.emplace_back(static_cast<int>(random() % keys), static_cast<int>(i));
+    return elements;
+}
+
+} // namespace
+
+TEST(SMPSort, SortsEveryShortRangeAsTheRuleSays) {
+    BackwardPool pool(2);
+    int ranges = 0;
+    for (std::size_t count = 0; count <= 7; ++count) {
+        std::size_t patterns = 1;
+        for (std::size_t i = 0; i < count; ++i)
+            patterns *= 4;
+        for (std::size_t digits = 0; digits < patterns; ++digits, ++ranges) {
+            Elements elements = elementsWithKeys(count, digits, 4);
+            Elements expected = elements;
+            sortThreaded(elements);
+            sortByTheRule(expected);
+            ASSERT_EQ(elements, expected) << count << ", " << digits;
+        }
+    }
+    EXPECT_EQ(pool.runs, 2 * ranges) << "one to sort, one to merge, however short the range";
+}
+
+TEST(SMPSort, SortsOnThreadsAsTheRuleSays) {
+    std::mt19937 random(1);
+    for (int threads : {1, 2, 8}) {
+        zeThread::Pool pool(threads);
+        zeUtil::ThreadPool::install(&pool);
+        for (std::size_t count : {0u, 1u, 2u, 3u, 5u, 100u, 1001u, 30000u}) {
+            for (unsigned int keys : {1u, 3u, 1000u, 1u << 30}) {
+                Elements elements = randomElements(count, keys, random);
+                Elements expected = elements;
+                sortThreaded(elements);
+                if (threads == 1)
+                    std::sort(expected.begin(), expected.end(), byKey);
+                else
+                    sortByTheRule(expected);
+                ASSERT_EQ(elements, expected) << threads << ", " << count << ", " << keys;
+            }
+        }
+    }
+}
+
+TEST(SMPSort, SortsWhatOwnsMemory) {
+    BackwardPool pool(3);
+    std::vector<std::string> words;
+    for (int i = 0; i < 99; ++i)
+        words.push_back("a word that is too long for its object " + std::to_string(i * 37 % 99));
+    std::vector<std::string> expected = words;
+    std::sort(expected.begin(), expected.end());
+    zeUtil::SMPSort(words.data(), words.data() + words.size(), std::less<>());
+    EXPECT_EQ(words, expected);
+}
+
+TEST(Ordering, SortsIndicesByTheirElements) {
+    std::mt19937 random(2);
+    std::vector<int> data(1000);
+    for (int& d : data)
+        d = static_cast<int>(random() % 100);
+    zeUtil::Ordering order;
+    order.resize(data.size());
+    const zeUtil::Ordering::IndexedBinaryPredicate byElement(data.cbegin(), std::greater<>());
+    BackwardPool pool(2);
+    zeUtil::SMPSort(order.begin(), order.end(), byElement);
+    EXPECT_TRUE(std::is_sorted(order.begin(), order.end(), byElement));
+    EXPECT_EQ(std::set<int>(order.begin(), order.end()).size(), data.size());
+
+    const int* const before = order.begin();
+    for (unsigned long size : {1000ul, 3ul, 0ul}) {
+        order.resize(size);
+        EXPECT_TRUE(size != 1000 || order.begin() == before) << "the same size keeps the array";
+        std::vector<int> identity(size);
+        std::iota(identity.begin(), identity.end(), 0);
+        EXPECT_EQ(std::vector<int>(order.begin(), order.end()), identity);
+    }
+}
