@@ -129,6 +129,7 @@ Error ioPackageFile::update() {
 }
 
 const ioPackageFileEntry* ioPackageFile::getEntry(int index) const {
+    const_cast<ioPackageFile*>(this)->joinEntries(); // never due in an object that is const itself
     if (index < 0 || static_cast<std::size_t>(index) >= entries_.size())
         return nullptr;
     const ioPackageFileEntry& entry = entries_[static_cast<std::size_t>(index)];
@@ -136,8 +137,14 @@ const ioPackageFileEntry* ioPackageFile::getEntry(int index) const {
 }
 
 const ioPackageFileEntry* ioPackageFile::getEntry(const IString& name) const {
-    const auto found = names_.find(name);
-    return found == names_.end() ? nullptr : getEntry(found->second);
+    const Directory& names = getDirectory();
+    const auto found = names.find(name);
+    return found == names.end() ? nullptr : getEntry(found->second);
+}
+
+const ioPackageFile::Directory& ioPackageFile::getDirectory() const {
+    const_cast<ioPackageFile*>(this)->joinEntries(); // as above
+    return names_;
 }
 
 bool ioPackageFile::isFilePackageFile(const IString& path) {
@@ -167,6 +174,7 @@ void ioPackageFile::swap(ioPackageFile& other) {
     output_.swapChain(other.output_);
     std::swap(outputOpen_, other.outputOpen_);
     std::swap(firstFit_, other.firstFit_);
+    std::swap(joinsDue_, other.joinsDue_);
     for (ioPackageFile* package : {this, &other})
         for (ioPackageFileEntry& entry : package->entries_)
             entry.package_ = package;
@@ -262,6 +270,7 @@ Error ioPackageFile::writePackageHeader() {
 }
 
 Error ioPackageFile::writeDirectory() {
+    joinEntries();
     const long place = entries_.back().offset_;
     Error error = openPackageForOutput();
     if (error.code() != 0)

@@ -94,11 +94,11 @@ bool pathBelow(const IString& directory, const IString& target, std::string& pat
 }
 
 /// Steps into the directory `name`, which is made if it is missing. Follows no link.
-zeUtil::Descriptor enterDirectory(const zeUtil::Descriptor& parent, const char* name) {
-    if (mkdirat(parent.get(), name, 0777) != 0 && errno != EEXIST)
+zeUtil::Descriptor enterDirectory(int parent, const char* name) {
+    if (mkdirat(parent, name, 0777) != 0 && errno != EEXIST)
         return {};
     return zeUtil::Descriptor(zeUtil::retried(
-        [&] { return openat(parent.get(), name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
+        [&] { return openat(parent, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
 }
 
 Error directoryFailure() {
@@ -324,7 +324,7 @@ Error ioPackageFile::write(const IString& path) {
         return error;
     if (!copy.writable_)
         return Error(packageNotWritable, "The pacakge is not writable.");
-    for (const auto& [name, index] : names_) {
+    for (const auto& [name, index] : getDirectory()) {
         error = copy.copyEntryIntoPackage(getEntry(index));
         if (error.code() != 0)
             return error;
@@ -386,36 +386,39 @@ Error ioPackageFile::expand(const IString& directory) {
     Error error = createDirectory(directory);
     if (error.code() != 0)
         return error;
-    const zeUtil::Descriptor place(zeUtil::retried(
-        [&] { return ::open(directory.asUTF8(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
+    const IString path = zeOS::Filename(directory).path();
+    const zeUtil::Descriptor place(
+        zeUtil::retried([&] { return ::open(path.asUTF8(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
     if (!place.isOpen())
         return directoryFailure();
-    for (const auto& [name, index] : names_) {
-        error = expandEntry(*getEntry(index), place.get(), directory);
+    for (const auto& [name, index] : getDirectory()) {
+        error = expandEntry(*getEntry(index), place.get(), path);
         if (error.code() != 0)
             break;
     }
     return error;
 }
 
-/// Extracts to where the entry's name leads below `directory`, step by step, so that no link can
-/// lead elsewhere.
+/// Extracts to where the entry's name leads below `directory`, a descriptor, step by step, so that
+/// no link can lead elsewhere.
 Error ioPackageFile::expandEntry(const ioPackageFileEntry& entry, int directory,
-                                 const IString& directoryName) {
-    const IString target = zeOS::Filename::join(directoryName, entry.getName());
+                                 const IString& directoryPath) {
+    const IString target = zeOS::Filename::join(directoryPath, entry.getName());
     std::string path;
-    if (!pathBelow(zeOS::Filename(directoryName).path(), target, path))
+    if (!pathBelow(directoryPath, target, path))
         return packageFailure(packageBadName, L"File is using a name which is not allowed: %S",
                               entry.getName());
-    zeUtil::Descriptor parent(fcntl(directory, F_DUPFD_CLOEXEC, 0));
+    zeUtil::Descriptor parent;
+    int parentNumber = directory;
     std::string::size_type start = 0;
     for (std::string::size_type end; (end = path.find('/', start)) != std::string::npos;
          start = end + 1) {
-        parent = enterDirectory(parent, path.substr(start, end - start).c_str());
+        parent = enterDirectory(parentNumber, path.substr(start, end - start).c_str());
         if (!parent.isOpen())
             return directoryFailure();
+        parentNumber = parent.get();
     }
-    return extractTo(entry, target, parent.get(), path.c_str() + start, O_NOFOLLOW | O_NONBLOCK);
+    return extractTo(entry, target, parentNumber, path.c_str() + start, O_NOFOLLOW | O_NONBLOCK);
 }
 
 Error ioPackageFile::createDirectory(const IString& path) {
