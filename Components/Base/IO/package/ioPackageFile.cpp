@@ -263,8 +263,10 @@ Error ioPackageFile::writePackageHeader() {
     output_.writeString(headerEnd);
     pointerPosition_ = output_.tell();
     output_.flush();
+    error = outputFailure(); // which the next opening for output would forget
     long end = 0;
-    error = writeDirectoryPointer(-1, end);
+    if (error.code() == 0)
+        error = writeDirectoryPointer(-1, end);
     updateDirectoryEntry(end);
     return error;
 }
