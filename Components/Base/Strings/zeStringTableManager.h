@@ -70,8 +70,8 @@ class ZEBASE_API Manager {
 public:
     /// @{
     /// Reads a catalog file into appStringTable().
-    [[nodiscard]] static zeUtil::Error loadCatalog(const zeOS::Filename& file);
-    [[nodiscard]] static zeUtil::Error loadCatalog(const zeString::IString& file);
+    static zeUtil::Error loadCatalog(const zeOS::Filename& file);
+    static zeUtil::Error loadCatalog(const zeString::IString& file);
     /// @}
 };
 
@@ -79,7 +79,7 @@ public:
 class ZEBASE_API FileUtil {
 public:
     /// The same as Manager::loadCatalog().
-    [[nodiscard]] static zeUtil::Error readCatalogFile(const zeOS::Filename& file);
+    static zeUtil::Error readCatalogFile(const zeOS::Filename& file);
 };
 
 } // namespace zeStringTable
