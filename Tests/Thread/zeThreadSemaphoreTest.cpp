@@ -23,7 +23,7 @@ using zeUtil::Error;
 
 namespace {
 
-/// Waits on one semaphore and posts another, `there` and `back` in turn with a partner.
+/// Two who post and wait in turn.
 struct PingPong {
     Semaphore there{0}, back{0};
 };
@@ -112,7 +112,10 @@ TEST(Semaphore, LosesNoWakeUpBetweenTwo) {
         bool isOver = false;
         {
             const Team partner(1, [&](int) {
-                for (game.there.wait(); !isOver; game.there.wait()) {
+                while (true) {
+                    game.there.wait();
+                    if (isOver)
+                        return;
                     EXPECT_EQ(++there, back + 1);
                     game.back.post();
                 }
