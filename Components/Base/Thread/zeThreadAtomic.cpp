@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "Base/Thread/zeThreadMutex.h"
+#include "Base/Thread/zeThreadMutexImpl.h"
 #include "Base/Thread/zeThreadRelaxedImpl.h"
 #include "Base/Utility/zeUtilWrap.h"
 
@@ -18,8 +19,7 @@ constexpr std::uint64_t lockCount = 17;
 Mutex locktable[lockCount];
 
 int add(int& value, int difference) {
-    MutexOp op(locktable[reinterpret_cast<std::uint64_t>(&value) % lockCount], true);
-    op.lock();
+    const BriefLock lock(locktable[reinterpret_cast<std::uint64_t>(&value) % lockCount]);
     const int sum = zeUtil::wrappedSum(value, difference);
     relaxedStore(value, sum); // ReferenceCount reads its count without the lock
     return sum;

@@ -6,6 +6,7 @@
 
 #include "Base/Thread/zeThreadCondition.h"
 #include "Base/Thread/zeThreadMutex.h"
+#include "Base/Thread/zeThreadMutexImpl.h"
 #include "Base/Thread/zeThreadReferenceCount.h"
 #include "Base/Thread/zeThreadSpinImpl.h"
 
@@ -16,26 +17,35 @@ public:
     explicit Impl(int parties) : count_(parties) {}
 
     void wait() {
-        MutexOp op(condition_.getMutex(), true);
-        op.lock();
-        const unsigned int cycle = cycle_;
-        if (++arrived_ == count_) {
-            arrived_ = 0;
-            ++cycle_;
-            op.unlock(); // first, so that those who wake find the mutex free
-            condition_.broadcast();
+        unsigned int cycle = 0;
+        if (arriveLast(cycle)) {
+            condition_.broadcast(); // without the mutex, so that those who wake find it free
             return;
         }
-        op.unlock();
-        const auto isOver = [this, cycle] { return cycle_ != cycle; };
-        if (count_ <= static_cast<int>(usableProcessors()) && spin_.until(isOver))
+        if (count_ <= static_cast<int>(usableProcessors()) &&
+            spin_.until([this, cycle] { return isOver(cycle); }))
             return;
+        MutexOp op(condition_.getMutex(), true);
         op.lock();
-        while (!isOver())
+        while (!isOver(cycle))
             condition_.wait(zeUtil::Interval());
     }
 
 private:
+    /// Counts the party, says which cycle it is in, and returns whether it was the last one, which
+    /// begins the next cycle.
+    bool arriveLast(unsigned int& cycle) {
+        const BriefLock lock(condition_.getMutex());
+        cycle = cycle_;
+        if (++arrived_ != count_)
+            return false;
+        arrived_ = 0;
+        ++cycle_;
+        return true;
+    }
+
+    bool isOver(unsigned int cycle) const { return cycle_ != cycle; }
+
     Condition condition_; ///< Its mutex guards all changes of what follows.
     int count_;
     int arrived_ = 0;

@@ -40,6 +40,7 @@ public:
     void unlock();
 
 private:
+    friend class BriefLock;
     friend class Condition;
     struct Block;
 
