@@ -18,7 +18,7 @@ constexpr std::uint64_t lockCount = 17;
 // Leaves in the order of locks: nothing else is locked under one.
 Mutex locktable[lockCount];
 
-int add(int& value, int difference) {
+inline int add(int& value, int difference) {
     const BriefLock lock(locktable[reinterpret_cast<std::uint64_t>(&value) % lockCount]);
     const int sum = zeUtil::wrappedSum(value, difference);
     relaxedStore(value, sum); // ReferenceCount reads its count without the lock

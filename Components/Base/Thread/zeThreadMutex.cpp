@@ -30,14 +30,14 @@ void Mutex::unlock() {
     pthread_mutex_unlock(&block_->mutex);
 }
 
-void BriefLock::lockContended() {
+void BriefLock::lockContended(pthread_mutex_t& mutex) {
     for (int i = 0; i < tries && usableProcessors() > 1; ++i) {
         for (int pause = 0; pause < pausesPerTry; ++pause)
             pauseSpinning();
-        if (pthread_mutex_trylock(mutex_) == 0)
+        if (pthread_mutex_trylock(&mutex) == 0)
             return;
     }
-    pthread_mutex_lock(mutex_);
+    pthread_mutex_lock(&mutex);
 }
 
 } // namespace zeThread

@@ -24,14 +24,14 @@ class BriefLock {
 public:
     explicit BriefLock(Mutex& mutex) : mutex_(&mutex.block_->mutex) {
         if (pthread_mutex_trylock(mutex_) != 0)
-            lockContended();
+            lockContended(*mutex_);
     }
     BriefLock(const BriefLock&) = delete;
     BriefLock& operator=(const BriefLock&) = delete;
     ~BriefLock() { pthread_mutex_unlock(mutex_); }
 
 private:
-    ZEBASE_HIDDEN void lockContended();
+    [[gnu::cold, gnu::noinline]] ZEBASE_HIDDEN static void lockContended(pthread_mutex_t& mutex);
 
     pthread_mutex_t* mutex_;
 };
