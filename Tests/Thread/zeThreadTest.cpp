@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 
-#include "Base/Thread/zeThreadThread.h"
-
 #include <cerrno>
 
 #include <gtest/gtest.h>
 
+#include "Base/Thread/zeThreadThread.h"
 #include "Support/ThreadCalls.h"
 
 TEST(Thread, IsWaitedForOnce) {
