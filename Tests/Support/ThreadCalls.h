@@ -56,6 +56,9 @@ public:
     /// The threads that the process has.
     static std::ptrdiff_t threads();
 
+    /// The mutexes that its threads hold.
+    static long locks();
+
 private:
     std::ptrdiff_t threads_;
     long locks_;
