@@ -26,7 +26,18 @@ void failAllocation(std::size_t n) {
     failing = n == 0 ? 0 : count + n;
 }
 
-void* operator new(std::size_t size) {
+// ThreadSanitizer has operators of its own, which no program may replace: there nothing is counted,
+// and nothing fails.
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define REPLACEABLE [[gnu::weak]]
+#endif
+#endif
+#ifndef REPLACEABLE
+#define REPLACEABLE
+#endif
+
+REPLACEABLE void* operator new(std::size_t size) {
     if (++count == failing)
         throw std::bad_alloc();
     bytes += size;
@@ -35,10 +46,10 @@ void* operator new(std::size_t size) {
     throw std::bad_alloc();
 }
 
-void operator delete(void* memory) noexcept {
+REPLACEABLE void operator delete(void* memory) noexcept {
     std::free(memory);
 }
 
-void operator delete(void* memory, std::size_t) noexcept {
+REPLACEABLE void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }

@@ -18,6 +18,8 @@
 #include "Support/AllocationCount.h"
 #include "Support/ThreadCalls.h"
 
+#include "Thread/poolRounds.h"
+
 namespace {
 
 using zeThread::Pool;
@@ -194,5 +196,21 @@ TEST(Pool, IsMadeAndDestroyedAThousandTimes) {
         OnThreads algorithm(5);
         pool.execute(algorithm);
         EXPECT_EQ(algorithm.notes.calls[0], 1);
+    }
+}
+
+TEST(Pool, LosesNoWakeUp) {
+    const ThreadsAndLocks none;
+    for (int threads : {2, 3, 8}) {
+        const StressTime time(0.3);
+        PoolRounds rounds(threads);
+        for (int block = 0; time.isLeft(); ++block) {
+            std::unique_ptr<RandomYields> yields;
+            if (block % 2 == 0)
+                yields = std::make_unique<RandomYields>();
+            for (int i = 0; i < 100; ++i)
+                rounds.run();
+        }
+        rounds.verify();
     }
 }

@@ -2,6 +2,8 @@
 
 #include "Base/Thread/zeThreadPool.h"
 
+#include <algorithm>
+
 #include "Base/Thread/zeThreadAtomic.h"
 #include "Base/Thread/zeThreadPoolImpl.h"
 #include "Base/Utility/zeRTBSignal.h"
@@ -15,7 +17,8 @@ PoolImpl::PoolImpl(int n) {
     try {
         startThreads(n);
         numThreads_ = static_cast<int>(threads_.size());
-        barrier_ = std::make_unique<Barrier>(numThreads_ + 1);
+        lastBarrier_ = std::make_unique<Barrier>(2);
+        barrier_ = std::make_unique<Barrier>(std::max(numThreads_, 1));
     } catch (...) {
         op.unlock();
         waitForThreads();
@@ -39,7 +42,7 @@ void PoolImpl::startThreads(int n) {
 
 PoolImpl::~PoolImpl() {
     terminating_ = true;
-    barrier_->wait();
+    release(nullptr, nullptr, false);
     waitForThreads();
 }
 
@@ -52,10 +55,16 @@ void PoolImpl::release(Function function, void* arg, bool skipLast) {
     function_ = function;
     arg_ = arg;
     skipLast_ = skipLast;
-    barrier_->wait();
+    meetWorkers();
 }
 
-/// A worker's life. It parks at the first barrier; the second one is join().
+void PoolImpl::meetWorkers() {
+    barrier_->wait();
+    if (!skipLast_ && numThreads_ > 0)
+        lastBarrier_->wait();
+}
+
+/// A worker's life. It parks at the first of the two waits; the second one is join().
 void PoolImpl::threadFunc() {
     lock_.lock();
     const int number = nextId_++;
@@ -63,13 +72,13 @@ void PoolImpl::threadFunc() {
     lock_.unlock();
     if (!isPoolMade)
         return;
+    Barrier& barrier = number < numThreads_ ? *barrier_ : *lastBarrier_;
     for (;;) {
-        barrier_->wait();
+        barrier.wait();
         if (terminating_)
             return;
-        if (!skipLast_ || number < numThreads_)
-            function_(arg_, number, numThreads_);
-        barrier_->wait();
+        function_(arg_, number, numThreads_);
+        barrier.wait();
     }
 }
 

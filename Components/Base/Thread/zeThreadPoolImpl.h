@@ -14,11 +14,13 @@
 
 namespace zeThread {
 
-/// Keeps workers parked at a barrier, releases all of them into one function, and joins them again.
-/// The controlling thread calls releaseAll() or releaseAllButOne(), and then join().
+/// Keeps workers parked, releases all of them into one function, and joins them again. The
+/// controlling thread calls releaseAll() or releaseAllButOne(), and then join().
 ///
-/// Nothing but the worker numbers is guarded by a lock: what the controlling thread writes before
-/// it comes to the barrier, the workers see behind it.
+/// The worker with the highest number is parked at a barrier of its own, so that it sleeps through
+/// releaseAllButOne(): a pool of as many threads as there are processors leaves none of them
+/// without one. Nothing but the numbers of workers is guarded by a lock: what the controlling
+/// thread writes before it comes to a barrier, the workers see behind it.
 class PoolImpl {
 public:
     /// What workers are released into; `number` is from 1 to `numThreads`.
@@ -43,17 +45,19 @@ public:
     void releaseAllButOne(Function function, void* arg) { release(function, arg, true); }
 
     /// Returns when all workers are parked again.
-    void join() { barrier_->wait(); }
+    void join() { meetWorkers(); }
 
 private:
     void startThreads(int n);
     void waitForThreads();
     void release(Function function, void* arg, bool skipLast);
+    void meetWorkers();
     void threadFunc();
 
     std::vector<std::unique_ptr<Thread>> threads_;
     Mutex lock_{true}; ///< Guards nextId_; held by the constructor, so that no worker gets ahead.
-    std::unique_ptr<Barrier> barrier_; ///< For the workers and the controlling thread.
+    std::unique_ptr<Barrier> barrier_;     ///< For the controlling thread and all workers but one.
+    std::unique_ptr<Barrier> lastBarrier_; ///< For the controlling thread and that one.
     int nextId_ = 1;
     int numThreads_ = 0;
     Function function_ = nullptr;
