@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/OS/zeOSDirectoryIterator.h"
+
+#include <utility>
+#include <vector>
+
+#include "Base/OS/zeOSFile.h"
+#include "Base/OS/zeOSFileStatus.h"
+
+namespace zeOS {
+
+using zeString::IString;
+
+namespace {
+
+bool isSlash(wchar_t c) {
+    return c == L'/' || c == L'\\'; // both, on every platform
+}
+
+IString withoutSlashesAtEnd(IString name) {
+    while (name.length() > 1 && isSlash(name[name.last()]))
+        name.erase(name.last());
+    return name;
+}
+
+/// Whether a full name is that of an entry "." or "..". Names of less than 4 characters are not
+/// tested, so that a root of one character is walked through "./." as well: kept for compatibility.
+bool isDots(const IString& name) {
+    const unsigned int length = name.length();
+    if (length < 4 || name[length - 1] != L'.')
+        return false;
+    const wchar_t before = name[length - 2];
+    return isSlash(before) || (before == L'.' && isSlash(name[length - 3]));
+}
+
+} // namespace
+
+DirectoryIterator::iteratorEntry::iteratorEntry(const IString& fullName) : name(fullName) {
+    FileStatus status;
+    if (File::query(name, status).code() != File::ErrNone || !status.exists())
+        return;
+    exists = true;
+    isDirectory = status.isDirectory();
+}
+
+DirectoryIterator::DirectoryIterator(const IString& root) {
+    entries_.emplace_back(withoutSlashesAtEnd(root));
+    if (!entries_.back().exists)
+        entries_.pop_back();
+}
+
+DirectoryIterator::~DirectoryIterator() = default;
+
+void DirectoryIterator::next() {
+    if (const iteratorEntry& current = entries_.front(); current.isDirectory && !current.pruned)
+        visit(current.name);
+    entries_.pop_front();
+}
+
+void DirectoryIterator::visit(const IString& directory) {
+    File file(directory);
+    if (!file.isValid())
+        return;
+    // A name that decodes to nothing would be the directory once more, and for ever.
+    IString unnamed = file.getFullName();
+    if (unnamed.isEmpty() || unnamed[unnamed.last()] != file.getSeparator())
+        unnamed.append(file.getSeparator());
+
+    std::vector<IString> names;
+    file.readDir(names, true);
+    for (const IString& name : names) {
+        if (isDots(name) || name == unnamed)
+            continue;
+        entries_.emplace_back(name);
+        if (!entries_.back().exists)
+            entries_.pop_back();
+    }
+}
+
+} // namespace zeOS

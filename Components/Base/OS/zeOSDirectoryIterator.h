@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// A walk through a directory and all that lies below it.
+///
+/// The walk goes level by level: the root comes first, and all entries of a directory come before
+/// any entry of its subdirectories. "." and ".." are left out, and so is a symbolic link that leads
+/// nowhere. A directory that cannot be read looks empty. Nothing is reported.
+///
+/// **Links to directories are followed**, so that a directory can be met under several names, and
+/// what a link leads to may lie outside of the tree. Where links make a loop, the walk ends when
+/// the system refuses the path (40 links, 4096 bytes); a loop with several links in it has grown
+/// beyond all bounds by then. Call prune() on directories that you do not mean to enter.
+///
+/// **The root of one character** (`.`, `/`, `a`) lists what it holds twice, once through the name
+/// "./.", and "/" even three times. Walk "./" followed by a name, or a longer path, instead. This
+/// is kept for compatibility.
+///
+/// Names are decoded as UTF-8. A name that is not valid UTF-8 decodes to a text with "?" in it, and
+/// one that begins with a byte order mark loses that: such an entry is left out, unless its decoded
+/// name exists too.
+///
+/// Threads: a DirectoryIterator belongs to one thread at a time.
+///
+/// @code
+/// int files = 0;
+/// for (zeOS::DirectoryIterator it("/sys/kernel/mm"); it.valid(); it.next()) {
+///     if (it.onDirectory() && zeOS::Filename(it.getName()).basename() == L"hugepages")
+///         it.prune(); // nothing below it is visited
+///     else if (it.onFile())
+///         ++files;
+/// }
+/// assert(files > 0);
+/// @endcode
+
+#pragma once
+
+#include <list>
+
+#include "Base/OS/zeOSFilename.h"
+#include "Base/Strings/zeStringIString.h"
+#include "Base/zeBaseExport.h"
+
+namespace zeOS {
+
+/// The state of a walk: the entries that are still to be visited, the current one first. A copy
+/// goes on from the same place by itself. Each entry costs one `stat` when its directory is
+/// visited, and memory until its turn comes, so that the list grows with the width of the tree, not
+/// its depth.
+///
+/// All operations but valid() require that valid() is true.
+class ZEBASE_API DirectoryIterator {
+public:
+    /// Stands on `root` itself, without the separators (`/` and `\`) at its end; not valid if there
+    /// is nothing of that name. A file is a walk of one entry.
+    DirectoryIterator(const zeString::IString& root);
+    virtual ~DirectoryIterator();
+    /// @{
+    /// A walk of its own from the same place.
+    DirectoryIterator(const DirectoryIterator&) = default;
+    DirectoryIterator& operator=(const DirectoryIterator&) = default;
+    /// @}
+
+    /// Whether there is a current entry.
+    bool valid() const { return !entries_.empty(); }
+    /// The root as given and the names below it, down to the current entry. Valid until next().
+    const zeString::IString& getName() const { return entries_.front().name; }
+    /// Whether the current entry was no directory when its own directory was visited. A device or a
+    /// socket counts as a file.
+    bool onFile() const { return !entries_.front().isDirectory; }
+    /// The opposite of onFile().
+    bool onDirectory() const { return entries_.front().isDirectory; }
+    /// Makes next() pass the current directory by without entering it.
+    void prune() { entries_.front().pruned = true; }
+    /// Reads the current directory, unless it was pruned, and goes on to the next entry.
+    void next();
+
+private:
+    struct iteratorEntry {
+        explicit iteratorEntry(const zeString::IString& name);
+
+        zeString::IString name; ///< The full path.
+        bool exists = false;
+        bool isDirectory = false;
+        bool pruned = false;
+    };
+
+    ZEBASE_HIDDEN void visit(const zeString::IString& directory);
+
+    std::list<iteratorEntry> entries_; ///< The first to be visited at the front.
+};
+
+} // namespace zeOS
