@@ -5,12 +5,15 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
@@ -22,16 +25,25 @@
 namespace {
 
 constexpr const char* names[] = {
-    "open",  "openat",   "close",   "read",    "write",     "fsync",   "fopen",    "fdopen",
-    "fread", "fgets",    "fwrite",  "fclose",  "rename",    "unlink",  "unlinkat", "mkdir",
-    "rmdir", "mkostemp", "tempnam", "opendir", "fdopendir", "readdir", "stat",     "lstat",
-    "fstat", "access",   "getcwd",  "chdir",   "statvfs",
+    "open",     "openat", "close", "read",     "write",   "fsync",   "fopen",
+    "fdopen",   "fread",  "fgets", "fwrite",   "fclose",  "rename",  "unlink",
+    "unlinkat", "mkdir",  "rmdir", "mkostemp", "tempnam", "opendir", "fdopendir",
+    "readdir",  "stat",   "lstat", "fstat",    "access",  "getcwd",  "chdir",
+    "statvfs",  "pipe2",  "fcntl", "fork",     "execv",   "waitpid", "sigaction",
 };
 static_assert(std::size(names) == SystemFaults::callCount);
 
 SystemFaults* active = nullptr;
 
 std::FILE* failedStream = nullptr; // whose fgets failed, until the next fclose
+
+/// Lies in memory that child processes share.
+std::atomic<std::size_t>& callCounter() {
+    static auto* const counter = static_cast<std::atomic<std::size_t>*>(
+        mmap(nullptr, sizeof(std::atomic<std::size_t>), PROT_READ | PROT_WRITE,
+             MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    return *counter;
+}
 
 std::size_t callsToLive = 0; // 0: for ever
 int killReport = -1;
@@ -44,13 +56,26 @@ void countToDeath(SystemFaults::Call call) {
     kill(getpid(), SIGKILL);
 }
 
-/// Makes the call itself: the C library's function behind ours.
-template<class Result, class... Arguments>
-Result genuine(SystemFaults::Call call, Arguments... arguments) {
-    static void* found[SystemFaults::callCount];
+std::atomic<void*> found[SystemFaults::callCount];
+
+/// The C library's function behind ours.
+void* genuineFunction(std::size_t call) {
     if (!found[call])
         found[call] = dlsym(RTLD_NEXT, names[call]);
-    return reinterpret_cast<Result (*)(Arguments...)>(found[call])(arguments...);
+    return found[call];
+}
+
+/// Once the program has other threads, a child process must not look for any.
+[[maybe_unused]] const bool areFound = [] {
+    for (std::size_t call = 0; call < SystemFaults::callCount; ++call)
+        genuineFunction(call);
+    return true;
+}();
+
+/// Makes the call itself.
+template<class Result, class... Arguments>
+Result genuine(SystemFaults::Call call, Arguments... arguments) {
+    return reinterpret_cast<Result (*)(Arguments...)>(genuineFunction(call))(arguments...);
 }
 
 /// Returns `failure` where the call is to fail, else what the C library answers.
@@ -88,16 +113,22 @@ const char* SystemFaults::name(Call call) {
 
 SystemFaults::SystemFaults(Call call, std::vector<Answer> answers)
     : call_(call), answers_(std::move(answers)) {
+    callCounter() = 0;
     active = this;
 }
 
 SystemFaults::SystemFaults(std::vector<std::size_t> places, int error)
     : places_(std::move(places)), error_(error) {
+    callCounter() = 0;
     active = this;
 }
 
 SystemFaults::~SystemFaults() {
     active = nullptr;
+}
+
+std::size_t SystemFaults::calls() const {
+    return callCounter();
 }
 
 void SystemFaults::killAt(std::size_t n, int report) {
@@ -109,23 +140,24 @@ SystemFaults::Answer SystemFaults::next(Call call) {
     countToDeath(call);
     Answer answer;
     if (active && active->call_ == callCount) {
-        ++active->calls_;
-        if (active->failsByPlace())
+        if (active->failsByPlace(++callCounter()))
             answer.error = active->error_;
-    } else if (active && active->call_ == call && active->calls_++ < active->answers_.size()) {
-        answer = active->answers_[active->calls_ - 1];
+    } else if (active && active->call_ == call) {
+        const std::size_t n = callCounter()++;
+        if (n < active->answers_.size())
+            answer = active->answers_[n];
     }
     if (answer.error)
         errno = answer.error;
     return answer;
 }
 
-bool SystemFaults::failsByPlace() const {
-    return std::find(places_.begin(), places_.end(), calls_) != places_.end();
+bool SystemFaults::failsByPlace(std::size_t n) const {
+    return std::find(places_.begin(), places_.end(), n) != places_.end();
 }
 
 void SystemFaults::noteOpened(Call call, int fd) {
-    if (active && fd >= 0 && !(fcntl(fd, F_GETFD) & FD_CLOEXEC))
+    if (active && fd >= 0 && !(syscall(SYS_fcntl, fd, F_GETFD) & FD_CLOEXEC))
         active->inherited_ += std::string(names[call]) + " ";
 }
 
@@ -288,6 +320,37 @@ int chdir(const char* path) noexcept {
 
 int statvfs(const char* path, struct statvfs* status) noexcept {
     return answer(SystemFaults::onStatvfs, -1, path, status);
+}
+
+int pipe2(int ends[2], int flags) noexcept {
+    const int result = answer(SystemFaults::onPipe2, -1, ends, flags);
+    for (int i = 0; result == 0 && i < 2; ++i)
+        SystemFaults::noteOpened(SystemFaults::onPipe2, ends[i]);
+    return result;
+}
+
+int fcntl(int fd, int command, ...) {
+    va_list arguments;
+    va_start(arguments, command);
+    void* const argument = va_arg(arguments, void*);
+    va_end(arguments);
+    return answer(SystemFaults::onFcntl, -1, fd, command, argument);
+}
+
+pid_t fork() noexcept {
+    return answer(SystemFaults::onFork, -1);
+}
+
+int execv(const char* path, char* const arguments[]) noexcept {
+    return answer(SystemFaults::onExecv, -1, path, arguments);
+}
+
+pid_t waitpid(pid_t child, int* status, int options) {
+    return answer(SystemFaults::onWaitpid, -1, child, status, options);
+}
+
+int sigaction(int signal, const struct sigaction* action, struct sigaction* before) noexcept {
+    return answer(SystemFaults::onSigaction, -1, signal, action, before);
 }
 
 } // extern "C"

@@ -10,7 +10,8 @@
 /// // The next write is interrupted, the one after it meets a full disk, the third works again.
 /// @endcode
 ///
-/// One thread, and one object at a time. FaultTrial.h fails each call in turn.
+/// One thread, and one object at a time. Child processes meet the same faults until they become
+/// another program. FaultTrial.h fails each call in turn.
 
 #pragma once
 
@@ -50,6 +51,12 @@ public:
         onGetcwd,
         onChdir,
         onStatvfs,
+        onPipe2,
+        onFcntl,
+        onFork,
+        onExecv,
+        onWaitpid,
+        onSigaction,
         callCount
     };
 
@@ -77,8 +84,8 @@ public:
     SystemFaults& operator=(const SystemFaults&) = delete;
     ~SystemFaults();
 
-    /// How many calls were made.
-    std::size_t calls() const { return calls_; }
+    /// How many calls were made, by child processes too.
+    std::size_t calls() const;
 
     /// The names of the calls that returned a descriptor which a child process would inherit.
     const std::string& inherited() const { return inherited_; }
@@ -94,13 +101,12 @@ public:
     static Answer next(Call call);
 
 private:
-    /// Whether the call that was just counted fails, where calls are counted together.
-    bool failsByPlace() const;
+    /// Whether the `n`-th call fails, where calls are counted together.
+    bool failsByPlace(std::size_t n) const;
 
     Call call_ = callCount; ///< callCount: all calls are counted together
     std::vector<Answer> answers_;
     std::vector<std::size_t> places_;
     int error_ = 0;
-    std::size_t calls_ = 0;
     std::string inherited_;
 };

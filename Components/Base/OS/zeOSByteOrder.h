@@ -15,23 +15,31 @@
 
 #pragma once
 
+#include <bit>
 #include <cstring>
 
 namespace zeOS {
-namespace detail {
 
-template<class Number>
-Number reversed(Number value) {
-    unsigned char bytes[sizeof value];
-    std::memcpy(bytes, &value, sizeof value);
-    for (unsigned int i = 0; i < sizeof value / 2; ++i) {
-        const unsigned char low = bytes[i];
-        bytes[i] = bytes[sizeof value - 1 - i];
-        bytes[sizeof value - 1 - i] = low;
-    }
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
+/// @{
+/// The value with its bytes reversed.
+inline short swap(short value) {
+    return static_cast<short>(__builtin_bswap16(static_cast<unsigned short>(value)));
 }
+inline int swap(int value) {
+    return static_cast<int>(__builtin_bswap32(static_cast<unsigned int>(value)));
+}
+inline long swap(long value) {
+    return static_cast<long>(__builtin_bswap64(static_cast<unsigned long>(value)));
+}
+inline float swap(float value) {
+    return std::bit_cast<float>(swap(std::bit_cast<int>(value)));
+}
+inline double swap(double value) {
+    return std::bit_cast<double>(swap(std::bit_cast<long>(value)));
+}
+/// @}
+
+namespace detail {
 
 /// From the last to the first.
 template<class Number>
@@ -40,31 +48,12 @@ void reverseEach(Number* values, unsigned long count) {
     while (count-- > 0) {
         Number value;
         std::memcpy(&value, bytes + count * sizeof value, sizeof value);
-        value = reversed(value);
+        value = swap(value);
         std::memcpy(bytes + count * sizeof value, &value, sizeof value);
     }
 }
 
 } // namespace detail
-
-/// @{
-/// The value with its bytes reversed.
-inline short swap(short value) {
-    return detail::reversed(value);
-}
-inline int swap(int value) {
-    return detail::reversed(value);
-}
-inline long swap(long value) {
-    return detail::reversed(value);
-}
-inline float swap(float value) {
-    return detail::reversed(value);
-}
-inline double swap(double value) {
-    return detail::reversed(value);
-}
-/// @}
 
 /// @{
 /// Reverses the bytes of each of `count` elements, which need not be aligned.

@@ -1,0 +1,482 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/OS/zeOSProcessManager.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "Base/OS/zeOSFilename.h"
+#include "Support/FaultTrial.h"
+#include "Support/Locale.h"
+
+#include "OS/files/FileFixture.h"
+
+using zeOS::Filename;
+using zeOS::StartResult;
+using zeOS::SyncResult;
+using zeString::IString;
+using zeUtil::Error;
+
+namespace {
+
+using Arguments = std::vector<IString>;
+enum Kind { Sync, Async, Own };
+namespace fs = std::filesystem;
+
+const char* longText = nullptr; ///< What strerror returns in place of its own text.
+
+std::atomic<int> signalsSeen = 0;
+
+void countSignal(int) {
+    ++signalsSeen;
+}
+
+/// Sets an environment variable (nullptr: none) while it lives.
+class Environment {
+public:
+    Environment(const char* name, const char* value) : name_(name) {
+        if (const char* const before = std::getenv(name))
+            before_ = before;
+        value ? setenv(name, value, 1) : unsetenv(name);
+    }
+    Environment(const Environment&) = delete;
+    Environment& operator=(const Environment&) = delete;
+    ~Environment() { setenv(name_, before_.c_str(), 1); }
+
+private:
+    const char* name_;
+    std::string before_;
+};
+
+/// An application with a handler of SIGCHLD, in a folder of its own. Whatever is started, its
+/// handler stays, is never called, and no child is left.
+class Processes : public FileFixture {
+protected:
+    Processes() {
+        // What the test inherited is not for its children, which count what they hold.
+        for (int fd = 3; fd < 1024; ++fd)
+            fcntl(fd, F_SETFD, FD_CLOEXEC);
+    }
+    void SetUp() override {
+        fs::current_path(folder.path());
+        signalsSeen = 0;
+        struct sigaction action = {};
+        action.sa_handler = &countSignal;
+        action.sa_flags = SA_RESTART;
+        sigaction(SIGCHLD, &action, nullptr);
+    }
+    void TearDown() override {
+        expectNoTrace();
+        std::signal(SIGCHLD, SIG_DFL);
+        fs::current_path("/");
+    }
+
+    void expectNoTrace() {
+        EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+        EXPECT_EQ(errno, ECHILD);
+        struct sigaction action = {};
+        sigaction(SIGCHLD, nullptr, &action);
+        EXPECT_EQ(action.sa_handler, &countSignal);
+        EXPECT_TRUE(action.sa_flags & SA_RESTART);
+        sigset_t mask;
+        pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+        EXPECT_FALSE(sigismember(&mask, SIGCHLD));
+        EXPECT_EQ(signalsSeen, 0);
+    }
+
+    /// "error" or "exit code".
+    std::string startSync(const Arguments& args, const IString& directory = IString()) {
+        const SyncResult result = manager->startSync(args, directory);
+        if (result.error == Error())
+            return std::to_string(result.exitCode);
+        EXPECT_EQ(result.exitCode, -1);
+        return text(result.error);
+    }
+
+    std::string startAsync(const Arguments& args, const IString& directory = IString()) {
+        return text(manager->startAsync(args, directory));
+    }
+
+    /// Starts a program by startProcessImpl() and waits for it: "error" or "exit code".
+    std::string startOwn(const Arguments& args, const IString& directory = IString()) {
+        sigset_t childSignal; // which comes to the application here
+        sigemptyset(&childSignal);
+        sigaddset(&childSignal, SIGCHLD);
+        pthread_sigmask(SIG_BLOCK, &childSignal, nullptr);
+        auto& starter = dynamic_cast<zeOS::ProcessManagerImpl&>(*manager);
+        const StartResult result = starter.startProcessImpl(args, directory);
+        int status = 0;
+        if (result.processId != -1) {
+            EXPECT_EQ(wait4(result.processId, &status, 0, nullptr), result.processId);
+            int signal;
+            sigwait(&childSignal, &signal);
+        }
+        pthread_sigmask(SIG_UNBLOCK, &childSignal, nullptr);
+        if (result.error == Error())
+            return std::to_string(WIFEXITED(status) ? WEXITSTATUS(status) : -1);
+        return text(result.error);
+    }
+
+    std::string start(Kind kind, const Arguments& args, const IString& directory) {
+        return kind == Sync    ? startSync(args, directory)
+               : kind == Async ? startAsync(args, directory)
+                               : startOwn(args, directory);
+    }
+
+    /// What a started program reports: directory, parent, SIGCHLD, arguments. A pipe with a name
+    /// waits until it has done so.
+    template<class Start>
+    std::vector<std::string> reported(Start start, const Arguments& args = {}) {
+        mkfifo(folder.path("report").c_str(), 0600);
+        std::string bytes;
+        std::thread reader([&] {
+            while (bytes.empty()) // SIGCHLD interrupts the opening
+                bytes = folder.read("report");
+        });
+        Arguments all = {STARTED_PROGRAM, L"report", at("report")};
+        all.insert(all.end(), args.begin(), args.end());
+        start(all);
+        reader.join();
+        std::vector<std::string> items;
+        for (std::size_t at = 0; at < bytes.size(); at += items.back().size() + 1)
+            items.emplace_back(bytes.c_str() + at);
+        return items;
+    }
+
+    const std::unique_ptr<zeOS::ProcessManager> manager{zeOS::createProcessManager()};
+};
+
+/// An application's own.
+struct OwnManager : zeOS::ProcessManager {
+    Error doStartAsync(const Arguments& args, const Filename&) override {
+        return Error(static_cast<int>(args.size()), "");
+    }
+    SyncResult doStartSync(const Arguments&, const Filename& directory) override {
+        return {static_cast<long>(directory.path().length()), Error()};
+    }
+};
+
+/// Ends with how many of what the manager of the process promises do not hold.
+[[noreturn]] void installManager() {
+    static OwnManager own;
+    static OwnManager other;
+    const bool isSet = zeOS::ProcessManager::setInstance(&own);
+    zeOS::ProcessManager* const manager = zeOS::ProcessManager::getInstance();
+    _exit(!isSet + (manager != &own) + zeOS::ProcessManager::setInstance(&other) +
+          (manager->startAsync({L"a", L"b"}, Filename()).code() != 2) +
+          (manager->startSync({}, IString(L"abc")).exitCode != 3));
+}
+
+[[noreturn]] void makeManager() {
+    std::atomic<zeOS::ProcessManager*> seen[4] = {};
+    std::vector<std::thread> threads;
+    for (auto& manager : seen)
+        threads.emplace_back([&] { manager = zeOS::ProcessManager::getInstance(); });
+    for (std::thread& thread : threads)
+        thread.join();
+    static OwnManager late;
+    int differing = zeOS::ProcessManager::setInstance(&late);
+    for (const auto& manager : seen)
+        differing += manager != zeOS::ProcessManager::getInstance();
+    _exit(differing);
+}
+
+} // namespace
+
+/// Stands before the C library's.
+extern "C" char* strerror(int error) noexcept {
+    static const auto genuine = reinterpret_cast<char* (*)(int)>(dlsym(RTLD_NEXT, "strerror"));
+    return longText ? const_cast<char*>(longText) : genuine(error);
+}
+
+TEST(ProcessManagerDeathTest, IsTheApplicationsIfThatComesFirst) {
+    EXPECT_EXIT(installManager(), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(makeManager(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(Processes, EndWithTheExitCodeOrWithTheReasonThatThereIsNone) {
+    const auto makeProgram = [&](const char* name, const char* content) {
+        folder.write(name, content);
+        fs::permissions(folder.path(name), fs::perms::owner_all);
+    };
+    makeProgram("script", "#!/bin/sh\nexit 7\n");
+    makeProgram("orphan", "#!/no/such/interpreter\n");
+    makeProgram("words", "\1 only words");
+    folder.write("plain", "#!/bin/sh\n");
+    makeFolder("bin/script");
+    makeFolder("folder");
+    const Environment path("PATH", (":" + folder.path("no") + ":" + folder.path() + ":").c_str());
+    const std::string refused = "6: exec() failed: ";
+    const struct {
+        Arguments args;
+        std::string result;
+    } rows[] = {
+        {{}, "2: no executable specified"},
+        {{at("script")}, "7"},
+        {{L"./script"}, "7"},
+        {{L"script"}, "7"},
+        {{L"/bin/sh", L"-c", L"exit 255"}, "255"},
+        {{L"/bin/sh", L"-c", L"kill -9 $$"}, "-1"},
+        {{L"Sch\u00F6n"}, "3: Sch?n: program not found."},
+        {{L"no/script"}, "3: no/script: program not found."},
+        {{L"plain"}, "3: plain: program not found."},
+        {{L"./plain", L"x"}, "3: ./plain: program not found."},
+        {{L"folder"}, refused + "Permission denied"},
+        {{L""}, refused + "Permission denied"}, // the first folder of PATH itself
+        {{L"./orphan"}, refused + "No such file or directory"},
+        {{L"words"}, refused + "Exec format error"},
+        {{L"script", IString(1u << 18, L'x')}, refused + "Argument list too long"},
+        {{L"script", IString(wchar_t(0xD800))}, "1: An argument has no UTF-8 form."},
+    };
+    for (const auto& [args, result] : rows) {
+        SCOPED_TRACE(result);
+        EXPECT_EQ(startSync(args), result);
+        EXPECT_EQ(startOwn(args), result);
+        const bool isStarted = result.find(':') == std::string::npos;
+        EXPECT_EQ(startAsync(args), isStarted ? "" : result);
+    }
+
+    const Environment folderFirst("PATH", (folder.path("bin") + ":" + folder.path()).c_str());
+    EXPECT_EQ(startSync({L"script"}), refused + "Permission denied");
+    for (const char* empty : {"", static_cast<const char*>(nullptr)}) {
+        const Environment none("PATH", empty);
+        EXPECT_EQ(startSync({L"script"}), "3: PATH environment variable not set.");
+        EXPECT_EQ(startSync({L"./script"}), "7");
+    }
+    const Environment blank("PATH", "::");
+    EXPECT_EQ(startSync({L"script"}), "3: PATH environment variable is empty.");
+}
+
+TEST_F(Processes, GetTheirArgumentsAsTheyAre) {
+    std::vector<std::string> texts = {"",
+                                      " ",
+                                      "a b ",
+                                      "\"",
+                                      "'",
+                                      "\\",
+                                      "$HOME",
+                                      "*",
+                                      "`x`",
+                                      "-",
+                                      "\n\r\t",
+                                      "\x01\x7F",
+                                      "%s",
+                                      "~",
+                                      "Sch\xC3\xB6n",
+                                      "\xE2\x82\xAC \xF0\x9F\x98\x80",
+                                      std::string(100000, 'x')};
+    Arguments args;
+    for (const std::string& text : texts)
+        args.push_back(wide(text));
+    std::vector<std::string> items =
+        reported([&](const Arguments& all) { EXPECT_EQ(startSync(all), "0"); }, args);
+    ASSERT_GE(items.size(), 3u);
+    items.erase(items.begin(), items.begin() + 3);
+    EXPECT_EQ(items, texts);
+}
+
+TEST_F(Processes, RunWhereTheirKindOfStartPutsThem) {
+    makeFolder("there");
+    const std::string here = folder.path();
+    const std::string self = std::to_string(getpid());
+    using Report = std::vector<std::string>;
+    EXPECT_EQ(reported([&](const Arguments& all) { startSync(all, L"there"); }),
+              (Report{here, self, "0"}));
+    EXPECT_EQ(reported([&](const Arguments& all) { startOwn(all, L"there"); }),
+              (Report{here + "/there", self, "0"}));
+    const Report detached =
+        reported([&](const Arguments& all) { EXPECT_EQ(startAsync(all, L"there"), ""); });
+    ASSERT_EQ(detached.size(), 3u);
+    EXPECT_EQ(detached[0], here + "/there");
+    EXPECT_NE(detached[1], self);
+    EXPECT_EQ(detached[2], "0");
+    EXPECT_EQ(fs::current_path(), here);
+}
+
+TEST_F(Processes, FindRelativeProgramsInTheDirectoryOfTheStart) {
+    makeFolder("there");
+    fs::copy(STARTED_PROGRAM, folder.path("there/tool"));
+    const Arguments tool = {L"./tool", L"exit", L"5"};
+    EXPECT_EQ(startOwn(tool, L"there"), "5");
+    EXPECT_EQ(startAsync(tool, L"there"), "");
+    EXPECT_EQ(startSync(tool, L"there"), "6: exec() failed: No such file or directory");
+
+    // Not found: the process stays in the directory, for every kind of start.
+    for (const Kind kind : {Sync, Async, Own}) {
+        EXPECT_EQ(start(kind, {L"./none"}, L"there"), "3: ./none: program not found.");
+        EXPECT_EQ(fs::current_path(), folder.path("there"));
+        fs::current_path("..");
+        EXPECT_EQ(start(kind, tool, L"no/folder"),
+                  "7: Can't chdir() to no/folder.  Reason: No such file or directory");
+        EXPECT_EQ(fs::current_path(), folder.path());
+    }
+}
+
+TEST_F(Processes, LeaveBufferedOutputToTheirParent) {
+    FILE* const file = fopen(folder.path("output").c_str(), "w");
+    fputs("once", file);
+    folder.write("words", "\1");
+    fs::permissions(folder.path("words"), fs::perms::owner_all);
+    for (const wchar_t* program : {L"./words", L"/bin/true"}) {
+        startSync({program});
+        startAsync({program});
+        startOwn({program});
+    }
+    fclose(file);
+    EXPECT_EQ(folder.read("output"), "once");
+}
+
+TEST_F(Processes, AreWaitedForEvenIfTheApplicationIgnoresTheirEnd) {
+    std::signal(SIGCHLD, SIG_IGN);
+    EXPECT_EQ(startSync({L"/bin/sh", L"-c", L"exit 3"}), "3");
+    const auto report = reported([&](const Arguments& all) { startAsync(all); });
+    EXPECT_EQ(report.at(2), "0");
+    EXPECT_EQ(std::signal(SIGCHLD, SIG_IGN), SIG_IGN);
+    SetUp();
+}
+
+TEST_F(Processes, StartFromManyThreadsAtOnce) {
+    constexpr int threadCount = 4;
+    constexpr int startCount = 250;
+    folder.write("words", "\1");
+    fs::permissions(folder.path("words"), fs::perms::owner_all);
+    std::atomic<bool> isOver = false;
+    // SIGCHLD can come to this thread, and to the one that waits for the others.
+    std::thread bystander([&] {
+        while (!isOver)
+            std::this_thread::yield();
+    });
+    std::atomic<int> wrong = 0;
+    std::vector<std::thread> starters;
+    for (int t = 0; t < threadCount; ++t)
+        starters.emplace_back([&, t] {
+            for (int i = 0; i < startCount; ++i) {
+                const int code = (t * startCount + i) % 250;
+                IString number;
+                number.format("%d", code);
+                const SyncResult result =
+                    manager->startSync({STARTED_PROGRAM, L"exit", number}, Filename());
+                wrong += result.error.code() != 0 || result.exitCode != code;
+                if (i % 50 == 0) {
+                    wrong += manager->startSync({L"./words"}, Filename()).error.code() != 6;
+                    wrong += manager->startAsync({L"/bin/true"}, Filename()).code() != 0;
+                }
+            }
+        });
+    for (std::thread& thread : starters)
+        thread.join();
+    isOver = true;
+    bystander.join();
+    EXPECT_EQ(wrong, 0);
+}
+
+TEST_F(Processes, ThatCannotBeMadeAreErrors) {
+    makeFolder("there");
+    const Environment path("PATH", "/bin");
+    const std::string noPipe = "1: Can't create pre-fork pipe: ";
+    const std::string noFlag = "1: Can't fcntl() pre-fork pipe: ";
+    const std::string noFork = "fork() failed: ";
+    using Faults = SystemFaults;
+    // How many calls of a name are there in a synchronous, asynchronous and plain start, and what
+    // is the result if one of them fails? Where it is "", only the first of two changes it.
+    const struct {
+        Faults::Call call;
+        int error;
+        std::size_t count[3];
+        std::string result;
+    } rows[] = {
+        {Faults::onGetcwd, EACCES, {1, 1, 1}, "7: Can't getcwd(): Permission denied"},
+        {Faults::onChdir, EIO, {2, 2, 2}, "7: Can't chdir() to there.  Reason: Input/output error"},
+        {Faults::onAccess, EIO, {1, 1, 1}, "3: sh: program not found."},
+        {Faults::onPipe2, EMFILE, {1, 2, 1}, noPipe + "Too many open files"},
+        {Faults::onPipe2, EDOM, {1, 2, 1}, noPipe + "Numerical argument out of domain"},
+        {Faults::onFcntl, EINTR, {1, 2, 1}, noFlag + "Interrupted system call"},
+        {Faults::onFork, EAGAIN, {1, 2, 1}, "5: " + noFork + "Resource temporarily unavailable"},
+        {Faults::onFork, ENOMEM, {1, 2, 1}, "4: " + noFork + "Cannot allocate memory"},
+        {Faults::onFork, ENOSYS, {1, 2, 1}, "1: " + noFork + "Function not implemented"},
+        {Faults::onExecv, 4095, {1, 1, 1}, "6: exec() failed: unknown error"},
+        {Faults::onRead, EIO, {1, 2, 1}, "1: Cannot read from pipe: Input/output error"},
+        {Faults::onRead, EINTR, {1, 2, 1}, "0"},
+        {Faults::onClose, EIO, {3, 6, 3}, "0"},
+        {Faults::onWaitpid, EINTR, {1, 1, 0}, "0"},
+        {Faults::onWaitpid, EIO, {1, 1, 0}, "1: Can't wait for the process: Input/output error"},
+        {Faults::onSigaction,
+         EINVAL,
+         {2, 2, 0},
+         "1: Can't install a handler for SIGCHLD: Invalid argument"},
+    };
+    FaultTrial trial;
+    std::string result;
+    for (const auto& row : rows)
+        for (const Kind kind : {Sync, Async, Own}) {
+            SCOPED_TRACE(row.result + " of start " + std::to_string(kind));
+            trial.prepare = [&] { SetUp(); };
+            trial.operation = [&] { result = start(kind, {L"sh", L"-c", L"exit 0"}, L"there"); };
+            trial.check = [&](const Fault& fault) {
+                const bool isLate = fault.n == 2 && (row.call == Faults::onChdir ||
+                                                     row.call == Faults::onSigaction);
+                const std::string success = kind == Async ? "" : "0";
+                EXPECT_EQ(result,
+                          fault.n == 0 || isLate || row.result == "0" ? success : row.result);
+                // A process that could not be waited for stays, and so does a handler.
+                if (row.call == Faults::onWaitpid && row.error == EIO)
+                    while (waitpid(-1, nullptr, 0) > 0)
+                        signalsSeen = 0;
+                if (row.call == Faults::onSigaction)
+                    SetUp();
+                expectNoTrace();
+            };
+            EXPECT_EQ(trial.run(row.call, {row.error}), row.count[kind]);
+        }
+    trial.report("starting programs");
+}
+
+TEST_F(Processes, SayWhyTheyFailedThroughAnInterruptedPipe) {
+    folder.write("words", "\1");
+    fs::permissions(folder.path("words"), fs::perms::owner_all);
+    FaultTrial trial;
+    std::string result;
+    trial.operation = [&] { result = startAsync({L"./words"}); };
+    trial.check = [&](const Fault&) { EXPECT_EQ(result, "6: exec() failed: Exec format error"); };
+    EXPECT_EQ(trial.run(SystemFaults::onWrite, {EINTR}), 2u);
+    EXPECT_EQ(trial.run(SystemFaults::onRead, {EINTR}, 3), 2u);
+    trial.report("reporting why a program does not run");
+}
+
+TEST_F(Processes, CutLongReasonsBetweenCharacters) {
+    ASSERT_NE(std::setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
+    folder.write("words", "\1");
+    fs::permissions(folder.path("words"), fs::perms::owner_all);
+    std::string letters;
+    for (int i = 0; i < 200; ++i)
+        letters += "\xC3\xB6";
+    for (const std::string begin : {"", "x"}) {
+        const std::string all = begin + letters;
+        longText = all.c_str();
+        const std::string result = startAsync({L"./words"});
+        longText = nullptr;
+        const std::string expected = "6: exec() failed: " + all;
+        EXPECT_EQ(result, expected.substr(0, result.size()));
+        EXPECT_GT(result.size(), 220u);
+        EXPECT_LE(result.size(), 255u + std::strlen("6: "));
+        EXPECT_EQ(result.back(), '\xB6');
+    }
+    longText = "";
+    EXPECT_EQ(startSync({L"./words"}), "6: exec() failed: unknown error");
+    longText = nullptr;
+    std::setlocale(LC_CTYPE, "C");
+}
