@@ -25,11 +25,11 @@
 namespace {
 
 constexpr const char* names[] = {
-    "open",     "openat", "close", "read",     "write",   "fsync",   "fopen",
-    "fdopen",   "fread",  "fgets", "fwrite",   "fclose",  "rename",  "unlink",
-    "unlinkat", "mkdir",  "rmdir", "mkostemp", "tempnam", "opendir", "fdopendir",
-    "readdir",  "stat",   "lstat", "fstat",    "access",  "getcwd",  "chdir",
-    "statvfs",  "pipe2",  "fcntl", "fork",     "execv",   "waitpid", "sigaction",
+    "open",  "openat",   "close",     "read",    "write",     "fsync",   "fopen",    "fdopen",
+    "fread", "fgets",    "fwrite",    "fclose",  "rename",    "unlink",  "unlinkat", "mkdir",
+    "rmdir", "mkostemp", "tempnam",   "opendir", "fdopendir", "readdir", "stat",     "lstat",
+    "fstat", "access",   "getcwd",    "chdir",   "statvfs",   "pipe2",   "fcntl",    "fork",
+    "execv", "waitpid",  "sigaction", "lseek",   "ftruncate", "mkdirat",
 };
 static_assert(std::size(names) == SystemFaults::callCount);
 
@@ -351,6 +351,18 @@ pid_t waitpid(pid_t child, int* status, int options) {
 
 int sigaction(int signal, const struct sigaction* action, struct sigaction* before) noexcept {
     return answer(SystemFaults::onSigaction, -1, signal, action, before);
+}
+
+off_t lseek(int fd, off_t offset, int whence) noexcept {
+    return answer<off_t>(SystemFaults::onLseek, -1, fd, offset, whence);
+}
+
+int ftruncate(int fd, off_t length) noexcept {
+    return answer(SystemFaults::onFtruncate, -1, fd, length);
+}
+
+int mkdirat(int folder, const char* path, mode_t mode) noexcept {
+    return answer(SystemFaults::onMkdirat, -1, folder, path, mode);
 }
 
 } // extern "C"

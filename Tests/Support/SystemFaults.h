@@ -57,6 +57,9 @@ public:
         onExecv,
         onWaitpid,
         onSigaction,
+        onLseek,
+        onFtruncate,
+        onMkdirat,
         callCount
     };
 
