@@ -49,6 +49,9 @@ public:
         onGetcwd,
         onChdir,
         onStatvfs,
+        onLseek,
+        onFtruncate,
+        onMkdirat,
         callCount
     };
 

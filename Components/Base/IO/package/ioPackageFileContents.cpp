@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <string>
 #include <utility>
 
@@ -57,11 +58,15 @@ bool isSameFile(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-bool isSameFile(const IString& a, const IString& b) {
-    struct stat first;
-    struct stat second;
-    return stat(a.asUTF8(), &first) == 0 && stat(b.asUTF8(), &second) == 0 &&
-           isSameFile(first, second);
+/// Whether a copy of `package` may be written to `path`, once what is there has been deleted. What
+/// cannot be looked at may be the package itself.
+bool clearForCopy(const IString& path, const IString& package) {
+    struct stat target;
+    struct stat source;
+    if (stat(path.asUTF8(), &target) != 0)
+        return errno == ENOENT;
+    return stat(package.asUTF8(), &source) == 0 && !isSameFile(source, target) &&
+           zeOS::fileDelete(zeOS::Filename(path)).code() == 0;
 }
 
 /// Opens a file to extract to, and empties it only when it is known not to be `package`. With
@@ -75,8 +80,8 @@ zeUtil::Descriptor openTarget(int directory, const char* path, int flags, const 
         return {};
     if (!S_ISREG(target.st_mode))
         return (flags & O_NOFOLLOW) != 0 ? zeUtil::Descriptor() : std::move(file);
-    const bool isPackage = stat(package.asUTF8(), &source) == 0 && isSameFile(source, target);
-    if (isPackage || zeUtil::retried([&] { return ftruncate(file.get(), 0); }) != 0)
+    const bool isOther = stat(package.asUTF8(), &source) == 0 && !isSameFile(source, target);
+    if (!isOther || zeUtil::retried([&] { return ftruncate(file.get(), 0); }) != 0)
         return {};
     return file;
 }
@@ -315,8 +320,7 @@ Error ioPackageFile::copyEntryIntoPackage(const ioPackageFileEntry* entry) {
 Error ioPackageFile::write(const IString& path) {
     if (fileName_.isEmpty())
         return Error(packageNotOpen, "The package file has not been opened yet.");
-    if (getStatus(path).exists() &&
-        (isSameFile(path, fileName_) || zeOS::fileDelete(zeOS::Filename(path)).code() != 0))
+    if (!clearForCopy(path, fileName_))
         return Error(packageNotWritable, "The pacakge is not writable.");
     ioPackageFile copy;
     Error error = copy.open(path);
