@@ -22,14 +22,16 @@
 namespace {
 
 constexpr const char* names[] = {
-    "open",     "openat",  "close",   "read",      "write",   "fsync",     "fopen",   "fdopen",
-    "fread",    "fwrite",  "fclose",  "rename",    "unlink",  "unlinkat",  "mkdir",   "rmdir",
-    "mkostemp", "tempnam", "opendir", "fdopendir", "readdir", "stat",      "lstat",   "fstat",
-    "access",   "getcwd",  "chdir",   "statvfs",   "lseek",   "ftruncate", "mkdirat",
+    "open",  "openat",   "close",   "read",    "write",     "fsync",   "fopen",     "fdopen",
+    "fread", "fgets",    "fwrite",  "fclose",  "rename",    "unlink",  "unlinkat",  "mkdir",
+    "rmdir", "mkostemp", "tempnam", "opendir", "fdopendir", "readdir", "stat",      "lstat",
+    "fstat", "access",   "getcwd",  "chdir",   "statvfs",   "lseek",   "ftruncate", "mkdirat",
 };
 static_assert(std::size(names) == SystemFaults::callCount);
 
 SystemFaults* active = nullptr;
+
+std::FILE* failedStream = nullptr; // whose fgets failed, until the next fclose
 
 std::size_t callsToLive = 0; // 0: for ever
 int killReport = -1;
@@ -201,7 +203,20 @@ size_t fwrite(const void* source, size_t size, size_t n, FILE* file) {
     return genuine<size_t>(SystemFaults::onFwrite, source, size, count, file);
 }
 
+char* fgets(char* destination, int size, FILE* file) {
+    if (!SystemFaults::next(SystemFaults::onFgets).error)
+        return genuine<char*>(SystemFaults::onFgets, destination, size, file);
+    failedStream = file;
+    return nullptr;
+}
+
+int ferror(FILE* file) noexcept {
+    static const auto inLibrary = reinterpret_cast<int (*)(FILE*)>(dlsym(RTLD_NEXT, "ferror"));
+    return file == failedStream || inLibrary(file);
+}
+
 int fclose(FILE* file) {
+    failedStream = nullptr;
     const int error = SystemFaults::next(SystemFaults::onFclose).error;
     const int result = genuine<int>(SystemFaults::onFclose, file);
     return error ? failAfterwards(error, EOF) : result;

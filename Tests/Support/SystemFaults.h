@@ -30,6 +30,7 @@ public:
         onFopen,
         onFdopen,
         onFread,
+        onFgets,
         onFwrite,
         onFclose,
         onRename,

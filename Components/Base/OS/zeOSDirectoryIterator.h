@@ -5,16 +5,18 @@
 ///
 /// The walk goes level by level: the root comes first, and all entries of a directory come before
 /// any entry of its subdirectories. "." and ".." are left out, and so is a symbolic link that leads
-/// nowhere. A directory that cannot be read looks empty. Nothing is reported.
+/// nowhere. A directory that cannot be read looks empty. Nothing is reported. What an entry is was
+/// asked when its directory was read; it may have changed or gone since.
 ///
 /// **Links to directories are followed**, so that a directory can be met under several names, and
-/// what a link leads to may lie outside of the tree. Where links make a loop, the walk ends when
-/// the system refuses the path (40 links, 4096 bytes); a loop with several links in it has grown
-/// beyond all bounds by then. Call prune() on directories that you do not mean to enter.
+/// what a link leads to may lie outside of the tree. A link that leads back up is followed until
+/// the system refuses the path (after 40 links or 4096 bytes); **two such links make a walk that
+/// never ends in practice**, since each doubles what lies below the other. Call prune() on
+/// directories that you do not mean to enter.
 ///
-/// **The root of one character** (`.`, `/`, `a`) lists what it holds twice, once through the name
-/// "./.", and "/" even three times. Walk "./" followed by a name, or a longer path, instead. This
-/// is kept for compatibility.
+/// **A root of one character** is met again as an entry of itself: below "." everything comes
+/// twice, as "./a" and as "././a", and below "/" even three times. This is kept for compatibility;
+/// give the full path of the directory instead of ".".
 ///
 /// Names are decoded as UTF-8. A name that is not valid UTF-8 decodes to a text with "?" in it, and
 /// one that begins with a byte order mark loses that: such an entry is left out, unless its decoded
@@ -23,21 +25,20 @@
 /// Threads: a DirectoryIterator belongs to one thread at a time.
 ///
 /// @code
-/// int files = 0;
-/// for (zeOS::DirectoryIterator it("/sys/kernel/mm"); it.valid(); it.next()) {
-///     if (it.onDirectory() && zeOS::Filename(it.getName()).basename() == L"hugepages")
-///         it.prune(); // nothing below it is visited
-///     else if (it.onFile())
-///         ++files;
+/// bool found = false;
+/// for (zeOS::DirectoryIterator it("/dev"); it.valid(); it.next()) {
+///     if (it.getName() == L"/dev/null")
+///         found = it.onFile();
+///     if (it.getName() != L"/dev")
+///         it.prune(); // what lies in /dev, and nothing below that
 /// }
-/// assert(files > 0);
+/// assert(found);
 /// @endcode
 
 #pragma once
 
 #include <list>
 
-#include "Base/OS/zeOSFilename.h"
 #include "Base/Strings/zeStringIString.h"
 #include "Base/zeBaseExport.h"
 
@@ -53,7 +54,7 @@ class ZEBASE_API DirectoryIterator {
 public:
     /// Stands on `root` itself, without the separators (`/` and `\`) at its end; not valid if there
     /// is nothing of that name. A file is a walk of one entry.
-    DirectoryIterator(const zeString::IString& root);
+    explicit DirectoryIterator(const zeString::IString& root);
     virtual ~DirectoryIterator();
     /// @{
     /// A walk of its own from the same place.
@@ -65,8 +66,8 @@ public:
     bool valid() const { return !entries_.empty(); }
     /// The root as given and the names below it, down to the current entry. Valid until next().
     const zeString::IString& getName() const { return entries_.front().name; }
-    /// Whether the current entry was no directory when its own directory was visited. A device or a
-    /// socket counts as a file.
+    /// Whether the current entry is anything but a directory, so that a device or a socket is a
+    /// file.
     bool onFile() const { return !entries_.front().isDirectory; }
     /// The opposite of onFile().
     bool onDirectory() const { return entries_.front().isDirectory; }
@@ -77,7 +78,8 @@ public:
 
 private:
     struct iteratorEntry {
-        explicit iteratorEntry(const zeString::IString& name);
+        /// Takes the name over, and asks what is there.
+        explicit iteratorEntry(zeString::IString&& fullName);
 
         zeString::IString name; ///< The full path.
         bool exists = false;

@@ -31,14 +31,16 @@ impl::option* GetOptImpl::optionAt(int index) const {
 }
 
 const impl::result* GetOptImpl::getOpt() {
-    current = {};
-    currentName = CString();
+    current.option = nullptr;
+    current.arguments.clear();
+    currentName.erase();
     if (hasError || finished)
         return nullptr;
-    error = IString();
+    error.erase();
     if (args.empty())
         return nullptr;
-    const impl::option* option = readName(takeArgument());
+    const impl::option* option = readName(args.front());
+    args.pop_front();
     if (option == nullptr)
         return nullptr;
     currentName = option->name;
@@ -53,7 +55,7 @@ const impl::option* GetOptImpl::readName(const IString& argument) {
     if (name[0] == L'-') {
         dashes = 1;
     } else if (argument.length() > 0 && needLeadingDash) {
-        if (argument == L"[" || argument == L"]")
+        if (isText(argument, L"[") || isText(argument, L"]"))
             fail(L"%lc encountered outside of a sequence.", static_cast<wint_t>(name[0]));
         else
             fail(L"Malformed option: no leading dash: %S", name);
@@ -89,7 +91,7 @@ void GetOptImpl::getArguments(const impl::option& option) {
                      owner.getOptionUsage(&option, false).asWChar());
             return;
         }
-        if (isOptional && (args.front()[0] == L'-' || args.front() == L"."))
+        if (isOptional && (args.front()[0] == L'-' || isText(args.front(), L".")))
             return;
         if (type == impl::Optional)
             continue;
@@ -97,12 +99,6 @@ void GetOptImpl::getArguments(const impl::option& option) {
         if (hasError)
             return;
     }
-}
-
-IString GetOptImpl::takeArgument() {
-    const IString argument(args.front());
-    args.pop_front();
-    return argument;
 }
 
 void GetOptImpl::fail(const wchar_t* format, ...) {

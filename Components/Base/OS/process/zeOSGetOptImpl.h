@@ -7,6 +7,7 @@
 #pragma once
 
 #include <deque>
+#include <string_view>
 #include <vector>
 
 #include "Base/OS/process/zeOSOptionImpl.h"
@@ -19,6 +20,11 @@
 namespace zeOS {
 
 class GetOpt;
+
+/// A comparison that makes no IString of the literal.
+inline bool isText(const zeString::IString& text, std::wstring_view literal) {
+    return text.asWChar() == literal;
+}
 
 class GetOptImpl : public ze::ImplBase {
 public:
@@ -52,8 +58,6 @@ private:
     void readFile(const zeString::IString& argument, impl::optionTypes type);
     void readSequence();
 
-    /// The first of `args`, taken off.
-    zeString::IString takeArgument();
     void store(const zeString::IString& argument) { current.arguments.push_back(argument); }
     /// Sets the error by a format of the C library.
     void fail(const wchar_t* format, ...);

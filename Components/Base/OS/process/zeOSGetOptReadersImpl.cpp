@@ -21,7 +21,8 @@ constexpr const wchar_t* trueWords[] = {L"1", L"true", L"yes", L"on"};
 
 template<class Words>
 bool isOneOf(const Words& words, const IString& argument) {
-    return std::find(std::begin(words), std::end(words), argument) != std::end(words);
+    return std::any_of(std::begin(words), std::end(words),
+                       [&](const wchar_t* word) { return isText(argument, word); });
 }
 
 /// Looks at the beginning only: programs rely on "12abc" being taken.
@@ -58,20 +59,18 @@ FileCheck fileCheck(impl::optionTypes type) {
 } // namespace
 
 void GetOptImpl::readArgument(impl::optionTypes type) {
-    switch (type) {
-    case impl::Bool:
-        return readBool(takeArgument());
-    case impl::Int:
-        return readNumber(takeArgument(), false);
-    case impl::Float:
-        return readNumber(takeArgument(), true);
-    case impl::String:
-        return store(takeArgument());
-    case impl::Sequence:
+    if (type == impl::Sequence)
         return readSequence();
-    default:
-        return readFile(takeArgument(), type);
-    }
+    const IString& argument = args.front();
+    if (type == impl::Bool)
+        readBool(argument);
+    else if (type == impl::Int || type == impl::Float)
+        readNumber(argument, type == impl::Float);
+    else if (type == impl::String)
+        store(argument);
+    else
+        readFile(argument, type);
+    args.pop_front();
 }
 
 void GetOptImpl::readBool(const IString& argument) {
@@ -94,7 +93,7 @@ void GetOptImpl::readNumber(const IString& argument, bool isFloat) {
 }
 
 void GetOptImpl::readFile(const IString& argument, impl::optionTypes type) {
-    const bool isDash = argument == L"-";
+    const bool isDash = isText(argument, L"-");
     if (isDash && (type == impl::InputFileOrDash || type == impl::OutputFileOrDash))
         return store(argument);
     const FileCheck check = fileCheck(type);
@@ -110,15 +109,16 @@ void GetOptImpl::readFile(const IString& argument, impl::optionTypes type) {
 /// the end of the arguments and the closing bracket.
 void GetOptImpl::readSequence() {
     int depth = 0;
-    while (!args.empty()) {
-        const IString argument = takeArgument();
-        if (argument == L".")
-            break;
-        if (argument == L"[" && depth++ == 0)
+    for (bool isOpen = true; isOpen && !args.empty(); args.pop_front()) {
+        const IString& argument = args.front();
+        if (isText(argument, L"."))
+            isOpen = false;
+        else if (isText(argument, L"[") && depth++ == 0)
             continue;
-        if (argument == L"]" && --depth == 0)
-            break;
-        store(argument);
+        else if (isText(argument, L"]") && --depth == 0)
+            isOpen = false;
+        else
+            store(argument);
     }
     if (depth < 0)
         fail(L"While processing option: -%S\n  Too many ']' characters", shownName());

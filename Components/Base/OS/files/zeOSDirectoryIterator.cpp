@@ -2,9 +2,13 @@
 
 #include "Base/OS/zeOSDirectoryIterator.h"
 
+#include <sys/stat.h>
+
 #include <utility>
 #include <vector>
 
+#include "Base/OS/files/zeOSFileFactoryImpl.h"
+#include "Base/OS/files/zeOSLocalPathImpl.h"
 #include "Base/OS/zeOSFile.h"
 #include "Base/OS/zeOSFileStatus.h"
 
@@ -36,7 +40,14 @@ bool isDots(const IString& name) {
 
 } // namespace
 
-DirectoryIterator::iteratorEntry::iteratorEntry(const IString& fullName) : name(fullName) {
+DirectoryIterator::iteratorEntry::iteratorEntry(IString&& fullName) {
+    name.swap(fullName);
+    if (everyNameIsLocal()) { // the same by one system call
+        const mode_t type = localFileType(LocalPath(name).text());
+        exists = type != 0;
+        isDirectory = type == S_IFDIR;
+        return;
+    }
     FileStatus status;
     if (File::query(name, status).code() != File::ErrNone || !status.exists())
         return;
@@ -69,10 +80,10 @@ void DirectoryIterator::visit(const IString& directory) {
 
     std::vector<IString> names;
     file.readDir(names, true);
-    for (const IString& name : names) {
+    for (IString& name : names) {
         if (isDots(name) || name == unnamed)
             continue;
-        entries_.emplace_back(name);
+        entries_.emplace_back(std::move(name));
         if (!entries_.back().exists)
             entries_.pop_back();
     }

@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/OS/zeOSSearchPath.h"
+
+#include <utility>
+
+#include "Support/FaultTrial.h"
+
+#include "OS/files/FileFixture.h"
+
+using zeOS::SearchPath;
+using zeString::IString;
+
+namespace {
+
+/// In a folder with directories `one` and `two`, which is the current one, too.
+class SearchPathTest : public FileFixture {
+protected:
+    void SetUp() override {
+        for (const char* name : {"one/sub", "two/sub"})
+            makeFolder(name);
+        for (const char* name : {"here", "one/a", "two/a", "two/b", "two/sub/c", "sub"})
+            folder.write(name, "");
+        before_ = std::filesystem::current_path();
+        std::filesystem::current_path(folder.path());
+    }
+    void TearDown() override { std::filesystem::current_path(before_); }
+
+    static std::string directories(const SearchPath& path) {
+        return path.getDirectories().asUTF8();
+    }
+
+    /// A list of both directories.
+    SearchPath both() const {
+        SearchPath path;
+        path.initialize(L"one:two");
+        return path;
+    }
+
+private:
+    std::filesystem::path before_;
+};
+
+} // namespace
+
+TEST_F(SearchPathTest, KeepsWhatExistsOfAList) {
+    const struct {
+        const wchar_t* given;
+        wchar_t separator;
+        const char* kept;
+    } rows[] = {
+        {L"", L':', ""},
+        {L"one", L':', "one"},
+        {L"one:two", L':', "one:two"},
+        {L":one::two:", L':', "one:two"},
+        {L"two;none;here;one", L';', "two;one"}, // no such directory; a file
+        {L"one:two", L';', ""},
+        {L"one:one:one/", L':', "one:one:one/"},
+        {L"one\u2665two", L'\u2665', "one\u2665two"},
+    };
+    for (const auto& row : rows) {
+        SearchPath path;
+        EXPECT_FALSE(path.initialized());
+        path.initialize(row.given, row.separator);
+        EXPECT_EQ(directories(path), row.kept);
+        EXPECT_TRUE(path.initialized());
+    }
+    SearchPath twice = both();
+    twice.initialize(L"sub;one", L';');
+    EXPECT_EQ(directories(twice), "one;two;one") << "a second call adds";
+}
+
+TEST_F(SearchPathTest, IsChangedDirectoryByDirectory) {
+    SearchPath path;
+    EXPECT_TRUE(path.addDirectoryToPath("one"));
+    EXPECT_TRUE(path.insertDirectoryInPath("two"));
+    EXPECT_EQ(directories(path), "two?one") << "the separator before initialize()";
+    path.initialize();
+    EXPECT_EQ(directories(path), "two:one");
+    EXPECT_FALSE(path.addDirectoryToPath("none"));
+    EXPECT_FALSE(path.addDirectoryToPath(""));
+    EXPECT_FALSE(path.insertDirectoryInPath("here"));
+    EXPECT_TRUE(path.addDirectoryToPath("two"));
+    EXPECT_TRUE(path.hasDirectory("two") && !path.hasDirectory("two/"));
+    EXPECT_TRUE(path.removeDirectoryFromPath("two"));
+    EXPECT_EQ(directories(path), "one:two") << "the first is removed";
+    EXPECT_FALSE(path.removeDirectoryFromPath("none"));
+
+    path.actLikeShell(false);
+    const SearchPath copy(path);
+    SearchPath assigned;
+    EXPECT_EQ(directories(assigned), "");
+    assigned = path;
+    path.clear();
+    EXPECT_EQ(directories(path), "");
+    EXPECT_TRUE(path.initialized() && !path.actLikeShell());
+    for (const SearchPath* same : {&copy, &std::as_const(assigned)}) {
+        EXPECT_EQ(directories(*same), "one:two");
+        EXPECT_TRUE(same->initialized() && !same->actLikeShell());
+    }
+    assigned.reset();
+    EXPECT_FALSE(assigned.initialized());
+    EXPECT_TRUE(assigned.actLikeShell());
+    EXPECT_TRUE(assigned.addDirectoryToPath("one") && assigned.addDirectoryToPath("two"));
+    EXPECT_EQ(directories(assigned), "one:two") << "the separator stays";
+}
+
+TEST_F(SearchPathTest, FindsFilesAsAShellOrEverywhere) {
+    const std::string root = folder.path();
+    const std::string absolute = folder.path("here");
+    const struct {
+        std::string name;
+        const char* asShell;    ///< what is found
+        const char* everywhere; ///< the same with actLikeShell(false); null: the same
+        const char* directory;  ///< of what a shell finds
+    } rows[] = {
+        {"a", "one/a", nullptr, "one"},
+        {"b", "two/b", nullptr, "two"},
+        {"sub", "one/sub", nullptr, "one"}, // a directory is found, too
+        {"here", "", nullptr, ""},          // the current directory is not in the list
+        {"none", "", nullptr, ""},
+        {"./here", "./here", "", "."},
+        {"sub/c", "", "two/sub/c", ""},
+        {"two/b", "two/b", "", "two"},
+        {"./b", "", "two/./b", ""},
+        {"two//b", "two//b", "", "two"}, // as it was given
+        {"b/", "two/b", nullptr, "two"}, // no directory part once it is normalised
+        {"x/../b", "two/b", nullptr, "two"},
+        {"", "one", nullptr, ""},
+        {absolute, absolute.c_str(), nullptr, root.c_str()},
+        {folder.path("none"), "", nullptr, ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        SearchPath path = both();
+        const IString name = wide(row.name);
+        EXPECT_STREQ(path.findFile(name).asUTF8(), row.asShell);
+        EXPECT_STREQ(path.findDirectory(name).asUTF8(), row.directory);
+        path.actLikeShell(false);
+        IString result = name;
+        path.findFile(result, result);
+        EXPECT_STREQ(result.asUTF8(), row.everywhere ? row.everywhere : row.asShell);
+    }
+}
+
+TEST_F(SearchPathTest, SearchesNoFurtherOnceThereIsAResult) {
+    SearchPath first;
+    first.addDirectoryToPath("one");
+    SearchPath second;
+    second.addDirectoryToPath("two");
+    IString result;
+    first.searchFor(result, "b");
+    EXPECT_EQ(result, L"");
+    second.searchFor(result, "b");
+    EXPECT_EQ(result, L"two/b");
+    first.searchFor(result, "a");
+    EXPECT_EQ(result, L"two/b");
+}
+
+TEST_F(SearchPathTest, PassesByWhatCannotBeAsked) {
+    std::string found;
+    FaultTrial trial;
+    trial.operation = [&] {
+        const SearchPath path = both();
+        found = directories(path) + " " + path.findFile("a").asUTF8();
+    };
+    trial.check = [&](const Fault& fault) {
+        std::string expected = "one:two one/a";
+        if (fault.call == SystemFaults::onStat && fault.n == 1)
+            expected = "two two/a";
+        else if (fault.call == SystemFaults::onStat && fault.n == 2)
+            expected = "one one/a";
+        else if (fault.call == SystemFaults::onStat && fault.n == 3)
+            expected = "one:two two/a";
+        EXPECT_EQ(found, expected);
+    };
+    EXPECT_EQ(trial.runAll(), "stat access");
+    trial.report("searching a path");
+}
