@@ -270,6 +270,7 @@ private:
     ZEBASE_HIDDEN bool coversDataArea(long place) const;
     ZEBASE_HIDDEN zeUtil::Error writeDirectoryPointer(long value, long& end);
     ZEBASE_HIDDEN void updateDirectoryEntry(long offset);
+    ZEBASE_HIDDEN bool seekOutput(long position);
     ZEBASE_HIDDEN zeUtil::Error outputFailure() const;
 
     // The list of elements.

@@ -32,6 +32,7 @@ constexpr int pointerSize = 24; // decimal digits, blanks and a newline
 
 constexpr int magicSize = sizeof magic - 1;
 constexpr int versionSize = sizeof version - 1;
+constexpr int headerEndSize = sizeof headerEnd - 1;
 
 /// Reads the header up to the pointer, whose position it returns; -1 if this is no header.
 long readHeaderStart(ioBufferedStreamInput& in) {
@@ -207,6 +208,14 @@ void ioPackageFile::closePackageForOutput() {
     outputOpen_ = false;
 }
 
+/// After a failure nothing may be written: it would land elsewhere.
+bool ioPackageFile::seekOutput(long position) {
+    if (output_.seek(position))
+        return true;
+    output_.setStatus(streamIOError);
+    return false;
+}
+
 /// What a failed write of header, pointer or directory ends in.
 Error ioPackageFile::outputFailure() const {
     if (output_.getStatus() == streamOK)
@@ -261,12 +270,13 @@ Error ioPackageFile::writePackageHeader() {
     output_.writeString(magic);
     output_.writeString(version);
     output_.writeString(headerEnd);
-    pointerPosition_ = output_.tell();
     output_.flush();
-    error = outputFailure(); // which the next opening for output would forget
+    error = outputFailure();
+    if (error.code() != 0)
+        return error;
+    pointerPosition_ = 1 + magicSize + versionSize + headerEndSize;
     long end = 0;
-    if (error.code() == 0)
-        error = writeDirectoryPointer(-1, end);
+    error = writeDirectoryPointer(-1, end);
     updateDirectoryEntry(end);
     return error;
 }
@@ -277,8 +287,8 @@ Error ioPackageFile::writeDirectory() {
     Error error = openPackageForOutput();
     if (error.code() != 0)
         return error;
-    if (!output_.seek(place))
-        output_.setStatus(streamIOError);
+    if (!seekOutput(place))
+        return outputFailure();
     ioPackageIO::PackageRegistry registry(false);
     const std::unique_ptr<ioWriteContext> context(
         ioWriteContextAlloc(output_, ioWriteBinary, &registry));
@@ -305,12 +315,11 @@ Error ioPackageFile::writeDirectoryPointer(long value, long& end) {
     Error error = openPackageForOutput();
     if (error.code() != 0)
         return error;
-    if (!output_.seek(pointerPosition_))
-        output_.setStatus(streamIOError);
-    if (output_.getStatus() == streamOK)
-        output_.writeData(text, pointerSize);
-    end = output_.tell();
+    if (!seekOutput(pointerPosition_))
+        return outputFailure();
+    output_.writeData(text, pointerSize);
     output_.flush();
+    end = pointerPosition_ + pointerSize;
     return outputFailure();
 }
 
@@ -326,8 +335,10 @@ Error ioPackageFile::readDirectory() {
     closePackageForOutput();
     ioBufferedStreamInput in;
     in.openFile(fileName_);
-    if (in.getStatus() != streamOK || !in.seek(place))
+    if (in.getStatus() != streamOK || !in.seek(place)) {
+        in.close();
         return packageFailure(packageBad, L"Can not open directory: %S", fileName_);
+    }
     const IString name(fileName_);
     const bool understood = readEntries(in, place);
     in.close();

@@ -274,8 +274,11 @@ Error ioPackageFile::copyStreamIntoPackage(ioBufferedStreamInput& stream, long s
 /// Copies a stream to the place of an entry.
 Error ioPackageFile::fillEntry(ioBufferedStreamInput& stream, long offset, long size,
                                const IString& name) {
-    if (!output_.seek(offset))
-        output_.setStatus(streamIOError);
+    const auto writeFailure = [&name] {
+        return packageFailure(packageWriteFailed, L"Error writing entry: %S", name);
+    };
+    if (!seekOutput(offset))
+        return writeFailure();
     char block[blockSize];
     long copied = 0;
     // Up to more than the size: the last read must meet the end of the source. What is too much
@@ -287,7 +290,7 @@ Error ioPackageFile::fillEntry(ioBufferedStreamInput& stream, long offset, long 
     }
     output_.flush();
     if (output_.getStatus() != streamOK)
-        return packageFailure(packageWriteFailed, L"Error writing entry: %S", name);
+        return writeFailure();
     if (isFailure(stream.getStatus()))
         return packageFailure(packageReadFailed, L"Error reading file for entry: %S", name);
     if (stream.getStatus() != streamEOF || copied != size)
