@@ -3,23 +3,23 @@
 // The words of a program outside of its code. Each has a key, a fallback in the code, and, where a
 // catalog is loaded, a translation. A catalog may lack words, or be wrong: the program works on.
 //
-//     $ messages Ada 3
+//     $ catalog Ada 3
 //     Hello, Ada!
 //     There are 3 new messages.
 //     $ echo '// German' > de.cat
 //     $ echo 'mail.hello = "Guten Tag, {1}!"' >> de.cat
 //     $ echo 'mail.many = "Für {1} liegen {2} \' >> de.cat
 //     $ echo '             neue Nachrichten vor."' >> de.cat
-//     $ messages Ada 3 de.cat
+//     $ catalog Ada 3 de.cat
 //     Guten Tag, Ada!
 //     Für Ada liegen 3 neue Nachrichten vor.
-//     $ messages Ada 1 de.cat
+//     $ catalog Ada 1 de.cat
 //     Guten Tag, Ada!
 //     There is one new message.
-//     $ messages --check de.cat
+//     $ catalog --check de.cat
 //     de.cat lacks mail.one
 //     $ echo 'mail.one.new = "Eine neue Nachricht"' >> de.cat
-//     $ messages Ada 1 de.cat 2>&1 | sed 's/ $//'
+//     $ catalog Ada 1 de.cat 2>&1 | sed 's/ $//'
 //     String file parsing error encountered, line 5, file de.cat:
 //     Key string does not have valid format: mail.one.new = "Eine neue Nachricht"
 //     Guten Tag, Ada!
@@ -89,8 +89,7 @@ int main(int argc, char** argv) {
     if (argc == 3 && std::strcmp(argv[1], "--check") == 0)
         return check(argv[2]);
     if (argc != 3 && argc != 4) {
-        std::fputs("usage: messages NAME COUNT [CATALOG]\n       messages --check CATALOG\n",
-                   stderr);
+        std::fputs("usage: catalog NAME COUNT [CATALOG]\n       catalog --check CATALOG\n", stderr);
         return 2;
     }
     if (argc == 4)
