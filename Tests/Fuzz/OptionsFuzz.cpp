@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: MIT
+
+// Declarations and a command line in one text: lines of names, a tab and types up to an empty line,
+// then an argument in each line.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Base/OS/zeOSGetOpt.h"
+#include "Base/Strings/zeStringCString.h"
+
+namespace {
+
+using zeOS::GetOpt;
+using zeString::CString;
+using zeString::IString;
+
+void require(bool holds) {
+    if (!holds)
+        std::abort();
+}
+
+/// Answers by the name, without a look at the disk.
+class Options : public GetOpt {
+public:
+    zeUtil::Error validInputFile(const IString& name) const override { return answer(name, 3); }
+    zeUtil::Error validOutputFile(const IString& name) const override { return answer(name, 5); }
+    zeUtil::Error validDirectory(const IString& name) const override { return answer(name, 7); }
+
+private:
+    static zeUtil::Error answer(const IString& name, unsigned int wrong) {
+        return name.length() % wrong == 1 ? zeUtil::Error(1, L"no %S", name.asWChar())
+                                          : zeUtil::Error();
+    }
+};
+
+/// The names and whose they are: what the parser's trie is to know.
+using Names = std::map<std::string, int>;
+
+/// The obvious way to find(): of all names that begin with the text, the longest, if all others lie
+/// on the way to it.
+int twinOfFind(const Names& names, const std::string& text) {
+    if (const auto exact = names.find(text); exact != names.end())
+        return exact->second;
+    std::vector<std::string> longer;
+    for (const auto& [name, index] : names)
+        if (name.starts_with(text))
+            longer.push_back(name);
+    if (longer.empty())
+        return -1;
+    const std::string& last = *std::max_element(
+        longer.begin(), longer.end(), [](auto& a, auto& b) { return a.size() < b.size(); });
+    for (const std::string& name : longer)
+        if (!last.starts_with(name))
+            return -1;
+    return names.at(last);
+}
+
+std::string_view takeLine(std::string_view& text) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    const std::string_view line = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    return line;
+}
+
+std::string upToTerminator(std::string_view text) {
+    return std::string(text.substr(0, text.find('\0')));
+}
+
+void declare(GetOpt& options, Names& names, std::string_view line) {
+    const std::size_t tab = std::min(line.find('\t'), line.size());
+    const std::string both = upToTerminator(line.substr(0, tab));
+    const std::string types(line.substr(std::min(tab + 1, line.size())));
+    const std::size_t bar = both.find('|');
+    const std::string longName = both.substr(bar == std::string::npos ? 0 : bar + 1);
+    const GetOpt::option* added = options.addOption(both.c_str(), types.c_str());
+    require((added == nullptr) == names.contains(longName));
+    if (added == nullptr)
+        return;
+    names[longName] = options.getOptionIndex(added);
+    if (bar != std::string::npos && bar > 0)
+        names.emplace(both.substr(0, bar), options.getOptionIndex(added));
+}
+
+void checkNames(const GetOpt& options, const Names& names) {
+    for (const auto& [name, index] : names)
+        for (std::size_t length = 0; length <= name.size(); ++length) {
+            const std::string text = name.substr(0, length);
+            require(options.findOption(text.c_str()) == twinOfFind(names, text));
+        }
+    for (int i = 0; i < options.getNumOptions(); ++i) {
+        const CString shortest = options.getOptionShortestName(options.getOption(i));
+        require(options.findOption(shortest.asChar()) == i);
+        require(options.getOptionUsage(options.getOption(i), true).length() > 0);
+    }
+    std::vector<int> sorted;
+    options.getSortedOptions(sorted);
+    require(sorted.size() == static_cast<std::size_t>(options.getNumOptions()));
+}
+
+std::size_t unread(const GetOpt& options) {
+    std::vector<IString> rest;
+    options.remaining(rest);
+    return rest.size();
+}
+
+/// Each step takes an argument at least, and an option no more than it took from the line.
+void parse(GetOpt& options) {
+    for (std::size_t before = unread(options); before > 0;) {
+        const GetOpt::result* found = options.getOpt();
+        const std::size_t after = unread(options);
+        require(after < before);
+        if (found != nullptr) {
+            const int taken = static_cast<int>(before - after) - 1;
+            require(!options.hasErrors() && options.getNumArguments(found) <= taken);
+        } else {
+            require(options.hasErrors() == (options.getError().length() > 0));
+            if (!options.hasErrors())
+                return; // "--"
+            options.resetError();
+        }
+        before = after;
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    std::string_view text(reinterpret_cast<const char*>(data), std::min<std::size_t>(size, 4096));
+    Options options;
+    Names names;
+    for (std::string_view line; !(line = takeLine(text)).empty();)
+        declare(options, names, line);
+    checkNames(options, names);
+    options.needLeadingDash(size % 2 == 0);
+    std::vector<IString> arguments;
+    while (!text.empty())
+        arguments.emplace_back(std::string(takeLine(text)).c_str(), zeString::EncodingUTF8);
+    options.initialize(arguments);
+    parse(options);
+    return 0;
+}
