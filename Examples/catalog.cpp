@@ -89,8 +89,7 @@ int main(int argc, char** argv) {
     if (argc == 3 && std::strcmp(argv[1], "--check") == 0)
         return check(argv[2]);
     if (argc != 3 && argc != 4) {
-        std::fputs("usage: catalog NAME COUNT [CATALOG]\n       catalog --check CATALOG\n",
-                   stderr);
+        std::fputs("usage: catalog NAME COUNT [CATALOG]\n       catalog --check CATALOG\n", stderr);
         return 2;
     }
     if (argc == 4)
