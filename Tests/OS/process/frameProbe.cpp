@@ -182,7 +182,7 @@ long sysconf(int name) noexcept {
 
 int main(int argc, char** argv, char** envp) {
     if (argc > 1 && std::strcmp(argv[1], "wide") == 0) {
-        const wchar_t* const wide[] = {L"w\u00EFde/tool", L"\u20AC", nullptr};
+        static const wchar_t* const wide[] = {L"w\u00EFde/tool", L"\u20AC", nullptr};
         app().initialize(2, wide, static_cast<wchar_t const* const*>(nullptr));
     } else {
         app().initialize(argc, argv, envp);
