@@ -172,12 +172,6 @@ int dladdr(const void* address, Dl_info* info) noexcept {
     return fails("dladdr") ? 0 : genuine(&dladdr, "dladdr")(address, info);
 }
 
-long sysconf(int name) noexcept {
-    if ((name == _SC_PHYS_PAGES || name == _SC_AVPHYS_PAGES) && fails("sysconf"))
-        return -1;
-    return genuine(&sysconf, "sysconf")(name);
-}
-
 } // extern "C"
 
 int main(int argc, char** argv, char** envp) {
