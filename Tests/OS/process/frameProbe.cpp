@@ -18,6 +18,8 @@
 #include <vector>
 
 #include "Base/OS/zeOSAppMain.h"
+#include "Base/OS/zeOSAppOutput.h"
+#include "Base/OS/zeOSDebugChannel.h"
 #include "Base/OS/zeOSSysInfo.h"
 
 using zeOS::AppMain;
@@ -28,8 +30,6 @@ namespace {
 AppMain& app() {
     return AppMain::getInstance();
 }
-
-const bool wasPreMain = app().preMain();
 
 bool fails(const char* call) {
     const char* const calls = std::getenv("PROBE_FAILS");
@@ -59,6 +59,8 @@ std::string arguments() {
     return joined(given);
 }
 
+const bool wasPreMain = app().preMain() && arguments().empty();
+
 std::string buildRoot() {
     IString root;
     const bool known = app().getBuildRootDirectory(root);
@@ -87,6 +89,19 @@ std::string user() {
     return name ? name : "(null)";
 }
 
+/// A stream of its own in each thread; the switch of all channels is anybody's.
+void printMuch() {
+    zeOS::AppOutputStream stream(false);
+    stream.open("/dev/null", false);
+    stream.setIndentLevel(2);
+    const zeOS::DebugChannel channel;
+    for (int i = 0; i < 1000; ++i) {
+        stream("line %d\n", i);
+        zeOS::DebugChannel::enableEveryChannel(i % 2 == 0);
+        channel.enabled();
+    }
+}
+
 /// Asks everything in several threads at once.
 std::string race() {
     std::vector<std::thread> threads;
@@ -102,6 +117,7 @@ std::string race() {
                 info.totalPhysicalMemory() == 0 || app().getElapsed() < 0)
                 std::puts("wrong answer");
             info.username();
+            printMuch();
         });
     for (std::thread& thread : threads)
         thread.join();
@@ -156,17 +172,11 @@ int dladdr(const void* address, Dl_info* info) noexcept {
     return fails("dladdr") ? 0 : genuine(&dladdr, "dladdr")(address, info);
 }
 
-long sysconf(int name) noexcept {
-    if ((name == _SC_PHYS_PAGES || name == _SC_AVPHYS_PAGES) && fails("sysconf"))
-        return -1;
-    return genuine(&sysconf, "sysconf")(name);
-}
-
 } // extern "C"
 
 int main(int argc, char** argv, char** envp) {
     if (argc > 1 && std::strcmp(argv[1], "wide") == 0) {
-        const wchar_t* const wide[] = {L"w\u00EFde/tool", L"\u20AC", nullptr};
+        static const wchar_t* const wide[] = {L"w\u00EFde/tool", L"\u20AC", nullptr};
         app().initialize(2, wide, static_cast<wchar_t const* const*>(nullptr));
     } else {
         app().initialize(argc, argv, envp);
