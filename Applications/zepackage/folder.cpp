@@ -5,7 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <vector>
+#include <filesystem>
+#include <utility>
 
 #include "Base/IO/ioPackageFile.h"
 
@@ -19,18 +20,16 @@ namespace {
 
 using zeUtil::Descriptor;
 
-/// The folders that lead to the file, and its own name as the last of them. A package from
+/// The names of the folders that lead to the file, and its own as the last of them. A package from
 /// elsewhere can hold any name.
 std::vector<std::string> stepsOf(const std::string& name) {
     const std::string clean = ioPackageFile::cleanupName(libraryText(name)).asUTF8();
     std::vector<std::string> steps;
-    for (std::size_t begin = 0, end = 0; begin <= clean.size(); begin = end + 1) {
-        end = std::min(clean.find('/', begin), clean.size());
-        const std::string step = clean.substr(begin, end - begin);
-        if (step == "..")
+    for (const auto& part : std::filesystem::path(clean)) {
+        if (part == "..")
             throw app::Failure(name + ": left out: its name leads to another folder");
-        if (!step.empty() && step != ".")
-            steps.push_back(step);
+        if (!part.empty() && part != "." && part != "/")
+            steps.push_back(part);
     }
     if (steps.empty())
         throw app::Failure(name + ": left out: its name is no name of a file");
@@ -51,7 +50,7 @@ Folder::Folder(const std::string& path)
 }
 
 /// Opens the folder `step`, which is made if it is missing.
-Descriptor Folder::enter(int folder, const std::string& step, const std::string& name) const {
+Descriptor Folder::enter(int folder, const std::string& step, const std::string& name) {
     if (mkdirat(folder, step.c_str(), 0777) != 0 && errno != EEXIST)
         fail(name);
     Descriptor result(zeUtil::retried([&] {
@@ -65,18 +64,26 @@ Descriptor Folder::enter(int folder, const std::string& step, const std::string&
     return result;
 }
 
+/// Entries of one folder follow one another: the folder of the last one is kept open.
+void Folder::enterParent(const std::vector<std::string>& steps, const std::string& name) {
+    if (steps == steps_)
+        return;
+    Descriptor folder;
+    for (const std::string& step : steps)
+        folder = enter(folder.isOpen() ? folder.get() : root_.get(), step, name);
+    parent_ = std::move(folder);
+    steps_ = steps;
+}
+
 Descriptor Folder::create(const std::string& name, bool replace) {
     std::vector<std::string> steps = stepsOf(name);
     file_ = steps.back();
     steps.pop_back();
-    parent_ = Descriptor();
-    for (const std::string& step : steps)
-        parent_ = enter(parent_.isOpen() ? parent_.get() : root_.get(), step, name);
-    const int parent = parent_.isOpen() ? parent_.get() : root_.get();
-    if (replace && unlinkat(parent, file_.c_str(), 0) != 0 && errno != ENOENT)
+    enterParent(steps, name);
+    if (replace && unlinkat(parent(), file_.c_str(), 0) != 0 && errno != ENOENT)
         fail(name);
     Descriptor file(zeUtil::retried([&] {
-        return openat(parent, file_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+        return openat(parent(), file_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                       0666);
     }));
     if (!file.isOpen() && errno == EEXIST)
@@ -87,7 +94,7 @@ Descriptor Folder::create(const std::string& name, bool replace) {
 }
 
 void Folder::undo() {
-    unlinkat(parent_.isOpen() ? parent_.get() : root_.get(), file_.c_str(), 0);
+    unlinkat(parent(), file_.c_str(), 0);
 }
 
 } // namespace zepackage

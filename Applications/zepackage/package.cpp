@@ -4,11 +4,11 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <map>
 
 #include "Base/IO/ioBufferedStreamInput.h"
@@ -82,11 +82,20 @@ public:
 
     const app::Target& target() const { return target_; }
 
+    /// By the system, which shares the blocks on disk where the file system can.
     void copyTo(const std::string& path) const {
-        std::error_code error;
-        std::filesystem::copy_file("/proc/self/fd/" + std::to_string(file_.get()), path, error);
-        if (error)
-            throw app::Failure("it cannot be copied: " + error.message());
+        constexpr std::size_t atOnce = 1 << 30;
+        const Descriptor copy(zeUtil::retried(
+            [&] { return open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600); }));
+        ssize_t size = copy.isOpen() ? 1 : -1;
+        while (size > 0)
+            size = zeUtil::retried([&] {
+                const ssize_t done =
+                    copy_file_range(file_.get(), nullptr, copy.get(), nullptr, atOnce, 0);
+                return done >= 0 ? done : sendfile(copy.get(), file_.get(), nullptr, atOnce);
+            });
+        if (size < 0)
+            throw app::Failure("it cannot be copied: " + app::systemMessage(errno));
     }
 
 private:

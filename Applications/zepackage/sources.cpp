@@ -2,6 +2,8 @@
 
 #include "sources.h"
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <filesystem>
 
@@ -29,30 +31,35 @@ std::string entryName(const fs::path& path) {
 
 class Search {
 public:
-    explicit Search(const Arguments& arguments)
-        : folder_(arguments.folder), package_(arguments.package()) {}
+    explicit Search(const Arguments& arguments) : folder_(arguments.folder) {
+        if (stat(arguments.package().c_str(), &package_) != 0)
+            package_ = {};
+    }
 
     /// A file or folder that the user names: a link is followed.
     void argument(const std::string& name) {
-        std::error_code error;
         const fs::path path = folder_ / name;
-        const fs::file_status status = fs::status(path, error);
-        if (name.empty() || !fs::exists(status))
+        struct stat status = {};
+        if (name.empty() || stat(path.c_str(), &status) != 0)
             throw app::Failure(
-                name + ": cannot be read: " + app::systemMessage(error ? error.value() : ENOENT));
-        if (fs::is_directory(status))
-            inside(path, name);
-        else if (fs::is_regular_file(status))
-            file(path, name);
-        else
+                name + ": cannot be read: " + app::systemMessage(name.empty() ? ENOENT : errno));
+        if (!isTaken(path, name, status))
             throw app::Failure(name + ": it is neither a file nor a folder");
     }
 
     Sources take() { return std::move(found_); }
 
 private:
-    /// `name` is what the user calls the folder. A link in it is not followed: others may have put
-    /// it there.
+    /// `name` is what the user calls the path.
+    bool isTaken(const fs::path& path, const fs::path& name, const struct stat& status) {
+        if (S_ISDIR(status.st_mode))
+            inside(path, name);
+        else if (S_ISREG(status.st_mode))
+            file(path, name, status);
+        return S_ISDIR(status.st_mode) || S_ISREG(status.st_mode);
+    }
+
+    /// A link in a folder is not followed: others may have put it there.
     void inside(const fs::path& path, const fs::path& name) {
         std::error_code error;
         fs::directory_iterator entry(path, error);
@@ -61,33 +68,27 @@ private:
             report(name.string() + ": left out: an empty folder");
         for (; !error && entry != end; entry.increment(error)) {
             const fs::path own = name / entry->path().filename();
-            const fs::file_status status = entry->symlink_status(error);
-            if (error)
-                break;
-            if (fs::is_directory(status))
-                inside(entry->path(), own);
-            else if (fs::is_regular_file(status))
-                file(entry->path(), own);
-            else
+            struct stat status = {};
+            if (lstat(entry->path().c_str(), &status) != 0)
+                throw app::Failure(own.string() + ": cannot be read: " + app::systemMessage(errno));
+            if (!isTaken(entry->path(), own, status))
                 report(own.string() + ": left out: neither a file nor a folder");
         }
         if (error)
             throw app::Failure(name.string() + ": cannot be read: " + error.message());
     }
 
-    void file(const fs::path& path, const fs::path& name) {
-        std::error_code error;
-        if (fs::equivalent(path, package_, error))
+    void file(const fs::path& path, const fs::path& name, const struct stat& status) {
+        if (status.st_dev == package_.st_dev && status.st_ino == package_.st_ino)
             return report(name.string() + ": left out: the package itself");
-        const Source source{path, static_cast<std::int64_t>(fs::file_size(path, error))};
-        const auto [entry, isNew] = found_.emplace(entryName(name), source);
-        if (!isNew && entry->second.path != source.path)
-            throw app::Failure(source.path + " and " + entry->second.path +
+        const auto [entry, isNew] = found_.emplace(entryName(name), Source{path, status.st_size});
+        if (!isNew && entry->second.path != path)
+            throw app::Failure(path.string() + " and " + entry->second.path +
                                " would become one entry, " + entry->first);
     }
 
     fs::path folder_;
-    fs::path package_;
+    struct stat package_ = {};
     Sources found_;
 };
 

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
-#include <string_view>
+#include <vector>
 
 #include "Base/Utility/zeUtilDescriptor.h"
 
@@ -45,11 +45,14 @@ public:
     void undo();
 
 private:
-    zeUtil::Descriptor enter(int folder, const std::string& step, const std::string& name) const;
+    static zeUtil::Descriptor enter(int folder, const std::string& step, const std::string& name);
+    void enterParent(const std::vector<std::string>& steps, const std::string& name);
+    int parent() const { return parent_.isOpen() ? parent_.get() : root_.get(); }
 
     zeUtil::Descriptor root_;
-    zeUtil::Descriptor parent_; // of the last file
-    std::string file_;          // its name there
+    zeUtil::Descriptor parent_;      // of the last file; not open if that is the root
+    std::vector<std::string> steps_; // that lead to it
+    std::string file_;               // its name there
 };
 
 } // namespace zepackage

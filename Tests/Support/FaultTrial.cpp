@@ -32,6 +32,11 @@ std::string describe(const Fault& fault) {
            (fault.n ? " at call " + std::to_string(fault.n) : ", but no call was left to fail");
 }
 
+/// A seek never waits; for close, see SystemFaults::Answer.
+bool canBeInterrupted(SystemFaults::Call call) {
+    return call != SystemFaults::onClose && call != SystemFaults::onLseek;
+}
+
 bool movesBytes(SystemFaults::Call call) {
     return call == SystemFaults::onRead || call == SystemFaults::onWrite ||
            call == SystemFaults::onFread || call == SystemFaults::onFwrite;
@@ -107,7 +112,7 @@ std::string FaultTrial::runAll() {
             continue; // a call that the operation does not make
         broken += (broken.empty() ? "" : " ") + std::string(SystemFaults::name(call));
         for (const int error : {EIO, EACCES, EINTR})
-            if (call != SystemFaults::onClose || error != EINTR)
+            if (error != EINTR || canBeInterrupted(call))
                 run(call, {error});
         if (movesBytes(call))
             run(call, {0, 1});

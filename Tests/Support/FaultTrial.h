@@ -57,10 +57,10 @@ public:
     void runPairs(int error);
 
     /// The same as run() for every call there is, with each error that calls are known for (ENOSPC,
-    /// EIO, EACCES, EINTR), and a byte at a time where a call moves bytes. A `close` that is
-    /// interrupted is left out: see SystemFaults::Answer. Returns the names of the calls that the
-    /// operation makes, in the order of SystemFaults::Call, so that a test notices one that it no
-    /// longer breaks.
+    /// EIO, EACCES, EINTR), and a byte at a time where a call moves bytes. Left out are a `close`
+    /// that is interrupted (see SystemFaults::Answer), and a seek, which cannot be. Returns the
+    /// names of the calls that the operation makes, in the order of SystemFaults::Call, so that a
+    /// test notices one that it no longer breaks.
     std::string runAll();
 
     std::size_t faultsTried() const { return tried_; }

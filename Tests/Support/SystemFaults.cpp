@@ -22,10 +22,10 @@
 namespace {
 
 constexpr const char* names[] = {
-    "open",  "openat",   "close",   "read",    "write",     "fsync",   "fopen",    "fdopen",
-    "fread", "fgets",    "fwrite",  "fclose",  "rename",    "unlink",  "unlinkat", "mkdir",
-    "rmdir", "mkostemp", "tempnam", "opendir", "fdopendir", "readdir", "stat",     "lstat",
-    "fstat", "access",   "getcwd",  "chdir",   "statvfs",
+    "open",  "openat",   "close",   "read",    "write",     "fsync",   "fopen",     "fdopen",
+    "fread", "fgets",    "fwrite",  "fclose",  "rename",    "unlink",  "unlinkat",  "mkdir",
+    "rmdir", "mkostemp", "tempnam", "opendir", "fdopendir", "readdir", "stat",      "lstat",
+    "fstat", "access",   "getcwd",  "chdir",   "statvfs",   "lseek",   "ftruncate", "mkdirat",
 };
 static_assert(std::size(names) == SystemFaults::callCount);
 
@@ -288,6 +288,18 @@ int chdir(const char* path) noexcept {
 
 int statvfs(const char* path, struct statvfs* status) noexcept {
     return answer(SystemFaults::onStatvfs, -1, path, status);
+}
+
+off_t lseek(int fd, off_t offset, int whence) noexcept {
+    return answer<off_t>(SystemFaults::onLseek, -1, fd, offset, whence);
+}
+
+int ftruncate(int fd, off_t length) noexcept {
+    return answer(SystemFaults::onFtruncate, -1, fd, length);
+}
+
+int mkdirat(int folder, const char* path, mode_t mode) noexcept {
+    return answer(SystemFaults::onMkdirat, -1, folder, path, mode);
 }
 
 } // extern "C"

@@ -50,6 +50,9 @@ public:
         onGetcwd,
         onChdir,
         onStatvfs,
+        onLseek,
+        onFtruncate,
+        onMkdirat,
         callCount
     };
 

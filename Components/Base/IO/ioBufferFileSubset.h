@@ -58,8 +58,8 @@ public:
 
     /// Opens the slice at its start. bufferOpenError if the file cannot be opened. bufferEOF, with
     /// nothing to read, if the slice is empty, if offset or size is negative, or if the file does
-    /// not hold the whole slice. bufferIOError if its start cannot be reached. A file held before
-    /// is forgotten, not closed.
+    /// not hold the whole slice. bufferIOError if that cannot be told, or its start not be reached.
+    /// A file held before is forgotten, not closed.
     void open(const zeString::IString& path, long offset, long size);
 
 private:

@@ -53,10 +53,11 @@
 /// inside an entry is not looked at before it is read: plain entries carry no checksum. Names come
 /// as they are in the file; only expand() makes sure that they stay within a directory.
 ///
-/// **Costs**, for n entries: opening O(n log n). Looking up by name, and adding, O(log n), beside
-/// the copying. Deleting, and adding into free space that is larger than the entry, O(log n) too,
-/// but O(n) where the number of elements changes: where free space lies beside the entry, or is
-/// split. Copying goes by blocks of 4096 bytes.
+/// **Costs**, for n entries: opening and update() O(n log n). Looking up, adding and deleting
+/// O(log n), beside the copying, with two exceptions of O(n): adding into free space that is larger
+/// than the entry, which is split, and the first call after entries were deleted beside free space,
+/// other than the next deletion, which joins that space. So delete first, then look and add.
+/// Copying goes by blocks of 4096 bytes.
 ///
 /// Threads: a package and its entries belong to one thread at a time. Processes that change one
 /// package at the same time destroy it: let applications lock what they edit.
@@ -232,7 +233,7 @@ public:
     /// The number of names.
     int size() const { return static_cast<int>(names_.size()); }
     /// The names. Changes of the package change it.
-    const Directory& getDirectory() const { return names_; }
+    const Directory& getDirectory() const;
     /// The path that was opened; empty unless the package is open.
     const zeString::IString& getPackageFileName() const { return fileName_; }
 
@@ -269,15 +270,15 @@ private:
     ZEBASE_HIDDEN bool coversDataArea(long place) const;
     ZEBASE_HIDDEN zeUtil::Error writeDirectoryPointer(long value, long& end);
     ZEBASE_HIDDEN void updateDirectoryEntry(long offset);
+    ZEBASE_HIDDEN bool seekOutput(long position);
     ZEBASE_HIDDEN zeUtil::Error outputFailure() const;
 
     // The list of elements.
     ZEBASE_HIDDEN int createEntry(long size);
     ZEBASE_HIDDEN int takeFreeEntry(long size);
     ZEBASE_HIDDEN void splitEntry(int index, long size);
-    ZEBASE_HIDDEN void joinEntries(int index);
     ZEBASE_HIDDEN void freeEntry(int index);
-    ZEBASE_HIDDEN void moveIndices(int from, int by);
+    ZEBASE_HIDDEN void joinEntries();
     ZEBASE_HIDDEN void appendEntry(const char* name, long offset, long size, long timeStamp,
                                    bool compressed);
 
@@ -301,7 +302,7 @@ private:
                                           const zeString::IString& path, int directory,
                                           const char* file, int flags);
     ZEBASE_HIDDEN zeUtil::Error expandEntry(const ioPackageFileEntry& entry, int directory,
-                                            const zeString::IString& directoryName);
+                                            const zeString::IString& directoryPath);
 
     zeString::IString fileName_;
     bool writable_ = false;
@@ -313,6 +314,7 @@ private:
     ioBufferedStreamOutput output_;
     bool outputOpen_ = false;
     ioFirstFitImpl* firstFit_; // owned; the free elements by their sizes
+    bool joinsDue_ = false;    // free elements lie side by side
 };
 
 /// The packets of a package's directory. Programs do not need it unless they read a directory by

@@ -238,6 +238,6 @@ TEST_F(MoveableMemoryTest, HoldsNothingAfterAFailedAllocation) {
                            (fault.answer.error != EINTR || fault.call == SystemFaults::onUnlink);
         EXPECT_EQ(allocated, !fatal);
     };
-    EXPECT_EQ(trial.runAll(), "open close write unlink");
+    EXPECT_EQ(trial.runAll(), "open close write unlink lseek");
     trial.report("allocating moveable memory");
 }

@@ -13,14 +13,6 @@ namespace {
 
 constexpr int blockSize = 4096;
 
-/// Whether the file holds the slice. Compared by subtraction, since offset and size may come from a
-/// file.
-bool holdsSlice(const zeString::IString& path, long offset, long size) {
-    zeOS::FileStatus status;
-    (void)zeOS::File::query(zeOS::Filename(path), status);
-    return offset >= 0 && size >= 0 && offset <= status.size() && size <= status.size() - offset;
-}
-
 } // namespace
 
 ioBufferFileSubset::ioBufferFileSubset() : ioBuffer(true, blockSize), file_(true) {}
@@ -79,7 +71,11 @@ void ioBufferFileSubset::open(const zeString::IString& path, long offset, long s
     setStatus(file_.getStatus());
     if (!good())
         return;
-    if (!holdsSlice(path, offset, size))
+    zeOS::FileStatus status;
+    // Compared by subtraction, since offset and size may come from a file.
+    if (zeOS::File::query(zeOS::Filename(path), status).code() != 0)
+        setStatus(bufferIOError);
+    else if (offset < 0 || size < 0 || offset > status.size() || size > status.size() - offset)
         setStatus(bufferEOF);
     else if (!seek(0) && good())
         setStatus(bufferIOError);

@@ -32,6 +32,7 @@ constexpr int pointerSize = 24; // decimal digits, blanks and a newline
 
 constexpr int magicSize = sizeof magic - 1;
 constexpr int versionSize = sizeof version - 1;
+constexpr int headerEndSize = sizeof headerEnd - 1;
 
 /// Reads the header up to the pointer, whose position it returns; -1 if this is no header.
 long readHeaderStart(ioBufferedStreamInput& in) {
@@ -129,6 +130,7 @@ Error ioPackageFile::update() {
 }
 
 const ioPackageFileEntry* ioPackageFile::getEntry(int index) const {
+    const_cast<ioPackageFile*>(this)->joinEntries(); // never due in an object that is const itself
     if (index < 0 || static_cast<std::size_t>(index) >= entries_.size())
         return nullptr;
     const ioPackageFileEntry& entry = entries_[static_cast<std::size_t>(index)];
@@ -136,8 +138,14 @@ const ioPackageFileEntry* ioPackageFile::getEntry(int index) const {
 }
 
 const ioPackageFileEntry* ioPackageFile::getEntry(const IString& name) const {
-    const auto found = names_.find(name);
-    return found == names_.end() ? nullptr : getEntry(found->second);
+    const Directory& names = getDirectory();
+    const auto found = names.find(name);
+    return found == names.end() ? nullptr : getEntry(found->second);
+}
+
+const ioPackageFile::Directory& ioPackageFile::getDirectory() const {
+    const_cast<ioPackageFile*>(this)->joinEntries(); // as above
+    return names_;
 }
 
 bool ioPackageFile::isFilePackageFile(const IString& path) {
@@ -167,6 +175,7 @@ void ioPackageFile::swap(ioPackageFile& other) {
     output_.swapChain(other.output_);
     std::swap(outputOpen_, other.outputOpen_);
     std::swap(firstFit_, other.firstFit_);
+    std::swap(joinsDue_, other.joinsDue_);
     for (ioPackageFile* package : {this, &other})
         for (ioPackageFileEntry& entry : package->entries_)
             entry.package_ = package;
@@ -197,6 +206,14 @@ void ioPackageFile::closePackageForOutput() {
     if (outputOpen_)
         output_.close();
     outputOpen_ = false;
+}
+
+/// After a failure nothing may be written: it would land elsewhere.
+bool ioPackageFile::seekOutput(long position) {
+    if (output_.seek(position))
+        return true;
+    output_.setStatus(streamIOError);
+    return false;
 }
 
 /// What a failed write of header, pointer or directory ends in.
@@ -253,8 +270,11 @@ Error ioPackageFile::writePackageHeader() {
     output_.writeString(magic);
     output_.writeString(version);
     output_.writeString(headerEnd);
-    pointerPosition_ = output_.tell();
     output_.flush();
+    error = outputFailure();
+    if (error.code() != 0)
+        return error;
+    pointerPosition_ = 1 + magicSize + versionSize + headerEndSize;
     long end = 0;
     error = writeDirectoryPointer(-1, end);
     updateDirectoryEntry(end);
@@ -262,12 +282,13 @@ Error ioPackageFile::writePackageHeader() {
 }
 
 Error ioPackageFile::writeDirectory() {
+    joinEntries();
     const long place = entries_.back().offset_;
     Error error = openPackageForOutput();
     if (error.code() != 0)
         return error;
-    if (!output_.seek(place))
-        output_.setStatus(streamIOError);
+    if (!seekOutput(place))
+        return outputFailure();
     ioPackageIO::PackageRegistry registry(false);
     const std::unique_ptr<ioWriteContext> context(
         ioWriteContextAlloc(output_, ioWriteBinary, &registry));
@@ -294,12 +315,11 @@ Error ioPackageFile::writeDirectoryPointer(long value, long& end) {
     Error error = openPackageForOutput();
     if (error.code() != 0)
         return error;
-    if (!output_.seek(pointerPosition_))
-        output_.setStatus(streamIOError);
-    if (output_.getStatus() == streamOK)
-        output_.writeData(text, pointerSize);
-    end = output_.tell();
+    if (!seekOutput(pointerPosition_))
+        return outputFailure();
+    output_.writeData(text, pointerSize);
     output_.flush();
+    end = pointerPosition_ + pointerSize;
     return outputFailure();
 }
 
@@ -315,8 +335,10 @@ Error ioPackageFile::readDirectory() {
     closePackageForOutput();
     ioBufferedStreamInput in;
     in.openFile(fileName_);
-    if (in.getStatus() != streamOK || !in.seek(place))
+    if (in.getStatus() != streamOK || !in.seek(place)) {
+        in.close();
         return packageFailure(packageBad, L"Can not open directory: %S", fileName_);
+    }
     const IString name(fileName_);
     const bool understood = readEntries(in, place);
     in.close();

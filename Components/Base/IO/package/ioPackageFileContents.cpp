@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <string>
 #include <utility>
 
@@ -57,11 +58,15 @@ bool isSameFile(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-bool isSameFile(const IString& a, const IString& b) {
-    struct stat first;
-    struct stat second;
-    return stat(a.asUTF8(), &first) == 0 && stat(b.asUTF8(), &second) == 0 &&
-           isSameFile(first, second);
+/// Whether a copy of `package` may be written to `path`, once what is there has been deleted. What
+/// cannot be looked at may be the package itself.
+bool clearForCopy(const IString& path, const IString& package) {
+    struct stat target;
+    struct stat source;
+    if (stat(path.asUTF8(), &target) != 0)
+        return errno == ENOENT;
+    return stat(package.asUTF8(), &source) == 0 && !isSameFile(source, target) &&
+           zeOS::fileDelete(zeOS::Filename(path)).code() == 0;
 }
 
 /// Opens a file to extract to, and empties it only when it is known not to be `package`. With
@@ -75,8 +80,8 @@ zeUtil::Descriptor openTarget(int directory, const char* path, int flags, const 
         return {};
     if (!S_ISREG(target.st_mode))
         return (flags & O_NOFOLLOW) != 0 ? zeUtil::Descriptor() : std::move(file);
-    const bool isPackage = stat(package.asUTF8(), &source) == 0 && isSameFile(source, target);
-    if (isPackage || zeUtil::retried([&] { return ftruncate(file.get(), 0); }) != 0)
+    const bool isOther = stat(package.asUTF8(), &source) == 0 && !isSameFile(source, target);
+    if (!isOther || zeUtil::retried([&] { return ftruncate(file.get(), 0); }) != 0)
         return {};
     return file;
 }
@@ -94,11 +99,11 @@ bool pathBelow(const IString& directory, const IString& target, std::string& pat
 }
 
 /// Steps into the directory `name`, which is made if it is missing. Follows no link.
-zeUtil::Descriptor enterDirectory(const zeUtil::Descriptor& parent, const char* name) {
-    if (mkdirat(parent.get(), name, 0777) != 0 && errno != EEXIST)
+zeUtil::Descriptor enterDirectory(int parent, const char* name) {
+    if (mkdirat(parent, name, 0777) != 0 && errno != EEXIST)
         return {};
     return zeUtil::Descriptor(zeUtil::retried(
-        [&] { return openat(parent.get(), name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
+        [&] { return openat(parent, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
 }
 
 Error directoryFailure() {
@@ -269,8 +274,11 @@ Error ioPackageFile::copyStreamIntoPackage(ioBufferedStreamInput& stream, long s
 /// Copies a stream to the place of an entry.
 Error ioPackageFile::fillEntry(ioBufferedStreamInput& stream, long offset, long size,
                                const IString& name) {
-    if (!output_.seek(offset))
-        output_.setStatus(streamIOError);
+    const auto writeFailure = [&name] {
+        return packageFailure(packageWriteFailed, L"Error writing entry: %S", name);
+    };
+    if (!seekOutput(offset))
+        return writeFailure();
     char block[blockSize];
     long copied = 0;
     // Up to more than the size: the last read must meet the end of the source. What is too much
@@ -282,7 +290,7 @@ Error ioPackageFile::fillEntry(ioBufferedStreamInput& stream, long offset, long 
     }
     output_.flush();
     if (output_.getStatus() != streamOK)
-        return packageFailure(packageWriteFailed, L"Error writing entry: %S", name);
+        return writeFailure();
     if (isFailure(stream.getStatus()))
         return packageFailure(packageReadFailed, L"Error reading file for entry: %S", name);
     if (stream.getStatus() != streamEOF || copied != size)
@@ -315,8 +323,7 @@ Error ioPackageFile::copyEntryIntoPackage(const ioPackageFileEntry* entry) {
 Error ioPackageFile::write(const IString& path) {
     if (fileName_.isEmpty())
         return Error(packageNotOpen, "The package file has not been opened yet.");
-    if (getStatus(path).exists() &&
-        (isSameFile(path, fileName_) || zeOS::fileDelete(zeOS::Filename(path)).code() != 0))
+    if (!clearForCopy(path, fileName_))
         return Error(packageNotWritable, "The pacakge is not writable.");
     ioPackageFile copy;
     Error error = copy.open(path);
@@ -324,7 +331,7 @@ Error ioPackageFile::write(const IString& path) {
         return error;
     if (!copy.writable_)
         return Error(packageNotWritable, "The pacakge is not writable.");
-    for (const auto& [name, index] : names_) {
+    for (const auto& [name, index] : getDirectory()) {
         error = copy.copyEntryIntoPackage(getEntry(index));
         if (error.code() != 0)
             return error;
@@ -386,36 +393,39 @@ Error ioPackageFile::expand(const IString& directory) {
     Error error = createDirectory(directory);
     if (error.code() != 0)
         return error;
-    const zeUtil::Descriptor place(zeUtil::retried(
-        [&] { return ::open(directory.asUTF8(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
+    const IString path = zeOS::Filename(directory).path();
+    const zeUtil::Descriptor place(
+        zeUtil::retried([&] { return ::open(path.asUTF8(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
     if (!place.isOpen())
         return directoryFailure();
-    for (const auto& [name, index] : names_) {
-        error = expandEntry(*getEntry(index), place.get(), directory);
+    for (const auto& [name, index] : getDirectory()) {
+        error = expandEntry(*getEntry(index), place.get(), path);
         if (error.code() != 0)
             break;
     }
     return error;
 }
 
-/// Extracts to where the entry's name leads below `directory`, step by step, so that no link can
-/// lead elsewhere.
+/// Extracts to where the entry's name leads below `directory`, a descriptor, step by step, so that
+/// no link can lead elsewhere.
 Error ioPackageFile::expandEntry(const ioPackageFileEntry& entry, int directory,
-                                 const IString& directoryName) {
-    const IString target = zeOS::Filename::join(directoryName, entry.getName());
+                                 const IString& directoryPath) {
+    const IString target = zeOS::Filename::join(directoryPath, entry.getName());
     std::string path;
-    if (!pathBelow(zeOS::Filename(directoryName).path(), target, path))
+    if (!pathBelow(directoryPath, target, path))
         return packageFailure(packageBadName, L"File is using a name which is not allowed: %S",
                               entry.getName());
-    zeUtil::Descriptor parent(fcntl(directory, F_DUPFD_CLOEXEC, 0));
+    zeUtil::Descriptor parent;
+    int parentNumber = directory;
     std::string::size_type start = 0;
     for (std::string::size_type end; (end = path.find('/', start)) != std::string::npos;
          start = end + 1) {
-        parent = enterDirectory(parent, path.substr(start, end - start).c_str());
+        parent = enterDirectory(parentNumber, path.substr(start, end - start).c_str());
         if (!parent.isOpen())
             return directoryFailure();
+        parentNumber = parent.get();
     }
-    return extractTo(entry, target, parent.get(), path.c_str() + start, O_NOFOLLOW | O_NONBLOCK);
+    return extractTo(entry, target, parentNumber, path.c_str() + start, O_NOFOLLOW | O_NONBLOCK);
 }
 
 Error ioPackageFile::createDirectory(const IString& path) {

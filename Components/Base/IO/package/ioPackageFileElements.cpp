@@ -11,6 +11,7 @@
 /// Finds room for an entry and returns its element, which has no name yet.
 int ioPackageFile::createEntry(long size) {
     dirty_ = true;
+    joinEntries();
     const int fit = freeCount_ > 0 ? takeFreeEntry(size) : -1;
     if (fit >= 0)
         return fit;
@@ -54,22 +55,16 @@ void ioPackageFile::splitEntry(int index, long size) {
     const auto rest = entries_.insert(entries_.begin() + index, front) + 1;
     rest->offset_ += size;
     rest->size_ -= size;
-    moveIndices(index, 1);
+    for (auto& [name, place] : names_)
+        if (place >= index)
+            ++place;
     ++freeCount_;
+    firstFit_->invalidate();
     dirty_ = true;
 }
 
-/// Adds the next element to this one. The last data element, joined to the directory's place,
-/// becomes that place: so free space at the end is given back.
-void ioPackageFile::joinEntries(int index) {
-    const auto place = entries_.begin() + index;
-    place->size_ += (place + 1)->size_;
-    entries_.erase(place + 1);
-    moveIndices(index + 1, -1);
-    --freeCount_;
-    dirty_ = true;
-}
-
+/// Joining moves all elements behind: it waits until somebody looks, so that many entries can be
+/// deleted in one pass.
 void ioPackageFile::freeEntry(int index) {
     const auto isFree = [this](int i) {
         return i >= 0 && static_cast<std::size_t>(i) < entries_.size() &&
@@ -79,23 +74,31 @@ void ioPackageFile::freeEntry(int index) {
     entry.name_ = zeString::IString();
     ++freeCount_;
     firstFit_->set(index, entry.size_);
-    if (isFree(index + 1))
-        joinEntries(index);
-    if (isFree(index - 1))
-        joinEntries(index - 1);
+    joinsDue_ = joinsDue_ || isFree(index + 1) || isFree(index - 1);
     dirty_ = true;
 }
 
-/// Renumbers the names of the elements from `from` on, which have moved by one.
-void ioPackageFile::moveIndices(int from, int by) {
-    if (static_cast<std::size_t>(from) + 1 >= entries_.size()) { // only the directory's place moved
-        firstFit_->set(from - 1, ioFirstFitImpl::taken);
+/// Joins free elements that lie side by side. The last data element, joined to the directory's
+/// place, becomes that place: so free space at the end is given back.
+void ioPackageFile::joinEntries() {
+    if (!joinsDue_)
         return;
+    std::vector<int> places(entries_.size(), 0); // where each element has gone
+    std::size_t last = 0;
+    for (std::size_t i = 1; i < entries_.size(); ++i) {
+        if (entries_[last].name_.isEmpty() && entries_[i].name_.isEmpty()) {
+            entries_[last].size_ += entries_[i].size_;
+            --freeCount_;
+        } else if (++last != i) {
+            entries_[last].swap(entries_[i]);
+        }
+        places[i] = static_cast<int>(last);
     }
+    entries_.resize(last + 1);
+    for (auto& [name, place] : names_)
+        place = places[static_cast<std::size_t>(place)];
     firstFit_->invalidate();
-    for (auto& [name, index] : names_)
-        if (index >= from)
-            index += by;
+    joinsDue_ = false;
 }
 
 void ioPackageFile::appendEntry(const char* name, long offset, long size, long timeStamp,
