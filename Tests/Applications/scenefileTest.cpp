@@ -5,6 +5,8 @@
 #include <regex>
 #include <set>
 
+#include "Base/Strings/zeStringTableStringTable.h"
+
 #include "Shared/terminal.h"
 #include "scenefileFixture.h"
 
@@ -59,6 +61,18 @@ const Malformed malformed[] = {
     {"v 0 0 0\ncurv 0 1 1\n", 2, "'curv' is not supported"},
     {"v 0 0 0\n\\\n \\\nf 1 2 \\\r\n3 x\n", 2, "'x' is not a whole number"},
 };
+
+/// All sources of an application.
+std::string sourceText(const char* application) {
+    std::string text;
+    for (const auto& entry :
+         std::filesystem::recursive_directory_iterator(std::string(APPLICATIONS) + application))
+        if (entry.path().extension() == ".cpp") {
+            std::ifstream file(entry.path());
+            text.append(std::istreambuf_iterator<char>(file), {});
+        }
+    return text;
+}
 
 } // namespace
 
@@ -226,6 +240,61 @@ TEST_F(Scenefile, HasAManPageWithTheOptionsOfItsHelp) {
     EXPECT_EQ(options(page, "--([a-z][a-z-]*)"), inHelp);
     EXPECT_EQ(inHelp.size(), 17U);
     EXPECT_THAT(help, Not(testing::ContainsRegex("[^\n]{81}"))); // fits on a terminal
+}
+
+/// The catalog has each text that the sources ask for, but for the listing of show, and no other.
+TEST_F(Scenefile, SpeaksGermanFromACatalog) {
+    const std::string sources = sourceText("scenefile") + sourceText("Shared");
+    std::set<std::string> asked;
+    const std::regex key("message\\(\\s*\"([a-z0-9_.]+)\"");
+    for (std::sregex_iterator match(sources.begin(), sources.end(), key), end; match != end;
+         ++match)
+        asked.insert(match->str(1));
+    EXPECT_GT(asked.size(), 40U);
+    std::ifstream catalog(SCENEFILE_GERMAN);
+    for (std::string line; std::getline(catalog, line);) {
+        const std::string found = line.substr(0, line.find(' '));
+        const bool isListed = found.starts_with("scenefile.help_") ||
+                              found.starts_with("scenefile.one_") ||
+                              found.starts_with("scenefile.many_");
+        EXPECT_TRUE(found.find('.') == std::string::npos || isListed || asked.erase(found) == 1)
+            << found;
+    }
+    EXPECT_THAT(asked, testing::IsEmpty());
+
+    const std::string german = "--messages " SCENEFILE_GERMAN " ";
+    folder_.write("in.obj", "v 0.1 0.30000000000000004 1\np 1\n");
+    const std::string target = app::visible(path("d"));
+    EXPECT_EQ(command(german + "import @in.obj @d --method text").out,
+              target + ": 1 Position, 2 Knoten, 1 Folge, 1 Element, 1 Ecke, 0 Materialien, "
+                       "0 Gruppen\n"
+                       "Hinweis: 1 Zahl auf die 16 Ziffern eines Textdokuments gerundet\n");
+    EXPECT_THAT(command(german + "verify @d").out, StartsWith(target + ": heil\n"));
+    EXPECT_THAT(command(german + "show @d --method text").err,
+                HasSubstr("scenefile: show nimmt keine Option -method\nHilfe gibt 'scenefile"));
+    const std::string help = command(german + "--help").out;
+    EXPECT_THAT(help, AllOf(StartsWith("Aufruf: scenefile BEFEHL"), HasSubstr("\nBefehle:\n")));
+    EXPECT_THAT(help, Not(HasSubstr(" the "))); // nothing is left in English
+    zeStringTable::appStringTable().clear();
+}
+
+TEST_F(Scenefile, SaysAsMuchAsItIsAskedFor) {
+    folder_.write("in.obj", "v 0 0 0\np 1\n");
+    EXPECT_EQ(command("import @in.obj @d --quiet").out, "");
+    EXPECT_EQ(command("verify @d --quiet").out, "");
+    EXPECT_THAT(command("show @d --quiet").out, HasSubstr("objects: "));
+    const auto messages = [&](const std::string& line) {
+        return std::regex_replace(command(line).err, std::regex("\\d+\\.\\d+"), "N");
+    };
+    EXPECT_EQ(messages("import @in.obj @d"), "");
+    const std::string in = path("in.obj");
+    EXPECT_EQ(messages("import @in.obj @d --verbose"),
+              "reading " + in + "\n    N seconds\nwriting " + path("d") + "\n    N seconds\n");
+    EXPECT_THAT(
+        messages("import @in.obj @d --trace"),
+        StartsWith("reading " + in + "\n   N Start trace: read reading " + in +
+                   "\n        N seconds\n   N End trace: read elapsed N total N calls 1\n"));
+    EXPECT_EQ(app::messages().getIndentLevel(), 0);
 }
 
 TEST_F(Scenefile, FollowsALinkToTheDocument) {

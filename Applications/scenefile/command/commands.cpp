@@ -67,7 +67,8 @@ void writeDocument(Scene& scene, const DocumentForm& form, const Call& call,
             message("scenefile.terminal", "a binary document cannot be written to a terminal"));
     const int rounded = form.isText() ? roundForText(scene) : 0;
     if (const SceneFault fault = checkScene(scene); !fault.text.empty())
-        throw app::Failure(target.name() + ": cannot be written: " + fault.text);
+        throw app::Failure(message("shared.not_written", "{1}: cannot be written: {2}",
+                                   {target.name(), fault.text}));
     save(call, [&](int descriptor) { saveDocument(scene, form, descriptor); });
     noteWritten(call, describe(scene));
     if (rounded > 0)
