@@ -70,53 +70,47 @@ const char* const noUtf8 = "Error interpreting input as UTF-8";
 TEST_F(Catalog, FillsTheTableOfTheApplication) {
     // A piece of 4097 bytes is a line: the second begins a comment, or is joined.
     const std::string piece = "a.b = \"" + std::string(4089, 'x');
-    const Good rows[] = {{"", ""},
-                         {"a.b = \"x\"", "a.b=x;"},
-                         {"a.b = \"x\"\nc.d = \"y\"\n", "a.b=x;c.d=y;"},
-                         {"a.b = \"x\"\na.b = \"y\"\n", "a.b=y;"},
-                         {" \t a.b\t =\t \"x\" \t\r\n\n  \n\r\n", "a.b=x;"},
-                         {"a.bX= \"x\"", "a.b=x;"}, // whatever stands before the "=" goes
-                         {"a.b. = \"x\"", "a.b.=x;"},
-                         {mark + "a.b = \"x\"\n", "a.b=x;"},
-                         {mark + "\na.b = \"x\"\n", "a.b=x;"},
-                         {mark + "// c\na.b = \"x\"", "a.b=x;"},
-                         {"a.b = \"\xC3\xA4\xE6\x97\xA5\xF0\x9F\x98\x80\"",
-                          "a.b=\xC3\xA4\xE6\x97\xA5\xF0\x9F\x98\x80;"},
-                         {std::string("a.b = \"x\"\0\"\nc.d = \"y\"", 22),
-                          "a.b=x;c.d=y;"}, // a zero byte ends a line
-                         {std::string("\0a\na.b = \"x\"", 12), "a.b=x;"},
-                         // Comments.
-                         {"//a.b = \"x\"\nx// a = b\n// \"\n  // \"quoted\"", ""},
-                         {"  // no quote: kept, and joined \\\n", ""},
-                         {"a.b \\ // \"note\"\n= \"x\"", "a.b=x;"}, // cut with the blank before it
-                         {"a.b \\X// \"note\"\n= \"x\"", "a.b=x;"},
-                         "a.b=y;"}, // before the first quote, and the blank before it goes
-        {"a.b = \"http://x\"", "a.b=http://x;"}, {"a.b = \"//\"", "a.b=//;"},
-               {"a.b \\\n // skipped \"\n= \"x\"", "a.b=x;"},
-               // Continuations.
-        {"a.b = \"x \\\n  y\\\n z\"", "a.b=x yz;"}, {"a.b = \"x\\\n// c \\\n\n  \ny\"", "a.b=xy;"},
-               {"a.b = \"x\"\nc.d = \"y\\", "a.b=x;"}, // left open at the end
-        {"a.b = \"x\"\nc.d = \"y\" \\\n", "a.b=x;"}, {"\\\n\\\na.b = \"x\"", "a.b=x;"},
-               {"a.b = \"one\\\\\ntwo\"", "a.b=one\two;"}, // a backslash that is left makes a tab
+    const Good rows[] = {
+        {"a.b = \"x\"", "a.b=x;"},
+        {"a.b = \"x\"\nc.d = \"y\"\n", "a.b=x;c.d=y;"},
+        {" \t a.b\t =\t \"x\" \t\r\n\n  \n\r\n", "a.b=x;"},
+        {"a.bX= \"x\"", "a.b=x;"}, // whatever stands before the "=" goes
+        {mark + "a.b = \"x\"\n", "a.b=x;"},
+        {mark + "// c\na.b = \"x\"", "a.b=x;"},
+        {"a.b = \"\xC3\xA4\xE6\x97\xA5\xF0\x9F\x98\x80\"",
+         "a.b=\xC3\xA4\xE6\x97\xA5\xF0\x9F\x98\x80;"},
+        {std::string("a.b = \"x\"\0\"\nc.d = \"y\"", 22),
+         "a.b=x;c.d=y;"}, // a zero byte ends a line
+        {std::string("\0a\na.b = \"x\"", 12), "a.b=x;"},
+        // Comments.
+        {"//a.b = \"x\"\nx// a = b\n// \"\n  // \"quoted\"", ""},
+        {"  // no quote: kept, and joined \\\n", ""},
+        {"a.b \\ // \"note\"\n= \"x\"", "a.b=x;"}, // cut with the blank before it
+        {"a.b \\X// \"note\"\n= \"x\"", "a.b=x;"},
+        {"a.b = \"http://x\"", "a.b=http://x;"},
+        {"a.b \\\n // skipped \"\n= \"x\"", "a.b=x;"},
+        // Continuations.
+        {"a.b = \"x \\\n  y\\\n z\"", "a.b=x yz;"},
+        {"a.b = \"x\\\n// c \\\n\n  \ny\"", "a.b=xy;"},
+        {"a.b = \"x\"\nc.d = \"y\\", "a.b=x;"},     // left open at the end
+        {"a.b = \"one\\\\\ntwo\"", "a.b=one\two;"}, // a backslash that is left makes a tab
         {piece + "\\\ny\"", "a.b=" + std::string(4089, 'x') + "y;"},
-               {piece + "\\" + "y\"",
-                "a.b=" + std::string(4089, 'x') + "y;"}, // a piece of just that length
+        {piece + "\\" + "y\"",
+         "a.b=" + std::string(4089, 'x') + "y;"}, // a piece of just that length
         // Values.
-        {"a.b = \"\"", "a.b=;"}, {"a.b = \"", "a.b=;"}, // one quote is both
+        {"a.b = \"", "a.b=;"}, // one quote is both
         {"a.b = \"a=b = \"\"c\"\"\"", "a.b=a=b = \"c\";"},
-               {"a.b = \"\\n\\t\\r\\n\\r\"", "a.b=\n\t\n\\r;"},
-               {"a.b = \"say \\\"x\\\"\"", "a.b=say \"x\";"},
-               {"a.b = \"\\\"\"\"", "a.b=\";"}, // the doubled quotes first
-        {"a.b = \"\"\"\"\"\"", "a.b=\"\";"},
-               {"a.b = \"\\\\n\\x\\\\\"", "a.b=\\\n\\x\\\\;"}, // a backslash has no escape
-        {"a.b = \"  x  \"", "a.b=  x  ;"},
-};
-for (const Good& row : rows) {
-    SCOPED_TRACE(row.catalog.substr(0, 80));
-    appStringTable().clear();
-    EXPECT_STREQ(load(row.catalog).message(), "");
-    EXPECT_EQ(entries(), row.entries);
-}
+        {"a.b = \"\\n\\t\\r\\n\\r\"", "a.b=\n\t\n\\r;"},
+        {"a.b = \"say \\\"x\\\"\"", "a.b=say \"x\";"},
+        {"a.b = \"\\\"\"\"", "a.b=\";"},                // the doubled quotes first
+        {"a.b = \"\\\\n\\x\\\\\"", "a.b=\\\n\\x\\\\;"}, // a backslash has no escape
+    };
+    for (const Good& row : rows) {
+        SCOPED_TRACE(row.catalog.substr(0, 80));
+        appStringTable().clear();
+        EXPECT_STREQ(load(row.catalog).message(), "");
+        EXPECT_EQ(entries(), row.entries);
+    }
 }
 
 TEST_F(Catalog, EndsAtTheFirstErrorAndKeepsWhatWasRead) {
@@ -126,19 +120,14 @@ TEST_F(Catalog, EndsAtTheFirstErrorAndKeepsWhatWasRead) {
         {good + "c.d\ne.f = \"y\"", 3, 2, noPair, "c.d", "a.b=x;"},
         {"= \"x\"", 3, 1, noPair, "= \"x\""},
         {"a.b =", 3, 1, noPair, "a.b ="},
-        {"a.b = x", 3, 1, noQuotes, "a.b = x"},
         {"a.b = \"x", 3, 1, noQuotes, "a.b = \"x"},
         {"a.b = \"x\" // no comment", 3, 1, noQuotes, "a.b = \"x\" // no comment"},
-        {"a.b = \"x\";", 3, 1, noQuotes, "a.b = \"x\";"},
-        {"no quote // kept", 3, 1, noPair, "no quote // kept"},
         {"a.b=\"x\"", 3, 1, noKey, "a.b=\"x\""}, // the key is "a."
         {"a.b.c = \"x\"", 3, 1, noKey, "a.b.c = \"x\""},
-        {"a-b.c = \"x\"", 3, 1, noKey, "a-b.c = \"x\""},
         {" a= \"x\"", 3, 1, noKey, "a= \"x\""},
         {"\xC3\xA4.b = \"x\"", 3, 1, noAscii, "\xC3\xA4.b = \"x\""},
         {"a \\\n\n// c\nb \\\n = x", 3, 5, noQuotes, "a b = x"},
         {good + "c.d = \"\xFF\"\n", 5, 2, noUtf8, "c.d = \"?\"\n", "a.b=x;"},
-        {"c.d = \"\xED\xA0\x80\"", 5, 1, noUtf8, "c.d = \"???\""},
         {"// \xC3", 5, 1, noUtf8, "// ?"},
         {mark, 5, 1, noUtf8, ""},
         // A long line comes in pieces, each with a number; one that is cut in a character is bad.
@@ -159,49 +148,40 @@ TEST_F(Catalog, EndsAtTheFirstErrorAndKeepsWhatWasRead) {
     }
 }
 
-TEST_F(Catalog, AddsToTheTable) {
-    appStringTable().clear();
-    EXPECT_EQ(load("a.a = \"1\"\na.b = \"2\"").code(), 0);
-    EXPECT_EQ(load("a.b = \"3\"\na.c = \"4\"").code(), 0);
-    EXPECT_EQ(entries(), "a.a=1;a.b=3;a.c=4;");
-}
-
 TEST_F(Catalog, SaysWhatTheSystemSays) {
-    const std::string missing = folder.path("missing");
-    EXPECT_STREQ(
-        Manager::loadCatalog(IString(missing.c_str())).message(),
-        ("Can't open catalog file " + missing + " for read: No such file or directory\n").c_str());
     const std::string path = folder.path();
     const zeUtil::Error error = Manager::loadCatalog(IString((path + "//").c_str()));
     EXPECT_EQ(error.code(), 2);
     EXPECT_EQ(error.message(), "Error reading file " + path + ": Is a directory\n");
-    EXPECT_EQ(Manager::loadCatalog(IString(folder.path("\xC3\xA4").c_str())).code(), 1);
     folder.write("\xC3\xA4", "");
     std::setlocale(LC_CTYPE, "C"); // names go to the system in UTF-8 all the same
     const IString name(folder.path("\xC3\xA4").c_str(), zeString::EncodingUTF8);
     EXPECT_EQ(Manager::loadCatalog(zeOS::Filename(name)).code(), 0);
 }
 
-TEST_F(Catalog, SurvivesFailingCalls) {
+// What the table holds stays, and a key that is there takes the later string.
+TEST_F(Catalog, KeepsWhatItReadBeforeACallFailed) {
     const std::string path = folder.write("c", "a.a = \"1\"\n\na.b = \\\n\"2\"\n");
     zeUtil::Error error;
     FaultTrial trial;
-    trial.prepare = [] { appStringTable().clear(); };
+    trial.prepare = [] {
+        appStringTable().clear();
+        appStringTable().assign("a.b", L"0");
+    };
     trial.operation = [&] { error = Manager::loadCatalog(IString(path.c_str())); };
     trial.check = [&](const Fault& fault) {
-        const std::string reason = std::string(": ") + std::strerror(fault.answer.error) + "\n";
-        if (fault.n && fault.call == SystemFaults::onFopen) {
-            EXPECT_EQ(error.code(), 1);
-            EXPECT_EQ(error.message(), "Can't open catalog file " + path + " for read" + reason);
-            EXPECT_EQ(entries(), "");
-        } else if (fault.n && fault.call == SystemFaults::onFgets) {
-            EXPECT_EQ(error.code(), 2);
-            EXPECT_EQ(error.message(), "Error reading file " + path + reason);
-            EXPECT_EQ(entries(), fault.n == 1 ? "" : fault.n < 5 ? "a.a=1;" : "a.a=1;a.b=2;");
-        } else {
-            EXPECT_EQ(error.code(), 0) << "a close that fails loses nothing";
-            EXPECT_EQ(entries(), "a.a=1;a.b=2;");
-        }
+        const bool notOpened = fault.n && fault.call == SystemFaults::onFopen;
+        const bool notRead = fault.n && fault.call == SystemFaults::onFgets;
+        std::string message;
+        if (notOpened || notRead) // a close that fails loses nothing
+            message = (notOpened ? "Can't open catalog file " + path + " for read: "
+                                 : "Error reading file " + path + ": ") +
+                      std::strerror(fault.answer.error) + "\n";
+        EXPECT_EQ(error.code(), notOpened ? 1 : notRead ? 2 : 0);
+        EXPECT_EQ(error.message(), message);
+        const bool first = !notOpened && !(notRead && fault.n == 1);
+        const bool second = !notOpened && !(notRead && fault.n < 5);
+        EXPECT_EQ(entries(), std::string(first ? "a.a=1;" : "") + (second ? "a.b=2;" : "a.b=0;"));
     };
     EXPECT_EQ(trial.runAll(), "fopen fgets fclose");
     trial.report("loading a catalog");

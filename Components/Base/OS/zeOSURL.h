@@ -111,7 +111,8 @@ public:
     /// @{
     /// The text with a byte for each "%" and two hexadecimal digits. A character that is none
     /// counts as 0, so that "%zz" is a zero byte, and the text ends at a "%" that has less than two
-    /// characters behind it. A wide text is taken in UTF-8.
+    /// characters behind it. A wide text is taken in UTF-8. What comes out may hold any byte:
+    /// separators, "..", zero bytes. Check it before it becomes the name of a file.
     static zeString::CString decode(const zeString::CString& text);
     static zeString::CString decode(const char* text);
     static zeString::CString decode(const zeString::IString& text);
@@ -120,8 +121,9 @@ public:
     /// Whether the text holds a control character, a backslash, a space, or one of
     /// ``"#$&+,;<=>?@^`{|}``.
     static bool hasIllegalCharacters(const zeString::CString& text);
-    /// The same of the encoded path, the host and the protocol, none of which may hold ":". Nor may
-    /// the host hold "/", the path brackets, and the protocol either.
+    /// Whether the encoded path, the host or the protocol holds such a character, or a ":"; the
+    /// host or the protocol a "/"; the path or the protocol a square bracket. The query and the
+    /// fragment are not looked at.
     bool hasIllegalCharacters() const;
 
     /// The text with one of each run of `separator`.

@@ -10,13 +10,14 @@
 /// ```
 /// // The menu bar
 /// menu.open = "Öffnen"
-/// menu.about = "Über ""Atelier""\nVersion %d"
+/// menu.about = "Über ""Atelier""\nVersion {1}"
 /// ```
 ///
-/// Documentation/formats.md holds the whole grammar. What surprises: the blank before "=" is
-/// needed; there is no comment after a value; a backslash at the end of a line joins the next one
-/// without a blank; an entry that is still open at the end of the file is dropped. A line of more
-/// than 4097 bytes is read as several.
+/// Documentation/formats.md holds the whole grammar. What surprises: **a key without a blank
+/// before "=" loses its last character**, and is stored under what remains; there is no comment
+/// after a value; a backslash at the end of a line joins the next one without a blank; an entry
+/// that is still open at the end of the file is dropped; a line of more than 4097 bytes is read as
+/// several.
 ///
 /// A catalog **adds** to what the table holds, and a key that is there already takes the later
 /// string. The first error ends the reading; the entries before it stay in the table. Error codes:
@@ -40,6 +41,8 @@
 /// before other threads read.
 ///
 /// @code
+/// #include "Base/Strings/zeStringIString.h"
+/// #include "Base/Strings/zeStringTableStringTable.h"
 /// const zeUtil::Error error = zeStringTable::Manager::loadCatalog("/missing/de.cat");
 /// assert(error.code() == 1); // Can't open catalog file /missing/de.cat for read: …
 /// // The text in the code is the fallback, so that a program works without a catalog.
@@ -67,8 +70,8 @@ class ZEBASE_API Manager {
 public:
     /// @{
     /// Reads a catalog file into appStringTable().
-    [[nodiscard]] static zeUtil::Error loadCatalog(const zeOS::Filename& file);
-    [[nodiscard]] static zeUtil::Error loadCatalog(const zeString::IString& file);
+    static zeUtil::Error loadCatalog(const zeOS::Filename& file);
+    static zeUtil::Error loadCatalog(const zeString::IString& file);
     /// @}
 };
 
@@ -76,7 +79,7 @@ public:
 class ZEBASE_API FileUtil {
 public:
     /// The same as Manager::loadCatalog().
-    [[nodiscard]] static zeUtil::Error readCatalogFile(const zeOS::Filename& file);
+    static zeUtil::Error readCatalogFile(const zeOS::Filename& file);
 };
 
 } // namespace zeStringTable

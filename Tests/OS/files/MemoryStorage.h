@@ -74,15 +74,15 @@ public:
             return zeOS::File::getError(zeOS::File::ErrFileExists);
         return Error();
     }
-    Error readDir(std::vector<zeString::IString>& names, bool) override {
+    Error readDir(std::vector<zeString::IString>& names, bool fullNames) override {
         if (const auto fault = meets("readDir"))
             return *fault;
-        names.emplace_back(".");
-        names.emplace_back("..");
-        names.emplace_back("");
+        const std::string prefix = fullNames ? name_ + "\\" : "";
+        for (const char* name : {".", "..", ""})
+            names.emplace_back((prefix + name).c_str());
         for (const auto& [name, content] : memory.entries)
             if (name.rfind(name_ + "\\", 0) == 0 && name.find('\\', name_.size() + 1) == name.npos)
-                names.emplace_back((name.substr(name_.size() + 1) +
+                names.emplace_back((prefix + name.substr(name_.size() + 1) +
                                     (memory.marksDirectories && !content ? "\\" : ""))
                                        .c_str());
         return Error();
@@ -108,6 +108,7 @@ public:
     zeString::IString transportId() const override { return "MemoryTransport"; }
     Error query(zeOS::FileStatus& status) const override {
         status.setExists(memory.entries.count(name_) > 0);
+        status.setIsDirectory(isDirectory());
         status.setIsWritable(true);
         return Error();
     }

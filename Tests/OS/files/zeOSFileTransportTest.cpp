@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Base/OS/zeOSDirectoryIterator.h"
 #include "Base/OS/zeOSFileEntryPoints.h"
 #include "Base/OS/zeOSFileFactory.h"
 #include "Base/OS/zeOSFileOperations.h"
@@ -189,4 +190,17 @@ TEST_F(Transport, DeletesAndCopiesWhatItClaimsInALocalTree) {
     EXPECT_EQ(text(File(at("tree")).deleteSelf(0)), "4: An I/O problem has occurred");
     EXPECT_EQ(memory.entries.count(claimed), 0u);
     EXPECT_TRUE(isThere("tree/sub/x.mem")); // the transport's own affair
+}
+
+TEST_F(Transport, IsWalkedThrough) {
+    memory.entries = {{"mem:a", {}}, {"mem:a\\x", {}}, {"mem:a\\x\\z", "z"}, {"mem:a\\y", "y"}};
+    const auto walk = [] {
+        std::vector<std::string> names;
+        for (zeOS::DirectoryIterator it("mem:a"); it.valid(); it.next())
+            names.emplace_back(it.getName().asMultibyte());
+        return names;
+    };
+    EXPECT_THAT(walk(), ElementsAre("mem:a", "mem:a\\x", "mem:a\\y", "mem:a\\x\\z"));
+    memory.faults = {{"readDir mem:a\\x", File::ErrNoRead}};
+    EXPECT_THAT(walk(), ElementsAre("mem:a", "mem:a\\x", "mem:a\\y"));
 }

@@ -2,8 +2,6 @@
 
 #include "Base/OS/zeOSSearchPath.h"
 
-#include <utility>
-
 #include "Support/FaultTrial.h"
 
 #include "OS/files/FileFixture.h"
@@ -50,20 +48,15 @@ TEST_F(SearchPathTest, KeepsWhatExistsOfAList) {
         const char* kept;
     } rows[] = {
         {L"", L':', ""},
-        {L"one", L':', "one"},
-        {L"one:two", L':', "one:two"},
         {L":one::two:", L':', "one:two"},
         {L"two;none;here;one", L';', "two;one"}, // no such directory; a file
         {L"one:two", L';', ""},
-        {L"one:one:one/", L':', "one:one:one/"},
-        {L"one\u2665two", L'\u2665', "one\u2665two"},
+        {L"one\u2665one\u2665one/", L'\u2665', "one\u2665one\u2665one/"},
     };
     for (const auto& row : rows) {
         SearchPath path;
-        EXPECT_FALSE(path.initialized());
         path.initialize(row.given, row.separator);
         EXPECT_EQ(directories(path), row.kept);
-        EXPECT_TRUE(path.initialized());
     }
     SearchPath twice = both();
     twice.initialize(L"sub;one", L';');
@@ -72,37 +65,32 @@ TEST_F(SearchPathTest, KeepsWhatExistsOfAList) {
 
 TEST_F(SearchPathTest, IsChangedDirectoryByDirectory) {
     SearchPath path;
-    EXPECT_TRUE(path.addDirectoryToPath("one"));
-    EXPECT_TRUE(path.insertDirectoryInPath("two"));
+    EXPECT_TRUE(path.addDirectoryToPath("one") && path.insertDirectoryInPath("two"));
     EXPECT_EQ(directories(path), "two?one") << "the separator before initialize()";
+    EXPECT_FALSE(path.initialized());
     path.initialize();
+    EXPECT_TRUE(path.initialized());
     EXPECT_EQ(directories(path), "two:one");
-    EXPECT_FALSE(path.addDirectoryToPath("none"));
-    EXPECT_FALSE(path.addDirectoryToPath(""));
-    EXPECT_FALSE(path.insertDirectoryInPath("here"));
+    EXPECT_FALSE(path.addDirectoryToPath("none") || path.addDirectoryToPath("") ||
+                 path.insertDirectoryInPath("here"));
     EXPECT_TRUE(path.addDirectoryToPath("two"));
     EXPECT_TRUE(path.hasDirectory("two") && !path.hasDirectory("two/"));
-    EXPECT_TRUE(path.removeDirectoryFromPath("two"));
+    EXPECT_TRUE(path.removeDirectoryFromPath("two") && !path.removeDirectoryFromPath("none"));
     EXPECT_EQ(directories(path), "one:two") << "the first is removed";
-    EXPECT_FALSE(path.removeDirectoryFromPath("none"));
 
     path.actLikeShell(false);
-    const SearchPath copy(path);
     SearchPath assigned;
-    EXPECT_EQ(directories(assigned), "");
     assigned = path;
+    const SearchPath copy(path);
     path.clear();
     EXPECT_EQ(directories(path), "");
-    EXPECT_TRUE(path.initialized() && !path.actLikeShell());
-    for (const SearchPath* same : {&copy, &std::as_const(assigned)}) {
-        EXPECT_EQ(directories(*same), "one:two");
-        EXPECT_TRUE(same->initialized() && !same->actLikeShell());
-    }
+    for (const SearchPath& same : {copy, assigned})
+        EXPECT_EQ(directories(same), "one:two");
+    EXPECT_TRUE(path.initialized() && copy.initialized() && assigned.initialized());
+    EXPECT_FALSE(path.actLikeShell() || copy.actLikeShell() || assigned.actLikeShell());
     assigned.reset();
-    EXPECT_FALSE(assigned.initialized());
-    EXPECT_TRUE(assigned.actLikeShell());
-    EXPECT_TRUE(assigned.addDirectoryToPath("one") && assigned.addDirectoryToPath("two"));
-    EXPECT_EQ(directories(assigned), "one:two") << "the separator stays";
+    EXPECT_TRUE(assigned.actLikeShell() && !assigned.initialized());
+    EXPECT_EQ(directories(assigned), "");
 }
 
 TEST_F(SearchPathTest, FindsFilesAsAShellOrEverywhere) {
@@ -116,19 +104,15 @@ TEST_F(SearchPathTest, FindsFilesAsAShellOrEverywhere) {
     } rows[] = {
         {"a", "one/a", nullptr, "one"},
         {"b", "two/b", nullptr, "two"},
-        {"sub", "one/sub", nullptr, "one"}, // a directory is found, too
-        {"here", "", nullptr, ""},          // the current directory is not in the list
-        {"none", "", nullptr, ""},
+        {"here", "", nullptr, ""}, // the current directory is not in the list
         {"./here", "./here", "", "."},
         {"sub/c", "", "two/sub/c", ""},
-        {"two/b", "two/b", "", "two"},
         {"./b", "", "two/./b", ""},
         {"two//b", "two//b", "", "two"}, // as it was given
         {"b/", "two/b", nullptr, "two"}, // no directory part once it is normalised
         {"x/../b", "two/b", nullptr, "two"},
         {"", "one", nullptr, ""},
         {absolute, absolute.c_str(), nullptr, root.c_str()},
-        {folder.path("none"), "", nullptr, ""},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -144,16 +128,10 @@ TEST_F(SearchPathTest, FindsFilesAsAShellOrEverywhere) {
 }
 
 TEST_F(SearchPathTest, SearchesNoFurtherOnceThereIsAResult) {
-    SearchPath first;
-    first.addDirectoryToPath("one");
-    SearchPath second;
-    second.addDirectoryToPath("two");
     IString result;
-    first.searchFor(result, "b");
-    EXPECT_EQ(result, L"");
-    second.searchFor(result, "b");
+    both().searchFor(result, "b");
     EXPECT_EQ(result, L"two/b");
-    first.searchFor(result, "a");
+    both().searchFor(result, "a");
     EXPECT_EQ(result, L"two/b");
 }
 
@@ -165,14 +143,9 @@ TEST_F(SearchPathTest, PassesByWhatCannotBeAsked) {
         found = directories(path) + " " + path.findFile("a").asUTF8();
     };
     trial.check = [&](const Fault& fault) {
-        std::string expected = "one:two one/a";
-        if (fault.call == SystemFaults::onStat && fault.n == 1)
-            expected = "two two/a";
-        else if (fault.call == SystemFaults::onStat && fault.n == 2)
-            expected = "one one/a";
-        else if (fault.call == SystemFaults::onStat && fault.n == 3)
-            expected = "one:two two/a";
-        EXPECT_EQ(found, expected);
+        const char* const expected[] = {"one:two one/a", "two two/a", "one one/a", "one:two two/a"};
+        const bool fails = fault.call == SystemFaults::onStat && fault.n <= 3;
+        EXPECT_EQ(found, expected[fails ? fault.n : 0]);
     };
     EXPECT_EQ(trial.runAll(), "stat access");
     trial.report("searching a path");

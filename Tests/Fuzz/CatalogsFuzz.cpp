@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+
+// Reads bytes as a catalog, and what it gave once more, written anew.
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Base/Strings/zeStringTableManager.h"
+#include "Base/Strings/zeStringTableStringTable.h"
+
+using zeString::IString;
+using zeStringTable::appStringTable;
+using zeStringTable::Key;
+
+namespace {
+
+void require(bool holds) {
+    if (!holds)
+        std::abort();
+}
+
+/// A file in memory, with a name for it.
+class MemoryFile {
+public:
+    MemoryFile() : fd_(memfd_create("catalog", MFD_CLOEXEC)) { require(fd_ >= 0); }
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+    ~MemoryFile() { close(fd_); }
+
+    IString with(std::string_view bytes) const {
+        require(ftruncate(fd_, 0) == 0);
+        require(pwrite(fd_, bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size()));
+        return IString(("/proc/self/fd/" + std::to_string(fd_)).c_str());
+    }
+
+private:
+    int fd_;
+};
+
+zeUtil::Error load(std::string_view bytes) {
+    static const MemoryFile file;
+    appStringTable().clear();
+    return zeStringTable::Manager::loadCatalog(file.with(bytes));
+}
+
+/// What is in the table, as a catalog that says the same.
+std::string written() {
+    std::vector<Key> keys;
+    appStringTable().getKeys([](const Key&, const Key&) { return 0; }, "", keys);
+    require(keys.size() == appStringTable().size());
+    std::string catalog;
+    for (const Key& key : keys) {
+        require(Key::isValidKeyString(key.value()) && key.value().isAscii());
+        IString value(appStringTable().getString(key, IString()));
+        value.replace(L"\"", L"\"\"").replace(L"\n", L"\\n").replace(L"\t", L"\\t");
+        catalog += std::string(key.value().asChar()) + " = \"" + value.asUTF8() + "\"\n";
+    }
+    return catalog;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+    const zeUtil::Error error = load(bytes);
+    require(error.code() == 0 || error.code() == 3 || error.code() == 5);
+    require(appStringTable().size() <=
+            static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n')) +
+                bytes.size() / 4097 + 1);
+    // Without backslashes, which a catalog cannot always hold, and lines too long for one, the
+    // table comes back as it was.
+    const std::string first = written();
+    const bool isFaithful = bytes.find('\\') == bytes.npos && bytes.size() < 2000;
+    require(load(first).code() == 0 || !isFaithful);
+    require(written() == first || !isFaithful);
+    return 0;
+}
