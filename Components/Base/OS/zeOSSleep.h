@@ -6,8 +6,8 @@
 /// Threads: any thread may call; the calling thread alone waits.
 ///
 /// @code
-/// zeOS::sleep(1000); // a second
-/// zeOS::spin(2);     // two milliseconds of work
+/// zeOS::sleep(5); // five microseconds: see below
+/// zeOS::spin(5);  // five milliseconds of work
 /// @endcode
 
 #pragma once

@@ -31,8 +31,6 @@ AppMain& app() {
     return AppMain::getInstance();
 }
 
-const bool wasPreMain = app().preMain();
-
 bool fails(const char* call) {
     const char* const calls = std::getenv("PROBE_FAILS");
     return calls && std::strstr(calls, call);
@@ -60,6 +58,8 @@ std::string arguments() {
     app().getArgs(given);
     return joined(given);
 }
+
+const bool wasPreMain = app().preMain() && arguments().empty();
 
 std::string buildRoot() {
     IString root;

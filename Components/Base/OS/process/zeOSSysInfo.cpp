@@ -2,12 +2,12 @@
 
 #include "Base/OS/zeOSSysInfo.h"
 
-#include <stdlib.h>
-#include <string.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <memory>
 
 namespace zeOS {
@@ -38,15 +38,15 @@ int countProcessors() {
     int count = 0;
     if (const SystemFile file = openSystemFile("/proc/cpuinfo"))
         for (Line line; readLine(file.get(), line);)
-            if (::strncmp(line, "processor\t", 10) == 0)
+            if (std::strncmp(line, "processor\t", 10) == 0)
                 ++count;
     return count > 0 ? count : 1;
 }
 
 /// `count`, or the number that the variable holds if that is lower, but above 0.
 int lowered(int count, const char* variable) {
-    const char* const value = ::getenv(variable);
-    const long wanted = value ? ::strtol(value, nullptr, 10) : 0;
+    const char* const value = std::getenv(variable);
+    const long wanted = value ? std::strtol(value, nullptr, 10) : 0;
     return wanted > 0 && wanted < count ? static_cast<int>(wanted) : count;
 }
 
@@ -73,7 +73,7 @@ const char* cachedText(char*& cache, Question question) {
         if (shared.compare_exchange_strong(text, answer, std::memory_order_acq_rel))
             text = answer;
         else
-            ::free(answer);
+            std::free(answer);
     }
     return text;
 }
@@ -84,9 +84,9 @@ char* askHostname() {
 }
 
 char* askUsername() {
-    const char* name = ::getenv("USERNAME");
+    const char* name = std::getenv("USERNAME");
     if (!name)
-        name = ::getenv("USER");
+        name = std::getenv("USER");
     return name ? ::strdup(name) : nullptr;
 }
 
@@ -95,8 +95,8 @@ char* askUsername() {
 SysInfo::SysInfo() : pageSize_(getPageSize()) {}
 
 SysInfo::~SysInfo() {
-    ::free(hostName_);
-    ::free(userName_);
+    std::free(hostName_);
+    std::free(userName_);
 }
 
 unsigned long SysInfo::getPageSize() {
