@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "Shared/message.h"
 #include "Shared/save.h"
 
 namespace app {
@@ -48,12 +49,15 @@ std::vector<std::string> leftoverNotes(const std::string& path) {
         const std::string other = entry->path().filename();
         const std::string place = (folder / other).string();
         if (mayBeLeftOf(name, other, ".0.tmp"))
-            notes.push_back("note: " + place +
-                            " may be a part of a new file, from a save that was killed: delete it");
+            notes.push_back(message("shared.left_new",
+                                    "note: {1} may be a part of a new file, from a save that was "
+                                    "killed: delete it",
+                                    {place}));
         if (mayBeLeftOf(name, other, ".1.tmp"))
-            notes.push_back("note: " + place +
-                            " may be the old file, from a save that was killed: if " +
-                            saved.string() + " is missing, rename it");
+            notes.push_back(message("shared.left_old",
+                                    "note: {1} may be the old file, from a save that was killed: "
+                                    "if {2} is missing, rename it",
+                                    {place, saved.string()}));
     }
     std::sort(notes.begin(), notes.end());
     return notes;

@@ -9,6 +9,7 @@
 
 #include "Shared/failure.h"
 #include "Shared/interruption.h"
+#include "Shared/message.h"
 #include "Shared/save.h"
 
 namespace app {
@@ -41,17 +42,18 @@ void completeFile(zeUtil::Descriptor& file, mode_t rights) {
 std::string reason(int status) {
     switch (status) {
     case ProtectedWrite::StatusTempDirCreated:
-        return "the temporary directory was missing; it exists now: try again";
+        return message("shared.temp_made",
+                       "the temporary directory was missing; it exists now: try again");
     case ProtectedWrite::StatusTempNotDirectory:
-        return "the temporary directory is a file";
+        return message("shared.temp_file", "the temporary directory is a file");
     case ProtectedWrite::StatusCannotClearTemp:
-        return "there is no name for a temporary file";
+        return message("shared.no_temp", "there is no name for a temporary file");
     case ProtectedWrite::StatusTempMissing:
-        return "the temporary file has disappeared";
+        return message("shared.temp_gone", "the temporary file has disappeared");
     case ProtectedWrite::StatusCannotBackup:
-        return "the old file cannot be moved aside";
+        return message("shared.no_backup", "the old file cannot be moved aside");
     default:
-        return "the new file cannot be put in its place";
+        return message("shared.no_replace", "the new file cannot be put in its place");
     }
 }
 
@@ -103,7 +105,8 @@ void replace(const std::string& path, mode_t rights, const Maker& make) {
 }
 
 [[noreturn]] void fail(const Target& target, const Failure& failure) {
-    throw Failure(target.name() + ": cannot be written: " + failure.what());
+    throw Failure(message("shared.not_written", "{1}: cannot be written: {2}",
+                          {target.name(), failure.what()}));
 }
 
 } // namespace

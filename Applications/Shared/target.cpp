@@ -8,6 +8,7 @@
 #include <tuple>
 
 #include "Shared/failure.h"
+#include "Shared/message.h"
 #include "Shared/save.h"
 
 namespace app {
@@ -45,7 +46,7 @@ std::string withoutLinks(const std::string& path, bool exists, std::error_code& 
 Target::Target(const std::string& path)
     : name_(path), path_(path), isStandardOutput_(path == standardStream) {
     if (isStandardOutput_) {
-        name_ = "standard output";
+        name_ = message("shared.standard_output", "standard output");
         return;
     }
     before_ = look(path);
@@ -86,7 +87,7 @@ std::string Target::path() const {
 /// Those of the file that is replaced, or those that a new file usually gets.
 mode_t Target::rights() const {
     if (before_ && !S_ISREG(before_->st_mode))
-        throw Failure("not a regular file");
+        throw Failure(message("shared.not_regular", "not a regular file"));
     if (before_)
         return before_->st_mode & 07777;
     const mode_t mask = umask(0);
@@ -116,7 +117,7 @@ zeOS::Filename libraryFilename(const std::string& path) {
     bool ok = false;
     const zeString::IString text(path.c_str(), zeString::EncodingUTF8, &ok);
     if (!ok)
-        throw Failure("its name is not UTF-8");
+        throw Failure(message("shared.name_not_utf8", "its name is not UTF-8"));
     return zeOS::Filename(text);
 }
 

@@ -27,12 +27,13 @@ namespace {
 using Read = std::function<void(const std::function<void(std::string_view)>& take)>;
 
 /// Calls `use` for one entry after the other. A failure of one is reported, and the others follow.
+/// Without `what`, no progress is shown.
 bool forEach(const Entries& entries, const Arguments& arguments, const char* what,
              const std::function<void(const ioPackageFileEntry&, const Read&)>& use) {
     std::int64_t total = 0;
     for (const ioPackageFileEntry* entry : entries)
         total += entry->getSize();
-    app::Progress progress(what, arguments.verbose ? 0 : total);
+    app::Progress progress(what, arguments.verbose || what == nullptr ? 0 : total);
     std::int64_t done = 0;
     bool isSound = true;
     for (const ioPackageFileEntry* entry : entries) {
@@ -106,8 +107,7 @@ bool create(const Arguments& arguments) {
 
 /// What cannot be right is found out before the package is copied.
 bool add(const Arguments& arguments) {
-    ioPackageFile before;
-    openPackage(before, arguments.package());
+    const PackageReader before(arguments.package());
     const Sources sources = sourcesOf(arguments);
     editPackage(arguments.package(),
                 [&](ioPackageFile& package) { addSources(package, sources, arguments); });
@@ -115,9 +115,8 @@ bool add(const Arguments& arguments) {
 }
 
 bool remove(const Arguments& arguments) {
-    ioPackageFile before;
-    openPackage(before, arguments.package());
-    const Entries entries = selectEntries(before, arguments.names());
+    const PackageReader before(arguments.package());
+    const Entries entries = selectEntries(before.package(), arguments.names());
     editPackage(arguments.package(), [&](ioPackageFile& package) {
         for (const ioPackageFileEntry* entry : entries) {
             check(package.deleteEntry(entry->getName()), nameOf(*entry));
@@ -133,9 +132,8 @@ bool compact(const Arguments& arguments) {
 }
 
 bool extract(const Arguments& arguments) {
-    ioPackageFile package;
-    openPackage(package, arguments.package());
-    const Entries entries = selectEntries(package, arguments.names());
+    const PackageReader package(arguments.package());
+    const Entries entries = selectEntries(package.package(), arguments.names());
     Folder folder(arguments.folder);
     return forEach(entries, arguments, "extracting",
                    [&](const ioPackageFileEntry& entry, const Read& read) {
@@ -144,9 +142,8 @@ bool extract(const Arguments& arguments) {
 }
 
 bool cat(const Arguments& arguments) {
-    ioPackageFile package;
-    openPackage(package, arguments.package());
-    return forEach(selectEntries(package, arguments.names()), arguments, "reading",
+    const PackageReader package(arguments.package());
+    return forEach(selectEntries(package.package(), arguments.names()), arguments, nullptr,
                    [](const ioPackageFileEntry&, const Read& read) {
                        read([](std::string_view block) {
                            if (!app::writeAll(STDOUT_FILENO, block))
@@ -157,9 +154,8 @@ bool cat(const Arguments& arguments) {
 }
 
 bool verify(const Arguments& arguments) {
-    ioPackageFile package;
-    openPackage(package, arguments.package());
-    const Entries entries = selectEntries(package, arguments.names());
+    const PackageReader package(arguments.package());
+    const Entries entries = selectEntries(package.package(), arguments.names());
     std::int64_t bytes = 0;
     const bool isSound =
         forEach(entries, arguments, "verifying", [&](const ioPackageFileEntry&, const Read& read) {

@@ -82,9 +82,8 @@ std::string line(const ioPackageFileEntry& entry, bool isLong) {
 } // namespace
 
 bool list(const Arguments& arguments) {
-    ioPackageFile package;
-    openPackage(package, arguments.package());
-    const Entries entries = selectEntries(package, arguments.names());
+    const PackageReader package(arguments.package());
+    const Entries entries = selectEntries(package.package(), arguments.names());
     std::string text;
     if (arguments.json)
         text = jsonText(arguments.package(), entries);

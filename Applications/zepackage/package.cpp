@@ -10,9 +10,9 @@
 
 #include <cerrno>
 #include <map>
+#include <set>
 
 #include "Base/IO/ioBufferedStreamInput.h"
-#include "Base/Utility/zeUtilDescriptor.h"
 
 #include "Shared/failure.h"
 #include "Shared/save.h"
@@ -70,14 +70,22 @@ Descriptor openFile(const std::string& path) {
     return file;
 }
 
-/// A package that no other zepackage changes as long as this lives. It is held by its descriptor:
-/// once another one has put its copy in place, the path leads to a different file.
+/// A regular file that no other zepackage changes as long as it is open. The lock goes with the
+/// file, not with its name.
+Descriptor lockFile(const std::string& path) {
+    Descriptor file = openFile(path);
+    if (flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+        throw app::Failure(path + ": another zepackage is changing it");
+    return file;
+}
+
+/// A package that is to be changed.
 class LockedPackage {
 public:
-    explicit LockedPackage(const std::string& path) : file_(openFile(path)), target_(path) {
-        const bool isTaken = flock(file_.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-        if (isTaken || !target_.isSameFile(file_.get()))
-            throw app::Failure(path + ": another zepackage is changing it");
+    /// The target is looked at under the lock: it may be what another one has just put in place.
+    explicit LockedPackage(const std::string& path) : file_(lockFile(path)), target_(path) {
+        if (!target_.isSameFile(file_.get()))
+            throw app::Failure(path + ": another zepackage has just changed it");
     }
 
     const app::Target& target() const { return target_; }
@@ -124,9 +132,8 @@ zeString::IString libraryText(const std::string& text) {
     return result;
 }
 
-void openPackage(ioPackageFile& package, const std::string& path) {
-    openFile(path);
-    check(package.open(libraryText(path)), path);
+PackageReader::PackageReader(const std::string& path) : file_(openFile(path)) {
+    check(package_.open(("/proc/self/fd/" + std::to_string(file_.get())).c_str()), path);
 }
 
 void createPackage(const std::string& path, bool force,
@@ -171,22 +178,25 @@ Entries selectEntries(const ioPackageFile& package, const std::vector<std::strin
     std::map<std::string, int> all;
     for (const auto& [name, index] : package.getDirectory())
         all.emplace_hint(all.end(), name.asUTF8(), index);
-    std::map<std::string, int> chosen;
+    Entries entries;
+    std::set<int> taken;
+    const auto take = [&](auto first, const auto& last) {
+        for (; first != last; ++first)
+            if (taken.insert(first->second).second)
+                entries.push_back(package.getEntry(first->second));
+    };
+    if (names.empty())
+        take(all.begin(), all.end());
     for (const std::string& name : names) {
-        const auto entry = all.find(name);
+        const auto [entry, next] = all.equal_range(name);
         const std::string folder = withoutSlash(name);
-        // "/" is the first and "0" the next character that can follow the folder's name.
         const auto first = all.lower_bound(folder + '/');
         const auto last = all.lower_bound(folder + char('/' + 1));
-        if (entry == all.end() && first == last)
+        if (entry == next && first == last)
             throw app::Failure(name + ": there is no such entry");
-        if (entry != all.end())
-            chosen.insert(*entry);
-        chosen.insert(first, last);
+        take(entry, next);
+        take(first, last);
     }
-    Entries entries;
-    for (const auto& [name, index] : names.empty() ? all : chosen)
-        entries.push_back(package.getEntry(index));
     return entries;
 }
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Base/IO/ioPackageFile.h"
+#include "Base/Utility/zeUtilDescriptor.h"
 #include "Base/Utility/zeUtilError.h"
 
 namespace zepackage {
@@ -23,9 +24,20 @@ void check(const zeUtil::Error& error, const std::string& subject);
 /// since it would become another name.
 zeString::IString libraryText(const std::string& text);
 
-/// Opens a package that exists. Throws a Failure for anything else that may be there, and never
-/// waits for it, as opening a FIFO would.
-void openPackage(ioPackageFile& package, const std::string& path);
+/// A package that is open for reading. What is read is the file that was opened, even if another
+/// one is put in its place meanwhile.
+class PackageReader {
+public:
+    /// Throws a Failure for anything else that may be at `path`, and never waits for it, as opening
+    /// a FIFO would.
+    explicit PackageReader(const std::string& path);
+
+    const ioPackageFile& package() const { return package_; }
+
+private:
+    zeUtil::Descriptor file_;
+    ioPackageFile package_;
+};
 
 /// Makes a package with what `fill` adds. One that is there is replaced if `force` is true, or else
 /// refused.
@@ -41,8 +53,8 @@ void compactPackage(const std::string& path);
 
 using Entries = std::vector<const ioPackageFileEntry*>;
 
-/// The entries of these names, and those in folders of these names; without names, all. In the
-/// order of their names, each once. Throws a Failure that names what is not there.
+/// The entries of these names, and those in folders of these names, each once; without names, all.
+/// Throws a Failure that names what is not there.
 Entries selectEntries(const ioPackageFile& package, const std::vector<std::string>& names);
 
 /// The name of an entry.

@@ -43,6 +43,9 @@ for compress in '' --compress; do
 done
 [ "$(stat -c %s p)" -lt 200000 ] # half of it is compressed
 ends 0 cat p deep/er && cmp out <(cat tree/deep/er/*)
+ends 0 list p deep/random1 deep
+is "$(head -1 out)" deep/random1 # in the order of the arguments, and once
+is "$(wc -l < out)" 14
 ends 0 list p --json && python3 -c '
 import json
 entries = json.load(open("out"))["entries"]

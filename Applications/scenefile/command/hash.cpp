@@ -10,6 +10,7 @@
 #include "Base/Strings/zeStringCString.h"
 
 #include "Shared/failure.h"
+#include "Shared/message.h"
 #include "Shared/save.h"
 #include "command/command.h"
 
@@ -27,7 +28,8 @@ std::string readKey(const std::string& path) {
         isRead = false;
     }
     if (!isRead)
-        throw app::Failure(path + ": cannot be read: " + app::systemMessage(errno));
+        throw app::Failure(app::message("scenefile.no_key", "{1}: cannot be read: {2}",
+                                        {path, app::systemMessage(errno)}));
     return key;
 }
 
@@ -48,7 +50,8 @@ std::string hashKey(const std::optional<std::string>& keyFile) {
                             : fromEnvironment ? fromEnvironment
                                               : "scenefile";
     if (key.empty())
-        throw app::Failure((keyFile ? *keyFile : "SCENEFILE_KEY") + ": the key is empty");
+        throw app::Failure(app::message("scenefile.empty_key", "{1}: the key is empty",
+                                        {keyFile ? *keyFile : "SCENEFILE_KEY"}));
     return key;
 }
 
@@ -60,7 +63,8 @@ std::string fileHash(const std::string& path, const std::string& key) {
         if (error.code() != 0)
             throw app::Failure(error.message());
     } catch (const app::Failure& failure) {
-        throw app::Failure(path + ": has no digest: " + failure.what());
+        throw app::Failure(
+            app::message("scenefile.no_hash", "{1}: has no digest: {2}", {path, failure.what()}));
     }
     return hash.asChar();
 }
@@ -68,11 +72,14 @@ std::string fileHash(const std::string& path, const std::string& key) {
 void expectHash(const std::string& path, const std::string& hash, const std::string& expected) {
     if (expected.size() != hash.size() ||
         expected.find_first_not_of("0123456789abcdef") != std::string::npos)
-        throw app::UsageError("'" + expected +
-                              "' is no digest: a digest has 64 digits, 0 to 9 and a to f");
+        throw app::UsageError(app::message(
+            "scenefile.bad_hash", "'{1}' is no digest: a digest has 64 digits, 0 to 9 and a to f",
+            {expected}));
     if (!zeOS::EqualFileHash(hash.c_str(), expected.c_str()))
-        throw app::Failure(
-            path + ": does not have this digest: it was changed, or the key is a different one");
+        throw app::Failure(app::message(
+            "scenefile.other_hash",
+            "{1}: does not have this digest: it was changed, or the key is a different one",
+            {path}));
 }
 
 } // namespace scenefile

@@ -10,6 +10,7 @@
 #include "Base/Linear/zeLinearVector.h"
 
 #include "Shared/failure.h"
+#include "Shared/message.h"
 #include "command/command.h"
 #include "scene/scene.h"
 
@@ -35,7 +36,8 @@ double number(std::string_view word) {
     double result = 0;
     const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), result);
     if (error != std::errc() || end != word.data() + word.size() || !std::isfinite(result))
-        throw app::UsageError("'" + std::string(word) + "' is not a number");
+        throw app::UsageError(
+            app::message("scenefile.bad_number", "'{1}' is not a number", {word}));
     return result;
 }
 
@@ -65,8 +67,9 @@ AffineMatrix rotation(const std::string& value) {
     const Normal axis =
         comma == std::string::npos ? Normal() : axisOf(std::string_view(value).substr(comma + 1));
     if (!axis.valid)
-        throw app::UsageError("'" + value +
-                              "' is no rotation: give degrees and an axis, as in 90,z or 90,0,0,1");
+        throw app::UsageError(app::message(
+            "scenefile.bad_rotation",
+            "'{1}' is no rotation: give degrees and an axis, as in 90,z or 90,0,0,1", {value}));
     AffineMatrix result;
     result.rotate(zeLinear::toRadians(std::remainder(degrees, 360)), axis);
     const bool alongAxis =
@@ -83,11 +86,13 @@ AffineMatrix scaling(const std::string& value) {
     if (factors.size() == 1)
         factors.resize(3, factors[0]);
     if (factors.size() != 3)
-        throw app::UsageError("'" + value +
-                              "' is no scale: give one factor or three, as in 1,1,0.5");
+        throw app::UsageError(
+            app::message("scenefile.bad_scale",
+                         "'{1}' is no scale: give one factor or three, as in 1,1,0.5", {value}));
     for (double factor : factors)
         if (factor == 0)
-            throw app::UsageError("a scale of 0 makes the model flat, which nothing can undo");
+            throw app::UsageError(app::message(
+                "scenefile.flat", "a scale of 0 makes the model flat, which nothing can undo"));
     AffineMatrix result;
     result.scale(factors[0], factors[1], factors[2]);
     return result;
@@ -96,8 +101,9 @@ AffineMatrix scaling(const std::string& value) {
 AffineMatrix translation(const std::string& value) {
     const std::vector<double> offsets = numbers(value);
     if (offsets.size() != 3)
-        throw app::UsageError("'" + value +
-                              "' is no translation: give three numbers, as in 0,0,-2.5");
+        throw app::UsageError(
+            app::message("scenefile.bad_translation",
+                         "'{1}' is no translation: give three numbers, as in 0,0,-2.5", {value}));
     AffineMatrix result;
     result.translate(zeLinear::Vector(offsets.data()));
     return result;
