@@ -2,11 +2,11 @@
 
 #include <unistd.h>
 
-#include <cstdlib>
 #include <mutex>
 
 #include "Base/OS/process/zeOSForkAndCallImpl.h"
 #include "Base/OS/process/zeOSStartAndWaitImpl.h"
+#include "Base/OS/zeOSEnvironment.h"
 #include "Base/OS/zeOSError.h"
 #include "Base/OS/zeOSFilename.h"
 #include "Base/OS/zeOSProcessManager.h"
@@ -122,7 +122,8 @@ ExecutableResult ProcessManagerUnixImpl::locateExecutable(const std::vector<IStr
         if (isExecutable(name))
             return {name, Error()};
     } else {
-        const IString searchPath(std::getenv("PATH"));
+        IString searchPath;
+        GetEnv(L"PATH", searchPath);
         if (searchPath.isEmpty())
             return {IString(), Error(notFound, "PATH environment variable not set.")};
         const std::vector<IString> parts =
