@@ -195,7 +195,7 @@ TEST_P(PackageChanges, LeaveTheSameWhenTheyAreKilled) {
         const pid_t child = fork();
         ASSERT_NE(child, -1);
         if (child == 0) {
-            SystemFaults::killAt(n, STDERR_FILENO);
+            SystemFaults::killAt(n, -1);
             make(change);
             _exit(updated ? 0 : 1);
         }

@@ -41,23 +41,10 @@ protected:
     }
     std::string remove(const std::string& name) { return text(package.deleteEntry(wide(name))); }
 
-    /// What the directory in the file says: "a 85+3, 88+2, 90-1" for an entry, free space and the
-    /// directory's place.
+    /// What the directory in the file says: see packages::elements().
     std::string elements() {
         EXPECT_EQ(text(package.update()), ok);
-        const std::string bytes = folder.read("p");
-        std::size_t at = std::stoul(bytes.substr(61, 24)) + packages::directoryStart.size();
-        std::string result;
-        while (bytes[at] == 2) {
-            const std::string name = bytes.data() + at + 12;
-            std::int64_t numbers[2];
-            std::memcpy(numbers, bytes.data() + at + 13 + name.size(), sizeof numbers);
-            result += (result.empty() ? "" : ", ") + name + (name.empty() ? "" : " ") +
-                      std::to_string(numbers[0]) + (numbers[1] < 0 ? "" : "+") +
-                      std::to_string(numbers[1]);
-            at += 12 + 26 + name.size();
-        }
-        return result;
+        return packages::elements(folder.read("p"));
     }
 
     TempFolder folder;
