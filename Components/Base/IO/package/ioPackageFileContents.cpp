@@ -64,26 +64,29 @@ bool clearForCopy(const IString& path, const IString& package) {
     struct stat target;
     struct stat source;
     if (stat(path.asUTF8(), &target) != 0)
-        return errno == ENOENT;
+        return errno == ENOENT || errno == ENOTDIR;
     return stat(package.asUTF8(), &source) == 0 && !isSameFile(source, target) &&
            zeOS::fileDelete(zeOS::Filename(path)).code() == 0;
 }
 
-/// Opens a file to extract to, and empties it only when it is known not to be `package`. With
-/// O_NOFOLLOW among the flags it must be a plain file.
+/// Empties a file that is known not to be `package`, which is never empty itself.
+bool emptyTarget(int file, const struct stat& target, const IString& package) {
+    struct stat source;
+    return target.st_size == 0 ||
+           (stat(package.asUTF8(), &source) == 0 && !isSameFile(source, target) &&
+            zeUtil::retried([&] { return ftruncate(file, 0); }) == 0);
+}
+
+/// Opens a file to extract to. With O_NOFOLLOW among the flags it must be a plain file.
 zeUtil::Descriptor openTarget(int directory, const char* path, int flags, const IString& package) {
     zeUtil::Descriptor file(zeUtil::retried(
         [&] { return openat(directory, path, O_WRONLY | O_CREAT | O_CLOEXEC | flags, 0666); }));
     struct stat target;
-    struct stat source;
     if (!file.isOpen() || fstat(file.get(), &target) != 0)
         return {};
-    if (!S_ISREG(target.st_mode))
-        return (flags & O_NOFOLLOW) != 0 ? zeUtil::Descriptor() : std::move(file);
-    const bool isOther = stat(package.asUTF8(), &source) == 0 && !isSameFile(source, target);
-    if (!isOther || zeUtil::retried([&] { return ftruncate(file.get(), 0); }) != 0)
-        return {};
-    return file;
+    const bool isUsable = S_ISREG(target.st_mode) ? emptyTarget(file.get(), target, package)
+                                                  : (flags & O_NOFOLLOW) == 0;
+    return isUsable ? std::move(file) : zeUtil::Descriptor();
 }
 
 /// The path of `target` below `directory`, both in normal form; false if it leads out of it.
