@@ -326,6 +326,22 @@ TEST_F(PackageTest, BecomesTheCopyThatItWrites) {
     EXPECT_EQ(other.size(), 0) << "a failed open leaves nothing of what was open";
 }
 
+// By text, "link/../p" is "p": a file that is there would be taken for one that is missing.
+TEST_F(PackageTest, MeansWhatTheSystemMeansByAPath) {
+    EXPECT_EQ(add("a", "abc"), ok);
+    EXPECT_EQ(text(package.update()), ok);
+    fs::create_directories(folder.path("away/inner"));
+    fs::create_directory_symlink("away/inner", folder.path("link"));
+    fs::rename(folder.path("p"), folder.path("away/p"));
+    EXPECT_EQ(packages::reopened(folder.path("link/../p")), (packages::Contents{{"a", "abc"}}));
+    folder.write("p", "not touched");
+    EXPECT_EQ(text(package.open(wide(folder.path("link/../p")))), ok);
+    EXPECT_EQ(text(package.write(wide(folder.path("link/../q")))), ok);
+    EXPECT_EQ(text(package.write(wide(folder.path("link/../p")))), ok);
+    EXPECT_EQ(folder.read("p"), "not touched");
+    EXPECT_EQ(packages::reopened(folder.path("away/p")), (packages::Contents{{"a", "abc"}}));
+}
+
 TEST_F(PackageTest, TakesOnlyASourceThatKeepsItsSize) {
     EXPECT_EQ(add("a", "old"), ok);
     EXPECT_EQ(add("b", "end"), ok);

@@ -2,6 +2,8 @@
 
 #include "Base/IO/ioPackageFile.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -12,9 +14,7 @@
 #include "Base/IO/package/ioFirstFitImpl.h"
 #include "Base/IO/package/ioPackageFileFailureImpl.h"
 #include "Base/OS/zeOSFile.h"
-#include "Base/OS/zeOSFileOperations.h"
 #include "Base/OS/zeOSFileStatus.h"
-#include "Base/OS/zeOSFilename.h"
 #include "Base/Utility/zeNumberText.h"
 
 using zeString::IString;
@@ -98,8 +98,9 @@ Error ioPackageFile::open(const IString& path) {
     ioPackageFile().swap(*this);
 
     zeOS::FileStatus status;
-    // What cannot be looked at may exist: it must not be taken for a file to be made.
-    if (zeOS::File::query(zeOS::Filename(name), status).code() != 0)
+    // What cannot be looked at may exist: it must not be taken for a file to be made. All calls are
+    // given the path as it is, since its normal form may lead elsewhere where there are links.
+    if (zeOS::File::query(name, status).code() != 0)
         return packageFailure(packageCanNotCreate, L"Can not create file: %S", name);
     fileName_ = name;
     Error error = status.exists() ? readPackageHeader() : createPackage();
@@ -158,7 +159,7 @@ bool ioPackageFile::isFilePackageFile(const IString& path) {
 
 zeOS::FileStatus ioPackageFile::getStatus(const IString& path) {
     zeOS::FileStatus status;
-    (void)zeOS::File::query(zeOS::Filename(path), status); // a failure leaves "does not exist"
+    (void)zeOS::File::query(path, status); // a failure leaves "does not exist"
     return status;
 }
 
@@ -233,7 +234,7 @@ Error ioPackageFile::createPackage() {
     Error error = writePackageHeader();
     if (error.code() != 0) {
         closePackageForOutput();
-        (void)zeOS::fileDelete(zeOS::Filename(fileName_));
+        ::unlink(fileName_.asUTF8());
     }
     return error;
 }

@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -16,7 +17,6 @@
 #include "Base/IO/package/ioPackageFileFailureImpl.h"
 #include "Base/OS/zeOSError.h"
 #include "Base/OS/zeOSFile.h"
-#include "Base/OS/zeOSFileOperations.h"
 #include "Base/OS/zeOSFileStatus.h"
 #include "Base/OS/zeOSFilename.h"
 #include "Base/OS/zeOSTempFiles.h"
@@ -66,7 +66,7 @@ bool clearForCopy(const IString& path, const IString& package) {
     if (stat(path.asUTF8(), &target) != 0)
         return errno == ENOENT || errno == ENOTDIR;
     return stat(package.asUTF8(), &source) == 0 && !isSameFile(source, target) &&
-           zeOS::fileDelete(zeOS::Filename(path)).code() == 0;
+           unlink(path.asUTF8()) == 0;
 }
 
 /// Empties a file that is known not to be `package`, which is never empty itself.
@@ -180,7 +180,7 @@ Error ioPackageFile::addEntry(const IString& sourcePath, const IString& name, bo
                                     smaller ? compressedSize : status.size(),
                                     status.lastModification(), smaller, stored);
     }
-    (void)zeOS::fileDelete(temporary);
+    unlink(temporary.path().asUTF8());
     return error;
 }
 
