@@ -71,10 +71,10 @@ void ioBufferFileSubset::open(const zeString::IString& path, long offset, long s
         return;
     const long fileSize = ioBufferedStream::fileSize(path);
     // Compared by subtraction, since offset and size may come from a file.
-    if (fileSize < 0)
-        setStatus(bufferIOError);
-    else if (offset < 0 || size < 0 || offset > fileSize || size > fileSize - offset)
+    const bool isInside =
+        offset >= 0 && size >= 0 && offset <= fileSize && size <= fileSize - offset;
+    if (fileSize >= 0 && !isInside)
         setStatus(bufferEOF);
-    else if (!seek(0) && good())
+    else if (fileSize < 0 || (!seek(0) && good()))
         setStatus(bufferIOError);
 }

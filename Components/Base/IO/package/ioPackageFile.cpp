@@ -93,7 +93,8 @@ ioPackageFile::~ioPackageFile() {
 }
 
 Error ioPackageFile::open(const IString& path) {
-    const IString name(path); // which may be the name of this package
+    IString name;
+    name = path; // which may be the name of this package
     closePackageForOutput();
     ioPackageFile().swap(*this);
 
@@ -241,8 +242,7 @@ Error ioPackageFile::createPackage() {
 
 Error ioPackageFile::readPackageHeader() {
     closePackageForOutput();
-    const Error noPackage =
-        packageFailure(packageBad, L"The file is not a package file: %S", fileName_);
+    Error noPackage = packageFailure(packageBad, L"The file is not a package file: %S", fileName_);
     const zeOS::FileStatus status = getStatus(fileName_);
     if (status.exists() && !status.isFile()) // opening a FIFO would wait for its writer
         return noPackage;

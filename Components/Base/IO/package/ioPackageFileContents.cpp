@@ -186,7 +186,7 @@ Error ioPackageFile::addEntry(const IString& sourcePath, const IString& name, bo
 
 Error ioPackageFile::addEntry(const ioPackageFileEntry* entry, const IString& name) {
     const IString stored = cleanupName(name);
-    const Error error = verifyAddEntry(stored);
+    Error error = verifyAddEntry(stored);
     if (error.code() != 0)
         return error;
     if (!entry)
@@ -247,7 +247,7 @@ Error ioPackageFile::copyFileIntoPackage(const IString& source, long size, long 
     in.openFile(source);
     if (in.getStatus() != streamOK)
         return packageFailure(packageCanNotRead, L"Could not read file: %S\n", source);
-    const Error error = copyStreamIntoPackage(in, size, timeStamp, compressed, name);
+    Error error = copyStreamIntoPackage(in, size, timeStamp, compressed, name);
     in.close();
     return error;
 }
@@ -313,8 +313,8 @@ Error ioPackageFile::copyEntryIntoPackage(const ioPackageFileEntry* entry, const
     if (isFailure(in.getStatus()))
         return packageFailure(packageCanNotRead, L"Could not read package file entry: %S\n",
                               entry->getName());
-    const Error error = copyStreamIntoPackage(in, entry->getSize(), entry->getTimeStamp(),
-                                              entry->getCompressed(), name);
+    Error error = copyStreamIntoPackage(in, entry->getSize(), entry->getTimeStamp(),
+                                        entry->getCompressed(), name);
     in.close();
     return error;
 }
