@@ -1,16 +1,18 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""A reader of scenefile's documents that was written from Documentation/formats.md alone.
+"""A reader of packages and of scenefile's documents that was written from Documentation/formats.md alone.
 
-usage: formatsTest.py SCENEFILE FORMATS.md
+usage: formatsTest.py SCENEFILE MAKEPACKAGE FORMATS.md
 
-Checks the worked examples of that page against what scenefile writes, exports documents by itself and
-compares the models with those that scenefile exports, and turns binary documents into the other byte
-order, which scenefile must read as the same.
+Checks the worked examples of that page against what the library writes, takes entries out of packages, exports
+documents by itself and compares the models with those that scenefile exports, and turns binary documents into the
+other byte order, which scenefile must read as the same.
 """
 import collections
 import itertools
+import os
 import pathlib
+import random
 import re
 import struct
 import subprocess
@@ -146,7 +148,7 @@ Packet = collections.namedtuple('Packet', 'type size reference values')
 
 
 class File:
-    def __init__(self, data):
+    def __init__(self, data, whole=True):
         lines = data.split(b'\n')
         assert lines[0] == b'^@' and lines[4] == b'@'
         little, method, _ = map(int, lines[2].split())
@@ -160,7 +162,7 @@ class File:
         at = self.start
         while not self.packets or self.packets[-1].type != 'packetFile_EOF':
             at += self.text_packet(data, at) if self.text else self.binary_packet(data, at)
-        assert at == len(data)
+        assert not whole or at == len(data)
 
     def binary_packet(self, data, at):
         type_id, has_reference, length = struct.unpack(self.order + '3i', data[at:at + 12])
@@ -266,6 +268,30 @@ class Cipher:
             result += frame[whole:]
             at += 1 + len(frame)
         return result
+
+
+# --- Packages -------------------------------------------------------------------------------------
+
+
+def read_package(data):
+    """The entries by their names: what each holds, and when its source was changed."""
+    assert data[0] in (0x8F, 0x2E)
+    assert data[1:59] == b'ZephirumPortablePackageFile\neliFegakcaPelbatroPmurihpeZ\n1\n'
+    pointer = data.index(b'@', 59) + 2
+    place, end = int(data[pointer:pointer + 24]), pointer + 24
+    directory = File(data[place:], whole=False)
+    assert not directory.text and not directory.debug
+    packets = [packet.values for packet in directory.packets if packet.type == 'package.entry']
+    *elements, last = [(values.string(), *map(values.take, 'qqq?')) for values in packets]
+    entries = {}
+    for name, offset, size, date, compressed in elements:
+        assert offset == end and size >= 0
+        end += size
+        content = data[offset:end]
+        if name not in ('', '.'):
+            entries[name] = (unguard(expand(content)) if compressed else content, date)
+    assert last[:2] == ('', place) and end == place
+    return entries
 
 
 # --- Documents ------------------------------------------------------------------------------------
@@ -485,8 +511,44 @@ def bytes_of(dump):
     return bytes.fromhex(re.sub(r';.*', '', dump))
 
 
+def check_packages(make_package, example, folder, equal):
+    package = folder / 'package'
+
+    def make(changes):
+        """Each change is a sign and a name, and what the entry is to hold."""
+        arguments = []
+        for at, (change, content) in enumerate(changes):
+            arguments.append(change)
+            if content is not None:
+                arguments.append(folder / f'source{at}')
+                arguments[-1].write_bytes(content)
+                os.utime(arguments[-1], (10 ** 9, 10 ** 9))
+        subprocess.run([make_package, package, *arguments], check=True,
+                       env={**os.environ, 'LC_ALL': 'C.UTF-8'})
+        return package.read_bytes()
+
+    made = make([('=a/plain', b'hello'), ('=gone', b'12345678'), ('+packed', b'x' * 40), ('-gone', None)])
+    equal(made, bytes_of(example), 'the example of a package')
+    equal(read_package(made), {'a/plain': (b'hello', 10 ** 9), 'packed': (b'x' * 40, 10 ** 9)},
+          'what is in the example of a package')
+    numbers = random.Random(5)
+    model = {name: content for name, (content, _) in read_package(made).items()}
+    for _ in range(20):
+        changes = []
+        for _ in range(10):
+            name = f'ä/{numbers.randrange(30)}'
+            if name in model and numbers.random() < 0.4:
+                del model[name]
+                changes.append(('-' + name, None))
+            else:
+                model[name] = numbers.randbytes(numbers.randrange(99)) * numbers.randrange(1, 99)
+                changes.append((numbers.choice('+=') + name, model[name]))
+        found = {name: content for name, (content, _) in read_package(make(changes)).items()}
+        equal(found, model, 'what is in a package')
+
+
 def main():
-    scenefile, page = sys.argv[1], pathlib.Path(sys.argv[2])
+    scenefile, make_package, page = *sys.argv[1:3], pathlib.Path(sys.argv[3])
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
 
@@ -515,6 +577,8 @@ def main():
                                   ('guarded', unguard, b'abc'),
                                   ('enciphered', cipher.undo, b'sixteen bytes or more')):
             equal(undo(bytes_of(example[name])), plain, f'the {name} example')
+
+        check_packages(make_package, example['package'], folder, equal)
 
         def filtered(model, method, filters=('checksum', 'compress')):
             make(model, method, *(f'--{name}' for name in filters))

@@ -40,7 +40,7 @@ void PrintTo(const Change& change, std::ostream* stream) {
 
 const std::string large(5'000, 'l');
 const std::string packed(9'000, 'p');
-const Contents before{{"a", large}, {"b", "bbbb"}, {"c", packed}};
+const Contents before{{"a", large}, {"b", "bbbb"}, {"dir/c", packed}};
 
 Contents with(const std::string& name, const std::string& content) {
     Contents result = before;
@@ -62,7 +62,7 @@ protected:
         ioPackageFile package;
         EXPECT_EQ(package.open(wide(folder.path("p"))).code(), 0);
         for (const auto& [name, content] : before)
-            EXPECT_EQ(package.addEntry(source(content), wide(name), name == "c").code(), 0);
+            EXPECT_EQ(package.addEntry(source(content), wide(name), name == "dir/c").code(), 0);
         EXPECT_EQ(package.update().code(), 0);
         whole = folder.read("p");
         folder.write("source", std::string(6'000, 'n')); // for the changes
@@ -150,8 +150,8 @@ const Change changes[] = {
      [](ioPackageFile& package, const TempFolder&) { return package.deleteEntry(L"b"); },
      without("b"), "", "open close read write stat access lseek"},
     {"deleting the last",
-     [](ioPackageFile& package, const TempFolder&) { return package.deleteEntry(L"c"); },
-     without("c"), "", "open close read write stat access lseek"},
+     [](ioPackageFile& package, const TempFolder&) { return package.deleteEntry(L"dir/c"); },
+     without("dir/c"), "", "open close read write stat access lseek"},
 };
 
 } // namespace
@@ -195,7 +195,7 @@ TEST_P(PackageChanges, LeaveTheSameWhenTheyAreKilled) {
         const pid_t child = fork();
         ASSERT_NE(child, -1);
         if (child == 0) {
-            SystemFaults::killAt(n, STDERR_FILENO);
+            SystemFaults::killAt(n, -1);
             make(change);
             _exit(updated ? 0 : 1);
         }
@@ -228,7 +228,11 @@ TEST_F(PackageFaults, ShowInWhatComesOut) {
         EXPECT_TRUE(error.code() != 0 || isComplete());
         EXPECT_EQ(packages::reopened(path), before);
     };
-    trial.prepare = [this] { prepare(); };
+    trial.prepare = [this] {
+        prepare();
+        fs::create_directory(folder.path("out"));
+        folder.write("out/a", "what is there already");
+    };
     trial.operation = [&] {
         ioPackageFile package;
         error = package.open(wide(path));
@@ -238,11 +242,11 @@ TEST_F(PackageFaults, ShowInWhatComesOut) {
     trial.check = [&](const Fault& fault) {
         outcome(fault, [&] {
             return folder.read("out/a") == large && folder.read("out/b") == "bbbb" &&
-                   folder.read("out/c") == packed;
+                   folder.read("out/dir/c") == packed;
         });
     };
     EXPECT_EQ(trial.runAll(),
-              "open openat close read write mkdir stat fstat access lseek ftruncate");
+              "open openat close read write stat fstat access lseek ftruncate mkdirat");
     trial.operation = [&] {
         ioPackageFile package;
         error = package.open(wide(path));

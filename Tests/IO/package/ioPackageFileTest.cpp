@@ -41,23 +41,10 @@ protected:
     }
     std::string remove(const std::string& name) { return text(package.deleteEntry(wide(name))); }
 
-    /// What the directory in the file says: "a 85+3, 88+2, 90-1" for an entry, free space and the
-    /// directory's place.
+    /// What the directory in the file says: see packages::elements().
     std::string elements() {
         EXPECT_EQ(text(package.update()), ok);
-        const std::string bytes = folder.read("p");
-        std::size_t at = std::stoul(bytes.substr(61, 24)) + packages::directoryStart.size();
-        std::string result;
-        while (bytes[at] == 2) {
-            const std::string name = bytes.data() + at + 12;
-            std::int64_t numbers[2];
-            std::memcpy(numbers, bytes.data() + at + 13 + name.size(), sizeof numbers);
-            result += (result.empty() ? "" : ", ") + name + (name.empty() ? "" : " ") +
-                      std::to_string(numbers[0]) + (numbers[1] < 0 ? "" : "+") +
-                      std::to_string(numbers[1]);
-            at += 12 + 26 + name.size();
-        }
-        return result;
+        return packages::elements(folder.read("p"));
     }
 
     TempFolder folder;
@@ -337,6 +324,22 @@ TEST_F(PackageTest, BecomesTheCopyThatItWrites) {
     EXPECT_EQ(packages::reopened(folder.path("p")).size(), 3U);
     EXPECT_EQ(text(other.open(wide(folder.path("none/x")))).substr(0, 2), "2 ");
     EXPECT_EQ(other.size(), 0) << "a failed open leaves nothing of what was open";
+}
+
+// By text, "link/../p" is "p": a file that is there would be taken for one that is missing.
+TEST_F(PackageTest, MeansWhatTheSystemMeansByAPath) {
+    EXPECT_EQ(add("a", "abc"), ok);
+    EXPECT_EQ(text(package.update()), ok);
+    fs::create_directories(folder.path("away/inner"));
+    fs::create_directory_symlink("away/inner", folder.path("link"));
+    fs::rename(folder.path("p"), folder.path("away/p"));
+    EXPECT_EQ(packages::reopened(folder.path("link/../p")), (packages::Contents{{"a", "abc"}}));
+    folder.write("p", "not touched");
+    EXPECT_EQ(text(package.open(wide(folder.path("link/../p")))), ok);
+    EXPECT_EQ(text(package.write(wide(folder.path("link/../q")))), ok);
+    EXPECT_EQ(text(package.write(wide(folder.path("link/../p")))), ok);
+    EXPECT_EQ(folder.read("p"), "not touched");
+    EXPECT_EQ(packages::reopened(folder.path("away/p")), (packages::Contents{{"a", "abc"}}));
 }
 
 TEST_F(PackageTest, TakesOnlyASourceThatKeepsItsSize) {

@@ -4,9 +4,7 @@
 
 #include <algorithm>
 
-#include "Base/OS/zeOSFile.h"
-#include "Base/OS/zeOSFileStatus.h"
-#include "Base/OS/zeOSFilename.h"
+#include "Base/IO/ioBufferedStream.h"
 #include "Base/Strings/zeStringIString.h"
 
 namespace {
@@ -71,12 +69,12 @@ void ioBufferFileSubset::open(const zeString::IString& path, long offset, long s
     setStatus(file_.getStatus());
     if (!good())
         return;
-    zeOS::FileStatus status;
+    const long fileSize = ioBufferedStream::fileSize(path);
     // Compared by subtraction, since offset and size may come from a file.
-    if (zeOS::File::query(zeOS::Filename(path), status).code() != 0)
-        setStatus(bufferIOError);
-    else if (offset < 0 || size < 0 || offset > status.size() || size > status.size() - offset)
+    const bool isInside =
+        offset >= 0 && size >= 0 && offset <= fileSize && size <= fileSize - offset;
+    if (fileSize >= 0 && !isInside)
         setStatus(bufferEOF);
-    else if (!seek(0) && good())
+    else if (fileSize < 0 || (!seek(0) && good()))
         setStatus(bufferIOError);
 }

@@ -2,6 +2,8 @@
 
 #include "Base/IO/ioPackageFile.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -12,9 +14,7 @@
 #include "Base/IO/package/ioFirstFitImpl.h"
 #include "Base/IO/package/ioPackageFileFailureImpl.h"
 #include "Base/OS/zeOSFile.h"
-#include "Base/OS/zeOSFileOperations.h"
 #include "Base/OS/zeOSFileStatus.h"
-#include "Base/OS/zeOSFilename.h"
 #include "Base/Utility/zeNumberText.h"
 
 using zeString::IString;
@@ -93,13 +93,15 @@ ioPackageFile::~ioPackageFile() {
 }
 
 Error ioPackageFile::open(const IString& path) {
-    const IString name(path); // which may be the name of this package
+    IString name;
+    name = path; // which may be the name of this package
     closePackageForOutput();
     ioPackageFile().swap(*this);
 
     zeOS::FileStatus status;
-    // What cannot be looked at may exist: it must not be taken for a file to be made.
-    if (zeOS::File::query(zeOS::Filename(name), status).code() != 0)
+    // What cannot be looked at may exist: it must not be taken for a file to be made. All calls are
+    // given the path as it is, since its normal form may lead elsewhere where there are links.
+    if (zeOS::File::query(name, status).code() != 0)
         return packageFailure(packageCanNotCreate, L"Can not create file: %S", name);
     fileName_ = name;
     Error error = status.exists() ? readPackageHeader() : createPackage();
@@ -158,7 +160,7 @@ bool ioPackageFile::isFilePackageFile(const IString& path) {
 
 zeOS::FileStatus ioPackageFile::getStatus(const IString& path) {
     zeOS::FileStatus status;
-    (void)zeOS::File::query(zeOS::Filename(path), status); // a failure leaves "does not exist"
+    (void)zeOS::File::query(path, status); // a failure leaves "does not exist"
     return status;
 }
 
@@ -233,15 +235,14 @@ Error ioPackageFile::createPackage() {
     Error error = writePackageHeader();
     if (error.code() != 0) {
         closePackageForOutput();
-        (void)zeOS::fileDelete(zeOS::Filename(fileName_));
+        ::unlink(fileName_.asUTF8());
     }
     return error;
 }
 
 Error ioPackageFile::readPackageHeader() {
     closePackageForOutput();
-    const Error noPackage =
-        packageFailure(packageBad, L"The file is not a package file: %S", fileName_);
+    Error noPackage = packageFailure(packageBad, L"The file is not a package file: %S", fileName_);
     const zeOS::FileStatus status = getStatus(fileName_);
     if (status.exists() && !status.isFile()) // opening a FIFO would wait for its writer
         return noPackage;

@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -16,7 +17,6 @@
 #include "Base/IO/package/ioPackageFileFailureImpl.h"
 #include "Base/OS/zeOSError.h"
 #include "Base/OS/zeOSFile.h"
-#include "Base/OS/zeOSFileOperations.h"
 #include "Base/OS/zeOSFileStatus.h"
 #include "Base/OS/zeOSFilename.h"
 #include "Base/OS/zeOSTempFiles.h"
@@ -64,26 +64,29 @@ bool clearForCopy(const IString& path, const IString& package) {
     struct stat target;
     struct stat source;
     if (stat(path.asUTF8(), &target) != 0)
-        return errno == ENOENT;
+        return errno == ENOENT || errno == ENOTDIR;
     return stat(package.asUTF8(), &source) == 0 && !isSameFile(source, target) &&
-           zeOS::fileDelete(zeOS::Filename(path)).code() == 0;
+           unlink(path.asUTF8()) == 0;
 }
 
-/// Opens a file to extract to, and empties it only when it is known not to be `package`. With
-/// O_NOFOLLOW among the flags it must be a plain file.
+/// Empties a file that is known not to be `package`, which is never empty itself.
+bool emptyTarget(int file, const struct stat& target, const IString& package) {
+    struct stat source;
+    return target.st_size == 0 ||
+           (stat(package.asUTF8(), &source) == 0 && !isSameFile(source, target) &&
+            zeUtil::retried([&] { return ftruncate(file, 0); }) == 0);
+}
+
+/// Opens a file to extract to. With O_NOFOLLOW among the flags it must be a plain file.
 zeUtil::Descriptor openTarget(int directory, const char* path, int flags, const IString& package) {
     zeUtil::Descriptor file(zeUtil::retried(
         [&] { return openat(directory, path, O_WRONLY | O_CREAT | O_CLOEXEC | flags, 0666); }));
     struct stat target;
-    struct stat source;
     if (!file.isOpen() || fstat(file.get(), &target) != 0)
         return {};
-    if (!S_ISREG(target.st_mode))
-        return (flags & O_NOFOLLOW) != 0 ? zeUtil::Descriptor() : std::move(file);
-    const bool isOther = stat(package.asUTF8(), &source) == 0 && !isSameFile(source, target);
-    if (!isOther || zeUtil::retried([&] { return ftruncate(file.get(), 0); }) != 0)
-        return {};
-    return file;
+    const bool isUsable = S_ISREG(target.st_mode) ? emptyTarget(file.get(), target, package)
+                                                  : (flags & O_NOFOLLOW) == 0;
+    return isUsable ? std::move(file) : zeUtil::Descriptor();
 }
 
 /// The path of `target` below `directory`, both in normal form; false if it leads out of it.
@@ -177,13 +180,13 @@ Error ioPackageFile::addEntry(const IString& sourcePath, const IString& name, bo
                                     smaller ? compressedSize : status.size(),
                                     status.lastModification(), smaller, stored);
     }
-    (void)zeOS::fileDelete(temporary);
+    unlink(temporary.path().asUTF8());
     return error;
 }
 
 Error ioPackageFile::addEntry(const ioPackageFileEntry* entry, const IString& name) {
     const IString stored = cleanupName(name);
-    const Error error = verifyAddEntry(stored);
+    Error error = verifyAddEntry(stored);
     if (error.code() != 0)
         return error;
     if (!entry)
@@ -244,7 +247,7 @@ Error ioPackageFile::copyFileIntoPackage(const IString& source, long size, long 
     in.openFile(source);
     if (in.getStatus() != streamOK)
         return packageFailure(packageCanNotRead, L"Could not read file: %S\n", source);
-    const Error error = copyStreamIntoPackage(in, size, timeStamp, compressed, name);
+    Error error = copyStreamIntoPackage(in, size, timeStamp, compressed, name);
     in.close();
     return error;
 }
@@ -310,8 +313,8 @@ Error ioPackageFile::copyEntryIntoPackage(const ioPackageFileEntry* entry, const
     if (isFailure(in.getStatus()))
         return packageFailure(packageCanNotRead, L"Could not read package file entry: %S\n",
                               entry->getName());
-    const Error error = copyStreamIntoPackage(in, entry->getSize(), entry->getTimeStamp(),
-                                              entry->getCompressed(), name);
+    Error error = copyStreamIntoPackage(in, entry->getSize(), entry->getTimeStamp(),
+                                        entry->getCompressed(), name);
     in.close();
     return error;
 }
