@@ -28,7 +28,7 @@ done
 [ "$count" -gt 5 ]
 
 # Wrong use is explained on standard error, and help that was asked for on standard output.
-for name in saveload versions filters outofstep protectedsave text; do
+for name in saveload versions filters outofstep protectedsave text watchfolder; do
     code=0
     "$name" 2> "$folder/usage" || code=$?
     [ "$code $(cut -c 1-6 "$folder/usage" | head -1)" = "2 usage:" ]

@@ -58,10 +58,10 @@ public:
     /// The operation that is repeated, on the new thread. Returns whether to go on.
     virtual bool poll() = 0;
 
-    /// Connects the sender to `receiver`, which must outlive the thread, and starts the thread.
-    /// Code 1: started already ("Object started already"; an object can be started once), or the
-    /// system could not make the thread, in which case the sender is disconnected and another
-    /// attempt may follow.
+    /// Connects the sender to `receiver`, and starts the thread. If the receiver is destroyed
+    /// before, the thread goes on, and its messages and its end are dropped. Code 1: started
+    /// already ("Object started already"; an object can be started once), or the system could not
+    /// make the thread, in which case the sender is disconnected and another attempt may follow.
     zeUtil::Error start(MessageReceiver& receiver);
 
     /// Tells the thread to stop, and does not wait for it. A poll() that is running runs to its
