@@ -256,15 +256,16 @@ TEST_F(MessageTest, ArrivesInOrderOrIsDroppedWhoeverConnectsAndDies) {
                     --working;
                 for (int i = number; number >= senderCount && working > 0; ++i) {
                     MessageReceiver passing;
+                    MessageSender brief;
+                    brief.connect(steady);
                     passing.connect(sender);
                     passing.connect(senders[i % senderCount]);
                     sched_yield();
-                    if (i % 2 == 0)
+                    if (i % 2 == 0) {
+                        passing.connect(brief);
                         passing.dispatch();
-                    if (i % 3 == 0)
-                        passing.disconnect();
-                    if (i % 5 == 0)
-                        steady.disconnect();
+                    }
+                    (i % 3 == 0 ? passing : steady).disconnect();
                 }
             });
         }

@@ -224,6 +224,22 @@ TEST(RWLock, LetsReadersPassAWaitingWriter) {
         sched_yield();
 }
 
+TEST(RWLock, LetsAllReadersInBehindAWriter) {
+    const ThreadsAndLocks none;
+    RWLock lock;
+    std::atomic<int> inside = 0;
+    lock.writeLock();
+    const Team readers(3, [&](int) {
+        lock.readLock();
+        for (++inside; inside < 3;)
+            sched_yield();
+        lock.readUnlock();
+    });
+    sleepMilliseconds(10);
+    EXPECT_EQ(inside, 0);
+    lock.writeUnlock();
+}
+
 TEST(RWLock, KeepsReadersAndWritersApart) {
     const ThreadsAndLocks none;
     const RandomYields yields;
