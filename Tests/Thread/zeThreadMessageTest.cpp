@@ -275,30 +275,3 @@ TEST_F(MessageTest, ArrivesInOrderOrIsDroppedWhoeverConnectsAndDies) {
         EXPECT_GT(traffic.run, 0);
     }
 }
-
-TEST_F(MessageTest, WakesItsReceiver) {
-    const RandomYields yields;
-    const StressTime time(0.3);
-    MessageReceiver here, there;
-    MessageSender toHere, toThere;
-    toHere.connect(here);
-    toThere.connect(there);
-    bool isOver = false;
-    long rounds = 0;
-    {
-        const Team partner(1, [&](int) {
-            while (!isOver) {
-                there.wait();
-                EXPECT_EQ(there.dispatch(), 1);
-                toHere.send(new zeThread::AsyncSignalMessage(nullptr));
-            }
-        });
-        for (bool isLast = false; !isLast; ++rounds) {
-            isLast = !time.isLeft();
-            toThere.send(new Letter(log_, 'A', [&isOver, isLast] { isOver = isLast; }));
-            here.wait();
-            EXPECT_EQ(here.dispatch(), 1);
-        }
-    }
-    EXPECT_EQ(log_.size(), 2 * static_cast<std::size_t>(rounds));
-}
