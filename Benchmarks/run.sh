@@ -7,7 +7,7 @@ programs=$1/Benchmarks
 shift
 results=$programs/results
 mkdir -p "$results"
-[ $# -gt 0 ] || set -- packets text references compression filters treeAndHash signals blocks strings cache packing linear paths files moveable primitives
+[ $# -gt 0 ] || set -- packets text references compression filters treeAndHash signals blocks strings cache packing linear paths files moveable primitives pool
 # Files are written to memory: what is measured is the code, not the disk.
 [ -n "${TMPDIR:-}" ] || { [ -w /dev/shm ] && export TMPDIR=/dev/shm; }
 for group; do
