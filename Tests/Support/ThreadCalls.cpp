@@ -72,6 +72,32 @@ Function* genuine(Function* sanitizers, const char* name) {
     return reinterpret_cast<Function*>(found ? found : dlsym(RTLD_NEXT, name));
 }
 
+/// Makes the call, and gives way before and after it.
+template<class Function, class... Arguments>
+auto betweenYields(Function* call, Arguments... arguments) {
+    giveWay();
+    const auto result = call(arguments...);
+    giveWay();
+    return result;
+}
+
+/// The same for a call that takes a lock if it returns 0.
+template<class Function>
+int locking(Function* call, pthread_mutex_t* mutex) {
+    giveWay();
+    const int error = call(mutex);
+    if (error == 0)
+        ++locksHeld;
+    giveWay();
+    return error;
+}
+
+/// Fails as calls of semaphores do.
+int failedWith(int error) {
+    errno = error;
+    return -1;
+}
+
 } // namespace
 
 ThreadFaults::ThreadFaults(Call call, std::size_t n, int error) {
@@ -170,12 +196,9 @@ extern "C" {
 int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
                    void* arg) noexcept {
     static const auto call = genuine(__interceptor_pthread_create, "pthread_create");
-    giveWay();
     if (const int error = nextError(ThreadFaults::onCreate))
         return error;
-    const int result = call(thread, attributes, body, arg);
-    giveWay();
-    return result;
+    return betweenYields(call, thread, attributes, body, arg);
 }
 
 int pthread_join(pthread_t thread, void** result) {
@@ -187,31 +210,18 @@ int pthread_join(pthread_t thread, void** result) {
 
 int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
     static const auto call = genuine(__interceptor_pthread_mutex_lock, "pthread_mutex_lock");
-    giveWay();
-    const int error = call(mutex);
-    if (error == 0)
-        ++locksHeld;
-    giveWay();
-    return error;
+    return locking(call, mutex);
 }
 
 int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {
     static const auto call = genuine(__interceptor_pthread_mutex_trylock, "pthread_mutex_trylock");
-    giveWay();
-    const int error = call(mutex);
-    if (error == 0)
-        ++locksHeld;
-    giveWay();
-    return error;
+    return locking(call, mutex);
 }
 
 int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
     static const auto call = genuine(__interceptor_pthread_mutex_unlock, "pthread_mutex_unlock");
-    giveWay();
     --locksHeld;
-    const int error = call(mutex);
-    giveWay();
-    return error;
+    return betweenYields(call, mutex);
 }
 
 int pthread_cond_init(pthread_cond_t* condition, const pthread_condattr_t* attributes) noexcept {
@@ -230,65 +240,47 @@ int pthread_cond_destroy(pthread_cond_t* condition) noexcept {
 
 int pthread_cond_wait(pthread_cond_t* condition, pthread_mutex_t* mutex) {
     static const auto call = genuine(__interceptor_pthread_cond_wait, "pthread_cond_wait");
-    giveWay();
-    const int error = call(condition, mutex);
-    giveWay();
-    return error;
+    return betweenYields(call, condition, mutex);
 }
 
 int pthread_cond_signal(pthread_cond_t* condition) noexcept {
     static const auto call = genuine(__interceptor_pthread_cond_signal, "pthread_cond_signal");
-    giveWay();
-    const int error = call(condition);
-    giveWay();
-    return error;
+    return betweenYields(call, condition);
 }
 
 int pthread_cond_broadcast(pthread_cond_t* condition) noexcept {
     static const auto call =
         genuine(__interceptor_pthread_cond_broadcast, "pthread_cond_broadcast");
-    giveWay();
-    const int error = call(condition);
-    giveWay();
-    return error;
+    return betweenYields(call, condition);
 }
 
 int sem_init(sem_t* semaphore, int shared, unsigned int value) noexcept {
     static const auto call = genuine(__interceptor_sem_init, "sem_init");
-    if (const int error = nextError(ThreadFaults::onSemInit)) {
-        errno = error;
-        return -1;
-    }
+    if (const int error = nextError(ThreadFaults::onSemInit))
+        return failedWith(error);
     return call(semaphore, shared, value);
 }
 
 int sem_destroy(sem_t* semaphore) noexcept {
     static const auto call = genuine(__interceptor_sem_destroy, "sem_destroy");
-    if (const int error = nextError(ThreadFaults::onSemDestroy)) {
-        errno = error;
-        return -1;
-    }
+    if (const int error = nextError(ThreadFaults::onSemDestroy))
+        return failedWith(error);
     return call(semaphore);
 }
 
 int sem_wait(sem_t* semaphore) {
     static const auto call = genuine(__interceptor_sem_wait, "sem_wait");
-    giveWay();
-    return call(semaphore);
+    return betweenYields(call, semaphore);
 }
 
 int sem_trywait(sem_t* semaphore) noexcept {
     static const auto call = genuine(__interceptor_sem_trywait, "sem_trywait");
-    giveWay();
-    return call(semaphore);
+    return betweenYields(call, semaphore);
 }
 
 int sem_post(sem_t* semaphore) noexcept {
     static const auto call = genuine(__interceptor_sem_post, "sem_post");
-    giveWay();
-    const int result = call(semaphore);
-    giveWay();
-    return result;
+    return betweenYields(call, semaphore);
 }
 
 } // extern "C"

@@ -10,18 +10,9 @@
 
 #include "Base/Thread/zeThreadMutex.h"
 #include "Base/Thread/zeThreadMutexImpl.h"
-#include "Base/Utility/zeUtilError.h"
+#include "Base/Thread/zeThreadThrowImpl.h"
 
 namespace zeThread {
-
-namespace {
-
-/// Ends the process where a destructor calls it: destructors let no exception out.
-[[noreturn]] void reportInUse() {
-    throw zeUtil::Error(2, "The pthread condition being destroyed is in use.");
-}
-
-} // namespace
 
 struct Condition::Block {
     pthread_cond_t condition;
@@ -31,7 +22,7 @@ struct Condition::Block {
 Condition::Condition() {
     auto block = std::make_unique<Block>();
     if (const int error = pthread_cond_init(&block->condition, nullptr))
-        throw zeUtil::Error(1, "Cannot initialize pthread condition: %s", std::strerror(error));
+        throwError({1, "Cannot initialize pthread condition: %s", std::strerror(error)});
     block_ = block.release();
 }
 
@@ -39,7 +30,7 @@ Condition::~Condition() {
     const int error = pthread_cond_destroy(&block_->condition);
     delete block_;
     if (error)
-        reportInUse();
+        throwError({2, "The pthread condition being destroyed is in use."});
 }
 
 Mutex& Condition::getMutex() {

@@ -58,8 +58,8 @@ public:
     /// The operation that is repeated, on the new thread. Returns whether to go on.
     virtual bool poll() = 0;
 
-    /// Connects the sender to `receiver`, and starts the thread. If the receiver is destroyed
-    /// before, the thread goes on, and its messages and its end are dropped. Code 1: started
+    /// Connects the sender to `receiver`, and starts the thread. If the receiver is destroyed while
+    /// the thread runs, it goes on, and its messages and its end are dropped. Code 1: started
     /// already ("Object started already"; an object can be started once), or the system could not
     /// make the thread, in which case the sender is disconnected and another attempt may follow.
     zeUtil::Error start(MessageReceiver& receiver);

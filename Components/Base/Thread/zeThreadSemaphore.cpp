@@ -9,8 +9,8 @@
 
 #include "Base/OS/zeOSError.h"
 #include "Base/Thread/zeThreadSpinImpl.h"
+#include "Base/Thread/zeThreadThrowImpl.h"
 #include "Base/Utility/zeUtilDescriptor.h"
-#include "Base/Utility/zeUtilError.h"
 
 namespace zeThread {
 
@@ -32,13 +32,12 @@ struct Semaphore::Block {
 
 namespace {
 
-/// Frees the block and reports what the system said of it; ends the process where a destructor
-/// calls it: destructors let no exception out.
+/// Frees the block and throws what the system said of it.
 template<class Block>
 [[noreturn]] void fail(int code, Block*& block) {
-    zeUtil::Error error(code, zeOS::getLastError());
+    const zeUtil::Error error(code, zeOS::getLastError());
     delete std::exchange(block, nullptr);
-    throw error;
+    throwError(error);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "Base/Thread/zeThreadTaskQueue.h"
 
+#include <atomic>
 #include <cassert>
 #include <new>
 #include <utility>
@@ -11,6 +12,7 @@
 #include "Base/Thread/zeThreadPool.h"
 #include "Base/Thread/zeThreadPoolImpl.h"
 #include "Base/Thread/zeThreadSemaphore.h"
+#include "Base/Thread/zeThreadSpinImpl.h"
 #include "Base/Utility/zeBlockAllocator.h"
 #include "Base/Utility/zeReferenceCount.h"
 #include "Base/Utility/zeUtilInterval.h"
@@ -102,6 +104,8 @@ public:
 private:
     static void threadFunc(void* queue, int number, int numThreads);
     void workerLoop(int threadIndex);
+    void waitForTask(MutexOp& op);
+    void noteReady();
 
     void processTasks();
     void collectFinished();
@@ -135,6 +139,8 @@ private:
     RecordList ready_; ///< To be executed.
     RecordList finished_; ///< Executed, to be taken back.
     bool stopping_ = false;
+    std::atomic<bool> isWorkerWanted_ = false; ///< ready_ or stopping_, for those who spin.
+    AdaptiveSpin spin_;
 
     Pool* pool_;                           ///< Not owned.
     zeUtil::Progress* progress_ = nullptr; ///< Not owned; the driving thread's.
@@ -171,11 +177,13 @@ void QueueImpl::release() {
     wait();
     condition_.getMutex().lock();
     stopping_ = true;
+    noteReady();
     condition_.broadcast();
     condition_.getMutex().unlock();
     pool_->getPoolImpl()->join();
     pool_->release();
     stopping_ = false;
+    noteReady();
     acquired_ = false;
     cancellable_ = true;
     cancelled_ = false;
@@ -207,21 +215,39 @@ void QueueImpl::workerLoop(int threadIndex) {
     op.lock();
     while (!stopping_) {
         if (!ready_.first()) {
-            condition_.wait(zeUtil::Interval());
+            waitForTask(op);
             continue;
         }
         TaskRecord* const record = ready_.pop();
+        noteReady();
         op.unlock();
         if (!record->cancelled)
             record->task->execute(threadIndex);
         record->state = StatePostExecute;
         op.lock();
         finished_.append(record);
-        // Exactly one of the appends that lead from below half to half meets 0 or 1.
+        // Each append counts 2 here: the one that reaches half of what is in flight meets 0 or 1.
         const int beyondHalf = 2 * finished_.count() - inFlight_;
         if (beyondHalf == 0 || beyondHalf == 1)
             wakeup_.post();
     }
+}
+
+/// Returns when there may be a task, or the end. Spins at first where processors are left for the
+/// driving thread, which else would wait for this one.
+void QueueImpl::waitForTask(MutexOp& op) {
+    if (numThreads_ < static_cast<int>(usableProcessors())) {
+        op.unlock();
+        spin_.until([this] { return isWorkerWanted_.load(std::memory_order_relaxed); });
+        op.lock();
+    }
+    if (!ready_.first() && !stopping_)
+        condition_.wait(zeUtil::Interval());
+}
+
+/// Follows each change of ready_ or stopping_, under the mutex if workers are about.
+void QueueImpl::noteReady() {
+    isWorkerWanted_.store(ready_.first() || stopping_, std::memory_order_relaxed);
 }
 
 // --- The driving thread ------------------------------------------------------------------------
@@ -319,6 +345,7 @@ void QueueImpl::handOver(TaskRecord* record) {
     op.lock();
     ++inFlight_;
     ready_.append(record);
+    noteReady();
     condition_.signal();
     op.unlock();
     needWait_ = true;

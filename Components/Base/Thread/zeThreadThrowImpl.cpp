@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/Thread/zeThreadThrowImpl.h"
+
+namespace zeThread {
+
+void throwError(const zeUtil::Error& error) {
+    throw error;
+}
+
+} // namespace zeThread
