@@ -7,7 +7,6 @@
 ///
 /// @code
 /// #include <ctime>
-/// #include "Base/Thread/zeThreadMutex.h"
 /// zeThread::Condition changed;
 /// bool ready = false; // guarded by the mutex of `changed`
 ///
@@ -28,12 +27,11 @@
 
 #pragma once
 
+#include "Base/Thread/zeThreadMutex.h"
 #include "Base/Utility/zeUtilInterval.h"
 #include "Base/zeBaseExport.h"
 
 namespace zeThread {
-
-class Mutex;
 
 /// Lets threads sleep until another says that something has changed. A wait can end without a
 /// signal: test what is waited for again, in a loop.

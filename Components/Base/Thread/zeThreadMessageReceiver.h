@@ -26,13 +26,13 @@
 
 #include <vector>
 
+#include "Base/Thread/zeThreadMutex.h"
 #include "Base/zeBaseExport.h"
 
 namespace zeThread {
 
 class Message;
 class MessageSender;
-class Mutex;
 
 /// A queue of messages, from any number of senders.
 class ZEBASE_API MessageReceiver {

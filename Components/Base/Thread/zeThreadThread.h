@@ -18,7 +18,6 @@
 /// Threads: a Thread belongs to one thread at a time, and its signal, once started, to the new one.
 ///
 /// @code
-/// #include "Base/Utility/zeRTBSignal.h"
 /// struct Sum {
 ///     int total = 0;
 ///     void run() { total = 6 * 7; }
@@ -33,12 +32,9 @@
 
 #pragma once
 
+#include "Base/Utility/zeRTBSignal.h"
 #include "Base/Utility/zeUtilError.h"
 #include "Base/zeBaseExport.h"
-
-namespace zeRTB {
-class SignalVoid;
-}
 
 namespace zeThread {
 
