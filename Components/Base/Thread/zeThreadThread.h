@@ -10,8 +10,8 @@
 /// that is destroyed then.
 ///
 /// **Signals of the system.** The first Thread of the process blocks SIGCHLD in the thread that
-/// makes it, and threads that are started later inherit that. Make the first one before a second
-/// thread can make one too.
+/// makes it; threads that it starts later, and programs that they execute, inherit that. Make the
+/// first one before a second thread can make one too.
 ///
 /// An exception that leaves the body ends the process.
 ///
