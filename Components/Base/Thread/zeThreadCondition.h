@@ -7,7 +7,6 @@
 ///
 /// @code
 /// #include <ctime>
-/// #include "Base/Thread/zeThreadMutex.h"
 /// zeThread::Condition changed;
 /// bool ready = false; // guarded by the mutex of `changed`
 ///
@@ -28,12 +27,11 @@
 
 #pragma once
 
+#include "Base/Thread/zeThreadMutex.h"
 #include "Base/Utility/zeUtilInterval.h"
 #include "Base/zeBaseExport.h"
 
 namespace zeThread {
-
-class Mutex;
 
 /// Lets threads sleep until another says that something has changed. A wait can end without a
 /// signal: test what is waited for again, in a loop.
@@ -61,7 +59,8 @@ public:
     ///
     /// `deadline` is a point in time and not a duration: seconds and microseconds since the start
     /// of 1970 on the system's clock (CLOCK_REALTIME). An Interval of five seconds has passed long
-    /// ago, and the call returns at once. For a duration, add the current time. Zero: no limit.
+    /// ago, and the call returns at once. For a duration, add the current time; the seconds' 32 bits
+    /// reach to January 2038. Zero: no limit.
     ///
     /// Returns 0 if woken, or the system's error number: ETIMEDOUT at the deadline.
     int wait(zeUtil::Interval deadline);

@@ -12,6 +12,26 @@ namespace zeThread {
 
 Mutex s_connectionLock(true);
 
+namespace {
+
+/// Empties a list in the end, and deletes the messages that an exception has left in it.
+class Emptied {
+public:
+    explicit Emptied(std::vector<Message*>& messages) : messages_(messages) {}
+    Emptied(const Emptied&) = delete;
+    Emptied& operator=(const Emptied&) = delete;
+    ~Emptied() {
+        for (const Message* message : messages_)
+            delete message;
+        messages_.clear();
+    }
+
+private:
+    std::vector<Message*>& messages_;
+};
+
+} // namespace
+
 MessageReceiver::MessageReceiver() : block_(new Block) {}
 
 MessageReceiver::~MessageReceiver() {
@@ -54,12 +74,7 @@ int MessageReceiver::dispatch() {
 }
 
 int MessageReceiver::dispatchMessages(std::vector<Message*>& messages) {
-    const auto deleteRest = [](std::vector<Message*>* rest) {
-        for (const Message* message : *rest)
-            delete message;
-        rest->clear();
-    };
-    const std::unique_ptr<std::vector<Message*>, decltype(deleteRest)> rest(&messages, deleteRest);
+    const Emptied batch(messages);
     for (Message*& message : messages) {
         const std::unique_ptr<Message> owned(std::exchange(message, nullptr));
         owned->dispatch();
@@ -91,8 +106,8 @@ void MessageReceiver::disconnect(MessageSender* sender) {
 void MessageReceiver::disconnect() {
     for (;;) {
         // The sender's lock comes before the receiver's, and only the receiver knows the sender:
-        // look, let go, lock in order, and look again. The sender may be gone by then, but not its
-        // block.
+        // look, let go, lock in order, and look again. The sender may be gone by then (even with
+        // another in its place), but not its block.
         MutexOp op(getLock(), true);
         op.lock();
         if (block_->senders.empty())
@@ -103,9 +118,8 @@ void MessageReceiver::disconnect() {
         MutexOp senderOp(senderBlock->lock, true);
         senderOp.lock();
         op.lock();
-        if (senderBlock->receiver == this)
+        if (block_->senders.contains(sender) && sender->block_ == senderBlock)
             disconnect(sender);
-        op.unlock();
     }
 }
 

@@ -26,13 +26,13 @@
 
 #include <vector>
 
+#include "Base/Thread/zeThreadMutex.h"
 #include "Base/zeBaseExport.h"
 
 namespace zeThread {
 
 class Message;
 class MessageSender;
-class Mutex;
 
 /// A queue of messages, from any number of senders.
 class ZEBASE_API MessageReceiver {
@@ -43,7 +43,7 @@ public:
     MessageReceiver& operator=(const MessageReceiver&) = delete;
 
     /// Disconnects all senders, and runs the messages that are queued, in order, on the calling
-    /// thread: they must not throw. No thread may be in wait().
+    /// thread: they must not throw, nor use this receiver any more. No thread may be in wait().
     ///
     /// A class that overrides onMessageReceived() calls disconnect() in its own destructor: a
     /// sender might otherwise call it while the object is half destroyed.

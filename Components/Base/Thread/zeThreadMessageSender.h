@@ -9,7 +9,6 @@
 /// Threads: any thread may call at any time, while the sender exists.
 ///
 /// @code
-/// #include "Base/Thread/zeThreadMessage.h"
 /// #include "Base/Thread/zeThreadMessageReceiver.h"
 /// struct Greeting : zeThread::Message {
 ///     explicit Greeting(int& greeted) : greeted_(greeted) {}
@@ -28,6 +27,8 @@
 
 #pragma once
 
+#include "Base/Thread/zeThreadMessage.h"
+#include "Base/Thread/zeThreadMutex.h"
 #include "Base/zeBaseExport.h"
 
 namespace zeRTB {
@@ -36,9 +37,7 @@ class AsyncSignal;
 
 namespace zeThread {
 
-class Message;
 class MessageReceiver;
-class Mutex;
 
 /// Sends messages to the one receiver that it is connected to.
 class ZEBASE_API MessageSender {

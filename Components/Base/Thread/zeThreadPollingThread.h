@@ -34,6 +34,7 @@
 
 #pragma once
 
+#include "Base/Thread/zeThreadMessageSender.h"
 #include "Base/Utility/zeRTBSignal.h"
 #include "Base/Utility/zeUtilError.h"
 #include "Base/zeBaseExport.h"
@@ -41,7 +42,6 @@
 namespace zeThread {
 
 class MessageReceiver;
-class MessageSender;
 class PollingImpl;
 
 /// Base of such threads. Neither copied nor moved: hold it by pointer.

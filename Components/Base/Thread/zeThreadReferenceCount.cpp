@@ -13,8 +13,8 @@ void ReferenceCount::ref() const {
     atomicIncrement(count_);
 }
 
-// The count is read again before the object is deleted, as it always was; but only by the thread
-// that brought it to 0. Any other may find the object gone.
+// The second look at the count is kept for compatibility. Only the thread that brought it to 0
+// takes it: for any other the object may be gone.
 void ReferenceCount::unref() const {
     if (atomicDecrement(count_) == 0 && refs() == 0)
         delete this;

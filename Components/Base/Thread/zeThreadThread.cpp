@@ -97,10 +97,11 @@ zeUtil::Error Thread::start() {
         new StartRecord{impl_->entry_, impl_->arg_, std::move(impl_->signal_)});
     pthread_attr_t attributes; // never destroyed, which is kept; there is nothing to free
     pthread_attr_init(&attributes);
-    if (const int error =
-            pthread_create(&impl_->handle_, &attributes, zeThreadFunction, record.get()))
+    pthread_t handle{}; // undefined after a failure: a thread that was started before keeps its own
+    if (const int error = pthread_create(&handle, &attributes, zeThreadFunction, record.get()))
         return failure("pthread_create() failed: %S", error);
     static_cast<void>(record.release()); // the thread's
+    impl_->handle_ = handle;
     impl_->running_ = true;
     return {};
 }
@@ -108,10 +109,9 @@ zeUtil::Error Thread::start() {
 zeUtil::Error Thread::wait() {
     if (!impl_->running_)
         return {2, "cannot wait for a stopped thread"};
-    impl_->running_ = false;
-    if (const int error = pthread_join(impl_->handle_, nullptr))
-        return failure("pthread_join() failed: %S", error);
-    return {};
+    const int error = pthread_join(impl_->handle_, nullptr);
+    impl_->running_ = false; // also if it failed
+    return error ? failure("pthread_join() failed: %S", error) : zeUtil::Error();
 }
 
 } // namespace zeThread

@@ -10,15 +10,14 @@
 /// that is destroyed then.
 ///
 /// **Signals of the system.** The first Thread of the process blocks SIGCHLD in the thread that
-/// makes it, and threads that are started later inherit that. Make the first one before a second
-/// thread can make one too.
+/// makes it; threads that it starts later, and programs that they execute, inherit that. Make the
+/// first one before a second thread can make one too.
 ///
 /// An exception that leaves the body ends the process.
 ///
 /// Threads: a Thread belongs to one thread at a time, and its signal, once started, to the new one.
 ///
 /// @code
-/// #include "Base/Utility/zeRTBSignal.h"
 /// struct Sum {
 ///     int total = 0;
 ///     void run() { total = 6 * 7; }
@@ -33,12 +32,9 @@
 
 #pragma once
 
+#include "Base/Utility/zeRTBSignal.h"
 #include "Base/Utility/zeUtilError.h"
 #include "Base/zeBaseExport.h"
-
-namespace zeRTB {
-class SignalVoid;
-}
 
 namespace zeThread {
 
