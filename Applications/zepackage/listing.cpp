@@ -70,7 +70,7 @@ std::string jsonText(const std::string& package, const Entries& entries) {
 }
 
 std::string line(const ioPackageFileEntry& entry, bool isLong) {
-    const std::string name = shown(nameOf(entry)) + "\n";
+    std::string name = shown(nameOf(entry)) + "\n";
     if (!isLong)
         return name;
     char size[24];

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
-// What others need for the work of packageFile.cpp. limit_copy_4096, limit_copy_256K: the bare reads
-// and writes, in blocks of these sizes.
+// What others need for the work of packageFile.cpp. limit_copy_4096, limit_copy_256K: the bare
+// reads and writes, in blocks of these sizes.
 
 #include <archive.h>
 #include <archive_entry.h>
