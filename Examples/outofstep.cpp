@@ -49,9 +49,15 @@ constexpr ioWriteMethod methods[] = {ioWriteBinary, ioWriteAscii, ioWriteBinaryD
 
 zeOS::AppOutputStream& out = zeOS::AppOutput::getInstance().status;
 
-/// A word from the catalog, or else the English one.
+/// A word from the catalog, or else the English one, as long as that lives.
 const wchar_t* word(const char* key, const IString& english) {
     return zeStringTable::appStringTable().getString(key, english).asWChar();
+}
+
+void loadWords(const IString& catalog) {
+    const zeUtil::Error error = zeStringTable::Manager::loadCatalog(catalog);
+    if (error.code() != 0) // what was read before counts; all other words stay English
+        std::fprintf(stderr, "outofstep: %s", error.message());
 }
 
 /// The colour was an int once, and became a short to save room.
@@ -146,8 +152,8 @@ int main(int argc, char** argv) {
         const int option = options.getResultIndex(found);
         if (option == help)
             needsHelp = true;
-        else if (option == messages) // what it lacks stays English
-            (void)zeStringTable::Manager::loadCatalog(options.getResultArg(found, 0));
+        else if (option == messages)
+            loadWords(options.getResultArg(found, 0));
         else if (option >= quiet)
             out.setLevel(option == quiet ? -1 : option - quiet);
         else {
