@@ -52,22 +52,26 @@ endfunction()
 
 ze_package(Runtime ${runtime_package} libs "foundation library for Linux applications (shared library)
 zeBase holds what applications and their plug-ins share: strings and their
-conversion, containers, signals, files and saves that never cost the old
-document, documents of typed packets with filters, and linear algebra.
+conversion, containers, signals, threads, files and saves that never cost the
+old document, documents of typed packets with filters, packages, a program's
+frame, and linear algebra.
 This package holds the library that programs run with."
   PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 install(FILES cmake/debian/lintian-overrides RENAME ${runtime_package}
   DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides COMPONENT Runtime EXCLUDE_FROM_ALL)
 ze_package(Development libzebase-dev libdevel "foundation library for Linux applications (development files)
 zeBase holds what applications and their plug-ins share: strings and their
-conversion, containers, signals, files and saves that never cost the old
-document, documents of typed packets with filters, and linear algebra.
+conversion, containers, signals, threads, files and saves that never cost the
+old document, documents of typed packets with filters, packages, a program's
+frame, and linear algebra.
 This package holds the headers, and what CMake and pkg-config need."
   PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")
 if(ZEBASE_APPLICATIONS)
   ze_package(Tools zebase-tools utils "programs over the zeBase foundation library
 scenefile keeps models from OBJ files in documents of typed packets, with
-compression, checksums and protected saves, and gets them out again exactly."
+compression, checksums and protected saves, and gets them out again exactly.
+zepackage keeps files as the entries of one package, atlas packs rectangles,
+and occlusion computes how much light reaches the vertices of a model."
     PACKAGE_DEPENDS "${runtime_package} (>= ${PROJECT_VERSION})")
 endif()
 include(CPack)
