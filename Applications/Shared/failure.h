@@ -17,6 +17,18 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// A file of the command line cannot be what its option wants.
+class RefusedFile : public Failure {
+public:
+    RefusedFile(const std::string& name, const std::string& message)
+        : Failure(message), name_(name) {}
+
+    const std::string& name() const { return name_; }
+
+private:
+    std::string name_;
+};
+
 /// The arguments of the program are wrong.
 class UsageError : public std::runtime_error {
 public:

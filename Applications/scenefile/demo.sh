@@ -123,16 +123,16 @@ refuse scenefile import bad.obj kept.binary
 run cmp model.binary kept.binary
 
 say "Saves a larger model over an existing document. The digest tells that it was replaced."
-run scenefile --hash kept.binary
+run scenefile hash kept.binary
 run scenefile generate large.obj --segments 400
 run scenefile import large.obj kept.binary
-run scenefile --hash kept.binary
+run scenefile hash kept.binary
 
 say "The program is killed while it saves over that document: the old one is still there, and sound."
-digest=$(scenefile --hash kept.binary | cut --delimiter=' ' --fields=1)
+digest=$(scenefile hash kept.binary | cut --delimiter=' ' --fields=1)
 kill_in_save kept.binary import large.obj kept.binary --method text
 run cmp before kept.binary
-run scenefile --hash kept.binary --expect "$digest"
+run scenefile hash kept.binary --expect "$digest"
 run scenefile verify kept.binary
 say "The file that the kill left was noted. Without it, the next save works as any other."
 run rm kept*.0.tmp

@@ -559,7 +559,7 @@ def main():
 
         for method in 'binary', 'binary-debug':
             make(MODEL, method)
-            run('transform', folder / method, '--scale=3,-2,0.5')
+            run('transform', folder / method, '--scale', '3,-2,0.5')
             data = (folder / method).read_bytes()
             (folder / 'swapped').write_bytes(swap(data))
             equal(swap(swap(data)), data, 'a document that was swapped twice')

@@ -62,7 +62,7 @@ TEST_P(Filtered, KeepAModelAndAreKeptByATransform) {
                               std::to_string(made.size()) + " bytes in the file\n"));
         const std::string exported = exportText(made);
         EXPECT_EQ(document(GetParam(), method, exported), made);
-        for (const char* factor : {"--scale=2", "--scale=0.5"})
+        for (const char* factor : {"--scale 2", "--scale 0.5"})
             EXPECT_EQ(command(std::string("transform @made ") + factor).code, 0);
         EXPECT_EQ(folder_.read("made"), made);
     }

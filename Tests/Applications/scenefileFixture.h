@@ -2,7 +2,11 @@
 
 #pragma once
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <clocale>
 #include <filesystem>
 #include <sstream>
 #include <string>
@@ -11,9 +15,33 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "Base/Utility/zeUtilDescriptor.h"
 #include "Support/TempFolder.h"
 
+#include "Shared/output.h"
 #include "command/command.h"
+
+/// A file without a name that a stream of messages prints to.
+class PrintedText {
+public:
+    PrintedText() : file_(memfd_create("printed", MFD_CLOEXEC)) {}
+
+    zeString::IString path() const {
+        return ("/proc/self/fd/" + std::to_string(file_.get())).c_str();
+    }
+
+    /// What was printed since the last call.
+    std::string take() const {
+        std::string text(static_cast<std::size_t>(lseek(file_.get(), 0, SEEK_END)), '\0');
+        const ssize_t size = pread(file_.get(), text.data(), text.size(), 0);
+        EXPECT_EQ(size, static_cast<ssize_t>(text.size()));
+        EXPECT_EQ(ftruncate(file_.get(), 0), 0);
+        return text;
+    }
+
+private:
+    zeUtil::Descriptor file_;
+};
 
 /// Runs scenefile within this process, in a folder of its own.
 class Scenefile : public testing::Test {
@@ -24,11 +52,20 @@ protected:
         std::string err;
     };
 
-    static Result run(const std::vector<std::string>& arguments) {
-        std::ostringstream out;
-        std::ostringstream err;
-        const int code = scenefile::run(arguments, out, err);
-        return {code, out.str(), err.str()};
+    Scenefile() {
+        std::setlocale(LC_CTYPE, "C.UTF-8");
+        app::results().open(out_.path(), true);
+        app::messages().open(err_.path(), true);
+    }
+    ~Scenefile() override {
+        app::results().close();
+        app::messages().close();
+        std::setlocale(LC_CTYPE, "C");
+    }
+
+    Result run(const std::vector<std::string>& arguments) const {
+        const int code = scenefile::run(arguments);
+        return {code, out_.take(), err_.take()};
     }
 
     std::string path(const std::string& name) const { return folder_.path(name); }
@@ -83,6 +120,8 @@ protected:
     }
 
     TempFolder folder_;
+    PrintedText out_;
+    PrintedText err_;
 };
 
 /// A model that makes packets of every type, and chunks and sub-packets of every form.

@@ -13,6 +13,7 @@
 #include "scenefileFixture.h"
 
 using testing::AllOf;
+using testing::AnyOf;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -69,7 +70,10 @@ TEST_F(ScenefileSave, KeepsTheOldDocumentAndSaysSoWhateverFails) {
         // What cannot be looked at or deleted is left behind.
         if (fault.call != SystemFaults::onStat && fault.call != SystemFaults::onUnlink) {
             EXPECT_THAT(filesInFolder(), ElementsAre("made", "new.obj"));
-            EXPECT_THAT(result.err, EndsWith(result.code == 0 ? "" : "made is as it was\n"));
+            // The parser refuses a file before anything is done.
+            EXPECT_THAT(result.err,
+                        AnyOf(EndsWith(result.code == 0 ? "" : "made is as it was\n"),
+                              EndsWith("is not readable.\n"), EndsWith("is not writable.\n")));
         }
         EXPECT_TRUE(result.code == 0 || fault.n > 0) << result.err;
     };
@@ -82,15 +86,18 @@ TEST_F(ScenefileSave, KeepsTheOldDocumentAndSaysSoWhateverFails) {
         const char* line;
         SystemFaults::Call call;
         const char* reason;
+        std::size_t before = 0; ///< How many calls work, those of the parser.
     } writers[] = {
-        {"import @new.obj @made", SystemFaults::onAccess, "Permission denied"},
+        {"import @new.obj @made", SystemFaults::onAccess, "Permission denied", 4},
         {"import @new.obj @made", SystemFaults::onWrite, "the disk is full"},
         {"import @new.obj @made --method text", SystemFaults::onWrite, "the disk is full"},
         {"export @other.zd @made", SystemFaults::onFwrite, "No space left on device"},
         {"transform @made --scale 2", SystemFaults::onWrite, "the disk is full"},
     };
-    for (const auto& [line, call, reason] : writers) {
-        const SystemFaults faults(call, {{ENOSPC}, {ENOSPC}});
+    for (const auto& [line, call, reason, before] : writers) {
+        std::vector<SystemFaults::Answer> answers(before);
+        answers.resize(before + 2, {ENOSPC});
+        const SystemFaults faults(call, answers);
         EXPECT_EQ(command(line).err, "scenefile: " + path("made") + ": cannot be written: " +
                                          reason + "\n" + path("made") + " is as it was\n");
         EXPECT_EQ(folder_.read("made"), old_);
@@ -167,12 +174,12 @@ TEST_F(Scenefile, PrintsAndComparesTheDigestOfADocument) {
     } failures[] = {
         {{"--hash", document, "--expect", byFile}, 1, "does not have this digest"},
         {{"--hash", document, "--expect", byText.substr(1)}, 2, "no digest"},
-        {{"--hash", document, "--expect=" + std::string(64, 'A')}, 2, "no digest"},
+        {{"--hash", document, "--expect", std::string(64, 'A')}, 2, "no digest"},
         {{"--hash", path("")}, 1, "not a file"},
         {{"--hash", path("\xFF")}, 1, "not UTF-8"},
-        {{"--hash", document, "--key-file", path("none")}, 1, "No such file"},
+        {{"--hash", document, "--key-file", path("none")}, 1, "does not exist"},
         {{"--hash", document, "--key-file", "/dev/null"}, 1, "the key is empty"},
-        {{"--hash"}, 2, "hash takes DOCUMENT"},
+        {{"--hash"}, 2, "Insufficient arguments when processing option: hash"},
     };
     for (const auto& test : failures) {
         const Result result = run(test.arguments);

@@ -5,9 +5,10 @@
 #include <algorithm>
 #include <new>
 #include <optional>
-#include <ostream>
 
 #include "Shared/failure.h"
+#include "Shared/message.h"
+#include "Shared/output.h"
 #include "Shared/save.h"
 #include "Shared/terminal.h"
 #include "command/command.h"
@@ -18,20 +19,42 @@
 
 namespace scenefile {
 
-namespace {
-
 /// What a command works with.
 struct Call {
     const Arguments& arguments;
-    const app::Target* target; ///< The file to write; null for commands that write none.
-    std::ostream& out;         ///< For what the command has to say.
+    const app::Target* target;  ///< The file to write; null for commands that write none.
+    zeOS::AppOutputStream& out; ///< For what the command has to say.
 
-    const std::string& file(std::size_t number) const { return arguments.words[number]; }
+    const std::string& file(std::size_t number) const { return arguments.files[number - 1]; }
+
+    /// Says what was done.
+    void note(const std::string& text) const { out(app::normal, "%s\n", text.c_str()); }
 };
+
+namespace {
+
+using app::message;
+using app::visible;
 
 void refuseSameFile(const std::string& source, const app::Target& target) {
     if (source != app::standardStream && target.isSameFile(source))
-        throw app::UsageError(source + " and " + target.name() + " are the same file");
+        throw app::UsageError(message("scenefile.same_file", "{1} and {2} are the same file",
+                                      {source, target.name()}));
+}
+
+Document load(const Call& call) {
+    const app::Step step("read", message("scenefile.reading", "reading {1}", {call.file(1)}));
+    return loadDocument(call.file(1));
+}
+
+void save(const Call& call, const std::function<void(int)>& write) {
+    const app::Step step("write",
+                         message("scenefile.writing", "writing {1}", {call.target->name()}));
+    app::saveFile(*call.target, write);
+}
+
+void noteWritten(const Call& call, const std::string& what) {
+    call.note(visible(call.target->name()) + ": " + what);
 }
 
 /// Writes the scene and says what became of it. Numbers are rounded first where the document needs
@@ -40,53 +63,63 @@ void writeDocument(Scene& scene, const DocumentForm& form, const Call& call,
                    std::string (*describe)(const Scene&)) {
     const app::Target& target = *call.target;
     if (target.isStandardOutput() && form.isBinary() && isatty(STDOUT_FILENO) == 1)
-        throw app::UsageError("a binary document cannot be written to a terminal");
+        throw app::UsageError(
+            message("scenefile.terminal", "a binary document cannot be written to a terminal"));
     const int rounded = form.isText() ? roundForText(scene) : 0;
     if (const SceneFault fault = checkScene(scene); !fault.text.empty())
         throw app::Failure(target.name() + ": cannot be written: " + fault.text);
-    app::saveFile(target, [&](int descriptor) { saveDocument(scene, form, descriptor); });
-    call.out << app::visible(target.name()) << ": " << describe(scene) << "\n";
+    save(call, [&](int descriptor) { saveDocument(scene, form, descriptor); });
+    noteWritten(call, describe(scene));
     if (rounded > 0)
-        call.out << "note: " << counted(rounded, "number")
-                 << " rounded to the 16 digits of a text document\n";
+        call.note(message("scenefile.rounded",
+                          "note: {1} rounded to the 16 digits of a text document",
+                          {counted(rounded, "number")}));
 }
 
 void writeModel(const Scene& scene, const Call& call) {
-    app::saveFile(*call.target, [&](int descriptor) { writeObj(scene, descriptor); });
-    call.out << app::visible(call.target->name()) << ": " << summary(scene) << "\n";
+    save(call, [&](int descriptor) { writeObj(scene, descriptor); });
+    noteWritten(call, summary(scene));
+}
+
+ObjModel readModel(const Call& call) {
+    const app::Step step("read", message("scenefile.reading", "reading {1}", {call.file(1)}));
+    return readObj(call.file(1), call.arguments.skipUnsupported);
 }
 
 void importModel(const Call& call) {
     refuseSameFile(call.file(1), *call.target);
-    ObjModel model = readObj(call.file(1), call.arguments.skipUnsupported);
+    ObjModel model = readModel(call);
     writeDocument(model.scene, call.arguments.form, call, summary);
     for (const auto& [keyword, count] : model.skipped)
-        call.out << "skipped: " << keyword << " (" << counted(count, "time") << ")\n";
+        call.note(
+            message("scenefile.skipped", "skipped: {1} ({2})", {keyword, counted(count, "time")}));
 }
 
 /// The new steps act last, on the scene whose bounds show prints.
 void transform(const Call& call) {
     if (call.arguments.options.empty())
-        throw app::UsageError("transform needs --rotate, --scale or --translate");
-    Document document = loadDocument(call.file(1));
+        throw app::UsageError(
+            message("scenefile.no_steps", "transform needs -rotate, -scale or -translate"));
+    Document document = load(call);
     if (!call.target->isStandardOutput() && !call.target->exists())
-        throw app::Failure(call.file(1) + ": an entry of a package is read only");
+        throw app::Failure(message("scenefile.read_only", "{1}: an entry of a package is read only",
+                                   {call.file(1)}));
     document.scene.root->transform *= call.arguments.transform;
     writeDocument(document.scene, document.form(), call,
                   [](const Scene& scene) { return boundsText(sceneBounds(scene)); });
 }
 
 void show(const Call& call) {
-    showDocument(loadDocument(call.file(1)), call.out);
+    showDocument(load(call), call.out);
 }
 
 void verify(const Call& call) {
-    reportSound(loadDocument(call.file(1)), call.out);
+    reportSound(load(call), call.out);
 }
 
 void exportModel(const Call& call) {
     refuseSameFile(placeOf(call.file(1)), *call.target);
-    Document document = loadDocument(call.file(1));
+    Document document = load(call);
     applyTransforms(document.scene);
     writeModel(document.scene, call);
 }
@@ -97,109 +130,118 @@ void generate(const Call& call) {
 
 void hash(const Call& call) {
     const std::string& path = call.file(1);
-    if (path == app::standardStream)
-        throw app::UsageError("hash needs a file with a name");
     const std::string digest = fileHash(path, hashKey(call.arguments.keyFile));
     if (call.arguments.expectedHash)
         expectHash(path, digest, *call.arguments.expectedHash);
-    call.out << digest << "  " << app::visible(path) << "\n";
+    call.out("%s  %s\n", digest.c_str(), visible(path).c_str());
 }
 
-struct Command {
-    const char* name;
-    std::vector<const char*> files;
-    std::vector<const char*> options;
-    void (*run)(const Call&);
-    std::size_t written = 0; ///< Which of the files it writes, from 1; 0 if none.
-};
-
-const Command& findCommand(const std::string& name) {
-    static const Command commands[] = {
-        {"import",
-         {"MODEL.obj", "DOCUMENT"},
-         {"--method", "--compress", "--checksum", "--encrypt", "--skip-unsupported"},
-         importModel,
-         2},
-        {"transform", {"DOCUMENT"}, {"--rotate", "--scale", "--translate"}, transform, 1},
-        {"show", {"DOCUMENT"}, {}, show},
-        {"verify", {"DOCUMENT"}, {}, verify},
-        {"export", {"DOCUMENT", "MODEL.obj"}, {}, exportModel, 2},
-        {"generate", {"MODEL.obj"}, {"--segments"}, generate, 1},
-        {"hash", {"DOCUMENT"}, {"--key-file", "--expect"}, hash},
-    };
-    for (const Command& command : commands)
-        if (name == command.name)
-            return command;
-    throw app::UsageError("there is no command '" + name + "'");
-}
-
-const Command& checkedCommand(const Arguments& arguments) {
-    if (arguments.words.empty())
-        throw app::UsageError("a command is missing");
-    const Command& command = findCommand(arguments.words[0]);
+/// Throws a UsageError unless the command takes the options.
+void checkOptions(const Arguments& arguments) {
+    const std::vector<std::string>& taken = arguments.command->options;
     for (const std::string& option : arguments.options)
-        if (std::find(command.options.begin(), command.options.end(), option) ==
-            command.options.end())
-            throw app::UsageError(std::string(command.name) + " takes no option " + option);
-    if (arguments.words.size() != command.files.size() + 1) {
-        std::string expected;
-        for (const char* file : command.files)
-            expected += std::string(" ") + file;
-        throw app::UsageError(std::string(command.name) + " takes" + expected);
-    }
-    return command;
+        if (std::find(taken.begin(), taken.end(), option) == taken.end())
+            throw app::UsageError(message("scenefile.no_option", "{1} takes no option -{2}",
+                                          {arguments.command->name, option}));
 }
 
-void printError(const std::exception& error, std::ostream& err) {
-    err << "scenefile: " << app::visible(error.what()) << "\n";
+void reportLeftovers(const std::string& file) {
+    for (const std::string& note : app::leftoverNotes(file))
+        app::report("", note);
 }
 
-int runCommand(const Arguments& arguments, std::ostream& out, std::ostream& err) {
-    const Command& command = checkedCommand(arguments);
-    const std::string& file = arguments.words[std::max<std::size_t>(command.written, 1)];
+int runCommand(const Arguments& arguments) {
+    checkOptions(arguments);
+    const Command& command = *arguments.command;
+    const std::string& file = arguments.files[std::max<std::size_t>(command.written, 1) - 1];
     std::optional<app::Target> target;
     if (command.written > 0)
         target.emplace(file);
     const bool isOutTaken = target && target->isStandardOutput();
     int code = 0;
     try {
-        command.run({arguments, target ? &*target : nullptr, isOutTaken ? err : out});
+        command.run({arguments, target ? &*target : nullptr,
+                     isOutTaken ? app::messages() : app::results()});
     } catch (const app::Failure& failure) {
-        printError(failure, err);
+        app::report("scenefile", failure.what());
         if (target && target->isAsItWas())
-            err << app::visible(file) << " is as it was\n";
+            app::report("", message("scenefile.as_it_was", "{1} is as it was", {file}));
         code = 1;
     }
     if (file != app::standardStream)
-        for (const std::string& note : app::leftoverNotes(file))
-            err << app::visible(note) << "\n";
+        reportLeftovers(file);
     return code;
 }
 
-int runArguments(const Arguments& arguments, std::ostream& out, std::ostream& err) {
-    int code = 0;
-    if (arguments.help)
-        out << helpText;
-    else
-        code = runCommand(arguments, out, err);
-    if (!out.flush())
-        throw app::Failure("standard output: cannot be written");
+int runArguments(const std::vector<std::string>& list) {
+    const std::optional<Arguments> arguments = parseArguments(list);
+    const int code = arguments ? runCommand(*arguments) : 0;
+    app::flushResults();
     return code;
 }
 
 } // namespace
 
-int run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
+const std::vector<Command>& commands() {
+    static const std::vector<Command> list = {
+        {"import",
+         "inputfile- outputfile-",
+         L"reads a model, the first file, and writes it as a document, the second",
+         {"method", "compress", "checksum", "encrypt", "skip-unsupported"},
+         importModel,
+         2},
+        {"transform",
+         "inputfile-",
+         L"turns, scales and moves the whole scene in a document",
+         {"rotate", "scale", "translate"},
+         transform,
+         1},
+        {"show",
+         "inputfile-",
+         L"prints what is in a document, with counts, sizes and bounds",
+         {},
+         show},
+        {"verify",
+         "inputfile-",
+         L"reads a whole document and says whether it is sound",
+         {},
+         verify},
+        {"export",
+         "inputfile- outputfile-",
+         L"writes the model in a document, the first file, as an OBJ file, the\n"
+         L"second, with its transforms applied",
+         {},
+         exportModel,
+         2},
+        {"generate",
+         "outputfile-",
+         L"writes a small model to try things out with",
+         {"segments"},
+         generate,
+         1},
+        {"hash",
+         "inputfile",
+         L"prints the keyed digest of a document's name and content",
+         {"key-file", "expect"},
+         hash},
+    };
+    return list;
+}
+
+int run(const std::vector<std::string>& arguments) {
     try {
-        return runArguments(parseArguments(arguments), out, err);
+        return runArguments(arguments);
     } catch (const app::UsageError& error) {
-        printError(error, err);
-        err << "Try 'scenefile --help'.\n";
+        app::report("scenefile", error.what());
+        app::report("", message("shared.try_help", "Try '{1} --help'.", {"scenefile"}));
         return 2;
+    } catch (const app::RefusedFile& refused) {
+        app::report("scenefile", refused.what());
+        reportLeftovers(refused.name()); // it may be missing because a save was killed
     } catch (const std::bad_alloc&) {
-        err << "scenefile: out of memory\n";
+        app::report("scenefile", message("shared.no_memory", "out of memory"));
     } catch (const std::exception& error) {
-        printError(error, err);
+        app::report("scenefile", error.what());
     }
     return 1;
 }

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 
+#include <algorithm>
+#include <cinttypes>
 #include <cstdio>
-#include <iomanip>
-#include <ostream>
 #include <vector>
 
 #include "Base/Linear/zeLinearMatrix.h"
 
+#include "Shared/message.h"
+#include "Shared/output.h"
 #include "Shared/terminal.h"
 #include "command/command.h"
 #include "scene/scene.h"
@@ -15,6 +17,8 @@ namespace scenefile {
 
 namespace {
 
+using Stream = zeOS::AppOutputStream;
+
 std::string triple(const double* numbers) {
     char text[80];
     std::snprintf(text, sizeof text, "(%.9g %.9g %.9g)", numbers[0], numbers[1], numbers[2]);
@@ -22,22 +26,22 @@ std::string triple(const double* numbers) {
 }
 
 /// The rows: images of the axes, and the translation. Nothing for the identity.
-void showTransform(const Node& node, const char* indent, std::ostream& out) {
+void showTransform(const Node& node, const Stream& out) {
     if (node.transform == zeLinear::AffineMatrix::Identity)
         return;
-    out << indent << "transform";
+    std::string rows;
     for (const auto& row : node.transform.m)
-        out << " " << triple(row);
-    out << "\n";
+        rows += " " + triple(row);
+    out("transform%s\n", rows.c_str());
 }
 
 std::int64_t documentSize(const DocumentOutline& outline) {
     return outline.packets.back().position + outline.packets.back().size;
 }
 
-void showPackets(const DocumentOutline& outline, std::ostream& out) {
-    out << "packets: " << outline.packets.size() << ", and the header of "
-        << outline.packets.front().position << " bytes\n";
+void showPackets(const DocumentOutline& outline, Stream& out) {
+    out("packets: %zu, and the header of %" PRId64 " bytes\n", outline.packets.size(),
+        outline.packets.front().position);
     struct Sum {
         int count = 0;
         std::int64_t bytes = 0;
@@ -48,53 +52,58 @@ void showPackets(const DocumentOutline& outline, std::ostream& out) {
         ++sum.count;
         sum.bytes += packet.size;
     }
+    const app::Indent indent(out);
     for (std::size_t type = 0; type < sums.size(); ++type)
-        out << "  " << std::left << std::setw(20) << app::visible(outline.types[type]) << std::right
-            << std::setw(8) << sums[type].count << std::setw(12) << sums[type].bytes << " bytes\n";
+        out("%-20s%8d%12" PRId64 " bytes\n", app::visible(outline.types[type]).c_str(),
+            sums[type].count, sums[type].bytes);
 }
 
-void showVertices(const Vertices& vertices, std::ostream& out) {
-    out << "vertices: " << counted(vertices.positionCount(), "position");
+void showVertices(const Vertices& vertices, const Stream& out) {
+    std::string text = counted(vertices.positionCount(), "position");
     if (!vertices.weights.empty())
-        out << " with weights";
+        text += " with weights";
     if (!vertices.colours.empty())
-        out << " with colours";
+        text += " with colours";
     if (vertices.textureCount() > 0)
-        out << ", " << counted(vertices.textureCount(), "texture coordinate") << " of "
-            << counted(vertices.textureSize, "number");
-    out << ", " << counted(vertices.normalCount(), "normal") << "\n";
+        text += ", " + counted(vertices.textureCount(), "texture coordinate") + " of " +
+                counted(vertices.textureSize, "number");
+    text += ", " + counted(vertices.normalCount(), "normal");
+    out("vertices: %s\n", text.c_str());
 }
 
-void showRun(const Run& run, std::ostream& out) {
+void showRun(const Run& run, const Stream& out) {
     const char* noun = run.kind == ElementKind::face   ? "face"
                        : run.kind == ElementKind::line ? "line"
                                                        : "point";
-    out << "    " << counted(static_cast<std::int64_t>(run.sizes.size()), noun) << ", "
-        << counted(static_cast<std::int64_t>(run.positions.size()), "corner") << " of v"
-        << (run.hasTexture   ? "/vt"
-            : run.hasNormals ? "/"
-                             : "")
-        << (run.hasNormals ? "/vn" : "");
+    std::string text = counted(static_cast<std::int64_t>(run.sizes.size()), noun) + ", " +
+                       counted(static_cast<std::int64_t>(run.positions.size()), "corner") +
+                       " of v" +
+                       (run.hasTexture   ? "/vt"
+                        : run.hasNormals ? "/"
+                                         : "") +
+                       (run.hasNormals ? "/vn" : "");
     if (run.material != nullptr)
-        out << "; material " << app::visible(run.material->name);
+        text += "; material " + app::visible(run.material->name);
     if (run.group != nullptr) {
-        out << "; group";
+        text += "; group";
         for (const std::string& name : run.group->names)
-            out << " " << app::visible(name);
+            text += " " + app::visible(name);
     }
     if (run.smoothing != 0)
-        out << "; smoothing " << run.smoothing;
-    out << "\n";
+        text += "; smoothing " + std::to_string(run.smoothing);
+    out("%s\n", text.c_str());
 }
 
-void showNode(const Node& node, std::ostream& out) {
-    out << "  node " << (node.name.empty() ? "(no name)" : app::visible(node.name)) << ": ";
-    if (node.mesh == nullptr)
-        out << "no mesh\n";
-    else
-        out << "mesh of " << counted(static_cast<std::int64_t>(node.mesh->runs.size()), "run")
-            << ", " << boundsText(meshBounds(node)) << "\n";
-    showTransform(node, "    ", out);
+void showNode(const Node& node, Stream& out) {
+    const std::string name = node.name.empty() ? "(no name)" : app::visible(node.name);
+    const std::string mesh =
+        node.mesh == nullptr
+            ? "no mesh"
+            : "mesh of " + counted(static_cast<std::int64_t>(node.mesh->runs.size()), "run") +
+                  ", " + boundsText(meshBounds(node));
+    out("node %s: %s\n", name.c_str(), mesh.c_str());
+    const app::Indent indent(out);
+    showTransform(node, out);
     if (node.mesh != nullptr)
         for (const Run& run : node.mesh->runs)
             showRun(run, out);
@@ -103,7 +112,10 @@ void showNode(const Node& node, std::ostream& out) {
 } // namespace
 
 std::string counted(std::int64_t count, const char* noun) {
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+    std::string key = (count == 1 ? "scenefile.one_" : "scenefile.many_") + std::string(noun);
+    std::replace(key.begin(), key.end(), ' ', '_');
+    const std::string english = std::string("{1} ") + noun + (count == 1 ? "" : "s");
+    return app::message(key.c_str(), english, {std::to_string(count)});
 }
 
 std::string boundsText(const zeLinear::Range3d& bounds) {
@@ -123,42 +135,46 @@ std::string summary(const Scene& scene) {
            counted(counts.materials, "material") + ", " + counted(counts.groups, "group");
 }
 
-void showDocument(const Document& document, std::ostream& out) {
+void showDocument(const Document& document, Stream& out) {
     const DocumentOutline& outline = document.outline;
-    out << app::visible(document.outline.name) << ": ";
-    if (outline.form.isText())
-        out << "text";
-    else
-        out << "binary, " << (outline.littleEndian ? "little" : "big") << "-endian";
-    if (outline.form.isDebug())
-        out << " with debug tags";
-    out << ", " << documentSize(outline) << " bytes\n";
+    const char* const form = outline.form.isText()  ? "text"
+                             : outline.littleEndian ? "binary, little-endian"
+                                                    : "binary, big-endian";
+    out("%s: %s%s, %" PRId64 " bytes\n", app::visible(outline.name).c_str(), form,
+        outline.form.isDebug() ? " with debug tags" : "", documentSize(outline));
     if (outline.form.filters.any())
-        out << "filters: " << outline.form.filters.words() << ", " << outline.fileSize
-            << " bytes in the file\n";
+        out("filters: %s, %" PRId64 " bytes in the file\n", outline.form.filters.words().c_str(),
+            outline.fileSize);
     showPackets(outline, out);
     const Scene& scene = document.scene;
-    out << "scene: " << summary(scene) << "\n";
+    out("scene: %s\n", summary(scene).c_str());
     showVertices(*scene.vertices, out);
     for (const std::string& library : scene.libraries)
-        out << "material library: " << app::visible(library) << "\n";
-    showTransform(*scene.root, "", out);
-    out << boundsText(sceneBounds(scene)) << "\n";
-    out << "objects: " << scene.root->children.size() << "\n";
+        out("material library: %s\n", app::visible(library).c_str());
+    showTransform(*scene.root, out);
+    out("%s\n", boundsText(sceneBounds(scene)).c_str());
+    out("objects: %zu\n", scene.root->children.size());
+    const app::Indent indent(out);
     for (const Node* child : scene.root->children)
         showNode(*child, out);
 }
 
-void reportSound(const Document& document, std::ostream& out) {
+void reportSound(const Document& document, Stream& out) {
     const DocumentOutline& outline = document.outline;
-    out << app::visible(document.outline.name) << ": sound\n"
-        << "  " << counted(static_cast<std::int64_t>(outline.packets.size()), "packet")
-        << ", the last of them the end-of-file packet at byte " << outline.packets.back().position
-        << "\n"
-        << "  " << counted(document.references, "reference")
-        << ", each to an object of the right kind, and every object referred to\n"
-        << "  every index within the vertices, every coordinate a number\n"
-        << "  as much as the document states: " << summary(document.scene) << "\n";
+    const auto say = [&](const std::string& text) { out(app::normal, "%s\n", text.c_str()); };
+    say(app::visible(outline.name) + ": " + app::message("scenefile.sound", "sound"));
+    const app::Indent indent(out);
+    say(app::message("scenefile.sound_packets",
+                     "{1}, the last of them the end-of-file packet at byte {2}",
+                     {counted(static_cast<std::int64_t>(outline.packets.size()), "packet"),
+                      std::to_string(outline.packets.back().position)}));
+    say(app::message("scenefile.sound_references",
+                     "{1}, each to an object of the right kind, and every object referred to",
+                     {counted(document.references, "reference")}));
+    say(app::message("scenefile.sound_values",
+                     "every index within the vertices, every coordinate a number"));
+    say(app::message("scenefile.sound_summary", "as much as the document states: {1}",
+                     {summary(document.scene)}));
 }
 
 } // namespace scenefile

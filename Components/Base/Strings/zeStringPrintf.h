@@ -24,12 +24,13 @@
 
 #include "Base/zeBaseExport.h"
 
-/// Lets the compiler check the arguments of a narrow format in zeString::CString, zeString::IString
-/// and zeUtil::Error, where ZEBASE_CHECK_FORMATS is defined before the headers are included.
-/// `format` is the position of the format among the parameters, with `this` as the first, and
-/// `first` that of the first variadic argument, or 0 for a `va_list`. Not on by default, since
-/// compilers also object to what is legal here: to an empty format (-Wformat-zero-length, part of
-/// -Wall), and to `%S` under GCC's -Wpedantic. No compiler checks wide formats.
+/// Lets the compiler check the arguments of a narrow format in zeString::CString,
+/// zeString::IString, zeUtil::Error and what prints in zeOS, where ZEBASE_CHECK_FORMATS is defined
+/// before the headers are included. `format` is the position of the format among the parameters,
+/// with `this` as the first, and `first` that of the first variadic argument, or 0 for a `va_list`.
+/// Not on by default, since compilers also object to what is legal here: to an empty format
+/// (-Wformat-zero-length, part of -Wall), and to `%S` under GCC's -Wpedantic. No compiler checks
+/// wide formats.
 #ifdef ZEBASE_CHECK_FORMATS
 #define ZEBASE_FORMAT(format, first) __attribute__((__format__(printf, format, first)))
 #else

@@ -18,6 +18,8 @@
 #include <vector>
 
 #include "Base/OS/zeOSAppMain.h"
+#include "Base/OS/zeOSAppOutput.h"
+#include "Base/OS/zeOSDebugChannel.h"
 #include "Base/OS/zeOSSysInfo.h"
 
 using zeOS::AppMain;
@@ -87,6 +89,19 @@ std::string user() {
     return name ? name : "(null)";
 }
 
+/// A stream of its own in each thread; the switch of all channels is anybody's.
+void printMuch() {
+    zeOS::AppOutputStream stream(false);
+    stream.open("/dev/null", false);
+    stream.setIndentLevel(2);
+    const zeOS::DebugChannel channel;
+    for (int i = 0; i < 1000; ++i) {
+        stream("line %d\n", i);
+        zeOS::DebugChannel::enableEveryChannel(i % 2 == 0);
+        channel.enabled();
+    }
+}
+
 /// Asks everything in several threads at once.
 std::string race() {
     std::vector<std::thread> threads;
@@ -102,6 +117,7 @@ std::string race() {
                 info.totalPhysicalMemory() == 0 || app().getElapsed() < 0)
                 std::puts("wrong answer");
             info.username();
+            printMuch();
         });
     for (std::thread& thread : threads)
         thread.join();
