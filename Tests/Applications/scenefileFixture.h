@@ -2,9 +2,6 @@
 
 #pragma once
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <clocale>
 #include <filesystem>
@@ -15,33 +12,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Base/Utility/zeUtilDescriptor.h"
 #include "Support/TempFolder.h"
 
+#include "Applications/printedText.h"
 #include "Shared/output.h"
 #include "command/command.h"
-
-/// A file without a name that a stream of messages prints to.
-class PrintedText {
-public:
-    PrintedText() : file_(memfd_create("printed", MFD_CLOEXEC)) {}
-
-    zeString::IString path() const {
-        return ("/proc/self/fd/" + std::to_string(file_.get())).c_str();
-    }
-
-    /// What was printed since the last call.
-    std::string take() const {
-        std::string text(static_cast<std::size_t>(lseek(file_.get(), 0, SEEK_END)), '\0');
-        const ssize_t size = pread(file_.get(), text.data(), text.size(), 0);
-        EXPECT_EQ(size, static_cast<ssize_t>(text.size()));
-        EXPECT_EQ(ftruncate(file_.get(), 0), 0);
-        return text;
-    }
-
-private:
-    zeUtil::Descriptor file_;
-};
 
 /// Runs scenefile within this process, in a folder of its own.
 class Scenefile : public testing::Test {

@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: MIT
+
+#include "occlusion/command.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <new>
+#include <numeric>
+
+#include "Base/Utility/zeUtilError.h"
+#include "Base/Utility/zeUtilProgress.h"
+
+#include "Shared/failure.h"
+#include "Shared/message.h"
+#include "Shared/output.h"
+#include "Shared/save.h"
+#include "Shared/terminal.h"
+#include "obj/obj.h"
+
+namespace occlusion {
+
+namespace {
+
+using app::message;
+using app::visible;
+
+/// As long as it lives, SIGINT does nothing but set a flag.
+class InterruptFlag {
+public:
+    InterruptFlag() {
+        s_isSet = false;
+        struct sigaction action = {};
+        action.sa_handler = [](int) { s_isSet = true; };
+        action.sa_flags = SA_RESTART;
+        sigaction(SIGINT, nullptr, &before_);
+        if (before_.sa_handler != SIG_IGN) // as under nohup
+            sigaction(SIGINT, &action, nullptr);
+    }
+    InterruptFlag(const InterruptFlag&) = delete;
+    InterruptFlag& operator=(const InterruptFlag&) = delete;
+    ~InterruptFlag() { sigaction(SIGINT, &before_, nullptr); }
+
+    bool isSet() const { return s_isSet; }
+
+private:
+    static inline std::atomic<bool> s_isSet = false;
+    static_assert(std::atomic<bool>::is_always_lock_free); // may be used in a signal handler
+
+    struct sigaction before_ = {};
+};
+
+/// The files to write, which are looked at before anything is computed.
+struct Targets {
+    std::optional<app::Target> model;
+    std::optional<app::Target> picture;
+    bool takeStandardOutput = false;
+
+    explicit Targets(const Settings& settings) {
+        open(model, settings.output, settings.input);
+        open(picture, settings.picture, settings.input);
+        if (model && picture &&
+            (settings.output == settings.picture || picture->isSameFile(settings.output)))
+            refuse(settings.output, settings.picture);
+        if (picture && picture->isStandardOutput() && isatty(STDOUT_FILENO) == 1)
+            throw app::UsageError(
+                message("occlusion.terminal", "a picture cannot be written to a terminal"));
+    }
+
+private:
+    void open(std::optional<app::Target>& target, const std::string& path,
+              const std::string& input) {
+        if (path.empty())
+            return;
+        target.emplace(path);
+        takeStandardOutput = takeStandardOutput || target->isStandardOutput();
+        if (input != app::standardStream && target->isSameFile(input))
+            refuse(input, path);
+    }
+
+    [[noreturn]] static void refuse(const std::string& a, const std::string& b) {
+        throw app::UsageError(
+            message("occlusion.same_file", "{1} and {2} are the same file", {a, b}));
+    }
+};
+
+/// Shows how far the work is, and lets Ctrl-C cancel it.
+Result computeWatched(const Mesh& mesh, const Settings& settings, int threads) {
+    constexpr int whole = 1000;
+    const InterruptFlag interrupt;
+    const app::Step step("compute", message("occlusion.computing", "computing on {1} thread(s)",
+                                            {std::to_string(threads)}));
+    app::Progress line("computing", app::messages().getLevel() < app::verbose ? whole : 0);
+    zeUtil::Progress progress;
+    progress.getSigUpdate().connectOwned([&](zeUtil::Progress* root) {
+        line.report(static_cast<std::int64_t>(root->get() * whole));
+    });
+    progress.getSigCheckCancel().connectOwned([&](zeUtil::Progress* root) {
+        if (interrupt.isSet())
+            root->cancel();
+    });
+    return compute(mesh, settings, threads, progress);
+}
+
+void printTimes(const Result& serial, const Result& parallel, int threads,
+                zeOS::AppOutputStream& out) {
+    out("%-12s%10s%6d threads%10s\n", "seconds", "1 thread", threads, "speed-up");
+    const auto print = [&](const char* name, double one, double many) {
+        out("%-12s%10.3f%14.3f%10.2f\n", name, one, many, one / many);
+    };
+    constexpr const char* names[] = {"tree", "visibility", "picture"};
+    const std::size_t count = serial.picture.grey.empty() ? 2 : 3;
+    double sums[2] = {};
+    for (std::size_t i = 0; i < count; ++i) {
+        print(names[i], serial.seconds[i], parallel.seconds[i]);
+        sums[0] += serial.seconds[i];
+        sums[1] += parallel.seconds[i];
+    }
+    print("all", sums[0], sums[1]);
+}
+
+/// Equality of numbers is that of bits here: none is negative or no number.
+Result computeTwice(const Mesh& mesh, const Settings& settings, zeOS::AppOutputStream& out) {
+    const Result serial = computeWatched(mesh, settings, 1);
+    Result parallel = computeWatched(mesh, settings, settings.threads);
+    if (serial.visibility != parallel.visibility || serial.picture != parallel.picture)
+        throw app::Failure(message("occlusion.different", "the results are different"));
+    printTimes(serial, parallel, settings.threads, out);
+    out("%s\n", message("occlusion.same", "the results are the same").c_str());
+    return parallel;
+}
+
+void writePicture(const Picture& picture, int descriptor) {
+    const std::string header =
+        "P5\n" + std::to_string(picture.width) + " " + std::to_string(picture.height) + "\n255\n";
+    const std::string pixels(picture.grey.begin(), picture.grey.end());
+    if (!app::writeAll(descriptor, header + pixels))
+        throw app::Failure(app::systemMessage(errno));
+}
+
+/// Weights and colours exclude each other.
+void setColours(scenefile::Vertices& vertices, const std::vector<double>& visibility) {
+    vertices.weights.clear();
+    vertices.colours.clear();
+    for (const double grey : visibility)
+        vertices.colours.insert(vertices.colours.end(), 3, grey);
+}
+
+void shade(const Settings& settings) {
+    const Targets targets(settings);
+    zeOS::AppOutputStream& out = targets.takeStandardOutput ? app::messages() : app::results();
+    scenefile::ObjModel model = scenefile::readObj(settings.input, true);
+    const Mesh mesh = makeMesh(model.scene);
+    const Result result = settings.compare ? computeTwice(mesh, settings, out)
+                                           : computeWatched(mesh, settings, settings.threads);
+    if (targets.model) {
+        setColours(*model.scene.vertices, result.visibility);
+        app::saveFile(*targets.model, [&](int descriptor) {
+            scenefile::writeObj(model.scene, descriptor, "occlusion");
+        });
+        for (const auto& [keyword, count] : model.skipped)
+            out(app::normal, "%s\n",
+                message("occlusion.skipped", "not kept: {1} ({2})",
+                        {visible(keyword), std::to_string(count)})
+                    .c_str());
+    }
+    if (targets.picture)
+        app::saveFile(*targets.picture,
+                      [&](int descriptor) { writePicture(result.picture, descriptor); });
+    const double sum = std::accumulate(result.visibility.begin(), result.visibility.end(), 0.0);
+    out(app::normal, "%zu vertices, %zu triangles, mean visibility %.3f\n", mesh.points.size(),
+        mesh.triangles.size(), sum / static_cast<double>(mesh.points.size()));
+}
+
+} // namespace
+
+int run(const std::vector<std::string>& arguments) {
+    try {
+        if (const std::optional<Settings> settings = parseArguments(arguments))
+            shade(*settings);
+        app::flushResults();
+        return 0;
+    } catch (const Cancelled&) {
+        app::report("occlusion", message("occlusion.stopped", "stopped: nothing was written"));
+        return 128 + SIGINT; // as a shell has it for a program that SIGINT ended
+    } catch (const app::UsageError& error) {
+        app::report("occlusion", error.what());
+        app::report("", message("shared.try_help", "Try '{1} --help'.", {"occlusion"}));
+        return 2;
+    } catch (const std::bad_alloc&) {
+        app::report("occlusion", message("shared.no_memory", "out of memory"));
+    } catch (const zeUtil::Error& error) { // a thread cannot be started
+        app::report("occlusion", app::oneLine(error.message()));
+    } catch (const std::exception& error) {
+        app::report("occlusion", error.what());
+    }
+    return 1;
+}
+
+} // namespace occlusion
