@@ -4,7 +4,6 @@
 
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <new>
@@ -14,6 +13,7 @@
 #include "Base/Utility/zeUtilProgress.h"
 
 #include "Shared/failure.h"
+#include "Shared/interruption.h"
 #include "Shared/message.h"
 #include "Shared/output.h"
 #include "Shared/save.h"
@@ -25,71 +25,22 @@ namespace occlusion {
 namespace {
 
 using app::message;
-using app::visible;
 
-/// As long as it lives, SIGINT does nothing but set a flag.
-class InterruptFlag {
-public:
-    InterruptFlag() {
-        s_isSet = false;
-        struct sigaction action = {};
-        action.sa_handler = [](int) { s_isSet = true; };
-        action.sa_flags = SA_RESTART;
-        sigaction(SIGINT, nullptr, &before_);
-        if (before_.sa_handler != SIG_IGN) // as under nohup
-            sigaction(SIGINT, &action, nullptr);
-    }
-    InterruptFlag(const InterruptFlag&) = delete;
-    InterruptFlag& operator=(const InterruptFlag&) = delete;
-    ~InterruptFlag() { sigaction(SIGINT, &before_, nullptr); }
-
-    bool isSet() const { return s_isSet; }
-
-private:
-    static inline std::atomic<bool> s_isSet = false;
-    static_assert(std::atomic<bool>::is_always_lock_free); // may be used in a signal handler
-
-    struct sigaction before_ = {};
-};
-
-/// The files to write, which are looked at before anything is computed.
-struct Targets {
-    std::optional<app::Target> model;
-    std::optional<app::Target> picture;
-    bool takeStandardOutput = false;
-
-    explicit Targets(const Settings& settings) {
-        open(model, settings.output, settings.input);
-        open(picture, settings.picture, settings.input);
-        if (model && picture &&
-            (settings.output == settings.picture || picture->isSameFile(settings.output)))
-            refuse(settings.output, settings.picture);
-        if (picture && picture->isStandardOutput() && isatty(STDOUT_FILENO) == 1)
-            throw app::UsageError(
-                message("occlusion.terminal", "a picture cannot be written to a terminal"));
-    }
-
-private:
-    void open(std::optional<app::Target>& target, const std::string& path,
-              const std::string& input) {
-        if (path.empty())
-            return;
-        target.emplace(path);
-        takeStandardOutput = takeStandardOutput || target->isStandardOutput();
-        if (input != app::standardStream && target->isSameFile(input))
-            refuse(input, path);
-    }
-
-    [[noreturn]] static void refuse(const std::string& a, const std::string& b) {
-        throw app::UsageError(
-            message("occlusion.same_file", "{1} and {2} are the same file", {a, b}));
-    }
-};
+/// Standard input and standard output are not the same file.
+void refuseSameFiles(const Settings& settings) {
+    const std::string files[] = {settings.input, settings.output, settings.picture};
+    for (std::size_t i = 1; i < std::size(files); ++i)
+        for (std::size_t k = 0; k < i && !files[i].empty(); ++k)
+            if ((files[i] == files[k] && (k > 0 || files[k] != app::standardStream)) ||
+                app::Target(files[i]).isSameFile(files[k]))
+                throw app::UsageError(message(
+                    "occlusion.same_file", "{1} and {2} are the same file", {files[k], files[i]}));
+}
 
 /// Shows how far the work is, and lets Ctrl-C cancel it.
 Result computeWatched(const Mesh& mesh, const Settings& settings, int threads) {
     constexpr int whole = 1000;
-    const InterruptFlag interrupt;
+    const app::InterruptFlag interrupt;
     const app::Step step("compute", message("occlusion.computing", "computing on {1} thread(s)",
                                             {std::to_string(threads)}));
     app::Progress line("computing", app::messages().getLevel() < app::verbose ? whole : 0);
@@ -101,7 +52,10 @@ Result computeWatched(const Mesh& mesh, const Settings& settings, int threads) {
         if (interrupt.isSet())
             root->cancel();
     });
-    return compute(mesh, settings, threads, progress);
+    Result result = compute(mesh, settings, threads, progress);
+    if (interrupt.isSet()) // since it was last asked
+        throw Cancelled();
+    return result;
 }
 
 void printTimes(const Result& serial, const Result& parallel, int threads,
@@ -148,26 +102,37 @@ void setColours(scenefile::Vertices& vertices, const std::vector<double>& visibi
         vertices.colours.insert(vertices.colours.end(), 3, grey);
 }
 
+/// Says what the model that was written lacks.
+void noteSkipped(const std::map<std::string, int>& skipped, zeOS::AppOutputStream& out) {
+    for (const auto& [keyword, count] : skipped)
+        out(app::normal, "%s\n",
+            message("occlusion.skipped", "not kept: {1} ({2})",
+                    {app::visible(keyword), std::to_string(count)})
+                .c_str());
+}
+
 void shade(const Settings& settings) {
-    const Targets targets(settings);
-    zeOS::AppOutputStream& out = targets.takeStandardOutput ? app::messages() : app::results();
+    refuseSameFiles(settings);
+    const std::string stream = app::standardStream;
+    if (settings.picture == stream && isatty(STDOUT_FILENO) == 1)
+        throw app::UsageError(
+            message("occlusion.terminal", "a picture cannot be written to a terminal"));
+    const bool isOutTaken = settings.output == stream || settings.picture == stream;
+    zeOS::AppOutputStream& out = isOutTaken ? app::messages() : app::results();
+
     scenefile::ObjModel model = scenefile::readObj(settings.input, true);
     const Mesh mesh = makeMesh(model.scene);
     const Result result = settings.compare ? computeTwice(mesh, settings, out)
                                            : computeWatched(mesh, settings, settings.threads);
-    if (targets.model) {
+    if (!settings.output.empty()) {
         setColours(*model.scene.vertices, result.visibility);
-        app::saveFile(*targets.model, [&](int descriptor) {
+        app::saveFile(app::Target(settings.output), [&](int descriptor) {
             scenefile::writeObj(model.scene, descriptor, "occlusion");
         });
-        for (const auto& [keyword, count] : model.skipped)
-            out(app::normal, "%s\n",
-                message("occlusion.skipped", "not kept: {1} ({2})",
-                        {visible(keyword), std::to_string(count)})
-                    .c_str());
+        noteSkipped(model.skipped, out);
     }
-    if (targets.picture)
-        app::saveFile(*targets.picture,
+    if (!settings.picture.empty())
+        app::saveFile(app::Target(settings.picture),
                       [&](int descriptor) { writePicture(result.picture, descriptor); });
     const double sum = std::accumulate(result.visibility.begin(), result.visibility.end(), 0.0);
     out(app::normal, "%zu vertices, %zu triangles, mean visibility %.3f\n", mesh.points.size(),

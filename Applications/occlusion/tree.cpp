@@ -40,7 +40,7 @@ struct Slabs {
         const double a = low * inverse;
         const double b = high * inverse;
         near = std::max(near, std::min(a, b));
-        far = std::min(far, std::max(a, b) * (1 + 1e-15)); // more than rounding loses
+        far = std::min(far, std::max(a, b));
     }
 
     Point origin;
@@ -51,7 +51,7 @@ struct Slabs {
 
 /// A hit that is nearer than the one in `hit` replaces it.
 bool Tree::Face::meets(const Ray& ray, Hit& hit) const {
-    constexpr double edge = -1e-12;
+    constexpr double edge = -1e-12; // in lengths of a side
     const Vector p = cross(ray.direction, sides[1]);
     const double volume = dot(sides[0], p);
     if (volume == 0)

@@ -20,6 +20,8 @@ constexpr int leafSize = 4;        // triangles in each leaf but perhaps the las
 constexpr int smallRange = 4096;   // built by one task: some milliseconds
 constexpr int sliceSize = 1 << 15; // measured by one task
 
+constexpr double margin = 1e-11; // as far as a triangle reaches beyond its edges, or more
+
 int leafCount(int triangles) {
     return (triangles + leafSize - 1) / leafSize;
 }
@@ -43,6 +45,8 @@ public:
             Range3d bounds(corner(i, 0), corner(i, 0));
             bounds.include(corner(i, 1));
             bounds.include(corner(i, 2));
+            const zeLinear::Vector pad(margin, margin, margin);
+            bounds = Range3d(bounds.low - pad, bounds.high + pad);
             items_.push_back({bounds, i});
         }
         tree.faces_.resize(items_.size());
