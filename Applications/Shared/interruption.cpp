@@ -4,6 +4,7 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <iterator>
 
 namespace app {
@@ -18,6 +19,9 @@ void deleteAndEnd(int signal) {
     std::signal(signal, SIG_DFL);
     std::raise(signal);
 }
+
+std::atomic<bool> isInterrupted = false;
+static_assert(std::atomic<bool>::is_always_lock_free); // what a signal handler may use
 
 } // namespace
 
@@ -47,6 +51,24 @@ void Interruption::holdBack() {
     for (const int signal : signals)
         sigaddset(&set, signal);
     sigprocmask(SIG_BLOCK, &set, nullptr);
+}
+
+InterruptFlag::InterruptFlag() {
+    isInterrupted = false;
+    struct sigaction action = {};
+    action.sa_handler = [](int) { isInterrupted = true; };
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGINT, nullptr, &before_);
+    if (before_.sa_handler != SIG_IGN)
+        sigaction(SIGINT, &action, nullptr);
+}
+
+InterruptFlag::~InterruptFlag() {
+    sigaction(SIGINT, &before_, nullptr);
+}
+
+bool InterruptFlag::isSet() const {
+    return isInterrupted;
 }
 
 } // namespace app

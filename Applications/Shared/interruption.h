@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// Tidying up when the user interrupts the program.
+/// What happens when the user interrupts the program: it ends what it does, or tidies up at once.
 
 #pragma once
 
@@ -28,6 +28,22 @@ private:
 
     struct sigaction before_[3] = {};
     sigset_t blockedBefore_ = {};
+};
+
+/// While it lives, SIGINT does nothing but set a flag, so that long work can end by itself; where
+/// it is ignored, as under nohup, it stays ignored. One object at a time.
+class InterruptFlag {
+public:
+    InterruptFlag();
+    InterruptFlag(const InterruptFlag&) = delete;
+    InterruptFlag& operator=(const InterruptFlag&) = delete;
+    ~InterruptFlag();
+
+    /// Whether SIGINT has come.
+    bool isSet() const;
+
+private:
+    struct sigaction before_ = {};
 };
 
 } // namespace app

@@ -2,9 +2,6 @@
 
 #pragma once
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <clocale>
 #include <filesystem>
@@ -15,36 +12,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Base/Utility/zeUtilDescriptor.h"
 #include "Support/TempFolder.h"
 
+#include "Applications/printedText.h"
 #include "Shared/output.h"
 #include "command/command.h"
-
-/// A file without a name that a stream of messages prints to.
-class PrintedText {
-public:
-    PrintedText() : file_(memfd_create("printed", MFD_CLOEXEC)) {}
-
-    zeString::IString path() const {
-        return ("/proc/self/fd/" + std::to_string(file_.get())).c_str();
-    }
-
-    /// What was printed since the last call. By `pread`, which no test lets fail.
-    std::string take() const {
-        std::string text;
-        char block[4096];
-        for (ssize_t size = 1; size > 0; text.append(block, static_cast<std::size_t>(size))) {
-            size = std::max<ssize_t>(pread(file_.get(), block, sizeof block, taken_), 0);
-            taken_ += size;
-        }
-        return text;
-    }
-
-private:
-    mutable off_t taken_ = 0;
-    zeUtil::Descriptor file_;
-};
 
 /// Runs scenefile within this process, in a folder of its own.
 class Scenefile : public testing::Test {

@@ -7,6 +7,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "scene/scene.h"
 
@@ -33,7 +34,8 @@ ObjModel readObj(const std::string& path, bool skipUnsupported);
 
 /// Writes a scene that checkScene() finds nothing wrong with. Numbers are printed so that they read
 /// back as they are, and the whole file so that readObj() makes the same scene of it again. The
-/// descriptor stays the caller's. Throws a Failure if a write fails.
-void writeObj(const Scene& scene, int descriptor);
+/// descriptor stays the caller's. A comment names the program that wrote it. Throws a Failure if a
+/// write fails.
+void writeObj(const Scene& scene, int descriptor, std::string_view program = "scenefile");
 
 } // namespace scenefile

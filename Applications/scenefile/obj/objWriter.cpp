@@ -63,7 +63,7 @@ public:
     Writer(const Scene& scene, int descriptor)
         : scene_(scene), output_(descriptor), progress_("writing", lineCount(scene)) {}
 
-    void write();
+    void write(std::string_view program);
 
 private:
     static std::int64_t lineCount(const Scene& scene);
@@ -84,8 +84,8 @@ private:
     int smoothing_ = 0;
 };
 
-void Writer::write() {
-    output_ << "# written by scenefile\n";
+void Writer::write(std::string_view program) {
+    output_ << "# written by " << program << "\n";
     for (const std::string& library : scene_.libraries)
         output_ << "mtllib " << library << "\n";
     vertices();
@@ -185,8 +185,8 @@ void Writer::corner(const Run& run, std::size_t at) {
 
 } // namespace
 
-void writeObj(const Scene& scene, int descriptor) {
-    Writer(scene, descriptor).write();
+void writeObj(const Scene& scene, int descriptor, std::string_view program) {
+    Writer(scene, descriptor).write(program);
 }
 
 } // namespace scenefile
