@@ -60,7 +60,7 @@ int unlessFailing(ThreadFaults::Call which, Function* call, Arguments... argumen
     if (failing != which || ++callsMade != failingPlace)
         return call(arguments...);
     errno = failingError;
-    return which == ThreadFaults::onSemInit ? -1 : failingError.load();
+    return which >= ThreadFaults::onSemInit ? -1 : failingError.load();
 }
 
 /// Makes the call, and gives way before and after it. A result of 0 takes so many `locks`.
@@ -185,7 +185,8 @@ int sem_init(sem_t* semaphore, int shared, unsigned int value) noexcept {
 
 int sem_wait(sem_t* semaphore) {
     static const auto call = genuine<decltype(sem_wait)>("sem_wait");
-    return betweenYields(0, call, semaphore);
+    giveWay();
+    return unlessFailing(ThreadFaults::onSemWait, call, semaphore);
 }
 
 int sem_trywait(sem_t* semaphore) noexcept {

@@ -19,7 +19,7 @@
 /// Makes one call fail. One object at a time; calls of any thread count.
 class ThreadFaults {
 public:
-    enum Call { onCreate, onJoin, onCondInit, onSemInit, callCount };
+    enum Call { onCreate, onJoin, onCondInit, onSemInit, onSemWait, callCount };
 
     /// From now on the `n`-th `call` (1 is the next) fails with `error`. It does nothing, but for
     /// onJoin, which joins.

@@ -36,7 +36,7 @@ TEST(Atomic, GivesEachNumberToOneThread) {
     const ThreadsAndLocks none;
     const RandomYields yields;
     for (const StressTime time(0.2); time.isLeft();) {
-        constexpr int threads = 4, each = 200;
+        constexpr int threads = 4, each = 40;
         int numbers[20]{}; // every lock is used, three of them by two numbers
         std::vector<int> timesSeen(threads * each + 1);
         {
@@ -62,12 +62,12 @@ TEST(ThreadReferenceCount, DeletesOnceWhoeverIsTheLast) {
     const RandomYields yields;
     for (const StressTime time(0.2); time.isLeft();) {
         constexpr int threads = 4;
-        std::vector<ze::Reference<Shared>> objects(100);
+        std::vector<ze::Reference<Shared>> objects(20);
         for (auto& object : objects)
             object = new Shared;
         std::vector<std::vector<ze::Reference<Shared>>> shares(threads, objects);
         objects.clear();
-        EXPECT_EQ(alive, 100);
+        EXPECT_EQ(alive, 20);
         const Team team(threads, [&](int thread) {
             for (auto& mine : shares[static_cast<std::size_t>(thread)]) {
                 const ze::Reference<Shared> again(mine);

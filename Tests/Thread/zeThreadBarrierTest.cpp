@@ -24,7 +24,7 @@ TEST(Barrier, HoldsAllPartiesInEachRound) {
         SCOPED_TRACE(parties);
         const std::unique_ptr<RandomYields> yields(parties > 0 ? nullptr : new RandomYields);
         const auto count = static_cast<std::size_t>(std::abs(parties));
-        const StressTime time(0.08);
+        const StressTime time(0.05);
         Barrier barrier(std::abs(parties));
         std::vector<long> rounds(count, 0);
         bool isOver = false;
@@ -36,12 +36,11 @@ TEST(Barrier, HoldsAllPartiesInEachRound) {
                     EXPECT_EQ(rounds, std::vector<long>(count, mine));
                     barrier.wait();
                     if (number == 0)
-                        isOver = !time.isLeft();
+                        isOver = mine > 2 && !time.isLeft();
                     barrier.wait();
                 }
             });
         }
-        EXPECT_GT(rounds[0], 3);
     }
 }
 

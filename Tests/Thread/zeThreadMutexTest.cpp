@@ -7,6 +7,7 @@
 #include <chrono>
 #include <ctime>
 #include <thread>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -83,32 +84,27 @@ TEST(Condition, ReportsThatTheSystemMadeNone) {
 TEST(RWLock, CountsWhoHoldsIt) {
     const ThreadsAndLocks none;
     RWLock lock;
-    const auto expect = [&](int readers, bool hasWriter, int line) {
-        EXPECT_EQ(lock.numberOfReaders(), readers) << "line " << line;
-        EXPECT_EQ(lock.hasWriter(), hasWriter) << "line " << line;
-    };
-    for (const bool ignored : {false, true}) {
-        RWLockOp first(lock, ignored), second(lock, ignored);
-        expect(0, false, __LINE__);
+    const auto state = [&] { return std::pair(lock.numberOfReaders(), lock.hasWriter()); };
+    {
+        RWLockOp first(lock, false), second(lock, true);
+        EXPECT_EQ(state(), std::pair(0, false));
         first.read();
         second.read();
-        expect(2, false, __LINE__);
+        EXPECT_EQ(state(), std::pair(2, false));
         first.unlock();
         first.unlock(); // nothing more
-        expect(1, false, __LINE__);
+        EXPECT_EQ(state(), std::pair(1, false));
         second.unlock();
         first.write();
-        expect(0, true, __LINE__);
+        EXPECT_EQ(state(), std::pair(0, true));
     }
-    expect(0, false, __LINE__);
     {
         RWLockOp both(lock, true);
         both.read();
         lock.readUnlock();
         both.write();
     }
-    expect(-1, true, __LINE__); // one side is released, the reader's
-    lock.writeUnlock();
+    EXPECT_EQ(state(), std::pair(-1, true)) << "one side is released, the reader's";
 }
 
 TEST(RWLock, LetsReadersPassAWaitingWriterAndAllReadersInBehindIt) {
