@@ -10,10 +10,11 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
+#include <random>
+#include <string>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -26,76 +27,61 @@ std::atomic<int> failingError = 0;
 std::atomic<std::size_t> callsMade = 0;
 
 std::atomic<bool> yielding = false;
-std::atomic<std::size_t> yields = 0;
 
 std::atomic<long> locksHeld = 0;
 
-/// The error that a call is to fail with, or 0.
-int nextError(ThreadFaults::Call call) {
-    if (failing != call || ++callsMade != failingPlace)
-        return 0;
-    return failingError;
-}
-
-/// A number of the thread's own sequence.
-std::uint64_t randomNumber() {
-    static std::atomic<std::uint64_t> seeds = 1;
-    thread_local std::uint64_t state = seeds++ * 0x9e3779b97f4a7c15u;
-    state ^= state << 13;
-    state ^= state >> 7;
-    state ^= state << 17;
-    return state;
-}
-
+/// Keeps errno.
 void giveWay() {
     if (!yielding)
         return;
+    static std::atomic<unsigned int> seeds = 1;
+    thread_local std::minstd_rand random(seeds++);
     const int before = errno;
-    const std::uint64_t dice = randomNumber() % 64;
+    const auto dice = random() % 64;
     if (dice < 8)
         sched_yield();
     else if (dice == 8)
-        std::this_thread::sleep_for(std::chrono::microseconds(randomNumber() % 40));
-    if (dice <= 8)
-        ++yields;
+        std::this_thread::sleep_for(std::chrono::microseconds(random() % 40));
     errno = before;
 }
 
 /// The function behind ours: the sanitizer's, where there is one, or the C library's.
 template<class Function>
-Function* genuine(Function* sanitizers, const char* name) {
-    // pthread_cond_t has an older form, whose functions a search by name alone could find.
-    constexpr const char* conditionsSince = "GLIBC_2.3.2";
-    if (sanitizers)
-        return sanitizers;
-    void* found = dlvsym(RTLD_NEXT, name, conditionsSince);
-    return reinterpret_cast<Function*>(found ? found : dlsym(RTLD_NEXT, name));
+Function* genuine(const std::string& name) {
+    void* found = dlsym(RTLD_DEFAULT, ("__interceptor_" + name).c_str());
+    if (!found) // Conditions have an older form, too, which a search by name alone could find.
+        found = dlvsym(RTLD_NEXT, name.c_str(), "GLIBC_2.3.2");
+    return reinterpret_cast<Function*>(found ? found : dlsym(RTLD_NEXT, name.c_str()));
 }
 
-/// Makes the call, and gives way before and after it.
+/// Makes the call, unless it is to fail: by its result, or by errno if it is one of a semaphore.
 template<class Function, class... Arguments>
-auto betweenYields(Function* call, Arguments... arguments) {
+int unlessFailing(ThreadFaults::Call which, Function* call, Arguments... arguments) {
+    if (failing != which || ++callsMade != failingPlace)
+        return call(arguments...);
+    errno = failingError;
+    return which >= ThreadFaults::onSemInit ? -1 : failingError.load();
+}
+
+/// Makes the call, and gives way before and after it. A result of 0 takes so many `locks`.
+template<class Function, class... Arguments>
+int betweenYields(int locks, Function* call, Arguments... arguments) {
     giveWay();
-    const auto result = call(arguments...);
+    const int result = call(arguments...);
+    if (result == 0)
+        locksHeld += locks;
     giveWay();
     return result;
 }
 
-/// The same for a call that takes a lock if it returns 0.
-template<class Function>
-int locking(Function* call, pthread_mutex_t* mutex) {
-    giveWay();
-    const int error = call(mutex);
-    if (error == 0)
-        ++locksHeld;
-    giveWay();
-    return error;
+std::ptrdiff_t threads() {
+    using std::filesystem::directory_iterator;
+    return std::distance(directory_iterator("/proc/self/task"), directory_iterator());
 }
 
-/// Fails as calls of semaphores do.
-int failedWith(int error) {
-    errno = error;
-    return -1;
+double now() {
+    const auto time = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration<double>(time).count();
 }
 
 } // namespace
@@ -123,52 +109,31 @@ RandomYields::~RandomYields() {
     yielding = false;
 }
 
-std::size_t RandomYields::count() {
-    return yields;
-}
-
 ThreadsAndLocks::ThreadsAndLocks() {
     // A sanitizer has a thread of its own from the first start of one.
-    static const bool started = [] {
-        std::thread([] {}).join();
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        return true;
-    }();
-    static_cast<void>(started);
+    std::thread([] {}).join();
+    static const auto started = now();
+    while (now() < started + 0.01)
+        sched_yield();
     threads_ = threads();
     locks_ = locks();
 }
 
 ThreadsAndLocks::~ThreadsAndLocks() {
     // A thread that was waited for can still be on the system's list for a moment.
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-    while (threads() != threads_ && std::chrono::steady_clock::now() < end)
+    for (const double end = now() + 5; threads() != threads_ && now() < end;)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     EXPECT_EQ(threads(), threads_) << "threads";
     EXPECT_EQ(locks(), locks_) << "locks held";
-}
-
-std::ptrdiff_t ThreadsAndLocks::threads() {
-    using std::filesystem::directory_iterator;
-    return std::distance(directory_iterator("/proc/self/task"), directory_iterator());
 }
 
 long ThreadsAndLocks::locks() {
     return locksHeld;
 }
 
-namespace {
-
-double now() {
-    const auto time = std::chrono::steady_clock::now().time_since_epoch();
-    return std::chrono::duration<double>(time).count();
-}
-
-} // namespace
-
-StressTime::StressTime(double usual) : end_(now()) {
+StressTime::StressTime(double usual) {
     const char* const seconds = std::getenv("ZEBASE_STRESS_SECONDS");
-    end_ += seconds ? std::atof(seconds) : usual;
+    end_ = now() + (seconds ? std::atof(seconds) : usual);
 }
 
 bool StressTime::isLeft() const {
@@ -177,110 +142,61 @@ bool StressTime::isLeft() const {
 
 extern "C" {
 
-[[gnu::weak]] decltype(pthread_create) __interceptor_pthread_create;
-[[gnu::weak]] decltype(pthread_join) __interceptor_pthread_join;
-[[gnu::weak]] decltype(pthread_mutex_lock) __interceptor_pthread_mutex_lock;
-[[gnu::weak]] decltype(pthread_mutex_trylock) __interceptor_pthread_mutex_trylock;
-[[gnu::weak]] decltype(pthread_mutex_unlock) __interceptor_pthread_mutex_unlock;
-[[gnu::weak]] decltype(pthread_cond_init) __interceptor_pthread_cond_init;
-[[gnu::weak]] decltype(pthread_cond_destroy) __interceptor_pthread_cond_destroy;
-[[gnu::weak]] decltype(pthread_cond_wait) __interceptor_pthread_cond_wait;
-[[gnu::weak]] decltype(pthread_cond_signal) __interceptor_pthread_cond_signal;
-[[gnu::weak]] decltype(pthread_cond_broadcast) __interceptor_pthread_cond_broadcast;
-[[gnu::weak]] decltype(sem_init) __interceptor_sem_init;
-[[gnu::weak]] decltype(sem_destroy) __interceptor_sem_destroy;
-[[gnu::weak]] decltype(sem_wait) __interceptor_sem_wait;
-[[gnu::weak]] decltype(sem_trywait) __interceptor_sem_trywait;
-[[gnu::weak]] decltype(sem_post) __interceptor_sem_post;
-
 int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
                    void* arg) noexcept {
-    static const auto call = genuine(__interceptor_pthread_create, "pthread_create");
-    if (const int error = nextError(ThreadFaults::onCreate))
-        return error;
-    return betweenYields(call, thread, attributes, body, arg);
+    static const auto call = genuine<decltype(pthread_create)>("pthread_create");
+    *thread = 0; // undefined after a failure
+    const int error = unlessFailing(ThreadFaults::onCreate, call, thread, attributes, body, arg);
+    giveWay();
+    return error;
 }
 
 int pthread_join(pthread_t thread, void** result) {
-    static const auto call = genuine(__interceptor_pthread_join, "pthread_join");
-    if (const int error = nextError(ThreadFaults::onJoin))
-        return error;
-    return call(thread, result);
+    static const auto call = genuine<decltype(pthread_join)>("pthread_join");
+    const int error = call(thread, result); // in any case: nobody else would
+    return unlessFailing(
+        ThreadFaults::onJoin, +[](int joined) { return joined; }, error);
 }
 
 int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
-    static const auto call = genuine(__interceptor_pthread_mutex_lock, "pthread_mutex_lock");
-    return locking(call, mutex);
+    static const auto call = genuine<decltype(pthread_mutex_lock)>("pthread_mutex_lock");
+    return betweenYields(1, call, mutex);
 }
 
 int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {
-    static const auto call = genuine(__interceptor_pthread_mutex_trylock, "pthread_mutex_trylock");
-    return locking(call, mutex);
+    static const auto call = genuine<decltype(pthread_mutex_trylock)>("pthread_mutex_trylock");
+    return betweenYields(1, call, mutex);
 }
 
 int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
-    static const auto call = genuine(__interceptor_pthread_mutex_unlock, "pthread_mutex_unlock");
-    --locksHeld;
-    return betweenYields(call, mutex);
+    static const auto call = genuine<decltype(pthread_mutex_unlock)>("pthread_mutex_unlock");
+    return betweenYields(-1, call, mutex);
 }
 
 int pthread_cond_init(pthread_cond_t* condition, const pthread_condattr_t* attributes) noexcept {
-    static const auto call = genuine(__interceptor_pthread_cond_init, "pthread_cond_init");
-    if (const int error = nextError(ThreadFaults::onCondInit))
-        return error;
-    return call(condition, attributes);
-}
-
-int pthread_cond_destroy(pthread_cond_t* condition) noexcept {
-    static const auto call = genuine(__interceptor_pthread_cond_destroy, "pthread_cond_destroy");
-    if (const int error = nextError(ThreadFaults::onCondDestroy))
-        return error;
-    return call(condition);
-}
-
-int pthread_cond_wait(pthread_cond_t* condition, pthread_mutex_t* mutex) {
-    static const auto call = genuine(__interceptor_pthread_cond_wait, "pthread_cond_wait");
-    return betweenYields(call, condition, mutex);
-}
-
-int pthread_cond_signal(pthread_cond_t* condition) noexcept {
-    static const auto call = genuine(__interceptor_pthread_cond_signal, "pthread_cond_signal");
-    return betweenYields(call, condition);
-}
-
-int pthread_cond_broadcast(pthread_cond_t* condition) noexcept {
-    static const auto call =
-        genuine(__interceptor_pthread_cond_broadcast, "pthread_cond_broadcast");
-    return betweenYields(call, condition);
+    static const auto call = genuine<decltype(pthread_cond_init)>("pthread_cond_init");
+    return unlessFailing(ThreadFaults::onCondInit, call, condition, attributes);
 }
 
 int sem_init(sem_t* semaphore, int shared, unsigned int value) noexcept {
-    static const auto call = genuine(__interceptor_sem_init, "sem_init");
-    if (const int error = nextError(ThreadFaults::onSemInit))
-        return failedWith(error);
-    return call(semaphore, shared, value);
-}
-
-int sem_destroy(sem_t* semaphore) noexcept {
-    static const auto call = genuine(__interceptor_sem_destroy, "sem_destroy");
-    if (const int error = nextError(ThreadFaults::onSemDestroy))
-        return failedWith(error);
-    return call(semaphore);
+    static const auto call = genuine<decltype(sem_init)>("sem_init");
+    return unlessFailing(ThreadFaults::onSemInit, call, semaphore, shared, value);
 }
 
 int sem_wait(sem_t* semaphore) {
-    static const auto call = genuine(__interceptor_sem_wait, "sem_wait");
-    return betweenYields(call, semaphore);
+    static const auto call = genuine<decltype(sem_wait)>("sem_wait");
+    giveWay();
+    return unlessFailing(ThreadFaults::onSemWait, call, semaphore);
 }
 
 int sem_trywait(sem_t* semaphore) noexcept {
-    static const auto call = genuine(__interceptor_sem_trywait, "sem_trywait");
-    return betweenYields(call, semaphore);
+    static const auto call = genuine<decltype(sem_trywait)>("sem_trywait");
+    return betweenYields(0, call, semaphore);
 }
 
 int sem_post(sem_t* semaphore) noexcept {
-    static const auto call = genuine(__interceptor_sem_post, "sem_post");
-    return betweenYields(call, semaphore);
+    static const auto call = genuine<decltype(sem_post)>("sem_post");
+    return betweenYields(0, call, semaphore);
 }
 
 } // extern "C"

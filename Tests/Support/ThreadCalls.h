@@ -8,7 +8,7 @@
 ///
 /// @code
 /// const ThreadsAndLocks none;                               // at the end as at the start
-/// const RandomYields yields;                                // at every lock, unlock and wait
+/// const RandomYields yields;                                // at every lock and unlock
 /// const ThreadFaults faults(ThreadFaults::onCreate, 3, EAGAIN); // the third thread does not start
 /// @endcode
 
@@ -19,9 +19,10 @@
 /// Makes one call fail. One object at a time; calls of any thread count.
 class ThreadFaults {
 public:
-    enum Call { onCreate, onJoin, onCondInit, onCondDestroy, onSemInit, onSemDestroy, callCount };
+    enum Call { onCreate, onJoin, onCondInit, onSemInit, onSemWait, callCount };
 
-    /// From now on the `n`-th `call` (1 is the next) does nothing and fails with `error`.
+    /// From now on the `n`-th `call` (1 is the next) fails with `error`. It does nothing, but for
+    /// onJoin, which joins.
     ThreadFaults(Call call, std::size_t n, int error);
     ThreadFaults(const ThreadFaults&) = delete;
     ThreadFaults& operator=(const ThreadFaults&) = delete;
@@ -32,16 +33,14 @@ public:
 };
 
 /// While it lives, every thread gives way at random (by a yield, or a sleep of some microseconds)
-/// before and after it locks, unlocks, waits or wakes: orders of events that are rare otherwise.
+/// before and after it locks, unlocks, posts or waits for a semaphore: orders of events that are
+/// rare otherwise.
 class RandomYields {
 public:
     RandomYields();
     RandomYields(const RandomYields&) = delete;
     RandomYields& operator=(const RandomYields&) = delete;
     ~RandomYields();
-
-    /// How often a thread gave way since the program began.
-    static std::size_t count();
 };
 
 /// Fails the test if there are more or fewer threads, or locks held, when it dies than when it was
@@ -53,10 +52,7 @@ public:
     ThreadsAndLocks& operator=(const ThreadsAndLocks&) = delete;
     ~ThreadsAndLocks();
 
-    /// The threads that the process has.
-    static std::ptrdiff_t threads();
-
-    /// The mutexes that its threads hold.
+    /// The mutexes that the threads of the process hold.
     static long locks();
 
 private:
@@ -69,8 +65,6 @@ private:
 class StressTime {
 public:
     explicit StressTime(double usual);
-
-    /// Whether time is left.
     bool isLeft() const;
 
 private:

@@ -2,12 +2,8 @@
 
 #include "Base/Thread/zeThreadMessage.h"
 
-#include <pthread.h>
-
-#include <algorithm>
 #include <atomic>
 #include <functional>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -17,7 +13,6 @@
 
 #include "Base/Thread/zeThreadMessageReceiver.h"
 #include "Base/Thread/zeThreadMessageSender.h"
-#include "Base/Thread/zeThreadMutex.h"
 #include "Base/Utility/zeRTBAsyncSignal.h"
 #include "Base/Utility/zeRTBSignal.h"
 #include "Support/ThreadCalls.h"
@@ -30,61 +25,71 @@ using zeThread::MessageSender;
 
 namespace {
 
-/// Writes its letter when it runs, and the small one when it is deleted.
-class Letter : public Message {
+/// Runs a function, and another one when it is deleted.
+class Call : public Message {
 public:
-    Letter(std::string& log, char letter, std::function<void()> body = nullptr)
-        : log_(log), letter_(letter), body_(std::move(body)) {}
-    ~Letter() override { log_ += static_cast<char>(letter_ - 'A' + 'a'); }
-
-    void dispatch() override {
-        log_ += letter_;
-        if (body_)
-            body_();
-    }
+    Call(std::function<void()> run, std::function<void()> end)
+        : run_(std::move(run)), end_(std::move(end)) {}
+    ~Call() override { end_(); }
+    void dispatch() override { run_(); }
 
 private:
+    std::function<void()> run_, end_;
+};
+
+/// Notes with how many locks it is told of each message.
+struct Receiver : MessageReceiver {
+    explicit Receiver(std::string& log) : log_(log) {}
+    ~Receiver() override { disconnect(); }
+    void onMessageReceived() override { log_ += std::to_string(ThreadsAndLocks::locks()); }
     std::string& log_;
-    char letter_;
-    std::function<void()> body_;
 };
 
 class MessageTest : public testing::Test {
 protected:
-    void send(MessageSender& sender, char letter, std::function<void()> body = nullptr) {
-        sender.send(new Letter(log_, letter, std::move(body)));
+    /// A message that writes its letter when it runs, and the small one when it is deleted.
+    Message* letter(
+        char name, std::function<void()> body = [] {}) {
+        const auto run = [this, name, body] {
+            log_ += name;
+            body();
+        };
+        return new Call(run, [this, name] { log_ += static_cast<char>(name - 'A' + 'a'); });
     }
 
-    /// What has been written since the last call.
+    /// Returns what has been written since the last call.
+    std::string send(
+        MessageSender& sender, char name, std::function<void()> body = [] {}) {
+        sender.send(letter(name, std::move(body)));
+        return taken();
+    }
+
+    /// Dispatches, and returns what has been written.
+    std::string run(MessageReceiver& receiver, int count) {
+        EXPECT_EQ(receiver.dispatch(), count);
+        return taken();
+    }
+
     std::string taken() { return std::exchange(log_, ""); }
 
     const ThreadsAndLocks none_;
     std::string log_;
 };
 
-struct Counter {
-    int sum = 0;
-    void add(int n) { sum += n; }
-};
-
-using IntSignal = zeRTB::SignalArg<int>;
-
 } // namespace
 
 TEST_F(MessageTest, RunsInTheOrderOfSendingWhenItIsDispatched) {
-    MessageReceiver receiver;
+    Receiver receiver(log_);
     MessageSender first, second;
     first.connect(receiver);
     receiver.connect(second);
-    EXPECT_EQ(receiver.dispatch(), 0);
-    send(first, 'A');
+    EXPECT_EQ(run(receiver, 0), "");
+    EXPECT_EQ(send(first, 'A'), "2") << "announced at once, under both locks";
     send(second, 'B');
     first.send(nullptr);
     send(first, 'C');
     receiver.wait(); // returns at once
-    EXPECT_EQ(taken(), "");
-    EXPECT_EQ(receiver.dispatch(), 3);
-    EXPECT_EQ(taken(), "AaBbCc");
+    EXPECT_EQ(run(receiver, 3), "AaBbCc");
     // What is sent meanwhile waits. No lock is held: a message may do anything.
     send(first, 'A', [&] {
         send(first, 'C');
@@ -92,186 +97,114 @@ TEST_F(MessageTest, RunsInTheOrderOfSendingWhenItIsDispatched) {
         second.disconnect();
     });
     send(second, 'B');
-    EXPECT_EQ(receiver.dispatch(), 2);
-    EXPECT_EQ(taken(), "AaBb");
-    EXPECT_EQ(receiver.dispatch(), 1);
-    EXPECT_EQ(taken(), "Cc");
-}
-
-TEST_F(MessageTest, IsDroppedWithoutAReceiver) {
-    MessageSender sender;
-    send(sender, 'A');
-    EXPECT_EQ(taken(), "a");
-    {
-        MessageReceiver receiver;
-        sender.connect(receiver);
-        sender.disconnect();
-        send(sender, 'A');
-        EXPECT_EQ(taken(), "a");
-        sender.connect(receiver);
-        send(sender, 'B');
-        receiver.disconnect();
-        send(sender, 'C');
-        EXPECT_EQ(taken(), "c");
-        sender.connect(receiver);
-        send(sender, 'D');
-        EXPECT_EQ(taken(), "");
-    }
-    EXPECT_EQ(taken(), "BbDd") << "ran when their receiver was destroyed";
-    send(sender, 'E');
-    EXPECT_EQ(taken(), "e");
-    sender.disconnect();
-}
-
-TEST_F(MessageTest, GoesToTheLastReceiverOfItsSender) {
-    MessageReceiver first, second;
-    {
-        MessageSender sender;
-        sender.connect(first);
-        send(sender, 'A');
-        sender.connect(second);
-        send(sender, 'B');
-        first.disconnect(); // no longer lists it
-        send(sender, 'C');
-        sender.connect(second);
-        send(sender, 'D');
-        first.disconnect(&sender); // not its receiver, and clears the sender's all the same
-        send(sender, 'E');
-        EXPECT_EQ(taken(), "e");
-        second.disconnect(&sender);
-    }
-    EXPECT_EQ(first.dispatch(), 1);
-    EXPECT_EQ(second.dispatch(), 3);
-    EXPECT_EQ(taken(), "AaBbCcDd");
-}
-
-TEST_F(MessageTest, MayThrowAwayTheRestOfItsBatch) {
-    MessageReceiver receiver;
-    MessageSender sender;
-    sender.connect(receiver);
-    send(sender, 'A');
-    send(sender, 'B', [] { throw std::runtime_error("message"); });
-    send(sender, 'C');
+    EXPECT_EQ(run(receiver, 2), "aBb");
+    EXPECT_EQ(run(receiver, 1), "Cc");
+    // One that throws takes the rest of its batch with it.
+    send(first, 'A', [] { throw std::runtime_error("message"); });
+    send(first, 'B');
     EXPECT_THROW(receiver.dispatch(), std::runtime_error);
-    EXPECT_EQ(taken(), "AaBbc");
-    std::vector<Message*> list{new Letter(log_, 'D'), new Letter(log_, 'E')};
+    EXPECT_EQ(taken(), "Aab");
+    std::vector<Message*> list{letter('D'), letter('E')};
     EXPECT_EQ(receiver.dispatchMessages(list), 2);
     EXPECT_TRUE(list.empty());
     EXPECT_EQ(taken(), "DdEe");
 }
 
-TEST_F(MessageTest, IsAnnouncedOnTheSendersThreadUnderBothLocks) {
-    struct Receiver : MessageReceiver {
-        ~Receiver() override { disconnect(); }
-        void onMessageReceived() override {
-            isOnSendersThread = pthread_equal(pthread_self(), sendersThread);
-            locks = ThreadsAndLocks::locks();
-        }
-        pthread_t sendersThread{};
-        bool isOnSendersThread = false;
-        long locks = 0;
-    } receiver;
+TEST_F(MessageTest, GoesToTheLastReceiverOfItsSenderIfAny) {
     MessageSender sender;
-    sender.connect(receiver);
+    EXPECT_EQ(send(sender, 'A'), "a");
     {
-        const Team team(1, [&](int) {
-            receiver.sendersThread = pthread_self();
-            send(sender, 'A');
-        });
+        MessageReceiver first, second;
+        sender.connect(first);
+        EXPECT_EQ(send(sender, 'B'), "");
+        sender.disconnect();
+        EXPECT_EQ(send(sender, 'C'), "c");
+        sender.connect(first);
+        first.disconnect();
+        EXPECT_EQ(send(sender, 'D'), "d");
+        sender.connect(first);
+        sender.connect(second);
+        first.disconnect(); // no longer lists it
+        send(sender, 'E');
+        sender.connect(second);
+        send(sender, 'F');
+        first.disconnect(&sender); // not its receiver, and clears the sender's all the same
+        EXPECT_EQ(send(sender, 'G'), "g");
+        second.disconnect(); // still lists it
+        sender.connect(second);
+        EXPECT_EQ(run(first, 1), "Bb");
     }
-    EXPECT_TRUE(receiver.isOnSendersThread);
-    EXPECT_EQ(receiver.locks, 2);
-    EXPECT_EQ(receiver.dispatch(), 1);
+    EXPECT_EQ(taken(), "EeFf") << "ran when their receiver was destroyed";
+    EXPECT_EQ(send(sender, 'H'), "h");
+    sender.disconnect();
 }
 
 TEST_F(MessageTest, CarriesTheFiringOfASignal) {
-    Counter counter;
-    IntSignal signal;
-    signal.connect(&counter, &Counter::add);
-    const auto firing = [&] { return new zeRTB::AsyncSignalArg<IntSignal>(&signal, 5); };
+    int sum = 0;
+    zeRTB::SignalArg<int> signal;
+    signal.connectOwned([&](int n) { sum += n; });
+    const auto firing = [&] { return new zeRTB::AsyncSignalArg(&signal, 5); };
     MessageReceiver receiver;
     MessageSender sender;
     sender.sendAsyncSignal(firing()); // dropped
     sender.connect(receiver);
     sender.sendAsyncSignal(firing());
     sender.sendAsyncSignal(nullptr);
-    EXPECT_EQ(counter.sum, 0);
+    EXPECT_EQ(sum, 0);
     EXPECT_EQ(receiver.dispatch(), 2);
-    EXPECT_EQ(counter.sum, 5);
+    EXPECT_EQ(sum, 5);
     zeThread::AsyncSignalMessage unsent(firing());
     unsent.dispatch();
     unsent.dispatch(); // the signal is gone
-    EXPECT_EQ(counter.sum, 10);
+    EXPECT_EQ(sum, 10);
 }
-
-namespace {
-
-constexpr int senderCount = 3;
-
-/// The number of the last message of each sender that this thread ran.
-thread_local long lastRun[senderCount];
-
-struct Traffic {
-    std::atomic<long> sent = 0, deleted = 0, run = 0;
-};
-
-class Numbered : public Message {
-public:
-    Numbered(Traffic& traffic, int sender, long number)
-        : traffic_(traffic), sender_(sender), number_(number) {}
-    ~Numbered() override { ++traffic_.deleted; }
-    void dispatch() override {
-        ++traffic_.run;
-        EXPECT_LT(std::exchange(lastRun[sender_], number_), number_) << "in the order of sending";
-    }
-
-private:
-    Traffic& traffic_;
-    int sender_;
-    long number_;
-};
-
-} // namespace
 
 // Senders send, receivers take senders over from each other and die, all at once.
 TEST_F(MessageTest, ArrivesInOrderOrIsDroppedWhoeverConnectsAndDies) {
     const RandomYields yields;
-    for (const StressTime time(0.5); time.isLeft();) {
-        Traffic traffic;
-        MessageSender senders[senderCount];
+    constexpr int count = 3, each = 40;
+    static thread_local int last[count]; // that this thread ran of each sender
+    std::atomic<int> alive = 0, runs = 0;
+    int round = 0;
+    for (const StressTime time(0.4); time.isLeft(); ++round) {
+        MessageSender senders[count];
         MessageReceiver steady; // lives as long as the others come and go
-        std::atomic<int> working = senderCount;
+        std::atomic<int> working = count;
+        const auto send = [&](int sender) {
+            for (int i = 1; i <= each; ++i) {
+                const auto run = [&runs, sender, number = round * each + i] {
+                    ++runs;
+                    EXPECT_LT(std::exchange(last[sender], number), number);
+                };
+                ++alive;
+                senders[sender].send(new Call(run, [&alive] { --alive; }));
+                if (i % 7 == 0)
+                    senders[sender].connect(steady);
+                if (i % 17 == 0)
+                    senders[sender].disconnect();
+            }
+            --working;
+        };
+        const auto receive = [&](int sender) {
+            for (int i = sender; working > 0; ++i) {
+                MessageReceiver passing;
+                MessageSender brief;
+                brief.connect(steady);
+                passing.connect(senders[sender]);
+                passing.connect(senders[i % count]);
+                sched_yield();
+                if (i % 2 == 0) {
+                    passing.connect(brief);
+                    passing.dispatch();
+                }
+                (i % 3 == 0 ? passing : steady).disconnect();
+            }
+        };
         {
-            const Team team(2 * senderCount, [&](int number) {
-                MessageSender& sender = senders[number % senderCount];
-                for (int i = 1; number < senderCount && i <= 100; ++i) {
-                    ++traffic.sent;
-                    sender.send(new Numbered(traffic, number, i));
-                    if (i % 16 == 0)
-                        sender.connect(steady);
-                    if (i % 40 == 0)
-                        sender.disconnect();
-                }
-                if (number < senderCount)
-                    --working;
-                for (int i = number; number >= senderCount && working > 0; ++i) {
-                    MessageReceiver passing;
-                    MessageSender brief;
-                    brief.connect(steady);
-                    passing.connect(sender);
-                    passing.connect(senders[i % senderCount]);
-                    sched_yield();
-                    if (i % 2 == 0) {
-                        passing.connect(brief);
-                        passing.dispatch();
-                    }
-                    (i % 3 == 0 ? passing : steady).disconnect();
-                }
-            });
+            const Team team(2 * count, [&](int i) { i < count ? send(i) : receive(i - count); });
         }
-        std::fill(std::begin(lastRun), std::end(lastRun), 0);
         steady.dispatch();
-        EXPECT_EQ(traffic.deleted, traffic.sent);
-        EXPECT_GT(traffic.run, 0);
+        EXPECT_EQ(alive, 0);
     }
+    EXPECT_GT(runs, 0);
 }

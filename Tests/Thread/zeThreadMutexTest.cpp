@@ -7,6 +7,7 @@
 #include <chrono>
 #include <ctime>
 #include <thread>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -27,22 +28,15 @@ using zeUtil::Interval;
 namespace {
 
 /// A point in time on the system's clock.
-Interval inMilliseconds(long milliseconds) {
+Interval fromNow(double seconds) {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
-    const long microseconds = now.tv_nsec / 1000 + milliseconds * 1000;
-    Interval point;
-    point.seconds = static_cast<int>(now.tv_sec + microseconds / 1000000);
-    point.microseconds = static_cast<int>(microseconds % 1000000);
-    return point;
+    return {static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9 + seconds};
 }
 
-bool hasPassed(Interval point) {
-    return !(inMilliseconds(0) < point);
-}
-
-void sleepMilliseconds(int n) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(n));
+/// For other threads to fall asleep, if they do.
+void sleepBriefly() {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
 }
 
 } // namespace
@@ -53,15 +47,12 @@ TEST(MutexOp, UnlocksWhatItLockedIfItIsTold) {
         Mutex mutex(!unlockOnDestroy);
         {
             const MutexOp unused(mutex, unlockOnDestroy);
-            EXPECT_EQ(ThreadsAndLocks::locks(), 0);
-        }
-        {
             MutexOp op(mutex, unlockOnDestroy);
+            EXPECT_EQ(ThreadsAndLocks::locks(), 0);
             op.lock();
             op.unlock();
             EXPECT_EQ(ThreadsAndLocks::locks(), 0);
             op.lock();
-            EXPECT_EQ(ThreadsAndLocks::locks(), 1);
         }
         EXPECT_EQ(ThreadsAndLocks::locks(), unlockOnDestroy ? 0 : 1);
         if (!unlockOnDestroy)
@@ -73,64 +64,39 @@ TEST(Condition, WaitsUntilAPointInTime) {
     Condition condition;
     MutexOp op(condition.getMutex(), true);
     op.lock();
-    for (const Interval past : {Interval(0.000001), Interval("5s"), inMilliseconds(-1)}) {
-        const auto start = std::chrono::steady_clock::now();
+    const Interval start = fromNow(0);
+    for (const Interval past : {Interval(0.000001), Interval("5s"), fromNow(-1)})
         EXPECT_EQ(condition.wait(past), ETIMEDOUT);
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
-    }
-    const Interval future = inMilliseconds(30);
+    EXPECT_LT(fromNow(-3), start);
+    const Interval future = fromNow(0.03);
     while (condition.wait(future) == 0) {
     }
-    EXPECT_TRUE(hasPassed(future));
-    Interval wrong;
-    wrong.microseconds = -1;
-    EXPECT_EQ(condition.wait(wrong), EINVAL);
+    EXPECT_FALSE(fromNow(0) < future);
 }
 
 TEST(Condition, ReportsThatTheSystemMadeNone) {
     const ThreadFaults faults(ThreadFaults::onCondInit, 1, ENOMEM);
-    try {
-        const Condition condition;
-        ADD_FAILURE();
-    } catch (const zeUtil::Error& error) {
-        EXPECT_EQ(error, zeUtil::Error(1, "Cannot initialize pthread condition: %s",
-                                       "Cannot allocate memory"));
-    }
-}
-
-TEST(ConditionDeathTest, EndsTheProcessIfItIsInUse) {
-    const auto destroy = [] {
-        const ThreadFaults faults(ThreadFaults::onCondDestroy, 1, EBUSY);
-        const Condition condition;
-    };
-    EXPECT_DEATH(destroy(), "zeUtil::Error");
+    EXPECT_EQ(
+        thrownBy([] { Condition(); }),
+        zeUtil::Error(1, "Cannot initialize pthread condition: %s", "Cannot allocate memory"));
 }
 
 TEST(RWLock, CountsWhoHoldsIt) {
     const ThreadsAndLocks none;
     RWLock lock;
-    const auto expect = [&](int readers, bool hasWriter, int line) {
-        EXPECT_EQ(lock.numberOfReaders(), readers) << "line " << line;
-        EXPECT_EQ(lock.hasWriter(), hasWriter) << "line " << line;
-    };
-    expect(0, false, __LINE__);
-    for (const bool ignored : {false, true}) {
-        {
-            RWLockOp first(lock, ignored), second(lock, ignored);
-            expect(0, false, __LINE__);
-            first.read();
-            second.read();
-            expect(2, false, __LINE__);
-            first.unlock();
-            first.unlock(); // nothing more
-            expect(1, false, __LINE__);
-        }
-        {
-            RWLockOp op(lock, ignored);
-            op.write();
-            expect(0, true, __LINE__);
-        }
-        expect(0, false, __LINE__);
+    const auto state = [&] { return std::pair(lock.numberOfReaders(), lock.hasWriter()); };
+    {
+        RWLockOp first(lock, false), second(lock, true);
+        EXPECT_EQ(state(), std::pair(0, false));
+        first.read();
+        second.read();
+        EXPECT_EQ(state(), std::pair(2, false));
+        first.unlock();
+        first.unlock(); // nothing more
+        EXPECT_EQ(state(), std::pair(1, false));
+        second.unlock();
+        first.write();
+        EXPECT_EQ(state(), std::pair(0, true));
     }
     {
         RWLockOp both(lock, true);
@@ -138,54 +104,48 @@ TEST(RWLock, CountsWhoHoldsIt) {
         lock.readUnlock();
         both.write();
     }
-    expect(-1, true, __LINE__); // one side is released, the reader's
-    lock.writeUnlock();
+    EXPECT_EQ(state(), std::pair(-1, true)) << "one side is released, the reader's";
 }
 
-TEST(RWLock, LetsReadersPassAWaitingWriter) {
+TEST(RWLock, LetsReadersPassAWaitingWriterAndAllReadersInBehindIt) {
     const ThreadsAndLocks none;
     RWLock lock;
-    std::atomic<bool> hasWritten = false;
+    std::atomic<bool> writes = false, mayEnd = false;
+    std::atomic<int> inside = 0;
     lock.readLock();
     lock.readLock();
     const Team writer(1, [&](int) {
         lock.writeLock();
-        hasWritten = true;
+        for (writes = true; !mayEnd;)
+            sched_yield();
         lock.writeUnlock();
     });
-    sleepMilliseconds(10);
+    sleepBriefly();
     lock.readLock(); // though a writer waits
     lock.readUnlock();
     lock.readUnlock();
-    sleepMilliseconds(10);
-    EXPECT_FALSE(hasWritten);
+    sleepBriefly();
+    EXPECT_FALSE(writes);
     lock.readUnlock(); // the last one wakes it
-    while (!hasWritten)
+    while (!writes)
         sched_yield();
-}
-
-TEST(RWLock, LetsAllReadersInBehindAWriter) {
-    const ThreadsAndLocks none;
-    RWLock lock;
-    std::atomic<int> inside = 0;
-    lock.writeLock();
     const Team readers(3, [&](int) {
         lock.readLock();
         for (++inside; inside < 3;)
             sched_yield();
         lock.readUnlock();
     });
-    sleepMilliseconds(10);
+    sleepBriefly();
     EXPECT_EQ(inside, 0);
-    lock.writeUnlock();
+    mayEnd = true;
 }
 
 TEST(RWLock, KeepsReadersAndWritersApart) {
     const ThreadsAndLocks none;
     const RandomYields yields;
-    const StressTime time(0.3);
+    const StressTime time(0.2);
     RWLock lock;
-    long first = 0, second = 0, written = 0; // guarded by `lock`
+    long first = 0, second = 0; // guarded by `lock`
     {
         const Team team(5, [&](int number) {
             // Readers pause in between: a stream of them would keep the writers out.
@@ -196,11 +156,9 @@ TEST(RWLock, KeepsReadersAndWritersApart) {
                     ++first;
                     sched_yield();
                     ++second;
-                    ++written;
                 } else {
                     op.read();
                     EXPECT_EQ(first, second);
-                    EXPECT_FALSE(lock.hasWriter());
                     op.unlock();
                     if (round % 8 == 0)
                         std::this_thread::sleep_for(std::chrono::microseconds(200));
@@ -208,8 +166,7 @@ TEST(RWLock, KeepsReadersAndWritersApart) {
             }
         });
     }
-    EXPECT_GT(written, 0);
-    EXPECT_EQ(first, written);
+    EXPECT_GT(first, 0);
     EXPECT_EQ(lock.numberOfReaders(), 0);
     EXPECT_FALSE(lock.hasWriter());
 }

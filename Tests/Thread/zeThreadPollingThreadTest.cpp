@@ -2,17 +2,14 @@
 
 #include "Base/Thread/zeThreadPollingThread.h"
 
-#include <pthread.h>
+#include <sched.h>
 
 #include <atomic>
 #include <cerrno>
-#include <functional>
 #include <memory>
-#include <utility>
 
 #include <gtest/gtest.h>
 
-#include "Base/Thread/zeThreadMessage.h"
 #include "Base/Thread/zeThreadMessageReceiver.h"
 #include "Base/Thread/zeThreadMessageSender.h"
 #include "Support/ThreadCalls.h"
@@ -23,134 +20,110 @@ using zeUtil::Error;
 
 namespace {
 
+/// Of calls of poll(). The one that ends as number `last` says that it is enough.
+struct Polls {
+    std::atomic<int> begun = 0, ended = 0;
+    int last = 3;
+};
+
+/// Sends a message in each call.
 class Poller : public PollingThread {
 public:
-    explicit Poller(std::function<bool()> body) : body_(std::move(body)) {}
+    explicit Poller(Polls& polls) : polls_(polls) {}
     bool poll() override {
-        ++polls;
-        return body_();
+        Polls& polls = polls_; // this object may be on its way out before the call ends
+        getSender().sendAsyncSignal(nullptr);
+        ++polls.begun;
+        for (int i = 0; i < 100; ++i)
+            sched_yield();
+        return ++polls.ended != polls.last;
     }
 
-    std::atomic<int> polls = 0;
-
 private:
-    std::function<bool()> body_;
+    Polls& polls_;
 };
 
 class PollingThreadTest : public testing::Test {
 protected:
-    /// Notes the end of `thread`.
-    void watch(PollingThread& thread) {
-        thread.getSigTerminated().connectOwned([this](PollingThread* which) {
-            ended_ = which;
-            endedOn_ = pthread_self();
+    PollingThreadTest() {
+        poller_->getSigTerminated().connectOwned([this](PollingThread* which) {
+            EXPECT_EQ(which, poller_.get());
+            isOver_ = true;
         });
     }
 
-    void dispatchUntilEnd() {
-        while (!ended_) {
+    /// Returns how many messages were dispatched.
+    int dispatchUntilEnd() {
+        int messages = 0;
+        while (!isOver_) {
             receiver_.wait();
-            receiver_.dispatch();
+            messages += receiver_.dispatch();
         }
+        return messages;
     }
 
     const ThreadsAndLocks none_;
-    PollingThread* ended_ = nullptr;
-    pthread_t endedOn_{};
+    bool isOver_ = false;
     MessageReceiver receiver_;
+    Polls polls_;
+    std::unique_ptr<PollingThread> poller_ = std::make_unique<Poller>(polls_);
 };
 
-struct Add : zeThread::Message {
-    explicit Add(int& sum) : sum_(sum) {}
-    void dispatch() override { ++sum_; }
-    int& sum_;
-};
+const Error startedAlready(1, "Object started already");
 
 } // namespace
 
 TEST_F(PollingThreadTest, PollsUntilItIsEnough) {
-    int left = 3, sum = 0;
-    Poller* self = nullptr;
-    Poller poller([&] {
-        self->getSender().send(new Add(sum));
-        return --left > 0;
-    });
-    self = &poller;
-    watch(poller);
-    EXPECT_EQ(poller.start(receiver_), Error());
-    EXPECT_EQ(poller.start(receiver_), Error(1, "Object started already"));
-    dispatchUntilEnd();
-    EXPECT_EQ(ended_, &poller);
-    EXPECT_TRUE(pthread_equal(endedOn_, pthread_self()));
-    EXPECT_EQ(poller.polls, 3);
-    EXPECT_EQ(sum, 3) << "sent before the end was";
-    EXPECT_EQ(poller.start(receiver_), Error(1, "Object started already"));
+    EXPECT_EQ(poller_->start(receiver_), Error());
+    EXPECT_EQ(poller_->start(receiver_), startedAlready);
+    EXPECT_EQ(dispatchUntilEnd(), 3 + 1) << "the end comes last";
+    EXPECT_EQ(polls_.ended, 3);
+    EXPECT_EQ(poller_->start(receiver_), startedAlready);
 }
 
 TEST_F(PollingThreadTest, StopsWhenItIsTold) {
-    Poller poller([] { return true; });
-    watch(poller);
-    EXPECT_EQ(poller.start(receiver_), Error());
-    while (poller.polls == 0)
+    polls_.last = 0; // for ever
+    EXPECT_EQ(poller_->start(receiver_), Error());
+    while (polls_.begun == 0)
         sched_yield();
-    EXPECT_EQ(receiver_.dispatch(), 0);
-    poller.terminateAsync();
-    dispatchUntilEnd();
-    const int polls = poller.polls;
-    EXPECT_EQ(receiver_.dispatch(), 0);
-    EXPECT_EQ(poller.polls, polls);
+    EXPECT_FALSE(isOver_);
+    poller_->terminateAsync();
+    const int messages = dispatchUntilEnd();
+    EXPECT_EQ(messages, polls_.ended + 1);
 }
 
 TEST_F(PollingThreadTest, NeverPollsIfItWasStoppedBefore) {
-    Poller poller([] { return true; });
-    watch(poller);
-    poller.terminateAsync();
+    poller_->terminateAsync();
     {
         const ThreadFaults faults(ThreadFaults::onCreate, 1, EAGAIN);
-        EXPECT_EQ(poller.start(receiver_),
+        EXPECT_EQ(poller_->start(receiver_),
                   Error(1, "pthread_create() failed: Resource temporarily unavailable"));
-        poller.getSender().sendAsyncSignal(nullptr);
+        poller_->getSender().sendAsyncSignal(nullptr);
         EXPECT_EQ(receiver_.dispatch(), 0) << "the sender is disconnected again";
     }
-    EXPECT_EQ(poller.start(receiver_), Error());
-    dispatchUntilEnd();
-    EXPECT_EQ(poller.polls, 0);
+    EXPECT_EQ(poller_->start(receiver_), Error());
+    EXPECT_EQ(dispatchUntilEnd(), 1);
+    EXPECT_EQ(polls_.begun, 0);
 }
 
 TEST_F(PollingThreadTest, MayBeDeletedWhenItsEndIsReported) {
     const RandomYields yields;
-    for (const StressTime time(0.2); time.isLeft();) {
-        bool isOver = false;
-        auto poller = std::make_unique<Poller>([] { return false; });
-        poller->getSigTerminated().connectOwned([&](PollingThread*) {
-            poller = nullptr;
-            isOver = true;
-        });
-        EXPECT_EQ(poller->start(receiver_), Error());
-        while (!isOver) {
-            receiver_.wait();
-            receiver_.dispatch();
-        }
+    poller_->getSigTerminated().connectOwned([this](PollingThread*) { poller_ = nullptr; });
+    EXPECT_EQ(poller_->start(receiver_), Error());
+    while (poller_) {
+        receiver_.wait();
+        receiver_.dispatch();
     }
 }
 
 TEST_F(PollingThreadTest, IsWaitedForByItsDestructor) {
-    std::atomic<bool> isThrough = false;
+    polls_.last = 1;
     {
-        MessageReceiver gone;
-        Poller poller([&] {
-            for (int i = 0; i < 100; ++i)
-                sched_yield();
-            isThrough = true;
-            return false;
-        });
-        watch(poller);
-        EXPECT_EQ(poller.start(gone), Error());
-        while (!isThrough)
-            sched_yield();
-        gone.disconnect(); // or the end would be reported when `gone` is destroyed, after the
-                           // poller
-        gone.dispatch();
+        MessageReceiver gone; // what is sent later is dropped
+        EXPECT_EQ(poller_->start(gone), Error());
     }
-    EXPECT_TRUE(isThrough);
+    while (polls_.begun == 0)
+        sched_yield();
+    poller_ = nullptr;
+    EXPECT_EQ(polls_.ended, 1);
 }

@@ -11,6 +11,7 @@
 
 #include "Base/Thread/zeThreadThread.h"
 #include "Base/Utility/zeRTBSignal.h"
+#include "Base/Utility/zeUtilError.h"
 
 /// Threads 0, 1, 2 and so on, each of which runs `body` with its number. Waits for all when it
 /// dies.
@@ -35,3 +36,14 @@ private:
     std::function<void(int)> body_;
     std::vector<std::unique_ptr<zeThread::Thread>> members_;
 };
+
+/// The Error that `body` throws, or success.
+template<class Body>
+zeUtil::Error thrownBy(Body body) {
+    try {
+        body();
+    } catch (const zeUtil::Error& error) {
+        return error;
+    }
+    return {};
+}
