@@ -68,7 +68,7 @@ public:
 
     void wait() override;
 
-    /// Installs the Pool again, too, even if it was not installed before acquire().
+    /// Also installs the Pool again, even if it was not installed before acquire().
     void release() override;
 
     /// The number that the Pool was made with; 1 without one.
