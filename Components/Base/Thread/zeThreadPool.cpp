@@ -28,15 +28,14 @@ PoolImpl::PoolImpl(int n) {
 
 void PoolImpl::startThreads(int n) {
     for (int i = 0; i < n; ++i) {
-        auto thread = std::make_unique<Thread>();
+        // Kept before it is started: a thread that runs must not be lost.
+        Thread& thread = *threads_.emplace_back(std::make_unique<Thread>());
         // Not tied to a client: each worker destroys the connection by itself at its end, and would
         // change the client's list while others do.
-        thread->getSignal()->connect(this, &PoolImpl::threadFunc);
-        threads_.reserve(threads_.size() + 1); // a thread that runs must not be lost
-        const zeUtil::Error error = thread->start();
+        thread.getSignal()->connect(this, &PoolImpl::threadFunc);
+        const zeUtil::Error error = thread.start();
         if (error.code() != 0)
             throw error;
-        threads_.push_back(std::move(thread));
     }
 }
 
@@ -46,6 +45,7 @@ PoolImpl::~PoolImpl() {
     waitForThreads();
 }
 
+/// Passes by the one that could not be started.
 void PoolImpl::waitForThreads() {
     for (const std::unique_ptr<Thread>& thread : threads_)
         static_cast<void>(thread->wait());

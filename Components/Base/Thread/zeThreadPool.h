@@ -49,7 +49,7 @@ public:
     ~Pool() override;
 
     /// @{
-    /// Runs the algorithm, and returns when it is done. Afterwards the Pool is installed, also if
+    /// Runs the algorithm, and returns when it is done. Afterwards the Pool is installed, even if
     /// it was not before. What `initialize` and `finalize` throw passes through; an exception that
     /// leaves `threadFunc` ends the process. Not to be called while the Pool executes or is
     /// acquired. Waking the workers and waiting for them costs some 50 microseconds, or less than

@@ -346,8 +346,8 @@ void QueueImpl::handOver(TaskRecord* record) {
     ++inFlight_;
     ready_.append(record);
     noteReady();
-    condition_.signal();
     op.unlock();
+    condition_.signal(); // without the mutex, so that the worker who wakes finds it free
     needWait_ = true;
 }
 

@@ -54,20 +54,21 @@ public:
     /// made without, but not used. Throws the zeUtil::Error of Semaphore or Condition.
     TaskQueue();
 
-    /// The queue must have been released. One that is installed is uninstalled.
+    /// The queue must have been released: with the workers still in it, the destructor would not
+    /// return. One that is installed is uninstalled.
     ~TaskQueue() override;
 
     /// Takes all workers of the Pool, and uninstalls the Pool, which must not be executing. Not to
-    /// be nested, also not with another queue on the same Pool.
+    /// be nested, nor called for two queues on the same Pool at once.
     void acquire() override;
 
     /// Takes over the task. Returns when its tree has been looked at as far as the workers have
-    /// room; that is, waits while each of them has two tasks ahead.
+    /// room; that is, waits while each of them has two tasks ahead. Not to be called by a task.
     void submit(zeUtil::ThreadedTask* task) override;
 
     void wait() override;
 
-    /// Installs the Pool again, too, also if it was not installed before acquire().
+    /// Also installs the Pool again, even if it was not installed before acquire().
     void release() override;
 
     /// The number that the Pool was made with; 1 without one.

@@ -53,12 +53,12 @@ public:
     Ordering& operator=(const Ordering&) = delete;
     ~Ordering();
 
-    /// Makes it the indices from 0 to `size` - 1, in this order, also if it had this size before;
-    /// then the array stays where it is. `size` is at most 2147483647. Throws std::bad_alloc and
-    /// changes nothing if memory runs out.
+    /// Makes it the indices from 0 to `size` - 1, in this order, even if it had this size before;
+    /// then the array stays where it is. `size`, which is taken as an int, is at most 2147483647.
+    /// Throws std::bad_alloc and changes nothing if memory runs out.
     void resize(unsigned long size);
 
-    /// The first index; null when empty. Valid until resize() changes the size.
+    /// The first index; null before the first resize(). Valid until resize() changes the size.
     int* begin() { return indices_; }
     /// Behind the last index.
     int* end() { return indices_ + size_; }

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// How far a long operation has come, and whether it shall stop: zeUtil::Progress.
+/// How far a long operation has come, and whether it should stop: zeUtil::Progress.
 ///
 /// A caller hands a Progress to an operation, which reports a fraction from 0 to 1 and asks from
 /// time to time whether to go on. An operation of several steps gives each of them a phase with
 /// its share of the whole. A phase is a Progress too, and runs from 0 to 1 in its own terms.
 ///
 /// **Who listens.** A user interface connects to the signals of the first Progress, the root. Every
-/// signal passes this root. `getSigUpdate()` fires after each set(), also if the value is the same;
+/// signal passes this root. `getSigUpdate()` fires after each set(), even if the value is the same;
 /// nothing throttles it. `getSigCheckCancel()` fires when the operation asks cancelled(): there the
 /// interface looks for input, and calls cancel() if the user wants to stop.
 ///
@@ -81,7 +81,7 @@ public:
     /// Asks the whole operation to stop, for good. Fires nothing.
     void cancel();
 
-    /// Whether the whole operation shall stop. Until somebody called cancel(), it fires the
+    /// Whether the whole operation should stop. Until somebody called cancel(), it fires the
     /// check-cancel signal, in which a listener may do so.
     bool cancelled();
 

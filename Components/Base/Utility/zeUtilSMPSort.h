@@ -106,8 +106,9 @@ private:
 
 /// Sorts the range by `pred`, a strict weak order that threads may call at once, with the threads
 /// of ThreadPool::get(), which must not have 0. With a pool of one thread it is std::sort.
-/// Otherwise `T` must be default-constructible and copyable, the cost is that of std::sort for one
-/// half and of a copy of the range, and std::bad_alloc leaves the halves sorted.
+/// Otherwise `T` must be default-constructible and copyable, and the cost is that of std::sort for
+/// one half and of a copy of the range. A std::bad_alloc for the copy leaves the halves sorted;
+/// what `pred`, or the assignment of an element, throws on a thread ends the process.
 template<class T, class Pred>
 void SMPSort(T* begin, T* end, Pred pred) {
     ThreadPool* pool = ThreadPool::get();

@@ -99,8 +99,9 @@ public:
     /// Whether setNoCancel() was not called.
     bool isCancellable() const { return !noCancel_; }
 
-    /// The number of threads of ThreadPool::get(). That is 1 inside of a task, also while a queue
-    /// with many threads executes it: what the task starts in parallel runs serially.
+    /// The number of threads of ThreadPool::get(), on which an algorithm that the task executes
+    /// would run. That is 1 while a zeThread::TaskQueue is acquired, which has the threads for
+    /// itself.
     int getNumThreads() const;
 
 private:

@@ -137,10 +137,10 @@ TEST(Ordering, SortsIndicesByTheirElements) {
     EXPECT_EQ(std::set<int>(order.begin(), order.end()).size(), data.size());
 
     const int* const before = order.begin();
-    for (unsigned long size : {1000ul, 3ul, 0ul}) {
+    for (unsigned long size : {1000ul, 3ul, 0ul, (1ul << 32) + 2}) { // the last one as an int
         order.resize(size);
         EXPECT_TRUE(size != 1000 || order.begin() == before) << "the same size keeps the array";
-        std::vector<int> identity(size);
+        std::vector<int> identity(static_cast<unsigned int>(size));
         std::iota(identity.begin(), identity.end(), 0);
         EXPECT_EQ(std::vector<int>(order.begin(), order.end()), identity);
     }

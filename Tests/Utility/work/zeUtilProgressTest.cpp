@@ -144,6 +144,13 @@ TEST(Progress, AddsUpPhasesAsAPlainTreeDoes) {
     }
 }
 
+TEST(Progress, TakesAValueAsAChangeThatIsAdded) {
+    Progress progress;
+    progress.set(-1e17);
+    progress.set(0.5);
+    EXPECT_EQ(progress.get(), 0.0) << "the change is rounded to 1e17";
+}
+
 TEST(Progress, SpeaksForTheWholeInEveryPhase) {
     Progress progress, phase, inner;
     progress.subPhase(0.5, phase);

@@ -2,8 +2,6 @@
 
 #include "Base/Utility/zeUtilOrdering.h"
 
-#include <cassert>
-#include <climits>
 #include <numeric>
 
 namespace zeUtil {
@@ -13,7 +11,6 @@ Ordering::~Ordering() {
 }
 
 void Ordering::resize(unsigned long size) {
-    assert(size <= INT_MAX);
     const int newSize = static_cast<int>(size);
     if (newSize != size_) {
         int* indices = new int[static_cast<unsigned long>(newSize)];
