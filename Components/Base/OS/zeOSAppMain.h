@@ -67,8 +67,8 @@ public:
     /// Replaces the content of `arguments` by the arguments, the program's name first; none before
     /// initialize().
     void getArgs(std::vector<zeString::IString>& arguments);
-    /// The file's name in the program's name. Like getAppLocation() and getPluginDirectories() it
-    /// requires that initialize() was called.
+    /// The program's name without its directory part. Like getAppLocation() and
+    /// getPluginDirectories() it requires that initialize() was called.
     const zeString::IString& getAppName();
 
     /// The directory of the program's file, as far as the program's name says: its directory part,

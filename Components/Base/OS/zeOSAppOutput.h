@@ -151,8 +151,8 @@ public:
     void setLevel(int level);
 
     /// @{
-    /// Prints to `status` and `log`, each by its own level and indent. The two names do the same,
-    /// and tell a reader what is meant.
+    /// Prints to `status` and `log`, each by its own level and indent. The two do the same: the
+    /// name tells a reader what is meant.
     void error(const char* format, ...) const ZEBASE_FORMAT(2, 3);
     void error(int level, const char* format, ...) const ZEBASE_FORMAT(3, 4);
     void info(const char* format, ...) const ZEBASE_FORMAT(2, 3);
