@@ -18,8 +18,8 @@ using zeString::IString;
 namespace zeOS {
 namespace {
 
-/// Guards AppMain's caches and its search path. Never held during a file query, which may run code
-/// of the application.
+/// Guards the filling of AppMain's caches and of its search path. Never held during a file query,
+/// which may run code of the application.
 std::mutex mutex;
 using Lock = std::lock_guard<std::mutex>;
 
@@ -28,8 +28,8 @@ const IString& emptyText() {
     return text;
 }
 
-/// The text in `cache`, which is looked for while it is empty. Once it is returned it never
-/// changes, so that nobody needs a lock to read it.
+/// The text in `cache`, which is looked for while it is empty. What this returns never changes, so
+/// that nobody needs a lock to read it.
 template<class Find>
 const IString& cached(IString& cache, Find find) {
     {
