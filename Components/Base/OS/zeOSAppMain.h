@@ -13,7 +13,10 @@
 /// chooses, and from "PATH": do not load code from it in a program that runs with rights that its
 /// caller lacks. getPluginDirectories() includes that place.
 ///
-/// Threads: any thread may call; only initialize() must not overlap with other calls.
+/// Threads: any thread may call, but initialize(), addDirectoryToPath() and
+/// removeDirectoryFromPath() belong to start-up: they must not overlap with other calls. A text
+/// that is returned by reference is the same object for all threads: copy it before asking for its
+/// narrow form.
 ///
 /// @code
 /// const char* const arguments[] = {"/bin/sh", "-v", nullptr};
@@ -49,8 +52,9 @@ public:
     /// @{
     /// Keeps what `main` was given: `argc` arguments, the program's name first, and the
     /// environment. Nothing is copied. The arrays stay the caller's, and must remain as they are.
-    /// The narrow form does not touch what the wide one kept, nor the reverse, and narrow arguments
-    /// come first where both were given.
+    /// The narrow form does not touch what the wide one kept, nor the reverse. Where both were
+    /// called, narrow arguments come first, and `argc` is that of the last call: it must hold for
+    /// both.
     void initialize(int argc, char const* const* argv, char const* const* envp);
     void initialize(int argc, wchar_t const* const* argv, wchar_t const* const* envp);
     /// @}
@@ -63,14 +67,14 @@ public:
     /// Replaces the content of `arguments` by the arguments, the program's name first; none before
     /// initialize().
     void getArgs(std::vector<zeString::IString>& arguments);
-    /// The file's name in the program's name. Like getAppLocation() and getPluginDirectories() it
-    /// requires that initialize() was called.
+    /// The program's name without its directory part. Like getAppLocation() and
+    /// getPluginDirectories() it requires that initialize() was called.
     const zeString::IString& getAppName();
 
     /// The directory of the program's file, as far as the program's name says: its directory part,
     /// if there is such a file, or else the directory of "PATH" that has one. Relative if that is
     /// relative: "." for a program that was started as `./tool`. As long as it is not found, each
-    /// call looks again, and a success changes the text that earlier calls returned.
+    /// call looks again.
     const zeString::IString& getAppLocation();
     /// The directory of this library's file; if the library is linked statically, that of the
     /// program or plug-in that holds it.

@@ -14,8 +14,9 @@
 /// `const wchar_t*`. Where the locale cannot convert an argument, the text ends before it: call
 /// `setlocale(LC_ALL, "")` at the start of the program.
 ///
-/// Threads: a stream, and so AppOutput with its four, belongs to one thread at a time; any thread
-/// may call getInstance().
+/// Threads: a stream, and so AppOutput with its four, belongs to one thread at a time; calls of
+/// AppOutputStream::elapsed() must not overlap, whatever the stream; any thread may call
+/// getInstance().
 ///
 /// @code
 /// zeOS::AppOutput& output = zeOS::AppOutput::getInstance();
@@ -100,7 +101,8 @@ public:
     /// @copydoc operator()(const char*, ...) const
     void printArg(const char* format, va_list arguments) const ZEBASE_FORMAT(2, 0);
 
-    /// Prints if `level` is at most getLevel(). What is not printed costs a call and a comparison.
+    /// Prints if `level` is at most getLevel(). What is not printed costs a call and two
+    /// comparisons.
     void operator()(int level, const char* format, ...) const ZEBASE_FORMAT(3, 4);
     /// @copydoc operator()(int, const char*, ...) const
     void printf(int level, const char* format, ...) const ZEBASE_FORMAT(3, 4);
@@ -116,7 +118,7 @@ public:
     /// @{
 
     /// A duration: "1.500 seconds", or "62:05 minutes" from 60 seconds on. Empty while the stream
-    /// is closed. Valid until the next call on any stream, whichever thread makes it.
+    /// is closed. Valid until the next call on any stream.
     const char* elapsed(double seconds) const;
     /// "" for 1, else "s".
     static const char* plural(int n);
@@ -149,8 +151,8 @@ public:
     void setLevel(int level);
 
     /// @{
-    /// Prints to `status` and `log`, each by its own level and indent. The two names do the same,
-    /// and tell a reader what is meant.
+    /// Prints to `status` and `log`, each by its own level and indent. The two do the same: the
+    /// name tells a reader what is meant.
     void error(const char* format, ...) const ZEBASE_FORMAT(2, 3);
     void error(int level, const char* format, ...) const ZEBASE_FORMAT(3, 4);
     void info(const char* format, ...) const ZEBASE_FORMAT(2, 3);

@@ -6,8 +6,8 @@
 /// What a channel prints goes to zeOS::AppOutput::status of zeOS::AppOutput::getInstance(), if the
 /// channel is on. While it is off, a print costs a call and the test of two flags.
 ///
-/// Threads: channels belong to the thread that uses zeOS::AppOutput; enabled() and
-/// enableEveryChannel() may be called by any thread.
+/// Threads: channels belong to the thread that uses zeOS::AppOutput; any thread may call
+/// enableEveryChannel().
 ///
 /// @code
 /// #include "Base/OS/zeOSAppOutput.h"

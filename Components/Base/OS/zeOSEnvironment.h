@@ -25,7 +25,7 @@
 namespace zeOS {
 
 /// @{
-/// Whether the variable is set, be it to an empty value.
+/// Whether the variable is set, even to an empty value.
 ZEBASE_API bool GetEnv(const zeString::IString& name);
 ZEBASE_API bool GetEnvExists(const zeString::IString& name);
 /// @}

@@ -85,6 +85,8 @@ public:
     /// By "0x%p", which doubles the prefix: `0x0x7ffe12345678`, and `0x(nil)` for null. Kept for
     /// compatibility.
     OStream& operator<<(const void* pointer);
+    OStream& operator<<(wchar_t c) = delete;           ///< It would print a number: use format().
+    OStream& operator<<(const wchar_t* text) = delete; ///< Use format() with "%S".
     /// @}
 
     /// @{

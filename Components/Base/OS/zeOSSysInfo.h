@@ -46,7 +46,7 @@ public:
     void getSwapInfo(unsigned long* total, unsigned long* avail) const;
 
     /// The processors of "/proc/cpuinfo", at least 1. The environment variable `ZE_NUM_CPUS` can
-    /// lower the number: it is taken if it is above 0 and below. Asked once. How many of them this
+    /// lower the number: it is taken if it is above 0 and lower. Asked once. How many of them this
     /// process may use (`sched_getaffinity`, control groups) is not looked at.
     int numCPUs() const;
     /// The same as numCPUs(), unless `ZE_NUM_PHYS_CPUS` lowers it further: cores and threads of a
@@ -55,8 +55,8 @@ public:
 
     /// The machine's name, up to 1023 bytes; "unknown" if the system does not say. Asked once.
     const char* hostname() const;
-    /// The environment variable `USERNAME`, or else `USER`, as it was when the first of them was
-    /// found set; null as long as neither is. Not checked against the system's users.
+    /// The environment variable `USERNAME`, or else `USER`; null as long as neither is set. The
+    /// first value found is kept. Not checked against the system's users.
     const char* username() const;
 
 private:

@@ -8,7 +8,7 @@
 /// comma or a bracket. It takes any text, and time and memory linear in its length, but for texts
 /// that repeat a back-reference, where the result can have the square of it.
 ///
-/// Threads: any thread may call; the form with one argument keeps its result in one place for all.
+/// Threads: any thread may call the form with two arguments; calls of the other must not overlap.
 ///
 /// @code
 /// #include "Base/Strings/zeStringCString.h"
@@ -37,7 +37,7 @@ namespace zeOS {
 /// compatibility.
 ZEBASE_API void cleanupTypeIdName(const char* mangled, zeString::CString& out);
 
-/// The readable form of `mangled`, valid until the next call of this function by any thread.
+/// The readable form of `mangled`, valid until the next call of this function.
 ZEBASE_API const char* cleanupTypeIdName(const char* mangled);
 
 } // namespace zeOS

@@ -20,6 +20,7 @@
 #include "Base/OS/zeOSAppMain.h"
 #include "Base/OS/zeOSAppOutput.h"
 #include "Base/OS/zeOSDebugChannel.h"
+#include "Base/OS/zeOSFileFactory.h"
 #include "Base/OS/zeOSSysInfo.h"
 
 using zeOS::AppMain;
@@ -124,6 +125,21 @@ std::string race() {
     return "done";
 }
 
+/// Storage of an application whose other thread needs to know where the library lies.
+class AskingTransports : public zeOS::FileTransportFactory {
+    zeOS::FileTransport* create(const IString&) override {
+        std::thread([] { app().getBaseLocation(); }).join();
+        return nullptr;
+    }
+};
+
+std::string transport() {
+    static AskingTransports transports;
+    zeOS::FileFactory::getFileFactory()->registerTransport(&transports);
+    alarm(60); // a lock that is held would block for ever
+    return "registered";
+}
+
 const std::map<std::string, std::function<std::string()>> questions = {
     {"args", arguments},
     {"name", [] { return utf8(app().getAppName()); }},
@@ -146,6 +162,7 @@ const std::map<std::string, std::function<std::string()>> questions = {
     {"user", user},
     {"rename", [] { return std::to_string(setenv("USER", "other", 1)); }},
     {"race", race},
+    {"transport", transport},
 };
 
 } // namespace

@@ -108,3 +108,10 @@ TEST_F(AppMainTest, SearchesThePathItStartedWith) {
 TEST_F(AppMainTest, AnswersSeveralThreadsAtOnce) {
     EXPECT_EQ(ask("tool", {"race"}, {"PATH=/bin", "USER=somebody"}), "race: done\n");
 }
+
+TEST_F(AppMainTest, HoldsNoLockWhileItLooksForFiles) {
+    makeFolder("added");
+    folder.write("tool", "");
+    EXPECT_EQ(ask("./tool", {"transport", "sh", "location", "plugins", "add"}, {"PATH=/bin"}),
+              "transport: registered\nsh: /bin\nlocation: .\nplugins: kept\nadd: 1\n");
+}

@@ -18,18 +18,31 @@ using zeString::IString;
 namespace zeOS {
 namespace {
 
-/// Guards AppMain's caches and its search path. Recursive, since one answer builds on another, and a
-/// file query may run code of the application.
-std::recursive_mutex mutex;
-using Lock = std::lock_guard<std::recursive_mutex>;
+/// Guards the filling of AppMain's caches and of its search path. Never held during a file query,
+/// which may run code of the application.
+std::mutex mutex;
+using Lock = std::lock_guard<std::mutex>;
 
-/// The text in `cache`, which is looked for while it is empty.
+const IString& emptyText() {
+    static const IString& text = *new IString; // as long as AppMain
+    return text;
+}
+
+/// The text in `cache`, which is looked for while it is empty. What this returns never changes, so
+/// that nobody needs a lock to read it.
 template<class Find>
 const IString& cached(IString& cache, Find find) {
+    {
+        const Lock lock(mutex);
+        if (!cache.isEmpty())
+            return cache;
+    }
+    const IString found = find();
+    if (found.isEmpty())
+        return emptyText();
     const Lock lock(mutex);
     if (cache.isEmpty())
-        if (const IString found = find(); !found.isEmpty())
-            cache = found;
+        cache = found;
     return cache;
 }
 
@@ -112,9 +125,10 @@ const IString& AppMain::getRuntimeDirectory(const char*) {
 }
 
 bool AppMain::getBuildRootDirectory(IString& out) {
+    const IString root = Filename(getRuntimeDirectory(nullptr)).dirname();
     const Lock lock(mutex);
     if (!buildRootKnown_)
-        buildRootDirectory_ = Filename(getRuntimeDirectory(nullptr)).dirname();
+        buildRootDirectory_ = root;
     out = buildRootDirectory_;
     return !out.isEmpty();
 }
@@ -133,28 +147,31 @@ void AppMain::getPluginDirectories(std::vector<IString>& directories) {
 }
 
 void AppMain::initializePath() {
-    const Lock lock(mutex);
-    if (searchPath_.initialized())
-        return;
+    {
+        const Lock lock(mutex);
+        if (searchPath_.initialized())
+            return;
+    }
     IString path;
     GetEnv(L"PATH", path);
-    searchPath_.initialize(path);
+    SearchPath found;
+    found.initialize(path);
+    const Lock lock(mutex);
+    if (!searchPath_.initialized())
+        searchPath_ = found;
 }
 
 IString AppMain::searchPathFor(const IString& name) {
-    const Lock lock(mutex);
     initializePath();
     return searchPath_.findDirectory(name);
 }
 
 bool AppMain::addDirectoryToPath(const IString& dir) {
-    const Lock lock(mutex);
     initializePath();
     return searchPath_.addDirectoryToPath(dir);
 }
 
 bool AppMain::removeDirectoryFromPath(const IString& dir) {
-    const Lock lock(mutex);
     initializePath();
     return searchPath_.removeDirectoryFromPath(dir);
 }
