@@ -14,7 +14,7 @@
 /// what lies below the other, would make a walk without an end: once the names found in local
 /// directories that had been entered three times before come to 16 million characters, such
 /// directories look empty. So every walk of local files ends, but may be long: call prune() on
-/// directories that you do not mean to enter.
+/// directories that you do not mean to enter. Another transport has to see to that itself.
 ///
 /// **A root of one character** is met again as an entry of itself: below "." everything comes
 /// twice, as "./a" and as "././a", and below "/" even three times. This is kept for compatibility;
