@@ -60,7 +60,7 @@ IString text(const Word& word) {
 void print(const Word& word, const IString& first, const IString& second) {
     IString line = text(word);
     line.replace(L"{1}", first).replace(L"{2}", second);
-    std::printf("%s\n", line.asUTF8());
+    std::printf("%s\n", line.asMultibyte());
 }
 
 /// An error leaves the entries before it in the table, so that the program goes on with them. The

@@ -10,9 +10,11 @@
 ///
 /// **Links to directories are followed**, so that a directory can be met under several names, and
 /// what a link leads to may lie outside of the tree. A link that leads back up is followed until
-/// the system refuses the path (after 40 links or 4096 bytes); **two such links make a walk that
-/// never ends in practice**, since each doubles what lies below the other. Call prune() on
-/// directories that you do not mean to enter.
+/// the system refuses the path (after 40 links or 4096 bytes). Two of them, each of which doubles
+/// what lies below the other, would make a walk without an end: once the names found in local
+/// directories that had been entered three times before come to 16 million characters, such
+/// directories look empty. So every walk of local files ends, but may be long: call prune() on
+/// directories that you do not mean to enter. Another transport has to see to that itself.
 ///
 /// **A root of one character** is met again as an entry of itself: below "." everything comes
 /// twice, as "./a" and as "././a", and below "/" even three times. This is kept for compatibility;
@@ -38,16 +40,20 @@
 #pragma once
 
 #include <list>
+#include <map>
+#include <utility>
 
 #include "Base/Strings/zeStringIString.h"
 #include "Base/zeBaseExport.h"
 
 namespace zeOS {
 
+class File;
+
 /// The state of a walk: the entries that are still to be visited, the current one first. A copy
 /// goes on from the same place by itself. Each entry costs one `stat` when its directory is
 /// visited, and memory until its turn comes, so that the list grows with the width of the tree, not
-/// its depth.
+/// its depth. Each directory costs a `stat` more, and some 50 bytes until the end of the walk.
 ///
 /// All operations but valid() require that valid() is true.
 class ZEBASE_API DirectoryIterator {
@@ -88,8 +94,12 @@ private:
     };
 
     ZEBASE_HIDDEN void visit(const zeString::IString& directory);
+    ZEBASE_HIDDEN bool isEnteredTooOften(const File& file);
 
     std::list<iteratorEntry> entries_; ///< The first to be visited at the front.
+    /// How often each local directory was entered, by device and inode.
+    std::map<std::pair<unsigned long, unsigned long>, unsigned int> visits_;
+    unsigned long repeatedText_ = 0; ///< Characters of the names found by visits too many.
 };
 
 } // namespace zeOS

@@ -48,7 +48,7 @@ public:
     /// - port: the decimal number behind that ":"; without one 443 for "https", 23 for "telnet", 21
     ///   for "ftp", and 80 for all others;
     /// - path: what follows up to the first "?", or else "#", with runs of "/" as one; "/" if
-    ///   nothing follows;
+    ///   nothing at all follows;
     /// - query: what stands between that "?" and the next "#", or the end. At the end, **a query of
     ///   one character is dropped**, kept for compatibility;
     /// - fragment: what stands behind the "#".

@@ -102,6 +102,24 @@ TEST_F(DirectoryWalk, LeavesOutWhatItsDecodedNameDoesNotLeadTo) {
     EXPECT_EQ(times(walk(folder.path("d")), folder.path("d/b")), 2) << "the decoded name exists";
 }
 
+// Each of two links up doubles what lies below the other: 2^40 names for the system.
+TEST_F(DirectoryWalk, EndsWhereLinksLeadInCircles) {
+    link(".", "g/up");
+    link("../g", "g/again");
+    for (int i = 0; i < 100; ++i)
+        folder.write("g/" + std::to_string(i) + std::string(250, 'x'), "");
+    std::size_t characters = 0;
+    Names first;
+    for (DirectoryIterator it(at("g")); it.valid() && characters < 50'000'000; it.next()) {
+        characters += it.getName().length();
+        if (first.size() < 1500)
+            first.push_back(it.getName().asUTF8());
+    }
+    EXPECT_GT(characters, 15'000'000U);
+    EXPECT_LT(characters, 20'000'000U);
+    EXPECT_EQ(times(first, folder.path("g/up/again/up/y")), 1) << "nothing is lost before";
+}
+
 TEST_F(DirectoryWalk, BeginsWithItsRoot) {
     link("empty", "d/toEmpty");
     const std::string root = folder.path() + "/";

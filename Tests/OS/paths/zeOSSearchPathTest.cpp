@@ -61,6 +61,8 @@ TEST_F(SearchPathTest, KeepsWhatExistsOfAList) {
     SearchPath twice = both();
     twice.initialize(L"sub;one", L';');
     EXPECT_EQ(directories(twice), "one;two;one") << "a second call adds";
+    twice.initialize(twice.getDirectories(), L';');
+    EXPECT_EQ(directories(twice), "one;two;one;one;two;one") << "even its own list";
 }
 
 TEST_F(SearchPathTest, IsChangedDirectoryByDirectory) {

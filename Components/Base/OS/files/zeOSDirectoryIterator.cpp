@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Base/OS/files/zeOSFileFactoryImpl.h"
+#include "Base/OS/files/zeOSLocalFileTransportImpl.h"
 #include "Base/OS/files/zeOSLocalPathImpl.h"
 #include "Base/OS/zeOSFile.h"
 #include "Base/OS/zeOSFileStatus.h"
@@ -27,6 +28,14 @@ IString withoutSlashesAtEnd(IString name) {
         name.erase(name.last());
     return name;
 }
+
+/// How often a directory may be entered as if for the first time: a root of "/" is entered three
+/// times, see isDots().
+constexpr unsigned int freeVisits = 3;
+
+/// How many characters the names found by all further visits may have: 64 MB. A link that leads
+/// back up to a directory of some thousand files stays below that.
+constexpr unsigned long maxRepeatedText = 1UL << 24;
 
 /// Whether a full name is that of an entry "." or "..". Names of less than 4 characters are not
 /// tested, so that a root of one character is walked through "./." as well: kept for compatibility.
@@ -73,6 +82,9 @@ void DirectoryIterator::visit(const IString& directory) {
     File file(directory);
     if (!file.isValid())
         return;
+    const bool isRepeated = isEnteredTooOften(file);
+    if (isRepeated && repeatedText_ > maxRepeatedText)
+        return;
     // A name that decodes to nothing would be the directory once more, and for ever.
     IString unnamed = file.getFullName();
     if (unnamed.isEmpty() || unnamed[unnamed.last()] != file.getSeparator())
@@ -83,10 +95,22 @@ void DirectoryIterator::visit(const IString& directory) {
     for (IString& name : names) {
         if (isDots(name) || name == unnamed)
             continue;
+        if (isRepeated)
+            repeatedText_ += name.length();
         entries_.emplace_back(std::move(name));
         if (!entries_.back().exists)
             entries_.pop_back();
     }
+}
+
+/// Counts a visit. Links that lead back up make the same directory appear under more names than
+/// could ever be visited; the system knows that it is the same. Of other transports it is unknown.
+bool DirectoryIterator::isEnteredTooOften(const File& file) {
+    struct stat status;
+    if (file.transportId() != LocalFileTransport::id ||
+        ::stat(file.getFullName().asUTF8(), &status) != 0)
+        return false;
+    return ++visits_[{status.st_dev, status.st_ino}] > freeVisits;
 }
 
 } // namespace zeOS

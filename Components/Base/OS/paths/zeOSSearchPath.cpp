@@ -58,10 +58,11 @@ void SearchPath::initialize(const IString& path) {
 }
 
 void SearchPath::initialize(const IString& path, wchar_t separator) {
+    const std::vector<IString> parts = zeUtil::split(path, separator); // `path` may be joined_
     separator_ = separator;
     isInitialized_ = true;
     joined_ = IString();
-    for (const IString& part : zeUtil::split(path, separator))
+    for (const IString& part : parts)
         addDirectoryToPath(part);
 }
 
