@@ -14,7 +14,7 @@
 //     $ programs nosuch ./words 'echo "open'
 //     programs: nosuch: program not found.
 //     programs: exec() failed: Exec format error
-//     programs: column 6 of echo "open: a quote is not closed
+//     programs: echo "open: column 6: Unmatched double quote
 //     $ programs --lines 'printf "%s\n" one two three' 'sh -c "echo oh; exit 3"'
 //     3 lines, the first is: one
 //     printf: exit code 0
@@ -52,10 +52,12 @@ bool fail(const zeUtil::Error& error) {
 Arguments argumentsOf(const char* command) {
     std::vector<zeString::CString> words;
     if (const zeUtil::Error error = zeUtil::splitWithQuotes(command, words); error.code() != 0) {
-        std::fprintf(stderr, "programs: column %d of %s: a quote is not closed\n", error.code(),
-                     command);
+        std::fprintf(stderr, "programs: %s: column %d: %s\n", command, error.code(),
+                     error.message());
         return {};
     }
+    if (words.empty())
+        std::fputs("programs: a command is empty\n", stderr);
     return Arguments(words.begin(), words.end());
 }
 
