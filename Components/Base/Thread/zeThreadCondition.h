@@ -59,8 +59,8 @@ public:
     ///
     /// `deadline` is a point in time and not a duration: seconds and microseconds since the start
     /// of 1970 on the system's clock (CLOCK_REALTIME). An Interval of five seconds has passed long
-    /// ago, and the call returns at once. For a duration, add the current time; the seconds' 32 bits
-    /// reach to January 2038. Zero: no limit.
+    /// ago, and the call returns at once. For a duration, add the current time; the seconds' 32
+    /// bits reach to January 2038. Zero: no limit.
     ///
     /// Returns 0 if woken, or the system's error number: ETIMEDOUT at the deadline.
     int wait(zeUtil::Interval deadline);
