@@ -53,25 +53,15 @@ TEST_F(Slice, IsAFileOfItsOwn) {
 }
 
 TEST_F(Slice, OpensOnlyWhereTheFileHoldsIt) {
-    const struct {
-        long offset, size;
-        bool opens;
-    } cases[] = {
-        {0, 20'000, true},
-        {19'999, 1, true},
-        {19'999, 2, false},
-        {0, 20'001, false},
-        {0, 0, false},
-        {20'000, 0, false},
-        {20'001, 0, false},
-        {-1, 2, false},
-        {1, -1, false},
-        {1, LONG_MAX, false},
-        {LONG_MAX, LONG_MAX, false},
-        {LONG_MIN, LONG_MIN, false},
+    const std::pair<long, long> cases[] = {
+        {0, 20'000},    {19'999, 1},          {19'999, 2},          {0, 20'001},
+        {0, 0},         {20'000, 0},          {20'001, 0},          {-1, 2},
+        {1, -1},        {1, LONG_MAX},        {LONG_MIN, 1},        {LONG_MAX, 1},
+        {LONG_MAX, -1}, {LONG_MAX, LONG_MAX}, {LONG_MIN, LONG_MIN},
     };
-    for (const auto& [offset, size, opens] : cases) {
+    for (const auto& [offset, size] : cases) {
         SCOPED_TRACE(testing::Message() << offset << '+' << size);
+        const bool opens = size == 20'000 || (offset == 19'999 && size == 1);
         // The stream keeps a chain that is at its end, for the caller to see.
         ioBufferedStreamInput in;
         in.openFileSlice(path, offset, size);

@@ -27,10 +27,10 @@ const std::string large(5'000, 'x');
 std::string smallPackage(const TempFolder& folder) {
     ioPackageFile package;
     EXPECT_EQ(package.open(wide(folder.path("small"))).code(), 0);
-    const zeString::IString plain = wide(folder.write("source", "plain"));
-    EXPECT_EQ(package.addEntry(plain, L"a", false).code(), 0);
-    EXPECT_EQ(package.addEntry(plain, L"b", false).code(), 0);
-    EXPECT_EQ(package.addEntry(wide(folder.write("source", large)), L"c", true).code(), 0);
+    for (const char* name : {"a", "b", "c"}) {
+        const std::string source = folder.write("source", *name == 'c' ? large : "plain");
+        EXPECT_EQ(package.addEntry(wide(source), name, *name == 'c').code(), 0);
+    }
     EXPECT_EQ(package.deleteEntry(L"b").code(), 0);
     EXPECT_EQ(package.update().code(), 0);
     return folder.read("small");
