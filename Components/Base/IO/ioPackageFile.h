@@ -232,7 +232,8 @@ public:
     const ioPackageFileEntry* getEntry(const zeString::IString& name) const;
     /// The number of names.
     int size() const { return static_cast<int>(names_.size()); }
-    /// The names. Changes of the package change it.
+    /// The names. After a change of the package, ask for it again: what was returned before may
+    /// have new names with indices of old.
     const Directory& getDirectory() const;
     /// The path that was opened; empty unless the package is open.
     const zeString::IString& getPackageFileName() const { return fileName_; }
@@ -313,8 +314,8 @@ private:
     int freeCount_ = 0;                       // free elements, without the directory's place
     ioBufferedStreamOutput output_;
     bool outputOpen_ = false;
-    ioFirstFitImpl* firstFit_; // owned; the free elements by their sizes
-    bool joinsDue_ = false;    // free elements lie side by side
+    ioFirstFitImpl* firstFit_;  // owned; the free elements by their sizes
+    std::vector<int> joinsDue_; // elements that were freed beside free space
 };
 
 /// The packets of a package's directory. Programs do not need it unless they read a directory by

@@ -6,7 +6,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstring>
 #include <map>
 #include <string>
 #include <string_view>
@@ -116,23 +115,6 @@ inline std::string directory(const std::vector<Element>& elements) {
 /// A package of these data and this directory.
 inline std::string package(const std::string& data, const std::vector<Element>& elements) {
     return headerStart + pointer(std::to_string(85 + data.size())) + data + directory(elements);
-}
-
-/// What the directory of a package says: "a 85+3, 88+2, 90-1" for an entry, free space and the
-/// directory's place.
-inline std::string elements(const std::string& package) {
-    std::size_t at = std::stoul(package.substr(61, 24)) + directoryStart.size();
-    std::string result;
-    while (package[at] == 2) {
-        const std::string name = package.data() + at + 12;
-        std::int64_t numbers[2];
-        std::memcpy(numbers, package.data() + at + 13 + name.size(), sizeof numbers);
-        result += (result.empty() ? "" : ", ") + name + (name.empty() ? "" : " ") +
-                  std::to_string(numbers[0]) + (numbers[1] < 0 ? "" : "+") +
-                  std::to_string(numbers[1]);
-        at += 12 + 26 + name.size();
-    }
-    return result;
 }
 
 } // namespace packages

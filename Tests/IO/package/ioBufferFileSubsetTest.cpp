@@ -20,6 +20,7 @@ protected:
     TempFolder folder;
     const std::string bytes = randomData(20'000);
     const zeString::IString path = packages::wide(folder.write("file", bytes));
+    ioBufferFileSubset slice;
 };
 
 } // namespace
@@ -30,70 +31,55 @@ TEST_F(Slice, IsAFileOfItsOwn) {
         const long offset = static_cast<long>(random() % 10'000);
         const long size = 1 + static_cast<long>(random() % 10'000);
         const std::string expected = bytes.substr(std::size_t(offset), std::size_t(size));
-        ioBufferFileSubset slice;
-        slice.open(path, offset, size);
+        ioBufferFileSubset part;
+        part.open(path, offset, size);
         long at = 0;
-        while (slice.good()) {
+        while (part.good()) {
             if (random() % 3 == 0) {
                 at = static_cast<long>(random() % unsigned(size));
-                slice.flush();
-                ASSERT_TRUE(slice.seek(at));
-                ASSERT_EQ(slice.tell(), at);
+                part.flush();
+                ASSERT_TRUE(part.seek(at));
+                ASSERT_EQ(part.tell(), at);
             }
             std::string read(random() % 6'000, ' ');
-            read.resize(std::size_t(slice.readData(read.data(), int(read.size()))));
+            read.resize(std::size_t(part.readData(read.data(), int(read.size()))));
             ASSERT_EQ(read, expected.substr(std::size_t(at), read.size()));
             at += long(read.size());
         }
         EXPECT_EQ(at, size);
-        EXPECT_EQ(slice.getStatus(), ioBuffer::bufferEOF);
-        slice.close();
+        EXPECT_EQ(part.getStatus(), ioBuffer::bufferEOF);
+        part.close();
     }
 }
 
 TEST_F(Slice, OpensOnlyWhereTheFileHoldsIt) {
-    const long all = static_cast<long>(bytes.size());
-    const struct {
-        long offset, size;
-        ioBuffer::bufferStatus status;
-    } cases[] = {
-        {0, all, ioBuffer::bufferOK},
-        {all - 1, 1, ioBuffer::bufferOK},
-        {all - 1, 2, ioBuffer::bufferEOF},
-        {0, all + 1, ioBuffer::bufferEOF},
-        {0, 0, ioBuffer::bufferEOF}, // its start is its end, which no seek reaches
-        {all, 0, ioBuffer::bufferEOF},
-        {all + 1, 0, ioBuffer::bufferEOF},
-        {-1, 2, ioBuffer::bufferEOF},
-        {1, -1, ioBuffer::bufferEOF},
-        {1, LONG_MAX, ioBuffer::bufferEOF},
-        {LONG_MAX, LONG_MAX, ioBuffer::bufferEOF},
-        {LONG_MIN, LONG_MIN, ioBuffer::bufferEOF},
+    const std::pair<long, long> cases[] = {
+        {0, 20'000},    {19'999, 1},          {19'999, 2},          {0, 20'001},
+        {0, 0},         {20'000, 0},          {20'001, 0},          {-1, 2},
+        {1, -1},        {1, LONG_MAX},        {LONG_MIN, 1},        {LONG_MAX, 1},
+        {LONG_MAX, -1}, {LONG_MAX, LONG_MAX}, {LONG_MIN, LONG_MIN},
     };
-    for (const auto& [offset, size, status] : cases) {
+    for (const auto& [offset, size] : cases) {
         SCOPED_TRACE(testing::Message() << offset << '+' << size);
-        ioBufferFileSubset slice;
-        slice.open(path, offset, size);
-        EXPECT_EQ(slice.getStatus(), status);
-        slice.close();
+        const bool opens = size == 20'000 || (offset == 19'999 && size == 1);
         // The stream keeps a chain that is at its end, for the caller to see.
         ioBufferedStreamInput in;
         in.openFileSlice(path, offset, size);
-        EXPECT_EQ(in.getStatus(), status == ioBuffer::bufferOK ? streamOK : streamEOF);
+        EXPECT_EQ(in.getStatus(), opens ? streamOK : streamEOF);
         char c;
-        EXPECT_EQ(in.readData(&c, 1), status == ioBuffer::bufferOK ? 1 : 0);
+        EXPECT_EQ(in.readData(&c, 1), opens ? 1 : 0);
+        in.seek(1);
+        in.tell();
         in.close();
     }
 }
 
 TEST_F(Slice, EndsAtItsEndOrThatOfTheFile) {
-    ioBufferFileSubset slice;
     slice.open(path, 100, 50);
     char block[60];
     EXPECT_EQ(slice.read(block, 50), 50);
-    EXPECT_EQ(slice.getStatus(), ioBuffer::bufferOK);
+    EXPECT_TRUE(slice.good());
     EXPECT_EQ(slice.read(block, 1), 0);
-    EXPECT_EQ(slice.getStatus(), ioBuffer::bufferEOF);
     EXPECT_EQ(slice.read(block, 1), -1) << "statuses stay";
     slice.setStatus(ioBuffer::bufferOK);
     EXPECT_FALSE(slice.seek(-1)) << "neither the bytes before it nor the end of the file";
@@ -110,29 +96,23 @@ TEST_F(Slice, EndsAtItsEndOrThatOfTheFile) {
 }
 
 TEST_F(Slice, FailsRatherThanLookingEmpty) {
-    const auto statusWith = [this](SystemFaults::Call call) {
+    for (const SystemFaults::Call call : {SystemFaults::onOpen, SystemFaults::onStat,
+                                          SystemFaults::onLseek, SystemFaults::onRead}) {
         const SystemFaults faults(call, {{EIO}});
         ioBufferedStreamInput in;
         in.openFileSlice(path, 1, 2);
         char c;
         in.readData(&c, 1);
-        const ioStreamStatus status = in.getStatus();
+        EXPECT_EQ(in.getStatus(), call == SystemFaults::onOpen ? streamOpenError : streamIOError);
         in.close();
-        return status;
-    };
-    EXPECT_EQ(statusWith(SystemFaults::onOpen), streamOpenError);
-    EXPECT_EQ(statusWith(SystemFaults::onStat), streamIOError);
-    EXPECT_EQ(statusWith(SystemFaults::onLseek), streamIOError);
-    EXPECT_EQ(statusWith(SystemFaults::onRead), streamIOError);
-
+    }
     ioBufferedStreamInput in;
     in.openPackageFileEntry(nullptr);
     EXPECT_EQ(in.getStatus(), streamIOError);
     in.openFileSlice(path, 0, 1); // does not reset the status
     EXPECT_EQ(in.getStatus(), streamIOError);
     const ioPackageFileEntry nowhere;
-    EXPECT_TRUE(nowhere.getPackageName().isEmpty());
     in.openPackageFileEntry(&nowhere);
     EXPECT_EQ(in.getStatus(), streamOpenError);
-    EXPECT_EQ(ioBufferFileSubset().getType(), 6);
+    EXPECT_EQ(slice.getType(), 6);
 }

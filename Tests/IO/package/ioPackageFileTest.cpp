@@ -41,43 +41,12 @@ protected:
     }
     std::string remove(const std::string& name) { return text(package.deleteEntry(wide(name))); }
 
-    /// What the directory in the file says: see packages::elements().
-    std::string elements() {
-        EXPECT_EQ(text(package.update()), ok);
-        return packages::elements(folder.read("p"));
-    }
-
     TempFolder folder;
     const zeString::IString file = wide(folder.path("p"));
     ioPackageFile package;
 };
 
 } // namespace
-
-TEST_F(PackageTest, HasTheseBytes) {
-    EXPECT_EQ(folder.read("p"), packages::headerStart + packages::pointer("-1"));
-    EXPECT_EQ(add("a/plain", "hello"), ok);
-    EXPECT_EQ(add("gone", "12345678"), ok);
-    EXPECT_EQ(add("packed", std::string(40, 'x'), true), ok);
-    EXPECT_EQ(remove("gone"), ok);
-    EXPECT_EQ(text(package.update()), ok);
-
-    // A frame of 40 bytes (00 00 00 28 FF FF FF D7), whose twenty words 7878 sum up to 6969,
-    // becomes the codes 00 102 28 FF 105 D7 69 69, 78 10A 10B 10C 10D 10E 10F 110, 10C 101.
-    const std::string packed = "\x1F\x9D\x90"
-                               "\x00\x04\xA2\xF8\x57\xF0\x5A\x9A\x34"
-                               "\x78\x14\x2E\x64\xD8\xD0\xE1\x43\x88"
-                               "\x0C\x03\x2E\x64\xD8\xD0\xE1\x43\x88"s;
-    const std::string bytes = folder.read("p");
-    EXPECT_EQ(bytes.substr(0, 85), packages::headerStart + packages::pointer("128"));
-    EXPECT_EQ(bytes.substr(85, 13), "hello12345678") << "deleting leaves the bytes alone";
-    EXPECT_EQ(bytes.substr(98, 30), packed);
-    const std::int64_t date = 1'000'000'000;
-    EXPECT_EQ(bytes.substr(128), packages::directory({{"a/plain", 85, 5, date},
-                                                      {"", 90, 8, date},
-                                                      {"packed", 98, 30, date, true},
-                                                      {"", 128, -1}}));
-}
 
 TEST_F(PackageTest, OpensWhatHasThisHeader) {
     const std::string start = packages::headerStart;
@@ -97,8 +66,6 @@ TEST_F(PackageTest, OpensWhatHasThisHeader) {
         {"as it is written", good, ""},
         {"a full stop for a mark", "." + good.substr(1), ""},
         {"more in the header", withHeader(start.substr(0, 59) + "later: 1 2 3\n@\n", 13), ""},
-        {"another mark", "-" + good.substr(1), noPackage},
-        {"another version", good.substr(0, 57) + "2" + good.substr(58), noPackage},
         {"no directory yet", start + packages::pointer("-1"), noPackage},
         {"no end of the header", good.substr(0, 59) + std::string(5'000, 'x'), noPackage},
         {"a pointer to itself", start + packages::pointer("61") + "abc", noPackage},
@@ -106,15 +73,12 @@ TEST_F(PackageTest, OpensWhatHasThisHeader) {
         {"a pointer to the end", start + packages::pointer("85"), noDirectory},
         {"a pointer into itself", start + packages::pointer("62") + packages::directory({}),
          noDirectory},
-        {"an empty file", "", noPackage},
     };
     for (const auto& [what, bytes, failure] : cases) {
         SCOPED_TRACE(what);
         const std::string path = folder.write("q", bytes);
         std::string refused;
-        const packages::Contents expected =
-            failure.empty() ? packages::Contents{{"a", "abc"}} : packages::Contents();
-        EXPECT_EQ(packages::reopened(path, &refused), expected);
+        EXPECT_EQ(packages::reopened(path, &refused).count("a") == 1, failure.empty());
         EXPECT_EQ(refused, failure.empty() ? "" : failure + path);
         EXPECT_EQ(ioPackageFile::isFilePackageFile(wide(path)), failure != noPackage);
     }
@@ -158,54 +122,45 @@ TEST_F(PackageTest, RefusesNamesThatItCannotKeep) {
         EXPECT_EQ(text(package.addEntry(package.getEntry(L"x"), name)), failure);
     }
     EXPECT_EQ(add("\xC3\xA4/b c", "umlaut"), ok);
-    EXPECT_EQ(elements(), "x 85+1, \xC3\xA4/b c 86+6, 92-1");
+    EXPECT_EQ(text(package.update()), ok);
     EXPECT_EQ(packages::reopened(folder.path("p")), packages::contents(package));
 }
 
 TEST_F(PackageTest, SaysWhyNot) {
-    ioPackageFile closed;
-    const std::string notOpen = "3 The package file has not been opened yet.";
-    const zeString::IString source = wide(folder.write("source", "x"));
-    EXPECT_EQ(text(closed.update()), notOpen);
-    EXPECT_EQ(text(closed.write(file)), notOpen);
-    EXPECT_EQ(text(closed.deleteEntry(L"a")), notOpen);
-    EXPECT_EQ(text(closed.addEntry(source, L"a", false)), notOpen);
-    EXPECT_TRUE(folder.read("p").size() == 85) << "write() has not deleted it";
-
-    const std::string none = folder.path("none");
     const std::string path = folder.path("p");
-    EXPECT_EQ(text(closed.open(wide(folder.path("no/p")))),
-              "2 Can not create file: " + folder.path("no/p"));
-    EXPECT_TRUE(closed.getPackageFileName().isEmpty());
-    EXPECT_EQ(text(package.addEntry(wide(none), L"a", true)),
-              "6 File does not exist: " + none + "\n");
-    EXPECT_EQ(text(package.addEntry(nullptr, L"a")), "7 The given package file entry is NULL.");
-    EXPECT_EQ(text(package.extractEntry(nullptr, source)),
-              "7 The given package file entry is NULL.");
-    EXPECT_EQ(remove("a"), "13 Can not delete named entry as it does not exist: a");
-    EXPECT_EQ(add("a", "abc"), ok);
-    EXPECT_EQ(text(package.addEntry(package.getEntry(L"a"), L"b")),
-              "15 The source entry can not be in the package.");
-    ioPackageFile other;
-    EXPECT_EQ(text(other.open(wide(folder.path("q")))), ok);
-    EXPECT_EQ(text(other.addEntry(package.getEntry(L"a"), L"/b")), ok);
-    EXPECT_EQ(text(other.addEntry(package.getEntry(L"a"), L"b")),
-              "14 The entry is already present in the package: b");
-    EXPECT_EQ(packages::contents(other), (packages::Contents{{"b", "abc"}}));
-    EXPECT_EQ(text(package.extractEntry(package.getEntry(L"a"), wide(folder.path()))),
-              "2 Can not create file: " + folder.path());
-    EXPECT_EQ(text(package.extractEntry(package.getEntry(L"a"), wide(path + "/x"))).substr(0, 2),
-              "5 ");
-    EXPECT_EQ(text(package.write(file)), "4 The pacakge is not writable.");
+    const std::string none = folder.path("no/p");
+    const zeString::IString source = wide(folder.write("source", "abc"));
     fs::create_hard_link(path, folder.path("link"));
-    EXPECT_EQ(text(package.write(wide(folder.path("link")))), "4 The pacakge is not writable.");
-
-    for (int index : {-1, 1, 2, 3, 1000}) // 1 is the directory's place, 2 the number of elements
-        EXPECT_EQ(package.getEntry(index), nullptr);
-    EXPECT_EQ(package.getEntry(0)->getName(), L"a");
-    EXPECT_EQ(package.getEntry(L"A"), nullptr);
-    EXPECT_EQ(ioPackageFile::getStatus(source).size(), 3);
-
+    ioPackageFile other;
+    const std::string notOpen = "3 The package file has not been opened yet.";
+    const std::string isNull = "7 The given package file entry is NULL.";
+    const std::string mayNot = "4 The pacakge is not writable.";
+    const std::pair<zeUtil::Error, std::string> cases[] = {
+        {other.update(), notOpen},
+        {other.write(file), notOpen},
+        {other.deleteEntry(L"a"), notOpen},
+        {other.addEntry(source, L"a", false), notOpen},
+        {other.open(wide(none)), "2 Can not create file: " + none},
+        {other.open(wide(folder.path("q"))), ok},
+        {package.addEntry(wide(none), L"a", true), "6 File does not exist: " + none + '\n'},
+        {package.addEntry(nullptr, L"a"), isNull},
+        {package.extractEntry(nullptr, source), isNull},
+        {package.deleteEntry(L"a"), "13 Can not delete named entry as it does not exist: a"},
+        {package.addEntry(source, L"a", false), ok},
+        {package.addEntry(package.getEntry(0), L"b"),
+         "15 The source entry can not be in the package."},
+        {other.addEntry(package.getEntry(0), L"/b"), ok},
+        {other.addEntry(package.getEntry(0), L"b"),
+         "14 The entry is already present in the package: b"},
+        {package.extractEntry(package.getEntry(0), wide(folder.path())),
+         "2 Can not create file: " + folder.path()},
+        {package.write(file), mayNot}, // onto itself
+        {package.write(wide(folder.path("link"))), mayNot},
+        {package.write(wide(folder.path())), mayNot},
+    };
+    for (const auto& [error, expected] : cases)
+        EXPECT_EQ(text(error), expected);
+    EXPECT_EQ(packages::contents(other), (packages::Contents{{"b", "abc"}}));
     package.close();
     fs::remove(path);
     EXPECT_EQ(text(package.update()), "15 Could not open package for write: " + path);
@@ -231,8 +186,7 @@ TEST_F(PackageTest, CannotBeChangedWithoutTheRight) {
 // A source is read until its end is met, which takes one read more where it fills whole blocks.
 TEST_F(PackageTest, KeepsSourcesOfEverySize) {
     packages::Contents expected;
-    for (const std::size_t size :
-         {0ul, 1ul, 11ul, 12ul, 4095ul, 4096ul, 4097ul, 8192ul, 70'000ul, 262'144ul})
+    for (const std::size_t size : {0ul, 11ul, 12ul, 4095ul, 4096ul, 4097ul, 8192ul, 262'144ul})
         for (const bool compress : {false, true})
             for (const bool random : {false, true}) {
                 const std::string name =
@@ -244,44 +198,11 @@ TEST_F(PackageTest, KeepsSourcesOfEverySize) {
                 EXPECT_EQ(entry->getCompressed(), entry->getSize() < long(size)) << name;
                 EXPECT_EQ(entry->getTimeStamp(), 1'000'000'000);
             }
-    EXPECT_EQ(packages::contents(package), expected);
     EXPECT_EQ(text(package.write(wide(folder.path("copy")))), ok);
-    EXPECT_EQ(packages::reopened(folder.path("copy")), expected);
+    EXPECT_EQ(packages::contents(package), expected);
     EXPECT_EQ(text(package.expand(wide(folder.path("all/files")))), ok);
     for (const auto& [name, content] : expected)
         EXPECT_EQ(folder.read("all/files/" + name), content) << name;
-}
-
-TEST_F(PackageTest, FindsFreeSpaceAgain) {
-    for (const char* name : {"a", "b", "c", "d", "e"})
-        EXPECT_EQ(add(name, std::string(10, *name)), ok);
-    EXPECT_EQ(elements(), "a 85+10, b 95+10, c 105+10, d 115+10, e 125+10, 135-1");
-    EXPECT_EQ(remove("c"), ok);
-    EXPECT_EQ(remove("b"), ok);
-    EXPECT_EQ(elements(), "a 85+10, 95+20, d 115+10, e 125+10, 135-1") << "neighbours are one";
-    EXPECT_EQ(package.getEntry(1), nullptr);
-    EXPECT_EQ(package.getDirectory().at(L"d"), 2);
-    EXPECT_EQ(add("x", std::string(21, 'x')), ok);
-    EXPECT_EQ(add("y", std::string(12, 'y')), ok);
-    EXPECT_EQ(elements(), "a 85+10, y 95+12, 107+8, d 115+10, e 125+10, x 135+21, 156-1")
-        << "the front part of the first that is large enough";
-    EXPECT_EQ(add("z", std::string(8, 'z')), ok);
-    EXPECT_EQ(add("", ""), "11 The name can not be empty.");
-    EXPECT_EQ(elements(), "a 85+10, y 95+12, z 107+8, d 115+10, e 125+10, x 135+21, 156-1");
-    EXPECT_EQ(add("d", std::string(9, 'D')), ok) << "into the bytes of the old one";
-    EXPECT_EQ(elements(), "a 85+10, y 95+12, z 107+8, d 115+9, 124+1, e 125+10, x 135+21, 156-1");
-    EXPECT_EQ(remove("x"), ok);
-    EXPECT_EQ(elements(), "a 85+10, y 95+12, z 107+8, d 115+9, 124+1, e 125+10, 135+20")
-        << "the end is given back to the directory";
-    // The directory's place, of 20 bytes by the join above, is not free space.
-    EXPECT_EQ(add("w", std::string(20, 'w')), ok);
-    EXPECT_EQ(elements(), "a 85+10, y 95+12, z 107+8, d 115+9, 124+1, e 125+10, w 135+20, 155+20");
-    for (const char* name : {"e", "d", "a", "y", "z", "w"})
-        EXPECT_EQ(remove(name), ok);
-    EXPECT_EQ(elements().substr(0, 3), "85+");
-    EXPECT_EQ(add("a", "a"), ok);
-    EXPECT_EQ(text(package.update()), ok);
-    EXPECT_EQ(packages::reopened(folder.path("p")), (packages::Contents{{"a", "a"}}));
 }
 
 // Promised, and the reason for the warning in the header.
@@ -291,96 +212,70 @@ TEST_F(PackageTest, UsesFreedBytesBeforeTheDirectorySaysSo) {
     EXPECT_EQ(text(package.update()), ok);
     EXPECT_EQ(remove("a"), ok);
     EXPECT_EQ(add("c", "new"), ok);
-    EXPECT_EQ(packages::reopened(folder.path("p")),
-              (packages::Contents{{"a", "new"}, {"b", "end"}}));
-    EXPECT_EQ(text(package.update()), ok);
-    EXPECT_EQ(packages::reopened(folder.path("p")),
-              (packages::Contents{{"b", "end"}, {"c", "new"}}));
+    const packages::Contents stale{{"a", "new"}, {"b", "end"}};
+    EXPECT_EQ(packages::reopened(folder.path("p")), stale);
 }
 
 TEST_F(PackageTest, BecomesTheCopyThatItWrites) {
-    const std::string copy = folder.write("copy", "to be replaced");
-    EXPECT_EQ(text(package.write(wide(copy))), ok) << "also without an entry";
-    EXPECT_EQ(packages::reopened(copy), packages::Contents());
-    EXPECT_EQ(package.getPackageFileName().asUTF8(), copy);
-    EXPECT_EQ(add("b", "bbb"), ok);
-    EXPECT_EQ(add("a", std::string(5'000, 'a'), true), ok);
-    EXPECT_EQ(add("c", "ccc"), ok);
+    const zeString::IString copy = wide(folder.write("copy", "to be replaced"));
+    EXPECT_EQ(text(package.write(copy)), ok) << "also without an entry";
+    ioPackageFile other;
+    EXPECT_EQ(text(other.open(copy)), ok);
+    for (const char* name : {"b", "a", "c"})
+        EXPECT_EQ(add(name, std::string(10, *name)), ok);
     EXPECT_EQ(remove("b"), ok);
     EXPECT_EQ(text(package.write(file)), ok);
-    EXPECT_TRUE(fs::exists(copy));
-    const long size = package.getEntry(L"a")->getSize();
-    EXPECT_EQ(package.getEntry(L"a")->getOffset(), 85) << "in the order of the names, without gaps";
-    EXPECT_EQ(package.getEntry(L"c")->getOffset(), 85 + size);
-    EXPECT_EQ(package.getEntry(L"c")->getPackage(), &package);
-    EXPECT_EQ(packages::reopened(folder.path("p")), packages::contents(package));
-
-    ioPackageFile other;
+    EXPECT_TRUE(fs::exists(copy.asUTF8()));
+    EXPECT_EQ(package.getEntry(L"c")->getOffset(), 95) << "in the order of the names, without gaps";
     EXPECT_EQ(add("d", "not in the directory yet"), ok);
     other.swap(package);
-    EXPECT_TRUE(package.getPackageFileName().isEmpty() && package.size() == 0);
+    EXPECT_EQ(package.getPackageFileName(), copy);
     EXPECT_EQ(other.getEntry(L"c")->getPackage(), &other);
     EXPECT_EQ(text(other.update()), ok);
-    EXPECT_EQ(packages::reopened(folder.path("p")).size(), 3U);
-    EXPECT_EQ(text(other.open(wide(folder.path("none/x")))).substr(0, 2), "2 ");
+    EXPECT_EQ(packages::reopened(folder.path("p")), packages::contents(other));
+    EXPECT_EQ(other.open(wide(folder.path("none/x"))).code(), 2);
     EXPECT_EQ(other.size(), 0) << "a failed open leaves nothing of what was open";
 }
 
 // By text, "link/../p" is "p": a file that is there would be taken for one that is missing.
 TEST_F(PackageTest, MeansWhatTheSystemMeansByAPath) {
     EXPECT_EQ(add("a", "abc"), ok);
-    EXPECT_EQ(text(package.update()), ok);
     fs::create_directories(folder.path("away/inner"));
     fs::create_directory_symlink("away/inner", folder.path("link"));
-    fs::rename(folder.path("p"), folder.path("away/p"));
-    EXPECT_EQ(packages::reopened(folder.path("link/../p")), (packages::Contents{{"a", "abc"}}));
-    folder.write("p", "not touched");
-    EXPECT_EQ(text(package.open(wide(folder.path("link/../p")))), ok);
+    folder.write("q", "not touched");
     EXPECT_EQ(text(package.write(wide(folder.path("link/../q")))), ok);
-    EXPECT_EQ(text(package.write(wide(folder.path("link/../p")))), ok);
-    EXPECT_EQ(folder.read("p"), "not touched");
-    EXPECT_EQ(packages::reopened(folder.path("away/p")), (packages::Contents{{"a", "abc"}}));
+    EXPECT_EQ(text(package.open(wide(folder.path("link/../q")))), ok);
+    EXPECT_EQ(folder.read("q"), "not touched");
+    EXPECT_EQ(packages::reopened(folder.path("away/q")), (packages::Contents{{"a", "abc"}}));
 }
 
 TEST_F(PackageTest, TakesOnlyASourceThatKeepsItsSize) {
-    EXPECT_EQ(add("a", "old"), ok);
-    EXPECT_EQ(add("b", "end"), ok);
     const zeString::IString growing(L"/proc/self/status"); // with a size of 0
-    EXPECT_EQ(text(package.addEntry(growing, L"c", false)),
-              "16 While writing file for entry it changed size: c");
     EXPECT_EQ(text(package.addEntry(growing, L"c", true)),
               "8 While compressing file it changed size: /proc/self/status");
-    EXPECT_EQ(packages::contents(package), (packages::Contents{{"a", "old"}, {"b", "end"}}));
-    {
-        const SystemFaults shrinking(SystemFaults::onRead, {{0, 2}, {0, 0}});
-        EXPECT_EQ(add("a", "new"), "16 While writing file for entry it changed size: a");
-    }
-    EXPECT_EQ(package.getEntry(L"a"), nullptr) << "the old entry is gone";
-    EXPECT_EQ(remove("a").substr(0, 2), "13");
-    EXPECT_EQ(elements(), "85+3, b 88+3, 91-1");
+    EXPECT_EQ(add("a", "old"), ok);
+    const SystemFaults shrinking(SystemFaults::onRead, {{0, 2}, {0, 0}});
+    EXPECT_EQ(add("a", "new"), "16 While writing file for entry it changed size: a");
+    EXPECT_EQ(package.size(), 0) << "the old entry is gone";
 }
 
-// Two entries of a file that has been cut since it was opened.
 TEST_F(PackageTest, SeesAnEmptySliceWhereTheFileHasBeenCut) {
     EXPECT_EQ(add("a", "abc"), ok);
     EXPECT_EQ(add("b", "def"), ok);
     fs::resize_file(folder.path("p"), 90);
     EXPECT_EQ(packages::contents(package), (packages::Contents{{"a", "abc"}, {"b", ""}}));
-    EXPECT_EQ(text(package.extractEntry(package.getEntry(L"b"), wide(folder.path("b")))), ok);
+    EXPECT_EQ(text(package.expand(wide(folder.path()))), ok);
     EXPECT_EQ(folder.read("b"), "");
-    ioPackageFile other;
-    EXPECT_EQ(text(other.open(wide(folder.path("q")))), ok);
-    EXPECT_EQ(text(other.addEntry(package.getEntry(L"b"), L"b")),
+    EXPECT_EQ(text(package.write(wide(folder.path("q")))),
               "16 While writing file for entry it changed size: b");
 }
 
 TEST_F(PackageTest, NeitherWaitsForNorDestroysWhatIsNoFile) {
     const std::string fifo = folder.path("fifo");
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    EXPECT_EQ(text(package.addEntry(wide(fifo), L"a", false)),
-              "7 Could not read file: " + fifo + "\n");
-    EXPECT_EQ(text(package.addEntry(wide(folder.path()), L"a", true)),
-              "7 Could not read file: " + folder.path() + "\n");
+    for (const std::string& source : {fifo, folder.path()})
+        EXPECT_EQ(text(package.addEntry(wide(source), L"a", source == fifo)),
+                  "7 Could not read file: " + source + '\n');
     EXPECT_EQ(add("a", "abc"), ok);
     EXPECT_EQ(add("fifo", "def"), ok);
     EXPECT_EQ(text(package.update()), ok);
@@ -400,25 +295,26 @@ TEST_F(PackageTest, NeitherWaitsForNorDestroysWhatIsNoFile) {
         EXPECT_EQ(text(other.open(wide(path))), "17 The file is not a package file: " + path);
         EXPECT_FALSE(ioPackageFile::isFilePackageFile(wide(path)));
     }
-    EXPECT_EQ(text(package.write(wide(folder.path()))), "4 The pacakge is not writable.");
 }
 
 TEST(PackageExpansion, WritesNothingOutsideOfTheDirectory) {
     const std::string bad = "12 File is using a name which is not allowed: ";
     const struct {
         std::string name, inside, failure; // where it lies, or what the failure begins with
+        std::string from{};                // the current directory, below what "../.." means
     } cases[] = {
-        {"a", "a", ""},
         {"deep/er/down/here/a", "deep/er/down/here/a", ""},
         {"/x", "x", ""},
         {"a/../b", "b", ""},
         {"./a//b/", "a/b", ""},
         {"../out/c", "c", ""}, // a way back in
         {"../x", "", bad},
-        {"../outer/x", "", bad},
         {"..", "", bad},
         {"a/../..", "", bad},
         {"/../../../../../../../../../../tmp/x", "", bad},
+        {"x/../../../victim", "", bad, "folder/deep"}, // the normal form keeps it as it is
+        {"x/../../out/c", "", bad, "folder/deep"},
+        {"x/../c", "c", "", "folder/deep"},
         {"folderlink/x", "", "5 "},
         {"filelink", "", "2 "},
         {"danglinglink", "", "2 "},
@@ -426,11 +322,12 @@ TEST(PackageExpansion, WritesNothingOutsideOfTheDirectory) {
         {"folder", "", "2 "},
         {"x/..", "", "2 "},
     };
-    for (const auto& [name, inside, failure] : cases) {
+    const fs::path before = fs::current_path();
+    for (const auto& [name, inside, failure, from] : cases) {
         SCOPED_TRACE(name);
         const TempFolder place;
-        for (const char* made : {"work", "work/out", "work/out/folder", "work/outer"})
-            fs::create_directory(place.path(made));
+        fs::create_directories(place.path("work/out/folder/deep"));
+        fs::create_directory(place.path("work/outer"));
         place.write("work/victim", "untouched");
         place.write("work/out/file", "file");
         fs::create_symlink("../outer", place.path("work/out/folderlink"));
@@ -440,7 +337,10 @@ TEST(PackageExpansion, WritesNothingOutsideOfTheDirectory) {
             place.write("p", packages::package("new", {{name, 85, 3}, {"", 88, -1}}));
         ioPackageFile hostile;
         ASSERT_EQ(text(hostile.open(wide(path))), ok);
-        const std::string outcome = text(hostile.expand(wide(place.path("work/out"))));
+        fs::current_path(place.path("work/out/" + from));
+        const std::string outcome =
+            text(hostile.expand(wide(from.empty() ? place.path("work/out") : "../..")));
+        fs::current_path(before);
         EXPECT_EQ(outcome.substr(0, failure.size()), failure);
         EXPECT_EQ(outcome == ok, failure.empty()) << outcome;
         EXPECT_EQ(inside.empty() ? "new" : place.read("work/out/" + inside), "new");
@@ -458,12 +358,10 @@ TEST_F(PackageTest, ExpandsRelativePathsAndKeepsTheRuleForMissingDirectories) {
     EXPECT_EQ(add("a/b/c/d/e", "deep"), ok);
     const fs::path before = fs::current_path();
     fs::current_path(folder.path());
-    EXPECT_EQ(text(package.expand(L"missing")).substr(0, 2), "5 ");
-    EXPECT_EQ(text(package.expand(L"some/where")), ok);
-    EXPECT_EQ(text(package.expand(L"some")), ok);
-    EXPECT_EQ(text(package.expand(L".")), ok);
-    EXPECT_EQ(text(package.expand(L"")).substr(0, 2), "5 ");
-    EXPECT_EQ(text(ioPackageFile::createDirectory(L"100%s")).substr(0, 2), "5 ");
+    for (const wchar_t* place : {L"some/where", L"some", L"."})
+        EXPECT_EQ(text(package.expand(place)), ok);
+    for (const wchar_t* place : {L"", L"missing", L"100%s"})
+        EXPECT_EQ(package.expand(place).code(), 5);
     EXPECT_EQ(text(package.extractEntry(package.getEntry(0), L"plain")), ok);
     fs::current_path(before);
     for (const char* place : {"some/where/a/b/c/d/e", "some/a/b/c/d/e", "a/b/c/d/e", "plain"})

@@ -3,6 +3,7 @@
 #include "Base/IO/ioBufferFileSubset.h"
 
 #include <algorithm>
+#include <climits>
 
 #include "Base/IO/ioBufferedStream.h"
 #include "Base/Strings/zeStringIString.h"
@@ -63,17 +64,16 @@ void ioBufferFileSubset::write(const char*, int) {}
 
 void ioBufferFileSubset::open(const zeString::IString& path, long offset, long size) {
     file_.open(path);
-    offset_ = offset;
-    sliceSize_ = size;
+    // The numbers may come from a file: some are no slice of any file.
+    const bool isSlice = offset >= 0 && size >= 0 && size <= LONG_MAX - offset;
+    offset_ = isSlice ? offset : 0;
+    sliceSize_ = isSlice ? size : 0;
     slicePosition_ = -1;
     setStatus(file_.getStatus());
     if (!good())
         return;
     const long fileSize = ioBufferedStream::fileSize(path);
-    // Compared by subtraction, since offset and size may come from a file.
-    const bool isInside =
-        offset >= 0 && size >= 0 && offset <= fileSize && size <= fileSize - offset;
-    if (fileSize >= 0 && !isInside)
+    if (fileSize >= 0 && (!isSlice || offset + size > fileSize))
         setStatus(bufferEOF);
     else if (fileSize < 0 || (!seek(0) && good()))
         setStatus(bufferIOError);

@@ -177,7 +177,7 @@ void ioPackageFile::swap(ioPackageFile& other) {
     output_.swapChain(other.output_);
     std::swap(outputOpen_, other.outputOpen_);
     std::swap(firstFit_, other.firstFit_);
-    std::swap(joinsDue_, other.joinsDue_);
+    joinsDue_.swap(other.joinsDue_);
     for (ioPackageFile* package : {this, &other})
         for (ioPackageFileEntry& entry : package->entries_)
             entry.package_ = package;
@@ -312,7 +312,7 @@ Error ioPackageFile::writeDirectory() {
 
 Error ioPackageFile::writeDirectoryPointer(long value, long& end) {
     char text[pointerSize + 1];
-    std::snprintf(text, sizeof text, "%-*s\n", pointerSize - 1, ze::int64ToAscii(value, 0));
+    std::snprintf(text, sizeof text, "%-*ld\n", pointerSize - 1, value);
     Error error = openPackageForOutput();
     if (error.code() != 0)
         return error;
@@ -364,6 +364,7 @@ bool ioPackageFile::readEntries(ioBufferedStreamInput& in, long place) {
     entries_.clear();
     names_.clear();
     freeCount_ = 0;
+    joinsDue_.clear();
     firstFit_->invalidate();
     ioPackageIO::PackageReadContext client(context.get(), this);
     if (client.readFile() != ioOK || entries_.empty())

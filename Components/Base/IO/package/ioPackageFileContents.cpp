@@ -8,8 +8,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <sstream>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "Base/IO/ioBufferFD.h"
 #include "Base/IO/ioBufferedStreamInput.h"
@@ -89,16 +91,25 @@ zeUtil::Descriptor openTarget(int directory, const char* path, int flags, const 
     return isUsable ? std::move(file) : zeUtil::Descriptor();
 }
 
-/// The path of `target` below `directory`, both in normal form; false if it leads out of it.
-bool pathBelow(const IString& directory, const IString& target, std::string& path) {
+/// The steps from `directory` to `target`, both in normal form; none if it leads out of it. The
+/// normal form of what lies below a directory like "../.." can have ".." anywhere.
+std::vector<std::string> stepsBelow(const IString& directory, const IString& target) {
     IString front(directory);
     if (front != L"/")
         front.append(L'/');
     if (target.find(front) != 0)
-        return false;
-    path = target.substr(front.length()).asUTF8();
-    // Behind the directory, the normal form has ".." only at the start and at the end.
-    return path != ".." && path.compare(0, 3, "../") != 0;
+        return {};
+    std::vector<std::string> steps{"."};
+    std::istringstream path(target.substr(front.length()).asUTF8());
+    for (std::string step; std::getline(path, step, '/');) {
+        if (step == "..")
+            steps.pop_back();
+        else if (!step.empty())
+            steps.push_back(step);
+        if (steps.empty())
+            break;
+    }
+    return steps;
 }
 
 /// Steps into the directory `name`, which is made if it is missing. Follows no link.
@@ -414,21 +425,19 @@ Error ioPackageFile::expand(const IString& directory) {
 Error ioPackageFile::expandEntry(const ioPackageFileEntry& entry, int directory,
                                  const IString& directoryPath) {
     const IString target = zeOS::Filename::join(directoryPath, entry.getName());
-    std::string path;
-    if (!pathBelow(directoryPath, target, path))
+    const std::vector<std::string> steps = stepsBelow(directoryPath, target);
+    if (steps.empty())
         return packageFailure(packageBadName, L"File is using a name which is not allowed: %S",
                               entry.getName());
     zeUtil::Descriptor parent;
     int parentNumber = directory;
-    std::string::size_type start = 0;
-    for (std::string::size_type end; (end = path.find('/', start)) != std::string::npos;
-         start = end + 1) {
-        parent = enterDirectory(parentNumber, path.substr(start, end - start).c_str());
+    for (std::size_t i = 1; i + 1 < steps.size(); ++i) { // the first is the directory itself
+        parent = enterDirectory(parentNumber, steps[i].c_str());
         if (!parent.isOpen())
             return directoryFailure();
         parentNumber = parent.get();
     }
-    return extractTo(entry, target, parentNumber, path.c_str() + start, O_NOFOLLOW | O_NONBLOCK);
+    return extractTo(entry, target, parentNumber, steps.back().c_str(), O_NOFOLLOW | O_NONBLOCK);
 }
 
 Error ioPackageFile::createDirectory(const IString& path) {

@@ -74,20 +74,29 @@ void ioPackageFile::freeEntry(int index) {
     entry.name_ = zeString::IString();
     ++freeCount_;
     firstFit_->set(index, entry.size_);
-    joinsDue_ = joinsDue_ || isFree(index + 1) || isFree(index - 1);
+    if (isFree(index + 1) || isFree(index - 1))
+        joinsDue_.push_back(index);
     dirty_ = true;
 }
 
-/// Joins free elements that lie side by side. The last data element, joined to the directory's
-/// place, becomes that place: so free space at the end is given back.
+/// Joins what was freed with the free elements beside it; those that lay side by side in the file
+/// stay apart. The last data element, joined to the directory's place, becomes that place: so free
+/// space at the end is given back.
 void ioPackageFile::joinEntries() {
-    if (!joinsDue_)
+    if (joinsDue_.empty())
         return;
+    std::vector<bool> freed(entries_.size());
+    for (const int index : joinsDue_)
+        freed[static_cast<std::size_t>(index)] = true;
     std::vector<int> places(entries_.size(), 0); // where each element has gone
     std::size_t last = 0;
     for (std::size_t i = 1; i < entries_.size(); ++i) {
-        if (entries_[last].name_.isEmpty() && entries_[i].name_.isEmpty()) {
-            entries_[last].size_ += entries_[i].size_;
+        if ((freed[i - 1] || freed[i]) && entries_[last].name_.isEmpty() &&
+            entries_[i].name_.isEmpty()) {
+            // The directory's place may have any size in a file.
+            entries_[last].size_ =
+                static_cast<long>(static_cast<unsigned long>(entries_[i].size_) +
+                                  static_cast<unsigned long>(entries_[last].size_));
             --freeCount_;
         } else if (++last != i) {
             entries_[last].swap(entries_[i]);
@@ -98,7 +107,7 @@ void ioPackageFile::joinEntries() {
     for (auto& [name, place] : names_)
         place = places[static_cast<std::size_t>(place)];
     firstFit_->invalidate();
-    joinsDue_ = false;
+    joinsDue_.clear();
 }
 
 void ioPackageFile::appendEntry(const char* name, long offset, long size, long timeStamp,
