@@ -49,7 +49,7 @@ Target::Target(const std::string& path)
         return;
     }
     before_ = look(path);
-    error_ = before_ || errno == ENOENT ? 0 : errno;
+    error_ = before_ || (errno == ENOENT && !path.empty()) ? 0 : errno;
     if (error_ == 0) {
         std::error_code error;
         path_ = withoutLinks(path, before_.has_value(), error);

@@ -70,6 +70,11 @@ Descriptor openFile(const std::string& path) {
     return file;
 }
 
+/// A path that leads to the open file, whatever becomes of its name.
+zeString::IString placeOf(const Descriptor& file) {
+    return ("/proc/self/fd/" + std::to_string(file.get())).c_str();
+}
+
 /// A regular file that no other zepackage changes as long as it is open. The lock goes with the
 /// file, not with its name.
 Descriptor lockFile(const std::string& path) {
@@ -89,6 +94,7 @@ public:
     }
 
     const app::Target& target() const { return target_; }
+    zeString::IString place() const { return placeOf(file_); }
 
     /// By the system, which shares the blocks on disk where the file system can.
     void copyTo(const std::string& path) const {
@@ -110,6 +116,13 @@ private:
     Descriptor file_;
     app::Target target_;
 };
+
+/// Throws a Failure if another program has made or changed the file since it was looked at: that
+/// would be lost.
+void checkUntouched(const app::Target& target) {
+    if (target.exists() ? !target.isAsItWas() : app::Target(target.name()).exists())
+        throw app::Failure("another program has changed it meanwhile");
+}
 
 std::string withoutSlash(std::string name) {
     while (name.size() > 1 && name.ends_with('/'))
@@ -133,7 +146,7 @@ zeString::IString libraryText(const std::string& text) {
 }
 
 PackageReader::PackageReader(const std::string& path) : file_(openFile(path)) {
-    check(package_.open(("/proc/self/fd/" + std::to_string(file_.get())).c_str()), path);
+    check(package_.open(placeOf(file_)), path);
 }
 
 void createPackage(const std::string& path, bool force,
@@ -146,6 +159,7 @@ void createPackage(const std::string& path, bool force,
         check(package.open(libraryText(name)), "the new package");
         fill(package);
         check(package.update(), "the new package");
+        checkUntouched(target);
     });
 }
 
@@ -162,6 +176,7 @@ void editPackage(const std::string& path, const std::function<void(ioPackageFile
         check(package.open(libraryText(name)), "the copy");
         change(package);
         check(package.update(), "the copy");
+        checkUntouched(old.target());
     });
 }
 
@@ -169,8 +184,9 @@ void compactPackage(const std::string& path) {
     const LockedPackage old(path);
     app::saveFile(old.target(), [&](const std::string& name) {
         ioPackageFile package;
-        check(package.open(libraryText(path)), "the old package");
+        check(package.open(old.place()), "the old package");
         check(package.write(libraryText(name)), "the new package");
+        checkUntouched(old.target());
     });
 }
 

@@ -28,7 +28,6 @@ namespace fs = std::filesystem;
 class ZepackageSafety : public testing::Test {
 protected:
     ZepackageSafety() {
-        zeOS::AppOutput::getInstance().status.open("/dev/null", true);
         zeOS::AppOutput::getInstance().application1.open("/dev/null", true);
         folder_.write("a", std::string(5000, 'a'));
         folder_.write("b", std::string(3000, 'b'));
@@ -41,7 +40,6 @@ protected:
     }
 
     ~ZepackageSafety() override {
-        zeOS::AppOutput::getInstance().status.close();
         zeOS::AppOutput::getInstance().application1.close();
     }
 
