@@ -77,6 +77,10 @@ bool Target::isAsItWas() const {
     return now && identity(*now) == identity(*before_);
 }
 
+bool Target::isUntouched() const {
+    return before_ ? isAsItWas() : !look(path_);
+}
+
 std::string Target::path() const {
     if (error_ != 0)
         throw Failure(systemMessage(error_));

@@ -43,8 +43,8 @@ entries; without one, all entries are meant.
   -V, --version        print the version and end
   --                   all that follow are files or names
 
-Options may stand anywhere, and be shortened as long as they are unambiguous;
---directory=DIR is --directory DIR.
+Options may stand anywhere; long ones may be shortened as long as they are
+unambiguous, short ones joined; --directory=DIR is --directory DIR.
 
 A package is changed whole or not at all: whatever happens, even if zepackage is
 killed, it stays as it was or becomes what it should be. This takes the room of

@@ -117,13 +117,6 @@ private:
     app::Target target_;
 };
 
-/// Throws a Failure if another program has made or changed the file since it was looked at: that
-/// would be lost.
-void checkUntouched(const app::Target& target) {
-    if (target.exists() ? !target.isAsItWas() : app::Target(target.name()).exists())
-        throw app::Failure("another program has changed it meanwhile");
-}
-
 std::string withoutSlash(std::string name) {
     while (name.size() > 1 && name.ends_with('/'))
         name.pop_back();
@@ -159,7 +152,6 @@ void createPackage(const std::string& path, bool force,
         check(package.open(libraryText(name)), "the new package");
         fill(package);
         check(package.update(), "the new package");
-        checkUntouched(target);
     });
 }
 
@@ -176,7 +168,6 @@ void editPackage(const std::string& path, const std::function<void(ioPackageFile
         check(package.open(libraryText(name)), "the copy");
         change(package);
         check(package.update(), "the copy");
-        checkUntouched(old.target());
     });
 }
 
@@ -186,7 +177,6 @@ void compactPackage(const std::string& path) {
         ioPackageFile package;
         check(package.open(old.place()), "the old package");
         check(package.write(libraryText(name)), "the new package");
-        checkUntouched(old.target());
     });
 }
 
