@@ -35,13 +35,14 @@ std::FILE* failedStream = nullptr; // whose fgets failed, until the next fclose
 
 std::size_t callsToLive = 0; // 0: for ever
 int killReport = -1;
+int killSignal = 0;
 
 void countToDeath(SystemFaults::Call call) {
     if (callsToLive == 0 || --callsToLive > 0)
         return;
     // Not through write(), which would come here again.
     syscall(SYS_write, killReport, names[call], std::strlen(names[call]));
-    kill(getpid(), SIGKILL);
+    kill(getpid(), killSignal);
 }
 
 /// Makes the call itself: the C library's function behind ours.
@@ -100,8 +101,9 @@ SystemFaults::~SystemFaults() {
     active = nullptr;
 }
 
-void SystemFaults::killAt(std::size_t n, int report) {
+void SystemFaults::killAt(std::size_t n, int report, int signal) {
     callsToLive = n;
+    killSignal = signal;
     killReport = report;
 }
 
