@@ -43,6 +43,8 @@ public:
 
     /// Whether the file existed, and has not been touched since.
     bool isAsItWas() const;
+    /// The same, or there still is none.
+    bool isUntouched() const;
 
 private:
     friend void saveFile(const Target& target, const std::function<void(int)>& write);
@@ -61,7 +63,8 @@ private:
 /// Calls `write` with the descriptor of an empty temporary file and, once it returns, puts that
 /// file in the target's place, by a zeOS::ProtectedWrite. If anything fails, the temporary file is
 /// removed, the target stays as it was, and a Failure that names the target is thrown. A target
-/// that exists keeps its rights, and must be a regular file that may be written.
+/// that exists keeps its rights, and must be a regular file that may be written. One that another
+/// program has made or changed since the Target was constructed stays as it is, with a Failure.
 ///
 /// A signal that ends the program leaves the target as it was or complete; SIGKILL leaves the
 /// temporary file as well: see leftoverNotes(). Standard output is written directly.

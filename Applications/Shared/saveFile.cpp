@@ -92,7 +92,7 @@ void finish(ProtectedWrite& save, const std::string& path, mode_t rights) {
 /// Makes the file of that name and opens it.
 using Maker = std::function<zeUtil::Descriptor(const std::string&)>;
 
-void replace(const std::string& path, mode_t rights, const Maker& make) {
+void replace(const Target& target, const std::string& path, mode_t rights, const Maker& make) {
     ProtectedWrite save(libraryFilename(path));
     begin(save);
     // From here on every exception abandons the save: its destructor removes the temporary file.
@@ -100,6 +100,8 @@ void replace(const std::string& path, mode_t rights, const Maker& make) {
     Interruption interruption(temporary);
     zeUtil::Descriptor file = make(temporary);
     completeFile(file, rights);
+    if (!target.isUntouched())
+        throw Failure("another program has changed it meanwhile");
     interruption.holdBack();
     finish(save, path, rights);
 }
@@ -115,7 +117,7 @@ void saveFile(const Target& target, const std::function<void(int)>& write) {
     try {
         if (target.isStandardOutput())
             return write(STDOUT_FILENO);
-        replace(target.path(), target.rights(), [&](const std::string& name) {
+        replace(target, target.path(), target.rights(), [&](const std::string& name) {
             zeUtil::Descriptor file = createFile(name);
             write(file.get());
             return file;
@@ -127,7 +129,7 @@ void saveFile(const Target& target, const std::function<void(int)>& write) {
 
 void saveFile(const Target& target, const std::function<void(const std::string&)>& make) {
     try {
-        replace(target.path(), target.rights(), [&](const std::string& name) {
+        replace(target, target.path(), target.rights(), [&](const std::string& name) {
             const PrivateMask mask;
             make(name);
             return zeUtil::Descriptor(checked(zeUtil::retried(

@@ -50,7 +50,7 @@ Target::Target(const std::string& path)
         return;
     }
     before_ = look(path);
-    error_ = before_ || errno == ENOENT ? 0 : errno;
+    error_ = before_ || (errno == ENOENT && !path.empty()) ? 0 : errno;
     if (error_ == 0) {
         std::error_code error;
         path_ = withoutLinks(path, before_.has_value(), error);
@@ -76,6 +76,10 @@ bool Target::isAsItWas() const {
     };
     const std::optional<struct stat> now = before_ ? look(path_) : std::nullopt;
     return now && identity(*now) == identity(*before_);
+}
+
+bool Target::isUntouched() const {
+    return before_ ? isAsItWas() : !look(path_);
 }
 
 std::string Target::path() const {

@@ -9,10 +9,6 @@
 
 namespace app {
 
-namespace {
-
-/// The size of the character at the start of `text` (not empty) if it is valid UTF-8 and may be
-/// printed, or else 0.
 std::size_t printableSize(std::string_view text) {
     const auto byte = [&](std::size_t i) -> unsigned int {
         return static_cast<unsigned char>(text[i]);
@@ -32,8 +28,6 @@ std::size_t printableSize(std::string_view text) {
     const bool isSurrogate = code >= 0xD800 && code <= 0xDFFF;
     return code >= least[size] && code <= 0x10FFFF && !isSurrogate ? size : 0;
 }
-
-} // namespace
 
 std::string visible(std::string_view text) {
     std::string result;

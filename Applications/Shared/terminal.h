@@ -18,6 +18,10 @@ namespace app {
 /// this function.
 std::string visible(std::string_view text);
 
+/// The size of the character at the start of `text` (not empty) if it is valid UTF-8 and may be
+/// printed, or else 0.
+std::size_t printableSize(std::string_view text);
+
 /// Shows how far a piece of work is, as "reading 50 %", if standard error is a terminal and the
 /// work has taken half a second already. Its line is erased when it is destroyed.
 class Progress {

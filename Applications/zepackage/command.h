@@ -12,7 +12,7 @@ namespace zepackage {
 
 /// Does what the arguments (without the program's name) ask for, and returns the exit code: 0 for
 /// success, 1 for bad input or a failed write, 2 for wrong use. Results go to
-/// zeOS::AppOutput::application1, messages to its status stream: they must be open.
+/// zeOS::AppOutput::application1, which must be open, and messages to standard error.
 int run(const std::vector<std::string>& arguments);
 
 /// What `zepackage --help` prints.
@@ -53,6 +53,6 @@ bool verify(const Arguments& arguments);
 void report(const std::string& message);
 
 /// Says with --verbose what has been done with an entry or a file.
-void reportDone(const std::string& name);
+void reportDone(const std::string& name, const Arguments& arguments);
 
 } // namespace zepackage

@@ -47,7 +47,7 @@ bool forEach(const Entries& entries, const Arguments& arguments, const char* wha
                     progress.report(done + std::min<std::int64_t>(read, entry->getSize()));
                 });
             });
-            reportDone(nameOf(*entry));
+            reportDone(nameOf(*entry), arguments);
         } catch (const app::Failure& failure) {
             report(failure.what());
             isSound = false;
@@ -67,7 +67,7 @@ void addSources(ioPackageFile& package, const Sources& sources, const Arguments&
         check(package.addEntry(libraryText(source.path), libraryText(name), arguments.compress),
               source.path);
         progress.report(done += source.size);
-        reportDone(name);
+        reportDone(name, arguments);
     }
 }
 
@@ -90,7 +90,8 @@ void extractEntry(const ioPackageFileEntry& entry, const Read& read, bool replac
         const timespec times[] = {{0, UTIME_OMIT}, {entry.getTimeStamp(), 0}};
         futimens(file.get(), times);
         require(file.close() == 0);
-    } catch (const app::Failure&) {
+        folder.finish(name);
+    } catch (...) {
         folder.undo();
         throw;
     }
@@ -120,7 +121,7 @@ bool remove(const Arguments& arguments) {
     editPackage(arguments.package(), [&](ioPackageFile& package) {
         for (const ioPackageFileEntry* entry : entries) {
             check(package.deleteEntry(entry->getName()), nameOf(*entry));
-            reportDone(nameOf(*entry));
+            reportDone(nameOf(*entry), arguments);
         }
     });
     return true;
@@ -216,7 +217,6 @@ bool runCommand(const Arguments& arguments) {
     if (package == app::standardStream)
         throw app::UsageError("a package is changed in place, and cannot be standard input or "
                               "output (a file of that name is ./-)");
-    zeOS::AppOutput::getInstance().setLevel(arguments.verbose ? 1 : 0);
     bool isDone = false;
     try {
         isDone = command.run(arguments);
@@ -245,25 +245,13 @@ bool runArguments(const Arguments& arguments) {
 
 } // namespace
 
-namespace {
-
-/// A standard error that cannot be opened by name, such as a socket, is written to directly.
-void say(const std::string& text) {
-    const zeOS::AppOutput& output = zeOS::AppOutput::getInstance();
-    if (output.status.ok())
-        output.error("%s\n", text.c_str());
-    else
-        std::fprintf(stderr, "%s\n", text.c_str());
-}
-
-} // namespace
-
 void report(const std::string& message) {
-    say("zepackage: " + app::visible(message));
+    std::fprintf(stderr, "zepackage: %s\n", app::visible(message).c_str());
 }
 
-void reportDone(const std::string& name) {
-    zeOS::AppOutput::getInstance().info(1, "%s\n", app::visible(name).c_str());
+void reportDone(const std::string& name, const Arguments& arguments) {
+    if (arguments.verbose)
+        std::fprintf(stderr, "%s\n", app::visible(name).c_str());
 }
 
 int run(const std::vector<std::string>& arguments) {
@@ -271,7 +259,7 @@ int run(const std::vector<std::string>& arguments) {
         return runArguments(parseArguments(arguments)) ? 0 : 1;
     } catch (const app::UsageError& error) {
         report(error.what());
-        say("Try 'zepackage --help'.");
+        std::fputs("Try 'zepackage --help'.\n", stderr);
         return 2;
     } catch (const std::bad_alloc&) {
         report("out of memory");

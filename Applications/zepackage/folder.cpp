@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
 #include <utility>
 
@@ -80,21 +81,32 @@ Descriptor Folder::create(const std::string& name, bool replace) {
     file_ = steps.back();
     steps.pop_back();
     enterParent(steps, name);
-    if (replace && unlinkat(parent(), file_.c_str(), 0) != 0 && errno != ENOENT)
+    unfinished_ = replace ? ".zepackage-" + std::to_string(getpid()) : file_;
+    if (replace && unlinkat(parent(), unfinished_.c_str(), 0) != 0 && errno != ENOENT)
         fail(name);
     Descriptor file(zeUtil::retried([&] {
-        return openat(parent(), file_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                      0666);
+        return openat(parent(), unfinished_.c_str(),
+                      O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
     }));
     if (!file.isOpen() && errno == EEXIST)
         throw app::Failure(name + ": exists already; --force replaces it");
     if (!file.isOpen())
         fail(name);
+    // Not before: a file that was there already must not be deleted.
+    interruption_.emplace("/proc/self/fd/" + std::to_string(parent()) + '/' + unfinished_);
     return file;
 }
 
+void Folder::finish(const std::string& name) {
+    if (unfinished_ != file_ &&
+        renameat(parent(), unfinished_.c_str(), parent(), file_.c_str()) != 0)
+        fail(name);
+    interruption_.reset();
+}
+
 void Folder::undo() {
-    unlinkat(parent(), file_.c_str(), 0);
+    unlinkat(parent(), unfinished_.c_str(), 0);
+    interruption_.reset();
 }
 
 } // namespace zepackage

@@ -30,26 +30,27 @@ std::string dateText(long seconds) {
 }
 
 /// A string of JSON, with all control characters escaped: those of one byte, and U+0080 to U+009F,
-/// which are 0xC2 and a second byte.
-std::string quoted(const std::string& text) {
+/// which are 0xC2 and a second byte. U+FFFD stands for each byte that is not UTF-8.
+std::string quoted(std::string_view text) {
     std::string result = "\"";
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        auto code = static_cast<unsigned char>(text[i]);
-        const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
-        const bool isControlOfTwo = code == 0xC2 && next < 0xA0;
-        if (isControlOfTwo) {
-            code = next;
-            ++i;
-        }
-        char escape[8];
-        if (code < 0x20 || code == 0x7F || isControlOfTwo) {
+    while (!text.empty()) {
+        std::size_t size = app::printableSize(text);
+        if (size > 0) {
+            if (text[0] == '"' || text[0] == '\\')
+                result += '\\';
+            result += text.substr(0, size);
+        } else {
+            unsigned int code = static_cast<unsigned char>(text[0]);
+            const unsigned int next = text.size() > 1 ? static_cast<unsigned char>(text[1]) : 0;
+            const bool isControlOfTwo = code == 0xC2 && next >= 0x80 && next < 0xA0;
+            size = isControlOfTwo ? 2 : 1;
+            if (code >= 0x80)
+                code = isControlOfTwo ? next : 0xFFFD;
+            char escape[8];
             std::snprintf(escape, sizeof escape, "\\u%04x", code);
             result += escape;
-        } else {
-            if (code == '"' || code == '\\')
-                result += '\\';
-            result += text[i];
         }
+        text.remove_prefix(size);
     }
     return result + '"';
 }

@@ -13,8 +13,6 @@ int main(int argc, char** argv) {
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);
     std::setlocale(LC_ALL, "");
-    zeOS::AppOutput& output = zeOS::AppOutput::getInstance();
-    output.application1.open("-", false);
-    output.status.open("/dev/stderr", true);
+    zeOS::AppOutput::getInstance().application1.open("-", false);
     return zepackage::run({argv + (argc > 0), argv + argc});
 }

@@ -43,8 +43,8 @@ entries; without one, all entries are meant.
   -V, --version        print the version and end
   --                   all that follow are files or names
 
-Options may stand anywhere, and be shortened as long as they are unambiguous;
---directory=DIR is --directory DIR.
+Options may stand anywhere; long ones may be shortened as long as they are
+unambiguous, short ones joined; --directory=DIR is --directory DIR.
 
 A package is changed whole or not at all: whatever happens, even if zepackage is
 killed, it stays as it was or becomes what it should be. This takes the room of
@@ -91,37 +91,37 @@ private:
         {"h|help", &Arguments::help},         {"V|version", &Arguments::version},
     };
 
-    /// "-n", "--name", "--name value" or "--name=value", the last of which the library does not
-    /// know.
+    /// "--name", "--name value" or "--name=value"; "-n", "-n value", "-nvalue" or several in one
+    /// word. The library knows only those of one or two words: it sees the name, and that there is
+    /// a value, which may be anything.
     void option(const std::string& word) {
-        const std::size_t equals = word.starts_with("--") ? word.find('=') : std::string::npos;
-        const bool isJoined = equals != std::string::npos;
-        std::vector<zeString::IString> words = {libraryText(word.substr(0, equals))};
-        if (isJoined)
-            words.push_back(libraryText(word.substr(equals + 1)));
-        else if (at_ + 1 < list_.size())
-            words.push_back(libraryText(list_[at_ + 1]));
+        const bool isLong = word.starts_with("--");
+        const std::size_t end = isLong ? word.find('=') : 2;
+        const std::string name = word.substr(0, end);
+        const bool isJoined = end < word.size();
+        if (name == "--") // would end the options
+            throw app::UsageError("there is no option " + word);
+        std::vector<zeString::IString> words = {libraryText(name)};
+        if (isJoined || at_ + 1 < list_.size())
+            words.emplace_back(L"value");
         options_.initialize(words);
         const zeOS::GetOpt::result* const found = options_.getOpt();
         if (found == nullptr) {
             const std::string message = options_.getError().asUTF8();
             throw app::UsageError(message.substr(0, message.find('\n')));
         }
-        take(*found);
-        std::vector<zeString::IString> left;
-        options_.remaining(left);
-        if (isJoined && !left.empty())
-            throw app::UsageError("option " + word.substr(0, equals) + " takes no value");
-        at_ += isJoined ? 1 : words.size() - left.size();
-    }
-
-    void take(const zeOS::GetOpt::result& found) {
-        result_.options.emplace_back(options_.getResultName(&found).asChar());
-        const auto index = static_cast<std::size_t>(options_.getResultIndex(&found));
-        if (index < std::size(flags))
+        result_.options.emplace_back(options_.getResultName(found).asChar());
+        const auto index = static_cast<std::size_t>(options_.getResultIndex(found));
+        if (index == std::size(flags)) {
+            result_.folder = isJoined ? word.substr(isLong ? end + 1 : end) : list_[++at_];
+        } else {
             result_.*flags[index].value = true;
-        else
-            result_.folder = options_.getResultArg(&found, 0).asUTF8();
+            if (isJoined && isLong)
+                throw app::UsageError("option " + name + " takes no value");
+            if (isJoined)
+                return option("-" + word.substr(end));
+        }
+        ++at_;
     }
 
     const std::vector<std::string>& list_;

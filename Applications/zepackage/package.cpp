@@ -70,6 +70,11 @@ Descriptor openFile(const std::string& path) {
     return file;
 }
 
+/// A path that leads to the open file, whatever becomes of its name.
+zeString::IString placeOf(const Descriptor& file) {
+    return ("/proc/self/fd/" + std::to_string(file.get())).c_str();
+}
+
 /// A regular file that no other zepackage changes as long as it is open. The lock goes with the
 /// file, not with its name.
 Descriptor lockFile(const std::string& path) {
@@ -89,6 +94,7 @@ public:
     }
 
     const app::Target& target() const { return target_; }
+    zeString::IString place() const { return placeOf(file_); }
 
     /// By the system, which shares the blocks on disk where the file system can.
     void copyTo(const std::string& path) const {
@@ -133,7 +139,7 @@ zeString::IString libraryText(const std::string& text) {
 }
 
 PackageReader::PackageReader(const std::string& path) : file_(openFile(path)) {
-    check(package_.open(("/proc/self/fd/" + std::to_string(file_.get())).c_str()), path);
+    check(package_.open(placeOf(file_)), path);
 }
 
 void createPackage(const std::string& path, bool force,
@@ -169,7 +175,7 @@ void compactPackage(const std::string& path) {
     const LockedPackage old(path);
     app::saveFile(old.target(), [&](const std::string& name) {
         ioPackageFile package;
-        check(package.open(libraryText(path)), "the old package");
+        check(package.open(old.place()), "the old package");
         check(package.write(libraryText(name)), "the new package");
     });
 }

@@ -82,7 +82,7 @@ private:
         if (status.st_dev == package_.st_dev && status.st_ino == package_.st_ino)
             return report(name.string() + ": left out: the package itself");
         const auto [entry, isNew] = found_.emplace(entryName(name), Source{path, status.st_size});
-        if (!isNew && entry->second.path != path)
+        if (!isNew && !fs::equivalent(entry->second.path, path))
             throw app::Failure(path.string() + " and " + entry->second.path +
                                " would become one entry, " + entry->first);
     }

@@ -7,11 +7,13 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "Base/Utility/zeUtilDescriptor.h"
 
+#include "Shared/interruption.h"
 #include "command.h"
 
 namespace zepackage {
@@ -39,8 +41,12 @@ public:
     explicit Folder(const std::string& path);
 
     /// Makes the file of that name, and the folders above it. What is there already is refused, or
-    /// deleted first if `replace` is true. Throws a Failure.
+    /// stays until finish() if `replace` is true: the new file has a name of its own till then. A
+    /// signal that ends the program deletes an unfinished file. Throws a Failure.
     zeUtil::Descriptor create(const std::string& name, bool replace);
+    /// Puts the file that create(name, ...) made in its place, now that it is complete. Throws a
+    /// Failure.
+    void finish(const std::string& name);
     /// Deletes what the last create() made.
     void undo();
 
@@ -53,6 +59,8 @@ private:
     zeUtil::Descriptor parent_;      // of the last file; not open if that is the root
     std::vector<std::string> steps_; // that lead to it
     std::string file_;               // its name there
+    std::string unfinished_;         // its name until finish()
+    std::optional<app::Interruption> interruption_;
 };
 
 } // namespace zepackage

@@ -28,7 +28,6 @@ namespace fs = std::filesystem;
 class ZepackageSafety : public testing::Test {
 protected:
     ZepackageSafety() {
-        zeOS::AppOutput::getInstance().status.open("/dev/null", true);
         zeOS::AppOutput::getInstance().application1.open("/dev/null", true);
         folder_.write("a", std::string(5000, 'a'));
         folder_.write("b", std::string(3000, 'b'));
@@ -40,10 +39,7 @@ protected:
         folder_.write("d", std::string(3000, 'd'));
     }
 
-    ~ZepackageSafety() override {
-        zeOS::AppOutput::getInstance().status.close();
-        zeOS::AppOutput::getInstance().application1.close();
-    }
+    ~ZepackageSafety() override { zeOS::AppOutput::getInstance().application1.close(); }
 
     std::string path(const std::string& name) const { return folder_.path(name); }
 
@@ -66,15 +62,16 @@ protected:
     }
 
     /// Kills it in the place of its `n`-th system call; false if it comes to its end before.
-    bool isKilled(const std::vector<std::string>& arguments, std::size_t n) const {
+    static bool isKilled(const std::vector<std::string>& arguments, std::size_t n,
+                         int signal = SIGKILL) {
         const pid_t child = fork();
         if (child == 0) {
-            SystemFaults::killAt(n, open("/dev/null", O_WRONLY));
+            SystemFaults::killAt(n, open("/dev/null", O_WRONLY), signal);
             _exit(run(arguments));
         }
         int status = 0;
         waitpid(child, &status, 0);
-        EXPECT_TRUE(WIFSIGNALED(status) ? WTERMSIG(status) == SIGKILL : WEXITSTATUS(status) == 0);
+        EXPECT_TRUE(WIFSIGNALED(status) ? WTERMSIG(status) == signal : WEXITSTATUS(status) == 0);
         return WIFSIGNALED(status);
     }
 
@@ -121,6 +118,38 @@ TEST_F(ZepackageSafety, APackageIsTheOldOrTheNewOneAtEveryKill) {
         kills += n - 1;
     }
     std::printf("kills tried: %zu, in the middle of zepackage's changes\n", kills);
+}
+
+TEST_F(ZepackageSafety, AnInterruptionLeavesNoUnfinishedFile) {
+    for (const auto& change : changes_) {
+        restore();
+        ASSERT_EQ(run(change), 0);
+        const std::string changed = folder_.read("p");
+        for (std::size_t n = 1; restore(), isKilled(change, n, SIGINT); ++n) {
+            EXPECT_TRUE(folder_.read("p") == old_ || folder_.read("p") == changed);
+            EXPECT_TRUE(leftovers(".tmp").empty()) << change[0] << " at call " << n;
+        }
+    }
+    const std::string into = path("out");
+    for (const bool force : {false, true}) {
+        std::vector<std::string> extract = {"extract", path("p"), "-C", into};
+        if (force)
+            extract.emplace_back("--force");
+        const auto prepare = [&] {
+            restore();
+            fs::create_directory(into);
+            if (force)
+                folder_.write("out/a", "before");
+        };
+        for (std::size_t n = 1; prepare(), isKilled(extract, n, SIGINT); ++n)
+            for (const auto& entry : fs::directory_iterator(into)) {
+                const std::string name = entry.path().filename();
+                const std::string found = folder_.read("out/" + name);
+                EXPECT_TRUE(name == "a" ? found == std::string(5000, 'a') || found == "before"
+                                        : name == "c" && found == "c")
+                    << name << " at call " << n;
+            }
+    }
 }
 
 TEST_F(ZepackageSafety, AChangeThatFailsLeavesThePackageAsItWas) {

@@ -92,6 +92,7 @@ done << 'LINES'
 1|create odd a --force|odd: cannot be written: not a regular file
 1|create no/p a|no/p: cannot be written: No such file or directory
 1|create new odd/empty|odd/empty: left out: an empty folder
+1|create "" a|: cannot be written: No such file or directory
 1|create $'new\xff' a|new\xff: cannot be written: its name is not UTF-8
 1|add odd/p none|none: cannot be read: No such file or directory
 1|add odd/p ""|: cannot be read: No such file or directory
@@ -112,9 +113,15 @@ done << 'LINES'
 2|list odd/p --compress|list takes no option --compress
 2|list odd/p --nonsense|Option does not exist or is ambiguous: --nonsense
 2|list odd/p --json=1|option --json takes no value
+2|list odd/p -vx|Option does not exist or is ambiguous: -x
+2|list odd/p --=x|there is no option --=x
 2|extract odd/p -C|Insufficient arguments when processing option: directory
 LINES
 is "$(echo new*)" 'new*'
+ends 0 create -vfCsub new a ./a && prints err <<< a # joined options; one file, named twice
+("$program" list new && "$program" list none && : || "$program" list new) > both 2>&1 # one file for all
+is "$(cat both)" $'a\nzepackage: none: cannot be opened: No such file or directory\na'
+cp new $'new\xff' && ends 0 list $'new\xff' --json && python3 -m json.tool out > json
 ends 0 --help
 [ "$(wc -L < out)" -le 80 ]
 for option in $(grep -o '^  -., --[a-z]*' out | sed 's/.*--//'); do
@@ -148,6 +155,7 @@ rm in/e && mkdir -p in/e && ln -s ../../z in/e/plain && ln -s ../../z in/e/l
 ends 1 extract bad -C in && grep -q '^zepackage: e/plain: exists already; --force replaces it$' err
 ends 1 extract bad -C in --force
 is "$(cat in/e/plain z)" $'e/plain\noutside'
+forge e/plain $'e/\xf4\x90\x80\x80p' && ends 0 list bad --json && python3 -m json.tool out > json
 if command -v script > /dev/null; then # a terminal does not get commands from names
     script --quiet --command "'$program' list bad" /dev/null < /dev/null > out && grep -qF 'e/\x1b[m' out
 fi
@@ -160,6 +168,8 @@ printf '\xff\xff\xff\xff' | dd of=bad bs=1 seek=$((place + 60)) conv=notrunc sta
 ends 1 verify bad && says 'tree/text: it is damaged or cut off'
 rm -rf in && mkdir in && ends 1 extract bad -C in
 is "$(find in -type f)" in/a
+echo mine > in/tree/text # not replaced by what is damaged
+ends 1 extract bad -C in --force && is "$(cat in/tree/text; ls -A in/tree)" $'mine\ntext'
 for size in 0 1 60 84 85 $(($(stat -c %s bad) - 1)); do
     head -c "$size" bad > cut
     ends 1 list cut && says 'cut: it is not a package, or its directory of entries is damaged'

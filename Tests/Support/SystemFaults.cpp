@@ -47,13 +47,14 @@ std::atomic<std::size_t>& callCounter() {
 
 std::size_t callsToLive = 0; // 0: for ever
 int killReport = -1;
+int killSignal = 0;
 
 void countToDeath(SystemFaults::Call call) {
     if (callsToLive == 0 || --callsToLive > 0)
         return;
     // Not through write(), which would come here again.
     syscall(SYS_write, killReport, names[call], std::strlen(names[call]));
-    kill(getpid(), SIGKILL);
+    kill(getpid(), killSignal);
 }
 
 std::atomic<void*> found[SystemFaults::callCount];
@@ -131,8 +132,9 @@ std::size_t SystemFaults::calls() const {
     return callCounter();
 }
 
-void SystemFaults::killAt(std::size_t n, int report) {
+void SystemFaults::killAt(std::size_t n, int report, int signal) {
     callsToLive = n;
+    killSignal = signal;
     killReport = report;
 }
 

@@ -15,6 +15,7 @@
 
 #pragma once
 
+#include <csignal>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -97,8 +98,9 @@ public:
     static void noteOpened(Call call, int fd);
 
     /// From now on counts calls of every name, and kills the process instead of making the `n`-th
-    /// (1 is the next), whose name it writes to the descriptor `report` first.
-    static void killAt(std::size_t n, int report);
+    /// (1 is the next), whose name it writes to the descriptor `report` first. Another signal than
+    /// SIGKILL may be handled, or come to nothing; the call is made then.
+    static void killAt(std::size_t n, int report, int signal = SIGKILL);
 
     /// The answer to a call that is being made: sets errno where it is a failure.
     static Answer next(Call call);

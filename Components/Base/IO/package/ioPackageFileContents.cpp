@@ -35,6 +35,18 @@ bool isFailure(ioStreamStatus status) {
     return status != streamOK && status != streamEOF;
 }
 
+/// A new file, which others can neither read nor have made before. It has no name, so that nothing
+/// stays behind however the process ends. Not open if that fails.
+zeUtil::Descriptor namelessFile() {
+    const IString path = zeOS::createTmpFilename(IString(), nullptr).path();
+    zeUtil::Descriptor file(zeUtil::retried([&] {
+        return ::open(path.asUTF8(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+    }));
+    if (file.isOpen())
+        unlink(path.asUTF8());
+    return file;
+}
+
 /// Makes `out` write to `file`, which it owns from now on.
 void openOutput(ioBufferedStreamOutput& out, zeUtil::Descriptor file) {
     auto* const sink = new ioBufferFD(false);
@@ -182,17 +194,16 @@ Error ioPackageFile::addEntry(const IString& sourcePath, const IString& name, bo
         return copyFileIntoPackage(sourcePath, status.size(), status.lastModification(), false,
                                    stored);
 
-    const zeOS::Filename temporary = zeOS::createTmpFilename(IString(), nullptr);
+    const zeUtil::Descriptor file = namelessFile();
+    const IString temporary(("/proc/self/fd/" + std::to_string(file.get())).c_str());
     long compressedSize = 0;
-    error = compressFile(sourcePath, temporary.path(), status.size(), compressedSize);
-    if (error.code() == 0) {
-        const bool smaller = compressedSize < status.size();
-        error = copyFileIntoPackage(smaller ? temporary.path() : sourcePath,
-                                    smaller ? compressedSize : status.size(),
-                                    status.lastModification(), smaller, stored);
-    }
-    unlink(temporary.path().asUTF8());
-    return error;
+    error = compressFile(sourcePath, temporary, status.size(), compressedSize);
+    if (error.code() != 0)
+        return error;
+    const bool smaller = compressedSize < status.size();
+    return copyFileIntoPackage(smaller ? temporary : sourcePath,
+                               smaller ? compressedSize : status.size(), status.lastModification(),
+                               smaller, stored);
 }
 
 Error ioPackageFile::addEntry(const ioPackageFileEntry* entry, const IString& name) {
@@ -223,16 +234,14 @@ Error ioPackageFile::deleteEntry(const IString& name) {
     return Error();
 }
 
-/// Compresses `source` into a new file, which others can neither read nor have made before.
+/// Compresses `source` into a file that exists.
 Error ioPackageFile::compressFile(const IString& source, const IString& destination, long size,
                                   long& compressedSize) {
     ioBufferedStreamInput in;
     in.openFile(source);
     ioBufferedStreamOutput out;
-    openOutput(out, zeUtil::Descriptor(zeUtil::retried([&] {
-                   return ::open(destination.asUTF8(),
-                                 O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-               })));
+    openOutput(out, zeUtil::Descriptor(zeUtil::retried(
+                        [&] { return ::open(destination.asUTF8(), O_WRONLY | O_CLOEXEC); })));
     out.compress(true);
     out.checksum(true);
     const long copied = copyBlocks(in, out);
