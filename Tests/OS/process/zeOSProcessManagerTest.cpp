@@ -329,7 +329,7 @@ TEST_F(Processes, ThatCannotBeMadeAreErrors) {
     const std::string noHandler = "1: Can't install a handler for SIGCHLD: ";
     using Faults = SystemFaults;
     // How many calls of a name are there in a synchronous, asynchronous and plain start, and what
-    // is the result if one of them fails? Where it is "", only the first of two changes it.
+    // is the result if one of them fails? The second chdir() and sigaction() do not change it.
     const struct {
         Faults::Call call;
         int error;
