@@ -12,7 +12,6 @@
 #include "Support/MadeLocale.h"
 
 using zeOS::Locale;
-using zeString::CString;
 
 namespace {
 
@@ -60,10 +59,10 @@ TEST_F(LocaleTest, KeepsTheOldOneIfThereIsNoSuchLocale) {
                       ", system error: No such file or directory\n");
         EXPECT_EQ(text(locale), plain) << "not the default: it was changed in vain";
     }
-    setenv("LC_ALL", "no such", 1);
-    EXPECT_EQ(locale.setNative().code(), 4);
-    setenv("LC_ALL", "C.UTF-8", 1);
-    EXPECT_EQ(locale.setNative(), zeUtil::Error());
+    for (const char* native : {"no such", "C.UTF-8"}) {
+        setenv("LC_ALL", native, 1);
+        EXPECT_EQ(locale.setNative().code(), *native == 'n' ? 4 : 0);
+    }
     unsetenv("LC_ALL");
     EXPECT_EQ(text(locale), utf8);
 }
@@ -87,7 +86,6 @@ TEST(ByteOrder, IsReversedForEveryTypeAndAlignment) {
     EXPECT_EQ(zeOS::swap(0x0102030405060708L), 0x0807060504030201L);
     EXPECT_EQ(zeOS::swap(zeOS::swap(1.5f)), 1.5f);
     EXPECT_EQ(zeOS::swap(0x1p-1022), 0x1p-1074 * 0x1000); // 0010 0000 0000 0000 reversed
-    EXPECT_EQ(zeOS::swap(zeOS::swap(-1.5)), -1.5);
 
     char bytes[] = "-abcdefgh";
     zeOS::swap(reinterpret_cast<int*>(bytes + 1), 2);

@@ -45,23 +45,6 @@ void countSignal(int) {
     ++signalsSeen;
 }
 
-/// Sets an environment variable (nullptr: none) while it lives.
-class Environment {
-public:
-    Environment(const char* name, const char* value) : name_(name) {
-        if (const char* const before = std::getenv(name))
-            before_ = before;
-        value ? setenv(name, value, 1) : unsetenv(name);
-    }
-    Environment(const Environment&) = delete;
-    Environment& operator=(const Environment&) = delete;
-    ~Environment() { setenv(name_, before_.c_str(), 1); }
-
-private:
-    const char* name_;
-    std::string before_;
-};
-
 /// An application with a handler of SIGCHLD, in a folder of its own. Whatever is started, its
 /// handler stays, is never called, and no child is left.
 class Processes : public FileFixture {
@@ -73,6 +56,7 @@ protected:
     }
     void SetUp() override {
         fs::current_path(folder.path());
+        makeProgram("words", "\1 only words");
         signalsSeen = 0;
         struct sigaction action = {};
         action.sa_handler = &countSignal;
@@ -83,6 +67,12 @@ protected:
         expectNoTrace();
         std::signal(SIGCHLD, SIG_DFL);
         fs::current_path("/");
+        setenv("PATH", path_.c_str(), 1);
+    }
+
+    void makeProgram(const char* name, const char* content) {
+        folder.write(name, content);
+        fs::permissions(folder.path(name), fs::perms::owner_all);
     }
 
     void expectNoTrace() {
@@ -98,49 +88,37 @@ protected:
         EXPECT_EQ(signalsSeen, 0);
     }
 
-    /// "error" or "exit code".
-    std::string startSync(const Arguments& args, const IString& directory = IString()) {
-        const SyncResult result = manager->startSync(args, directory);
-        if (result.error == Error())
-            return std::to_string(result.exitCode);
-        EXPECT_EQ(result.exitCode, -1);
-        return text(result.error);
-    }
-
-    std::string startAsync(const Arguments& args, const IString& directory = IString()) {
-        return text(manager->startAsync(args, directory));
-    }
-
-    /// Starts a program by startProcessImpl() and waits for it: "error" or "exit code".
-    std::string startOwn(const Arguments& args, const IString& directory = IString()) {
-        sigset_t childSignal; // which comes to the application here
-        sigemptyset(&childSignal);
-        sigaddset(&childSignal, SIGCHLD);
-        pthread_sigmask(SIG_BLOCK, &childSignal, nullptr);
-        auto& starter = dynamic_cast<zeOS::ProcessManagerImpl&>(*manager);
-        const StartResult result = starter.startProcessImpl(args, directory);
-        int status = 0;
-        if (result.processId != -1) {
-            EXPECT_EQ(wait4(result.processId, &status, 0, nullptr), result.processId);
-            int signal;
-            sigwait(&childSignal, &signal);
+    /// Starts a program, and waits for it unless its start is asynchronous: "error" or "exit code".
+    std::string start(Kind kind, const Arguments& args, const IString& directory = IString()) {
+        SyncResult result = {-1, Error()};
+        if (kind == Async)
+            return text(manager->startAsync(args, directory));
+        if (kind == Sync) {
+            result = manager->startSync(args, directory);
+        } else {
+            auto& starter = dynamic_cast<zeOS::ProcessManagerImpl&>(*manager);
+            const StartResult started = starter.startProcessImpl(args, directory);
+            result.error = started.error;
+            if (started.processId != -1)
+                result.exitCode = waitForOwn(started.processId);
         }
-        pthread_sigmask(SIG_UNBLOCK, &childSignal, nullptr);
-        if (result.error == Error())
-            return std::to_string(WIFEXITED(status) ? WEXITSTATUS(status) : -1);
-        return text(result.error);
+        EXPECT_TRUE(kind == Own || result.error == Error() || result.exitCode == -1);
+        return result.error == Error() ? std::to_string(result.exitCode) : text(result.error);
     }
 
-    std::string start(Kind kind, const Arguments& args, const IString& directory) {
-        return kind == Sync    ? startSync(args, directory)
-               : kind == Async ? startAsync(args, directory)
-                               : startOwn(args, directory);
+    static int waitForOwn(pid_t child) {
+        int status = 0;
+        EXPECT_EQ(wait4(child, &status, 0, nullptr), child);
+        while (signalsSeen == 0) // which comes to the application here
+            std::this_thread::yield();
+        signalsSeen = 0;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
     /// What a started program reports: directory, parent, SIGCHLD, arguments. A pipe with a name
     /// waits until it has done so.
-    template<class Start>
-    std::vector<std::string> reported(Start start, const Arguments& args = {}) {
+    std::vector<std::string> reported(Kind kind, const Arguments& args = {},
+                                      const IString& directory = IString()) {
         mkfifo(folder.path("report").c_str(), 0600);
         std::string bytes;
         std::thread reader([&] {
@@ -149,7 +127,7 @@ protected:
         });
         Arguments all = {STARTED_PROGRAM, L"report", at("report")};
         all.insert(all.end(), args.begin(), args.end());
-        start(all);
+        EXPECT_EQ(start(kind, all, directory), kind == Async ? "" : "0");
         reader.join();
         std::vector<std::string> items;
         for (std::size_t at = 0; at < bytes.size(); at += items.back().size() + 1)
@@ -158,6 +136,9 @@ protected:
     }
 
     const std::unique_ptr<zeOS::ProcessManager> manager{zeOS::createProcessManager()};
+
+private:
+    const std::string path_ = std::getenv("PATH");
 };
 
 /// An application's own.
@@ -170,29 +151,25 @@ struct OwnManager : zeOS::ProcessManager {
     }
 };
 
-/// Ends with how many of what the manager of the process promises do not hold.
-[[noreturn]] void installManager() {
-    static OwnManager own;
-    static OwnManager other;
-    const bool isSet = zeOS::ProcessManager::setInstance(&own);
-    zeOS::ProcessManager* const manager = zeOS::ProcessManager::getInstance();
-    _exit(!isSet + (manager != &own) + zeOS::ProcessManager::setInstance(&other) +
-          (manager->startAsync({L"a", L"b"}, Filename()).code() != 2) +
-          (manager->startSync({}, IString(L"abc")).exitCode != 3));
-}
-
-[[noreturn]] void makeManager() {
-    std::atomic<zeOS::ProcessManager*> seen[4] = {};
+/// Ends with how many of what the manager of the process promises do not hold: it is `first`, or
+/// for nullptr that which several threads asked for at once, and no other comes after it.
+[[noreturn]] void checkManager(OwnManager* first) {
+    using Manager = zeOS::ProcessManager;
+    int wrong = first && !Manager::setInstance(first);
+    std::atomic<Manager*> seen[4] = {};
     std::vector<std::thread> threads;
     for (auto& manager : seen)
-        threads.emplace_back([&] { manager = zeOS::ProcessManager::getInstance(); });
+        threads.emplace_back([&] { manager = Manager::getInstance(); });
     for (std::thread& thread : threads)
         thread.join();
     static OwnManager late;
-    int differing = zeOS::ProcessManager::setInstance(&late);
-    for (const auto& manager : seen)
-        differing += manager != zeOS::ProcessManager::getInstance();
-    _exit(differing);
+    wrong += Manager::setInstance(&late);
+    Manager* const manager = Manager::getInstance();
+    for (const auto& other : seen)
+        wrong += other != manager || (first && other != first);
+    _exit(first ? wrong + (manager->startAsync({L"a", L"b"}, Filename()).code() != 2) +
+                      (manager->startSync({}, IString(L"abc")).exitCode != 3)
+                : wrong);
 }
 
 } // namespace
@@ -204,22 +181,18 @@ extern "C" char* strerror(int error) noexcept {
 }
 
 TEST(ProcessManagerDeathTest, IsTheApplicationsIfThatComesFirst) {
-    EXPECT_EXIT(installManager(), testing::ExitedWithCode(0), "");
-    EXPECT_EXIT(makeManager(), testing::ExitedWithCode(0), "");
+    OwnManager own;
+    for (OwnManager* const first : {&own, static_cast<OwnManager*>(nullptr)})
+        EXPECT_EXIT(checkManager(first), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(Processes, EndWithTheExitCodeOrWithTheReasonThatThereIsNone) {
-    const auto makeProgram = [&](const char* name, const char* content) {
-        folder.write(name, content);
-        fs::permissions(folder.path(name), fs::perms::owner_all);
-    };
     makeProgram("script", "#!/bin/sh\nexit 7\n");
     makeProgram("orphan", "#!/no/such/interpreter\n");
-    makeProgram("words", "\1 only words");
     folder.write("plain", "#!/bin/sh\n");
     makeFolder("bin/script");
     makeFolder("folder");
-    const Environment path("PATH", (":" + folder.path("no") + ":" + folder.path() + ":").c_str());
+    setenv("PATH", (":" + folder.path("no") + ":" + folder.path() + ":").c_str(), 1);
     const std::string refused = "6: exec() failed: ";
     const struct {
         Arguments args;
@@ -227,7 +200,6 @@ TEST_F(Processes, EndWithTheExitCodeOrWithTheReasonThatThereIsNone) {
     } rows[] = {
         {{}, "2: no executable specified"},
         {{at("script")}, "7"},
-        {{L"./script"}, "7"},
         {{L"script"}, "7"},
         {{L"/bin/sh", L"-c", L"exit 255"}, "255"},
         {{L"/bin/sh", L"-c", L"kill -9 $$"}, "-1"},
@@ -244,107 +216,79 @@ TEST_F(Processes, EndWithTheExitCodeOrWithTheReasonThatThereIsNone) {
     };
     for (const auto& [args, result] : rows) {
         SCOPED_TRACE(result);
-        EXPECT_EQ(startSync(args), result);
-        EXPECT_EQ(startOwn(args), result);
         const bool isStarted = result.find(':') == std::string::npos;
-        EXPECT_EQ(startAsync(args), isStarted ? "" : result);
+        for (const Kind kind : {Sync, Async, Own})
+            EXPECT_EQ(start(kind, args), isStarted && kind == Async ? "" : result);
     }
 
-    const Environment folderFirst("PATH", (folder.path("bin") + ":" + folder.path()).c_str());
-    EXPECT_EQ(startSync({L"script"}), refused + "Permission denied");
-    for (const char* empty : {"", static_cast<const char*>(nullptr)}) {
-        const Environment none("PATH", empty);
-        EXPECT_EQ(startSync({L"script"}), "3: PATH environment variable not set.");
-        EXPECT_EQ(startSync({L"./script"}), "7");
+    const std::string notSet = "3: PATH environment variable not set.";
+    const std::pair<std::string, std::string> paths[] = {
+        {folder.path("bin") + ":" + folder.path(), refused + "Permission denied"},
+        {"::", "3: PATH environment variable is empty."},
+        {"", notSet},
+    };
+    for (const auto& [path, result] : paths) {
+        setenv("PATH", path.c_str(), 1);
+        EXPECT_EQ(start(Sync, {L"script"}), result);
     }
-    const Environment blank("PATH", "::");
-    EXPECT_EQ(startSync({L"script"}), "3: PATH environment variable is empty.");
+    unsetenv("PATH");
+    EXPECT_EQ(start(Sync, {L"script"}), notSet);
+    EXPECT_EQ(start(Sync, {L"./script"}), "7");
 }
 
 TEST_F(Processes, GetTheirArgumentsAsTheyAre) {
-    std::vector<std::string> texts = {"",
-                                      " ",
-                                      "a b ",
-                                      "\"",
-                                      "'",
-                                      "\\",
-                                      "$HOME",
-                                      "*",
-                                      "`x`",
-                                      "-",
-                                      "\n\r\t",
-                                      "\x01\x7F",
-                                      "%s",
-                                      "~",
-                                      "Sch\xC3\xB6n",
-                                      "\xE2\x82\xAC \xF0\x9F\x98\x80",
+    std::vector<std::string> texts = {"", "a b ", "\xE2\x82\xAC \xF0\x9F\x98\x80",
                                       std::string(100000, 'x')};
+    for (int c = 1; c < 128; ++c)
+        texts.emplace_back(1, static_cast<char>(c));
     Arguments args;
     for (const std::string& text : texts)
         args.push_back(wide(text));
-    std::vector<std::string> items =
-        reported([&](const Arguments& all) { EXPECT_EQ(startSync(all), "0"); }, args);
+    std::vector<std::string> items = reported(Sync, args);
     ASSERT_GE(items.size(), 3u);
     items.erase(items.begin(), items.begin() + 3);
     EXPECT_EQ(items, texts);
 }
 
-TEST_F(Processes, RunWhereTheirKindOfStartPutsThem) {
-    makeFolder("there");
+TEST_F(Processes, RunAndAreFoundWhereTheirKindOfStartPutsThem) {
     const std::string here = folder.path();
-    const std::string self = std::to_string(getpid());
-    using Report = std::vector<std::string>;
-    EXPECT_EQ(reported([&](const Arguments& all) { startSync(all, L"there"); }),
-              (Report{here, self, "0"}));
-    EXPECT_EQ(reported([&](const Arguments& all) { startOwn(all, L"there"); }),
-              (Report{here + "/there", self, "0"}));
-    const Report detached =
-        reported([&](const Arguments& all) { EXPECT_EQ(startAsync(all, L"there"), ""); });
-    ASSERT_EQ(detached.size(), 3u);
-    EXPECT_EQ(detached[0], here + "/there");
-    EXPECT_NE(detached[1], self);
-    EXPECT_EQ(detached[2], "0");
-    EXPECT_EQ(fs::current_path(), here);
-}
-
-TEST_F(Processes, FindRelativeProgramsInTheDirectoryOfTheStart) {
+    const std::string there = folder.path("there");
     makeFolder("there");
     fs::copy(STARTED_PROGRAM, folder.path("there/tool"));
     const Arguments tool = {L"./tool", L"exit", L"5"};
-    EXPECT_EQ(startOwn(tool, L"there"), "5");
-    EXPECT_EQ(startAsync(tool, L"there"), "");
-    EXPECT_EQ(startSync(tool, L"there"), "6: exec() failed: No such file or directory");
-
-    // Not found: the process stays in the directory, for every kind of start.
+    const char* const found[] = {"6: exec() failed: No such file or directory", "", "5"};
     for (const Kind kind : {Sync, Async, Own}) {
+        const std::vector<std::string> report = reported(kind, {}, L"there");
+        ASSERT_EQ(report.size(), 3u);
+        EXPECT_EQ(report[0], kind == Sync ? here : there);
+        EXPECT_EQ(report[1] == std::to_string(getpid()), kind != Async);
+        EXPECT_EQ(report[2], "0");
+        EXPECT_EQ(start(kind, tool, L"there"), found[kind]);
+        EXPECT_EQ(fs::current_path(), here);
+        // Not found: the process stays in the directory, for every kind of start.
         EXPECT_EQ(start(kind, {L"./none"}, L"there"), "3: ./none: program not found.");
-        EXPECT_EQ(fs::current_path(), folder.path("there"));
+        EXPECT_EQ(fs::current_path(), there);
         fs::current_path("..");
         EXPECT_EQ(start(kind, tool, L"no/folder"),
                   "7: Can't chdir() to no/folder.  Reason: No such file or directory");
-        EXPECT_EQ(fs::current_path(), folder.path());
+        EXPECT_EQ(fs::current_path(), here);
     }
 }
 
 TEST_F(Processes, LeaveBufferedOutputToTheirParent) {
     FILE* const file = fopen(folder.path("output").c_str(), "w");
     fputs("once", file);
-    folder.write("words", "\1");
-    fs::permissions(folder.path("words"), fs::perms::owner_all);
-    for (const wchar_t* program : {L"./words", L"/bin/true"}) {
-        startSync({program});
-        startAsync({program});
-        startOwn({program});
-    }
+    for (const wchar_t* program : {L"./words", L"/bin/true"})
+        for (const Kind kind : {Sync, Async, Own})
+            start(kind, {program});
     fclose(file);
     EXPECT_EQ(folder.read("output"), "once");
 }
 
 TEST_F(Processes, AreWaitedForEvenIfTheApplicationIgnoresTheirEnd) {
     std::signal(SIGCHLD, SIG_IGN);
-    EXPECT_EQ(startSync({L"/bin/sh", L"-c", L"exit 3"}), "3");
-    const auto report = reported([&](const Arguments& all) { startAsync(all); });
-    EXPECT_EQ(report.at(2), "0");
+    EXPECT_EQ(start(Sync, {L"/bin/sh", L"-c", L"exit 3"}), "3");
+    EXPECT_EQ(reported(Async).at(2), "0");
     EXPECT_EQ(std::signal(SIGCHLD, SIG_IGN), SIG_IGN);
     SetUp();
 }
@@ -352,28 +296,21 @@ TEST_F(Processes, AreWaitedForEvenIfTheApplicationIgnoresTheirEnd) {
 TEST_F(Processes, StartFromManyThreadsAtOnce) {
     constexpr int threadCount = 4;
     constexpr int startCount = 250;
-    folder.write("words", "\1");
-    fs::permissions(folder.path("words"), fs::perms::owner_all);
     std::atomic<bool> isOver = false;
     // SIGCHLD can come to this thread, and to the one that waits for the others.
     std::thread bystander([&] {
         while (!isOver)
             std::this_thread::yield();
     });
-    std::atomic<int> wrong = 0;
     std::vector<std::thread> starters;
     for (int t = 0; t < threadCount; ++t)
         starters.emplace_back([&, t] {
             for (int i = 0; i < startCount; ++i) {
-                const int code = (t * startCount + i) % 250;
-                IString number;
-                number.format("%d", code);
-                const SyncResult result =
-                    manager->startSync({STARTED_PROGRAM, L"exit", number}, Filename());
-                wrong += result.error.code() != 0 || result.exitCode != code;
+                const std::string code = std::to_string((t * startCount + i) % 250);
+                EXPECT_EQ(start(Sync, {STARTED_PROGRAM, L"exit", wide(code)}), code);
                 if (i % 50 == 0) {
-                    wrong += manager->startSync({L"./words"}, Filename()).error.code() != 6;
-                    wrong += manager->startAsync({L"/bin/true"}, Filename()).code() != 0;
+                    EXPECT_EQ(start(Sync, {L"./words"}), "6: exec() failed: Exec format error");
+                    EXPECT_EQ(start(Async, {L"/bin/true"}), "");
                 }
             }
         });
@@ -381,18 +318,18 @@ TEST_F(Processes, StartFromManyThreadsAtOnce) {
         thread.join();
     isOver = true;
     bystander.join();
-    EXPECT_EQ(wrong, 0);
 }
 
 TEST_F(Processes, ThatCannotBeMadeAreErrors) {
     makeFolder("there");
-    const Environment path("PATH", "/bin");
+    setenv("PATH", "/bin", 1);
     const std::string noPipe = "1: Can't create pre-fork pipe: ";
     const std::string noFlag = "1: Can't fcntl() pre-fork pipe: ";
     const std::string noFork = "fork() failed: ";
+    const std::string noHandler = "1: Can't install a handler for SIGCHLD: ";
     using Faults = SystemFaults;
     // How many calls of a name are there in a synchronous, asynchronous and plain start, and what
-    // is the result if one of them fails? Where it is "", only the first of two changes it.
+    // is the result if one of them fails? The second chdir() and sigaction() do not change it.
     const struct {
         Faults::Call call;
         int error;
@@ -414,10 +351,7 @@ TEST_F(Processes, ThatCannotBeMadeAreErrors) {
         {Faults::onClose, EIO, {3, 6, 3}, "0"},
         {Faults::onWaitpid, EINTR, {1, 1, 0}, "0"},
         {Faults::onWaitpid, EIO, {1, 1, 0}, "1: Can't wait for the process: Input/output error"},
-        {Faults::onSigaction,
-         EINVAL,
-         {2, 2, 0},
-         "1: Can't install a handler for SIGCHLD: Invalid argument"},
+        {Faults::onSigaction, EINVAL, {2, 2, 0}, noHandler + "Invalid argument"},
     };
     FaultTrial trial;
     std::string result;
@@ -446,11 +380,9 @@ TEST_F(Processes, ThatCannotBeMadeAreErrors) {
 }
 
 TEST_F(Processes, SayWhyTheyFailedThroughAnInterruptedPipe) {
-    folder.write("words", "\1");
-    fs::permissions(folder.path("words"), fs::perms::owner_all);
     FaultTrial trial;
     std::string result;
-    trial.operation = [&] { result = startAsync({L"./words"}); };
+    trial.operation = [&] { result = start(Async, {L"./words"}); };
     trial.check = [&](const Fault&) { EXPECT_EQ(result, "6: exec() failed: Exec format error"); };
     EXPECT_EQ(trial.run(SystemFaults::onWrite, {EINTR}), 2u);
     EXPECT_EQ(trial.run(SystemFaults::onRead, {EINTR}, 3), 2u);
@@ -459,15 +391,13 @@ TEST_F(Processes, SayWhyTheyFailedThroughAnInterruptedPipe) {
 
 TEST_F(Processes, CutLongReasonsBetweenCharacters) {
     ASSERT_NE(std::setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
-    folder.write("words", "\1");
-    fs::permissions(folder.path("words"), fs::perms::owner_all);
-    std::string letters;
-    for (int i = 0; i < 200; ++i)
-        letters += "\xC3\xB6";
+    std::string letters = "\xC3\xB6";
+    while (letters.size() < 400)
+        letters += letters;
     for (const std::string begin : {"", "x"}) {
         const std::string all = begin + letters;
         longText = all.c_str();
-        const std::string result = startAsync({L"./words"});
+        const std::string result = start(Async, {L"./words"});
         longText = nullptr;
         const std::string expected = "6: exec() failed: " + all;
         EXPECT_EQ(result, expected.substr(0, result.size()));
@@ -476,7 +406,7 @@ TEST_F(Processes, CutLongReasonsBetweenCharacters) {
         EXPECT_EQ(result.back(), '\xB6');
     }
     longText = "";
-    EXPECT_EQ(startSync({L"./words"}), "6: exec() failed: unknown error");
+    EXPECT_EQ(start(Sync, {L"./words"}), "6: exec() failed: unknown error");
     longText = nullptr;
     std::setlocale(LC_CTYPE, "C");
 }
