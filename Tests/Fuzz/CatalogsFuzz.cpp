@@ -2,19 +2,16 @@
 
 // Reads bytes as a catalog, and what it gave once more, written anew.
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "Base/Strings/zeStringTableManager.h"
 #include "Base/Strings/zeStringTableStringTable.h"
+#include "Support/TempFolder.h"
 
 using zeString::IString;
 using zeStringTable::appStringTable;
@@ -27,28 +24,10 @@ void require(bool holds) {
         std::abort();
 }
 
-/// A file in memory, with a name for it.
-class MemoryFile {
-public:
-    MemoryFile() : fd_(memfd_create("catalog", MFD_CLOEXEC)) { require(fd_ >= 0); }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-    ~MemoryFile() { close(fd_); }
-
-    IString with(std::string_view bytes) const {
-        require(ftruncate(fd_, 0) == 0);
-        require(pwrite(fd_, bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size()));
-        return IString(("/proc/self/fd/" + std::to_string(fd_)).c_str());
-    }
-
-private:
-    int fd_;
-};
-
-zeUtil::Error load(std::string_view bytes) {
-    static const MemoryFile file;
+zeUtil::Error load(const std::string& bytes) {
+    static const TempFolder folder{TempFolder::memory()};
     appStringTable().clear();
-    return zeStringTable::Manager::loadCatalog(file.with(bytes));
+    return zeStringTable::Manager::loadCatalog(IString(folder.write("c", bytes).c_str()));
 }
 
 /// What is in the table, as a catalog that says the same.
@@ -69,7 +48,7 @@ std::string written() {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+    const std::string bytes(reinterpret_cast<const char*>(data), size);
     const zeUtil::Error error = load(bytes);
     require(error.code() == 0 || error.code() == 3 || error.code() == 5);
     require(appStringTable().size() <=

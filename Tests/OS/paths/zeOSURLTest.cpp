@@ -25,10 +25,6 @@ std::string text(const CString& bytes) {
     return std::string(bytes.asChar(), bytes.length());
 }
 
-CString bytes(const std::string& s) {
-    return CString(s.data(), static_cast<int>(s.size()));
-}
-
 /// Each field followed by a blank.
 std::string parts(const URL& url) {
     std::string result;
@@ -51,7 +47,6 @@ TEST(Url, IsTakenApart) {
     const Row rows[] = {
         // Local paths: protocol, authority, host, port, path, query, fragment.
         {"", "file   80    "},
-        {"/", "file   80 /   "},
         {"a//b///", "file   80 a/b   "},
         {"/a/b?c#d", "file   80 /a/b?c#d   "},
         {"http:/a", "file   80 http:/a   "},
@@ -94,7 +89,6 @@ TEST(Url, GivesItsNamesBack) {
         {"", "/ / "},
         {"x", "x / x"}, // the directory of a local name without one
         {"a//b/c.d", "a/b/c.d a/b/ c.d"},
-        {"/a/b/", "/a/b /a/ b absolute absolute path"},
         {"file:///a/b/", "/a/b /a/ b absolute absolute path"},
         {"file:///C:/x", "C:/x C:/ x"},
         {"/a/../../b", "/a/../../b / b"}, // parts are those of the normal form
@@ -167,9 +161,9 @@ TEST(Url, CutsSeparatorsAtTheEnd) {
 TEST(Url, KnowsIllegalCharacters) {
     const std::string illegal = "\\ \"#$&+,;<=>?@^`{|}\x7F";
     for (int c = 0; c < 256; ++c) {
-        const std::string one(1, static_cast<char>(c));
-        EXPECT_EQ(URL::hasIllegalCharacters(bytes("a" + one + "b")),
-                  c < 32 || illegal.find(one) != illegal.npos)
+        const std::string one = {'a', static_cast<char>(c), 'b'};
+        EXPECT_EQ(URL::hasIllegalCharacters(CString(one.data(), 3)),
+                  c < 32 || illegal.find(one[1]) != illegal.npos)
             << c;
     }
     for (const char* good : {"/a b<%>", "http://h[1]/a", "http://h/a?b&c"})
