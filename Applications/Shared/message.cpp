@@ -53,7 +53,7 @@ std::string oneLine(std::string text) {
         text.pop_back();
     for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos;) {
         const std::size_t next = std::min(text.find_first_not_of(" \n", at), text.size());
-        text.replace(at, next - at, text[at - 1] == ' ' ? "" : ": ");
+        text.replace(at, next - at, at == 0 || text[at - 1] == ' ' ? "" : ": ");
     }
     return text;
 }

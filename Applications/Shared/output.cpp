@@ -2,6 +2,9 @@
 
 #include "Shared/output.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdio>
 
 #include "Shared/failure.h"
@@ -12,7 +15,7 @@ namespace app {
 
 namespace {
 
-/// A standard error that cannot be opened by name, such as a socket, is written to directly.
+/// Without the stream, a failure is told all the same.
 void say(const std::string& line) {
     if (messages().ok())
         messages()("%s\n", line.c_str());
@@ -20,11 +23,18 @@ void say(const std::string& line) {
         std::fprintf(stderr, "%s\n", line.c_str());
 }
 
+/// Opened by name, a file that standard error was redirected to would be written to from a position
+/// of its own, over or under what others write there; and a socket cannot be opened so.
+void openMessages() {
+    if (messages().open("/dev/null", true))
+        ::dup3(STDERR_FILENO, ::fileno(messages().getFile()), O_CLOEXEC);
+}
+
 } // namespace
 
 void openOutput() {
     results().open("-", false);
-    messages().open("/dev/stderr", true);
+    openMessages();
 }
 
 zeOS::AppOutputStream& results() {

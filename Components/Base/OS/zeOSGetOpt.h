@@ -167,7 +167,8 @@ public:
     const result* getOpt();
     /// Replaces the content of `arguments` by those that were not read, which stay for getOpt().
     void remaining(std::vector<zeString::IString>& arguments) const;
-    /// What the last getOpt() returned; null after an error too.
+    /// What the last getOpt() returned; null after an error or abort(), and after resetError() the
+    /// option that was refused, with the arguments that were read until then.
     const result* getCurrentResult() const;
     /// Whether an option was refused, or abort() called.
     bool hasErrors() const;
@@ -222,7 +223,8 @@ public:
     /// The title indented by two spaces, and each line of the help text by four. With
     /// `withShortest` a line with getOptionShortestName() stands above, if that is another name.
     zeString::IString getOptionUsage(const option* declared, bool withShortest) const;
-    /// The shortest beginning of the long name that stands for this option.
+    /// A short beginning of the long name, which stands for this option: up to where no other name
+    /// begins so, refused ones counted, or up to the second name if that is on the way.
     zeString::CString getOptionShortestName(const option* declared) const;
     /// Replaces the content of `indices` by those of all options, in the order of their names.
     void getSortedOptions(std::vector<int>& indices) const;

@@ -72,8 +72,8 @@ const impl::option* GetOptImpl::readName(const IString& argument) {
             return nullptr;
     }
     bool isConverted = false;
-    const char* const text = argument.asUTF8(&isConverted) + dashes;
-    const impl::option* option = isConverted ? root->find(text) : nullptr;
+    const char* const text = argument.asUTF8(&isConverted);
+    const impl::option* option = isConverted ? root->find(text + dashes) : nullptr;
     if (option == nullptr)
         fail(L"Option does not exist or is ambiguous: %S", name);
     return option;
@@ -104,7 +104,9 @@ void GetOptImpl::getArguments(const impl::option& option) {
 void GetOptImpl::fail(const wchar_t* format, ...) {
     zeString::VariadicArguments arguments;
     va_start(arguments.list, format);
-    error.vformat(format, arguments.list);
+    IString text; // `error` would keep the narrow form of its text before
+    text.vformat(format, arguments.list);
+    error = text;
     hasError = true;
 }
 

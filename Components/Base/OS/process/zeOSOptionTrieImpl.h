@@ -30,7 +30,8 @@ public:
     /// longer one does not make a beginning ambiguous: with `ab` and `abcd`, `a` is `abcd`.
     option* find(const char* text) const;
 
-    /// The shortest beginning of `name` that stands for this option, or is another name of it.
+    /// `name` up to where no other call of add() came past, in whole characters, or up to a name of
+    /// this option. That it stands for the option is sure; find() may take a shorter one too.
     void getShortestName(const option* option, const zeString::CString& name,
                          zeString::CString& out) const;
 
