@@ -3,15 +3,18 @@
 #include "Base/OS/zeOSAppOutput.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cmath>
 #include <csignal>
+#include <ctime>
 #include <limits>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "Support/FaultTrial.h"
@@ -32,6 +35,14 @@ protected:
     AppOutputStreamTest() { stream.open(name, false); }
 
     std::string printed() const { return folder.read("out"); }
+    /// The reading end of a new pipe, to which the stream now prints.
+    int openPipe() {
+        const std::string pipe = folder.path("pipe");
+        EXPECT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+        const int reader = open(pipe.c_str(), O_RDWR | O_CLOEXEC);
+        EXPECT_TRUE(stream.open(pipe.c_str(), false));
+        return reader;
+    }
 
     TempFolder folder{TempFolder::memory()};
     IString name{folder.path("out").c_str()};
@@ -39,26 +50,6 @@ protected:
 };
 
 using AppOutputLocale = support::Utf8LocaleTest;
-
-/// A pipe whose writing end a stream opens by name.
-struct Pipe {
-    Pipe() { EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0); }
-    ~Pipe() {
-        closeReader();
-        close(ends[1]);
-    }
-    void closeReader() {
-        if (ends[0] >= 0)
-            close(ends[0]);
-        ends[0] = -1;
-    }
-    IString name() const {
-        IString text;
-        text.format(L"/proc/self/fd/%d", ends[1]);
-        return text;
-    }
-    int ends[2];
-};
 
 } // namespace
 
@@ -74,17 +65,15 @@ TEST_F(AppOutputStreamTest, PutsTheIndentIntoTheFormat) {
         const char* expected;
     };
     const Case cases[] = {
-        {"no indent", {{0, "a\nb%s\n", "c"}}, "a\nbc\n"},
+        {"no indent, or a negative one", {{0, "a\nb%s\n", "c"}, {-3, "d%s\n", ""}}, "a\nbc\nd\n"},
         {"each line", {{4, "a\nb\n\nc%s\n", ""}}, "    a\n    b\n    \n    c\n"},
-        {"one line in pieces", {{4, "a%s", ""}, {4, "b%s\n", ""}, {4, "c%s", ""}}, "    ab\n    c"},
-        {"nothing", {{4, "", ""}, {4, "a%s", ""}, {4, "", ""}, {4, "b%s", ""}}, "    ab"},
+        {"nothing", {{4, "", ""}, {4, "a%s", ""}, {4, "", ""}, {4, "b%s\n", ""}}, "    ab\n"},
         {"newlines in arguments", {{2, "%s|\n", "a\nb"}}, "  a\nb|\n"},
         {"a newline at the end of an argument", {{2, "%s", "a\n"}, {2, "b%s\n", ""}}, "  a\nb\n"},
         {"a change within a line", {{0, "a%s", ""}, {4, "b\nc%s\n", ""}}, "ab\n    c\n"},
         {"no indent until the line ends",
          {{0, "a%s\n", ""}, {0, "", ""}, {2, "b%s", ""}},
          "a\n  b"},
-        {"a negative indent is none", {{-3, "a%s\n", ""}}, "a\n"},
         {"percent signs", {{1, "%%%s%%\n", "5"}}, " %5%\n"},
     };
     for (const Case& c : cases) {
@@ -109,21 +98,18 @@ TEST_F(AppOutputStreamTest, PrintsUpToItsLevel) {
             if (i <= level)
                 expected += " " + std::to_string(i) + "," + std::to_string(i);
         }
+        stream.printf(static_cast<const char*>(nullptr));
+        stream(level, nullptr);
         EXPECT_EQ(printed(), expected) << level;
     }
-    stream.printf(static_cast<const char*>(nullptr));
-    stream(0, nullptr);
 }
 
 TEST_F(AppOutputStreamTest, KeepsLevelAndIndentFromFileToFile) {
     EXPECT_EQ(stream.setIndentLevel(6), 0);
     EXPECT_EQ(stream.increaseIndentLevel(), 6);
-    EXPECT_EQ(stream.getIndentLevel(), 10);
     EXPECT_EQ(stream.setIndentLevel(2), 10);
     EXPECT_EQ(stream.decreaseIndentLevel(), 2);
-    EXPECT_EQ(stream.getIndentLevel(), 0);
-    EXPECT_EQ(stream.decreaseIndentLevel(), 0);
-    stream.setIndentLevel(3);
+    EXPECT_EQ(stream.setIndentLevel(3), 0);
     stream.setLevel(7);
     stream.close();
 
@@ -134,7 +120,6 @@ TEST_F(AppOutputStreamTest, KeepsLevelAndIndentFromFileToFile) {
     stream("nothing %d", 1);
     stream(0, "nothing %d", 1);
     stream.timestamp();
-    EXPECT_FALSE(stream.ok());
     EXPECT_EQ(stream.getFile(), nullptr);
     EXPECT_STREQ(stream.elapsed(1), "");
 
@@ -142,11 +127,6 @@ TEST_F(AppOutputStreamTest, KeepsLevelAndIndentFromFileToFile) {
     EXPECT_EQ(stream.getLevel(), 7);
     stream("a\n");
     EXPECT_EQ(printed(), "   a\n");
-
-    const AppOutputStream fresh(false);
-    EXPECT_FALSE(fresh.ok());
-    EXPECT_EQ(fresh.getLevel(), 0);
-    EXPECT_EQ(fresh.getIndentLevel(), 0);
 }
 
 TEST_F(AppOutputStreamTest, OpensFilesAndStandardOutput) {
@@ -155,8 +135,6 @@ TEST_F(AppOutputStreamTest, OpensFilesAndStandardOutput) {
     EXPECT_TRUE(stream.open(name, true));
     stream("+new");
     EXPECT_EQ(printed(), "old+new");
-    EXPECT_TRUE(stream.open(name, false));
-    EXPECT_EQ(printed(), "");
 
     EXPECT_TRUE(stream.open("-", false));
     EXPECT_EQ(stream.getFile(), stdout);
@@ -165,15 +143,12 @@ TEST_F(AppOutputStreamTest, OpensFilesAndStandardOutput) {
 
     for (const std::string& bad : {folder.path(), folder.path("no/such/folder"), std::string()}) {
         stream.open(name, false);
-        EXPECT_FALSE(stream.open(IString(bad.c_str()), false)) << bad;
-        EXPECT_FALSE(stream.ok());
+        EXPECT_FALSE(stream.open(IString(bad.c_str()), false) || stream.ok()) << bad;
     }
-    const IString umlaut(folder.path("\xC3\xBC").c_str(), zeString::EncodingUTF8);
-    EXPECT_TRUE(stream.open(umlaut, false));
-    EXPECT_EQ(access(folder.path("\xC3\xBC").c_str(), F_OK), 0);
-}
+    const std::string umlaut = folder.path("\xC3\xBC");
+    EXPECT_TRUE(stream.open(IString(umlaut.c_str(), zeString::EncodingUTF8), false));
+    EXPECT_EQ(access(umlaut.c_str(), F_OK), 0);
 
-TEST_F(AppOutputStreamTest, WritesAtOnceUnlessItIsBuffered) {
     AppOutputStream buffered(true);
     buffered.open(name, false);
     buffered("later");
@@ -183,43 +158,33 @@ TEST_F(AppOutputStreamTest, WritesAtOnceUnlessItIsBuffered) {
 }
 
 TEST_F(AppOutputStreamTest, MakesTextsForMessages) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
     struct {
         double seconds;
         const char* text;
     } const times[] = {
-        {0, "0.000 seconds"},
-        {1.5, "1.500 seconds"},
-        {-90, "-90.000 seconds"},
-        {59.9996, "60.000 seconds"},
-        {60.0, "01:00 minutes"},
-        {3725.0, "62:05 minutes"},
-        {359999.9, "5999:59 minutes"},
-        {1e300, "2147483647:00 minutes"},
-        {std::numeric_limits<double>::infinity(), "2147483647:00 minutes"},
-        {-std::numeric_limits<double>::infinity(), "-inf seconds"},
+        {1.5, "1.500 seconds"},        {-90, "-90.000 seconds"},
+        {59.9996, "60.000 seconds"},   {60.0, "01:00 minutes"},
+        {359999.9, "5999:59 minutes"}, {infinity, "2147483647:00 minutes"},
+        {-infinity, "-inf seconds"},   {std::copysign(std::nan(""), 1), "nan seconds"},
     };
     for (const auto& time : times)
         EXPECT_STREQ(stream.elapsed(time.seconds), time.text);
-    EXPECT_NE(std::string(stream.elapsed(std::nan(""))).find("nan seconds"), std::string::npos);
-    EXPECT_STREQ(AppOutputStream::plural(1), "");
-    for (const int n : {-1, 0, 2})
-        EXPECT_STREQ(stream.plural(n), "s");
+    for (const int n : {-1, 0, 1, 2})
+        EXPECT_STREQ(stream.plural(n), n == 1 ? "" : "s");
     EXPECT_STREQ(stream.aBool(true), "true");
     EXPECT_STREQ(stream.aBool(false), "false");
 }
 
 TEST_F(AppOutputStreamTest, DoesNotSeeTheNewlineOfATimestamp) {
+    const auto expected = [](std::time_t time) {
+        return std::string("  Timestamp: ") + std::ctime(&time) + "a\n";
+    };
+    const std::time_t now = std::time(nullptr);
     stream.setIndentLevel(2);
     stream.timestamp();
     stream("a\n");
-    const std::string text = printed();
-    ASSERT_EQ(text.size(), 2 + 11 + 25 + 2u);
-    EXPECT_EQ(text.substr(0, 13), "  Timestamp: ");
-    const std::time_t now = std::time(nullptr);
-    const std::string date = std::ctime(&now); // but for the time of day
-    EXPECT_EQ(text.substr(13, 11), date.substr(0, 11));
-    EXPECT_EQ(text.substr(33, 4), date.substr(20, 4));
-    EXPECT_EQ(text.substr(37), "\na\n");
+    EXPECT_THAT(printed(), testing::AnyOf(expected(now), expected(now + 1)));
 }
 
 TEST_F(AppOutputStreamTest, EndsATextWhereTheLocaleCannotConvert) {
@@ -236,13 +201,12 @@ TEST_F(AppOutputLocale, PrintsWideTextsInTheEncodingOfTheLocale) {
 
 TEST_F(AppOutputStreamTest, SurvivesAFullDiskAndAClosedPipe) {
     const auto before = std::signal(SIGPIPE, SIG_IGN);
-    Pipe pipe;
-    pipe.closeReader();
-    for (const IString& lost : {IString("/dev/full"), pipe.name()}) {
-        ASSERT_TRUE(stream.open(lost, false));
+    close(openPipe());
+    for (int i = 0; i < 2; ++i) {
         stream("lost %s\n", std::string(100000, 'x').c_str());
         stream("lost\n");
         EXPECT_TRUE(stream.ok());
+        ASSERT_TRUE(stream.open("/dev/full", false));
     }
     std::signal(SIGPIPE, before);
     ASSERT_TRUE(stream.open(name, false));
@@ -256,13 +220,11 @@ TEST_F(AppOutputStreamTest, WritesLongTextsInPiecesWhileSignalsArrive) {
     action.sa_handler = [](int) {};
     action.sa_flags = SA_RESTART;
     sigaction(SIGUSR1, &action, &before);
-    Pipe pipe;
-    ASSERT_TRUE(stream.open(pipe.name(), false));
+    const int pipe = openPipe();
     std::string received;
-    const pthread_t writer = pthread_self();
-    std::thread reader([&] {
+    std::thread reader([&, writer = pthread_self()] {
         char block[1000];
-        for (ssize_t n; received.size() < 1000001 && (n = read(pipe.ends[0], block, 1000)) > 0;) {
+        for (ssize_t n; received.size() < 1000001 && (n = read(pipe, block, 1000)) > 0;) {
             received.append(block, static_cast<std::size_t>(n));
             pthread_kill(writer, SIGUSR1);
         }
@@ -270,6 +232,7 @@ TEST_F(AppOutputStreamTest, WritesLongTextsInPiecesWhileSignalsArrive) {
     const std::string longText(1000000, 'x');
     stream("%s\n", longText.c_str());
     reader.join();
+    close(pipe);
     sigaction(SIGUSR1, &before, nullptr);
     EXPECT_EQ(received, longText + "\n");
 }
@@ -287,9 +250,7 @@ TEST_F(AppOutputStreamTest, SaysWhetherAFileCouldBeOpened) {
         const bool fails = fault.n > 0 && fault.call == SystemFaults::onFopen;
         EXPECT_EQ(opened, !fails);
         EXPECT_FALSE(stream.ok());
-        if (!fails) {
-            EXPECT_EQ(printed(), "text\n");
-        }
+        EXPECT_TRUE(fails || printed() == "text\n");
     };
     EXPECT_EQ(trial.runAll(), "fopen fclose");
     trial.report("printing to a file");
@@ -311,18 +272,13 @@ TEST(AppOutput, PrintsErrorsAndInformationToTwoStreams) {
 }
 
 TEST(AppOutput, SetsTheLevelOfEveryOpenStream) {
-    TempFolder folder{TempFolder::memory()};
     AppOutput output;
-    const IString name(folder.path("out").c_str());
-    for (AppOutputStream* stream :
-         {&output.status, &output.log, &output.application1, &output.application2})
-        stream->open(name, true);
-    output.application1.close();
+    for (AppOutputStream* stream : {&output.status, &output.log, &output.application2})
+        stream->open("/dev/null", true);
     output.setLevel(5);
-    EXPECT_EQ(output.status.getLevel(), 5);
-    EXPECT_EQ(output.log.getLevel(), 5);
     EXPECT_EQ(output.application1.getLevel(), 0);
-    EXPECT_EQ(output.application2.getLevel(), 5);
+    for (const AppOutputStream* stream : {&output.status, &output.log, &output.application2})
+        EXPECT_EQ(stream->getLevel(), 5);
 }
 
 TEST(AppOutput, IndentsWhatATabCovers) {

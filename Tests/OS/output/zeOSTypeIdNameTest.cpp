@@ -22,55 +22,28 @@ std::string cleaned(const char* mangled) {
 } // namespace
 
 TEST(TypeIdName, ReadsMangledNames) {
-    struct {
-        const char* mangled;
-        const char* expected;
-    } const cases[] = {
+    const char* const cases[][2] = {
         {"", ""},
         {nullptr, ""},
-        {"a", "unsigned char"}, // not "signed char"
-        {"b", "bool"},
-        {"c", "char"},
-        {"d", "double"},
-        {"e", "long double"},
-        {"f", "float"},
-        {"h", "unsigned char"},
-        {"i", "int"},
-        {"j", "unsigned int"},
-        {"l", "long"},
-        {"m", "unsigned long"},
-        {"s", "short"},
-        {"t", "unsigned short"},
-        {"v", "void"},
-        {"w", "wchar_t"},
-        {"x", "long long"},
-        {"y", "unsigned long long"},
-        {"z", "..."},
+        {"a b c d e f h i j l", // "a" is not "signed char"
+         "unsigned char bool char double long double float unsigned char int unsigned int long"},
+        {"m s t v w x y z", "unsigned long short unsigned short void wchar_t long long "
+                            "unsigned long long ..."},
         // pointers
-        {"Pi", "int *"},
-        {"PKc", "const char *"},
         {"PPc", "char *"}, // one star for all
-        {"P3foo", "foo *"},
         {"PN3foo3barE", "foo::bar *"},
         {"PP", ""},
         {"PE", " *"},
         // names
-        {"3foo", "foo"},
-        {"N3foo3barE", "foo::bar"},
         {"N3foo3bar4quuxE", "foo::barquux"},
         {"5foo", "foo"}, // as many characters as there are
         {"0", ""},
         {"12345678901", "1"}, // ten digits are a length
         {"99999999999x", "9x"},
-        // the standard library
-        {"St6vector", "std::vector"},
-        {"Sa", "std::allocator"},
-        {"Sb", "std::basic_string"},
-        {"Ss", "std::string"},
+        {"Sa Sb Ss St6vector", "std::allocator std::basic_string std::string std::vector"},
         {"PSs", "std::string"},
         // back-references stand for the last name, whatever their number
-        {"3fooS_", "foofoo"},
-        {"3foo3barS0_", "foobarbar"},
+        {"3foo3barS_S0_", "foobarbarbar"},
         {"N3foo3barENS3_3quxE", "foo::bar, foo::qux"},
         {"SsS2_", "std::stringstring"},
         {"3fooS4_", "fooS4_"},
@@ -79,26 +52,19 @@ TEST(TypeIdName, ReadsMangledNames) {
         {"Sx", "Sx"},
         // templates
         {"3fooIiE", "foo<int"},
-        {"3fooIiEE", "foo<int>"},
-        {"3fooIidEE", "foo<intdouble>"},
         {"3fooIN3bar3bazEiEE", "foo<bar::baz, int>"},
         {"St6vectorIiSaIiEE", "std::vector<intstd::allocator<int>>"},
         {"N2ze9ReferenceIiEE", "ze::Reference<int>"},
         {"P3fooIPiE", "foo<int *"},
         {"P3fooIPiEE", "foo<int *> *"},
         // what is not understood stays
-        {"Rf", "Rfloat"},
         {"EEE", ">>"},
-        {"A7_i", "A_i"},
-        {"*x y", "*long long unsigned long long"},
-        {"\xFF", "\xFF"},
+        {"\xFF*RfA7_i", "\xFF*RfloatA_i"},
+        // what the compiler gives
+        {typeid(zeOS::AppOutputStream).name(), "zeOS::AppOutputStream"},
+        {typeid(const zeString::CString*).name(), "const zeString::CString *"},
+        {typeid(unsigned long*).name(), "unsigned long *"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(cleaned(c.mangled), c.expected) << (c.mangled ? c.mangled : "null");
-}
-
-TEST(TypeIdName, ReadsWhatTheCompilerGives) {
-    EXPECT_EQ(cleaned(typeid(zeOS::AppOutputStream).name()), "zeOS::AppOutputStream");
-    EXPECT_EQ(cleaned(typeid(const zeString::CString*).name()), "const zeString::CString *");
-    EXPECT_EQ(cleaned(typeid(unsigned long*).name()), "unsigned long *");
+    for (const auto& [mangled, expected] : cases)
+        EXPECT_EQ(cleaned(mangled), expected) << (mangled ? mangled : "null");
 }

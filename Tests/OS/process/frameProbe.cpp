@@ -32,6 +32,10 @@ AppMain& app() {
     return AppMain::getInstance();
 }
 
+const zeOS::SysInfo& info() {
+    return zeOS::sysInfo();
+}
+
 bool fails(const char* call) {
     const char* const calls = std::getenv("PROBE_FAILS");
     return calls && std::strstr(calls, call);
@@ -43,21 +47,29 @@ Function* genuine(Function*, const char* name) {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
-std::string utf8(const IString& text) {
+std::string text(const IString& text) {
     return text.asUTF8();
 }
 
-std::string joined(const std::vector<IString>& texts) {
+std::string text(const char* text) {
+    return text ? text : "(null)";
+}
+
+std::string text(long number) {
+    return std::to_string(number);
+}
+
+std::string text(const std::vector<IString>& texts) {
     std::string result;
-    for (const IString& text : texts)
-        result += (result.empty() ? "" : "|") + utf8(text);
+    for (const IString& one : texts)
+        result += (result.empty() ? "" : "|") + text(one);
     return result;
 }
 
 std::string arguments() {
     std::vector<IString> given{L"before"};
     app().getArgs(given);
-    return joined(given);
+    return text(given);
 }
 
 const bool wasPreMain = app().preMain() && arguments().empty();
@@ -65,29 +77,24 @@ const bool wasPreMain = app().preMain() && arguments().empty();
 std::string buildRoot() {
     IString root;
     const bool known = app().getBuildRootDirectory(root);
-    return known == !root.isEmpty() ? utf8(root) : "contradiction";
+    return known == !root.isEmpty() ? text(root) : "contradiction";
 }
 
 std::string plugins() {
     std::vector<IString> directories{L"kept"};
     app().getPluginDirectories(directories);
     app().getPluginDirectories(directories); // adds nothing twice
-    return joined(directories);
+    return text(directories);
 }
 
 std::string swapSpace() {
     unsigned long total = 1;
     unsigned long avail = 1;
-    zeOS::sysInfo().getSwapInfo(&total, &avail);
-    zeOS::sysInfo().getSwapInfo(nullptr, nullptr);
-    const bool agrees = total == zeOS::sysInfo().totalVirtualMemory() &&
-                        avail == zeOS::sysInfo().availVirtualMemory();
+    info().getSwapInfo(&total, &avail);
+    info().getSwapInfo(nullptr, nullptr);
+    const bool agrees =
+        total == info().totalVirtualMemory() && avail == info().availVirtualMemory();
     return agrees ? std::to_string(total) + " " + std::to_string(avail) : "contradiction";
-}
-
-std::string user() {
-    const char* const name = zeOS::sysInfo().username();
-    return name ? name : "(null)";
 }
 
 /// A stream of its own in each thread; the switch of all channels is anybody's.
@@ -104,20 +111,17 @@ void printMuch() {
 }
 
 /// Asks everything in several threads at once.
-std::string race() {
+const char* race() {
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([] {
-            const zeOS::SysInfo& info = zeOS::sysInfo();
-            std::vector<IString> directories;
-            app().getPluginDirectories(directories);
+            plugins();
             app().searchPathFor("sh");
-            IString root;
-            app().getBuildRootDirectory(root);
-            if (app().getAppName().isEmpty() || info.numPhysicalCPUs() < 1 || !info.hostname() ||
-                info.totalPhysicalMemory() == 0 || app().getElapsed() < 0)
+            buildRoot();
+            if (app().getAppName().isEmpty() || info().numPhysicalCPUs() < 1 ||
+                !info().hostname() || info().totalPhysicalMemory() == 0 || app().getElapsed() < 0)
                 std::puts("wrong answer");
-            info.username();
+            info().username();
             printMuch();
         });
     for (std::thread& thread : threads)
@@ -133,7 +137,7 @@ class AskingTransports : public zeOS::FileTransportFactory {
     }
 };
 
-std::string transport() {
+const char* transport() {
     static AskingTransports transports;
     zeOS::FileFactory::getFileFactory()->registerTransport(&transports);
     alarm(60); // a lock that is held would block for ever
@@ -142,25 +146,23 @@ std::string transport() {
 
 const std::map<std::string, std::function<std::string()>> questions = {
     {"args", arguments},
-    {"name", [] { return utf8(app().getAppName()); }},
-    {"location", [] { return utf8(app().getAppLocation()); }},
-    {"base", [] { return utf8(app().getBaseLocation()); }},
-    {"runtime", [] { return utf8(app().getRuntimeDirectory("ignored")); }},
+    {"name", [] { return text(app().getAppName()); }},
+    {"location", [] { return text(app().getAppLocation()); }},
+    {"base", [] { return text(app().getBaseLocation()); }},
+    {"runtime", [] { return text(app().getRuntimeDirectory("ignored")); }},
     {"root", buildRoot},
     {"plugins", plugins},
-    {"sh", [] { return utf8(app().searchPathFor("sh")); }},
-    {"add", [] { return std::to_string(app().addDirectoryToPath("added")); }},
-    {"remove", [] { return std::to_string(app().removeDirectoryFromPath("added")); }},
-    {"chdir", [] { return std::to_string(chdir("elsewhere")); }},
-    {"preMain", [] { return std::to_string(wasPreMain) + std::to_string(app().preMain()); }},
-    {"cpus", [] { return std::to_string(zeOS::sysInfo().numCPUs()); }},
-    {"physical", [] { return std::to_string(zeOS::sysInfo().numPhysicalCPUs()); }},
+    {"sh", [] { return text(app().searchPathFor("sh")); }},
+    {"add", [] { return text(app().addDirectoryToPath("added")); }},
+    {"remove", [] { return text(app().removeDirectoryFromPath("added")); }},
+    {"chdir", [] { return text(chdir("elsewhere")); }},
+    {"preMain", [] { return text(wasPreMain) + text(app().preMain()); }},
+    {"cpus", [] { return text(info().numCPUs()); }},
+    {"physical", [] { return text(info().numPhysicalCPUs()); }},
     {"swap", swapSpace},
-    {"memory", [] { return std::to_string(zeOS::sysInfo().totalPhysicalMemory()); }},
-    {"free", [] { return std::to_string(zeOS::sysInfo().availPhysicalMemory()); }},
-    {"host", [] { return std::string(zeOS::sysInfo().hostname()); }},
-    {"user", user},
-    {"rename", [] { return std::to_string(setenv("USER", "other", 1)); }},
+    {"host", [] { return text(info().hostname()); }},
+    {"user", [] { return text(info().username()); }},
+    {"rename", [] { return text(setenv("USER", "other", 1)); }},
     {"race", race},
     {"transport", transport},
 };
