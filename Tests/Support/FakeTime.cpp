@@ -12,8 +12,7 @@ constexpr long second = 1000000000; // in nanoseconds
 
 } // namespace
 
-FakeTime::FakeTime() {
-    set(std::time(nullptr));
+FakeTime::FakeTime() : now(std::time(nullptr) * second) {
     active = this;
 }
 
@@ -21,19 +20,12 @@ FakeTime::~FakeTime() {
     active = nullptr;
 }
 
-void FakeTime::advance(long milliseconds) {
-    now.tv_sec += milliseconds / 1000;
-    now.tv_nsec += milliseconds % 1000 * 1000000;
-    now.tv_sec += now.tv_nsec / second;
-    now.tv_nsec %= second;
-}
-
 extern "C" {
 
 int clock_gettime(clockid_t clock, timespec* time) noexcept {
     if (!active || clock != CLOCK_REALTIME)
         return static_cast<int>(syscall(SYS_clock_gettime, clock, time));
-    *time = active->now;
+    *time = {active->now / second, active->now % second};
     active->advance(active->millisecondsPerReading);
     return 0;
 }

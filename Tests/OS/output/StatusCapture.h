@@ -12,17 +12,15 @@
 class StatusCapture {
 public:
     explicit StatusCapture(int level = 0) {
-        for (zeOS::AppOutputStream* stream : {&output.status, &output.log}) {
-            stream->open(zeString::IString(path(*stream).c_str()), false);
-            stream->setLevel(level);
-        }
+        output.status.open(folder_.path("status").c_str(), false);
+        output.log.open(folder_.path("log").c_str(), false);
+        output.setLevel(level);
     }
     StatusCapture(const StatusCapture&) = delete;
     StatusCapture& operator=(const StatusCapture&) = delete;
     ~StatusCapture() {
+        output.setLevel(0);
         for (zeOS::AppOutputStream* stream : {&output.status, &output.log}) {
-            stream->open(zeString::IString(path(*stream).c_str()), true);
-            stream->setLevel(0);
             stream->setIndentLevel(0);
             stream->close();
         }
@@ -35,9 +33,5 @@ public:
     zeOS::AppOutput& output = zeOS::AppOutput::getInstance();
 
 private:
-    std::string path(const zeOS::AppOutputStream& stream) const {
-        return folder_.path(&stream == &output.status ? "status" : "log");
-    }
-
     TempFolder folder_{TempFolder::memory()};
 };

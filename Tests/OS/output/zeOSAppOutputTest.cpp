@@ -112,17 +112,13 @@ TEST_F(AppOutputStreamTest, KeepsLevelAndIndentFromFileToFile) {
     EXPECT_EQ(stream.setIndentLevel(3), 0);
     stream.setLevel(7);
     stream.close();
-
     stream.setLevel(1); // none of this does anything while it is closed
     EXPECT_EQ(stream.setIndentLevel(1), 3);
     EXPECT_EQ(stream.increaseIndentLevel(), 3);
     EXPECT_EQ(stream.decreaseIndentLevel(), 3);
-    stream("nothing %d", 1);
     stream(0, "nothing %d", 1);
     stream.timestamp();
-    EXPECT_EQ(stream.getFile(), nullptr);
     EXPECT_STREQ(stream.elapsed(1), "");
-
     EXPECT_TRUE(stream.open(name, true));
     EXPECT_EQ(stream.getLevel(), 7);
     stream("a\n");
@@ -249,7 +245,6 @@ TEST_F(AppOutputStreamTest, SaysWhetherAFileCouldBeOpened) {
     trial.check = [&](const Fault& fault) {
         const bool fails = fault.n > 0 && fault.call == SystemFaults::onFopen;
         EXPECT_EQ(opened, !fails);
-        EXPECT_FALSE(stream.ok());
         EXPECT_TRUE(fails || printed() == "text\n");
     };
     EXPECT_EQ(trial.runAll(), "fopen fclose");

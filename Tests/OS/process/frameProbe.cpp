@@ -173,11 +173,8 @@ extern "C" {
 
 FILE* fopen(const char* path, const char* mode) {
     const char* const root = std::getenv("PROBE_ROOT");
-    const bool isSystemFile = std::strncmp(path, "/proc/", 6) == 0;
-    if (isSystemFile && fails("fopen"))
-        return nullptr;
-    const std::string name = (root && isSystemFile ? root : "") + std::string(path);
-    return genuine(&fopen, "fopen")(name.c_str(), mode);
+    const bool moved = root && std::strncmp(path, "/proc/", 6) == 0;
+    return genuine(&fopen, "fopen")(((moved ? root : "") + std::string(path)).c_str(), mode);
 }
 
 int gethostname(char* name, size_t size) noexcept {

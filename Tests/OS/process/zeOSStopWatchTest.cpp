@@ -33,7 +33,7 @@ TEST(StopWatch, MeasuresAcrossTheEndOf32Bits) {
     FakeTime time;
     const StopWatch watch;
     StopWatch::CurTime from, to;
-    time.set(2147483647);
+    time.now = 2147483647000000000;
     watch.now(from);
     time.advance(1250);
     watch.now(to);
