@@ -79,6 +79,8 @@ LISTS
 prints err <<< "atlas: standard input:1000001: more than 1000000 rectangles, or 2^30 pixels in all of them"
 ends 1 --bound 8x8 -- 8x8 1x2 && prints err <<< "atlas: the bound is too small: 2 pixels are left over"
 ends 1 --input none && prints err <<< "atlas: none does not exist."
+{ echo before; "$program" --input none || true; echo behind; } &> log # one file, one position
+printf '%s\n' before "atlas: none does not exist." behind | prints log
 ends 1 --input . && prints err <<< "atlas: . exists but is not a file."
 ends 1 --svg none/kept.svg -- 1x1 && prints err <<< "atlas: Directory for none/kept.svg does not exist."
 prints kept.svg <<< before

@@ -273,11 +273,13 @@ TEST(GetOpt, TellsTheWholeOfAnError) {
     GetOpt options;
     options.addOption("r\xC3\xBC", "string int", L"first\n  second");
     std::setlocale(LC_CTYPE, "C"); // in which a narrow message could not be made
+    EXPECT_STREQ(options.getError().asUTF8(), ""); // which the next message does not keep
     const auto errorOf = [&](const std::string& arguments) {
         options.initialize(wideWords(arguments));
         EXPECT_EQ(options.getOpt(), nullptr);
         EXPECT_TRUE(options.hasErrors());
         const IString error = options.getError();
+        EXPECT_STREQ(options.getError().asUTF8(), IString(error.asWChar()).asUTF8());
         options.resetError();
         return error;
     };
@@ -388,6 +390,8 @@ TEST(GetOpt, KnowsTheShortestNameOfEachOption) {
     EXPECT_EQ(options.addOption("yes", ""), nullptr);
     EXPECT_EQ(shortest(6), "yes");
     EXPECT_EQ(options.findOption("y"), 6);
+    options.addOption("\xC3\xB6l", "");
+    EXPECT_EQ(shortest(7), "\xC3\xB6"); // whole characters
 }
 
 TEST(GetOpt, CountsOptionsFromZero) {
@@ -451,6 +455,7 @@ TEST(GetOpt, AsksTheChecksOfTheProgram) {
     options.initialize(wideWords("-io bad-input"));
     EXPECT_EQ(outcome(options), "error: While processing option: -io  (InputOutputFile) no input");
     options.resetError();
+    EXPECT_EQ(options.getResultIndex(options.getCurrentResult()), 2); // what was refused
     options.initialize(wideWords("-io bad-output"));
     EXPECT_EQ(outcome(options), "error: While processing option: -io  (InputOutputFile) no output");
     EXPECT_EQ(options.asked, "input ; output a; input -; output -; directory b; input bad-input; "
