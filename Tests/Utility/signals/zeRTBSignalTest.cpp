@@ -184,6 +184,21 @@ TEST_F(SignalScene, NestedFiringSkipsWhatEndedAndTheOuterOneGoesOn) {
     EXPECT_EQ(alive, 1);
 }
 
+TEST_F(SignalScene, SignalMayBeDestroyedInsideANestedFiring) {
+    add('Z');
+    add('A', [&] {
+        delete signal;
+        signal = nullptr;
+        EXPECT_EQ(alive, 2) << "the running ones survive until they return";
+    });
+    self = add('B', [&] {
+        if (self->lockCount == 1)
+            signal->send();
+    });
+    EXPECT_EQ(fired(), "BB.A..");
+    EXPECT_EQ(alive, 0);
+}
+
 TEST_F(SignalScene, ClientMayDieInsideTheCallbackItIsTiedTo) {
     add('A');
     signal->addCallback(make('B',
