@@ -22,14 +22,15 @@
 namespace {
 
 namespace fs = std::filesystem;
+using zepackage::run;
 
 /// A package in a folder of its own, whose changes need every way of the library: an entry that is
 /// replaced by a larger one, free space that is used again, and an entry at the end.
 class ZepackageSafety : public testing::Test {
 protected:
     ZepackageSafety() {
-        zeOS::AppOutput::getInstance().status.open("/dev/null", true);
-        zeOS::AppOutput::getInstance().application1.open("/dev/null", true);
+        output_.status.open("/dev/null", true);
+        output_.application1.open("/dev/null", true);
         folder_.write("a", std::string(5000, 'a'));
         folder_.write("b", std::string(3000, 'b'));
         folder_.write("c", "c");
@@ -41,13 +42,11 @@ protected:
     }
 
     ~ZepackageSafety() override {
-        zeOS::AppOutput::getInstance().status.close();
-        zeOS::AppOutput::getInstance().application1.close();
+        output_.status.close();
+        output_.application1.close();
     }
 
     std::string path(const std::string& name) const { return folder_.path(name); }
-
-    static int run(const std::vector<std::string>& arguments) { return zepackage::run(arguments); }
 
     /// The old package, and nothing that a broken change left.
     void restore() const {
@@ -78,6 +77,7 @@ protected:
         return WIFSIGNALED(status);
     }
 
+    zeOS::AppOutput& output_ = zeOS::AppOutput::getInstance();
     TempFolder folder_{TempFolder::memory()};
     std::string old_;
     const std::vector<std::vector<std::string>> changes_ = {
