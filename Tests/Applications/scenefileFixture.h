@@ -2,58 +2,17 @@
 
 #pragma once
 
-#include <algorithm>
-#include <clocale>
 #include <filesystem>
-#include <sstream>
 #include <string>
-#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Support/TempFolder.h"
-
-#include "Applications/printedText.h"
-#include "Shared/output.h"
+#include "Applications/commandFixture.h"
 #include "command/command.h"
 
-/// Runs scenefile within this process, in a folder of its own.
-class Scenefile : public testing::Test {
+class Scenefile : public Command<scenefile::run> {
 protected:
-    struct Result {
-        int code;
-        std::string out;
-        std::string err;
-    };
-
-    Scenefile() {
-        std::setlocale(LC_CTYPE, "C.UTF-8");
-        app::results().open(out_.path(), true);
-        app::messages().open(err_.path(), true);
-    }
-    ~Scenefile() override {
-        app::results().close();
-        app::messages().close();
-        std::setlocale(LC_CTYPE, "C");
-    }
-
-    Result run(const std::vector<std::string>& arguments) const {
-        const int code = scenefile::run(arguments);
-        return {code, out_.take(), err_.take()};
-    }
-
-    std::string path(const std::string& name) const { return folder_.path(name); }
-
-    /// Runs the words of a line; "@name" is a file in the folder.
-    Result command(const std::string& line) const {
-        std::istringstream words(line);
-        std::vector<std::string> arguments;
-        for (std::string word; words >> word;)
-            arguments.push_back(word[0] == '@' ? path(word.substr(1)) : word);
-        return run(arguments);
-    }
-
     /// The document that `model` makes.
     std::string importText(const std::string& model, const std::string& method,
                            const std::string& options = {}) const {
@@ -85,18 +44,6 @@ protected:
         folder_.write("damaged", content);
         return command("verify @damaged");
     }
-
-    std::vector<std::string> filesInFolder() const {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(folder_.path()))
-            names.push_back(entry.path().filename());
-        std::sort(names.begin(), names.end());
-        return names;
-    }
-
-    TempFolder folder_;
-    PrintedText out_;
-    PrintedText err_;
 };
 
 /// A model that makes packets of every type, and chunks and sub-packets of every form.

@@ -22,13 +22,19 @@
 namespace {
 
 namespace fs = std::filesystem;
+using zepackage::run;
 
 /// A package in a folder of its own, whose changes need every way of the library: an entry that is
 /// replaced by a larger one, free space that is used again, and an entry at the end.
 class ZepackageSafety : public testing::Test {
 protected:
     ZepackageSafety() {
+<<<<<<< HEAD
         zeOS::AppOutput::getInstance().application1.open("/dev/null", true);
+=======
+        output_.status.open("/dev/null", true);
+        output_.application1.open("/dev/null", true);
+>>>>>>> int2
         folder_.write("a", std::string(5000, 'a'));
         folder_.write("b", std::string(3000, 'b'));
         folder_.write("c", "c");
@@ -39,11 +45,16 @@ protected:
         folder_.write("d", std::string(3000, 'd'));
     }
 
+<<<<<<< HEAD
     ~ZepackageSafety() override { zeOS::AppOutput::getInstance().application1.close(); }
+=======
+    ~ZepackageSafety() override {
+        output_.status.close();
+        output_.application1.close();
+    }
+>>>>>>> int2
 
     std::string path(const std::string& name) const { return folder_.path(name); }
-
-    static int run(const std::vector<std::string>& arguments) { return zepackage::run(arguments); }
 
     /// The old package, and nothing that a broken change left.
     void restore() const {
@@ -75,6 +86,7 @@ protected:
         return WIFSIGNALED(status);
     }
 
+    zeOS::AppOutput& output_ = zeOS::AppOutput::getInstance();
     TempFolder folder_{TempFolder::memory()};
     std::string old_;
     const std::vector<std::vector<std::string>> changes_ = {

@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <cstdlib>
 #include <map>
+#include <sstream>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "Base/OS/zeOSGetOpt.h"
@@ -62,21 +62,10 @@ int twinOfFind(const Names& names, const std::string& text) {
     return names.at(last);
 }
 
-std::string_view takeLine(std::string_view& text) {
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    const std::string_view line = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
-    return line;
-}
-
-std::string upToTerminator(std::string_view text) {
-    return std::string(text.substr(0, text.find('\0')));
-}
-
-void declare(GetOpt& options, Names& names, std::string_view line) {
+void declare(GetOpt& options, Names& names, const std::string& line) {
     const std::size_t tab = std::min(line.find('\t'), line.size());
-    const std::string both = upToTerminator(line.substr(0, tab));
-    const std::string types(line.substr(std::min(tab + 1, line.size())));
+    const std::string both = line.substr(0, tab).c_str(); // up to a terminator
+    const std::string types = line.substr(std::min(tab + 1, line.size()));
     const std::size_t bar = both.find('|');
     const std::string longName = both.substr(bar == std::string::npos ? 0 : bar + 1);
     const GetOpt::option* added = options.addOption(both.c_str(), types.c_str());
@@ -132,16 +121,18 @@ void parse(GetOpt& options) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    std::string_view text(reinterpret_cast<const char*>(data), std::min<std::size_t>(size, 4096));
+    std::istringstream text(
+        {reinterpret_cast<const char*>(data), std::min<std::size_t>(size, 4096)});
     Options options;
     Names names;
-    for (std::string_view line; !(line = takeLine(text)).empty();)
+    std::string line;
+    while (std::getline(text, line) && !line.empty())
         declare(options, names, line);
     checkNames(options, names);
     options.needLeadingDash(size % 2 == 0);
     std::vector<IString> arguments;
-    while (!text.empty())
-        arguments.emplace_back(std::string(takeLine(text)).c_str(), zeString::EncodingUTF8);
+    while (std::getline(text, line))
+        arguments.emplace_back(line.c_str(), zeString::EncodingUTF8);
     options.initialize(arguments);
     parse(options);
     return 0;

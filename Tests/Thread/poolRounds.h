@@ -13,31 +13,21 @@
 #include "Base/Thread/zeThreadPool.h"
 
 /// A pool, whose threads count their rounds. A wake-up that is lost would stop it for good.
-class PoolRounds {
+class PoolRounds : zeUtil::ThreadedAlg {
 public:
-    explicit PoolRounds(int threads) : pool_(threads), counting_(threads) {}
+    explicit PoolRounds(int threads) : pool_(threads), counts_(static_cast<std::size_t>(threads)) {}
 
     void run() {
-        pool_.execute(counting_);
+        pool_.execute(*this);
         ++rounds_;
     }
 
-    void verify() const {
-        for (const Count& count : counting_.counts)
-            EXPECT_EQ(count.rounds, rounds_);
-    }
+    void verify() const { EXPECT_EQ(counts_, std::vector<int>(counts_.size(), rounds_)); }
 
 private:
-    struct alignas(64) Count {
-        int rounds = 0;
-    };
-    struct Counting : zeUtil::ThreadedAlg {
-        explicit Counting(int threads) : counts(static_cast<std::size_t>(threads)) {}
-        void threadFunc(int id, int) override { ++counts[static_cast<std::size_t>(id)].rounds; }
-        std::vector<Count> counts;
-    };
+    void threadFunc(int id, int) override { ++counts_[static_cast<std::size_t>(id)]; }
 
     zeThread::Pool pool_;
-    Counting counting_;
+    std::vector<int> counts_;
     int rounds_ = 0;
 };

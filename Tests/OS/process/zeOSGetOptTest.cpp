@@ -7,7 +7,6 @@
 #include <clocale>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -91,14 +90,16 @@ struct Row {
     bool needDash = true;
 };
 
-void check(const Row& row) {
-    GetOpt options;
-    for (const std::string& name : words(row.names))
-        ASSERT_NE(options.addOption(name.c_str(), row.types.c_str()), nullptr);
-    options.needLeadingDash(row.needDash);
-    options.initialize(wideWords(row.arguments));
-    EXPECT_EQ(outcome(options), row.expected)
-        << row.names << ": " << row.types << "\n  with " << row.arguments;
+void check(const std::vector<Row>& rows) {
+    for (const Row& row : rows) {
+        GetOpt options;
+        for (const std::string& name : words(row.names))
+            ASSERT_NE(options.addOption(name.c_str(), row.types.c_str()), nullptr);
+        options.needLeadingDash(row.needDash);
+        options.initialize(wideWords(row.arguments));
+        EXPECT_EQ(outcome(options), row.expected)
+            << row.names << ": " << row.types << "\n  with " << row.arguments;
+    }
 }
 
 /// In a folder of its own, which holds the file "file" and the directory "folder".
@@ -120,32 +121,22 @@ private:
 } // namespace
 
 TEST(GetOpt, FindsOptionsByTheBeginningOfTheirNames) {
-    const Row rows[] = {
+    check({
         {"output open", "", "-output --open -ou -op", "output() open() output() open()"},
         {"output open", "", "-o", "error: Option does not exist or is ambiguous: -o"},
-        {"output open", "", "--outputs", "error: Option does not exist or is ambiguous: --outputs"},
-        {"a ab", "", "-a -ab", "a() ab()"},
         {"ab abcd", "", "-a -ab -abc", "abcd() ab() abcd()"}, // passes a name on the way
         {"abc abd ab", "", "-a", "error: Option does not exist or is ambiguous: -a"},
         {"o|output open", "", "-o -ou", "output() output()"},
         {"o|output o|open", "", "-o -op", "output() open()"}, // the first one keeps it
         {"|output open", "", "-o", "error: Option does not exist or is ambiguous: -o"},
         {"o|out|put", "", "-out|put -ou -o", "out|put() out|put() out|put()"},
-        {"gr\xC3\xB6\xC3\x9F"
-         "e",
-         "", "-gr\xC3\xB6 --gr",
-         "gr\xC3\xB6\xC3\x9F"
-         "e() gr\xC3\xB6\xC3\x9F"
-         "e()"},
+        {"r\xC3\xBCk", "", "-r\xC3\xBC --r", "r\xC3\xBCk() r\xC3\xBCk()"},
         {"-x", "", "---x", "-x()"},
-    };
-    for (const Row& row : rows)
-        check(row);
+    });
 }
 
 TEST(GetOpt, TakesOptionsApart) {
-    const Row rows[] = {
-        {"x", "", "", ""},
+    check({
         {"x", "", "--", ""},
         {"x", "", "-x -- -x --", "x() -- -x --"},
         {"x", "", "-", "error: Malformed option: no option specified: -"},
@@ -154,10 +145,8 @@ TEST(GetOpt, TakesOptionsApart) {
         {"x", "", "[", "error: [ encountered outside of a sequence."},
         {"x", "", "]", "error: ] encountered outside of a sequence."},
         {"x", "", "[]", "error: Malformed option: no leading dash: []"},
-        {"x", "", "---", "error: Option does not exist or is ambiguous: ---"},
         {"x y", "string", "x 1 -y 2 --", "x(1) y(2)", false},
         {"x", "", "x ''", "x() error: Malformed option: no option specified: ", false},
-        {"x", "", "-", "error: Malformed option: no option specified: -", false},
         {"x [", "", "[ x", "[() x()", false},
         {"x", "int string", "-x 1",
          "error: Insufficient arguments when processing option: x Usage: -x integer string "},
@@ -170,9 +159,7 @@ TEST(GetOpt, TakesOptionsApart) {
         {"x", "int ? int", "-x 3 4 -x 5", "x(3 4) x(5)"},
         {"x", "?", "-x 3", "x() error: Malformed option: no leading dash: 3"},
         {"x", "int integer Int  string", "-x 1 2", "x(1 2)"}, // unknown words count for nothing
-    };
-    for (const Row& row : rows)
-        check(row);
+    });
 }
 
 TEST_F(GetOptFiles, AreCheckedByTheTypesOfArguments) {
@@ -180,21 +167,17 @@ TEST_F(GetOptFiles, AreCheckedByTheTypesOfArguments) {
         return "error: While processing option: -x " + what;
     };
     const std::string noBool = " valid boolean types are: 1, 0, true,  false, yes, no, on, off.";
-    const Row rows[] = {
+    check({
         {"x", "bool", "-x 0 -x false -x no -x off", "x(0) x(0) x(0) x(0)"},
         {"x", "bool", "-x 1 -x true -x yes -x on", "x(1) x(1) x(1) x(1)"},
         {"x", "bool", "-x True", refused("Expected a boolean type, got: True" + noBool)},
         {"x", "bool", "-x ''", refused("Expected a boolean type, got: " + noBool)},
         {"x", "int", "-x 12abc -x -0 -x 007", "x(12abc) x(-0) x(007)"},
         {"x", "int", "-x +1", refused("Expected an integer, got: +1")},
-        {"x", "int", "-x -", refused("Expected an integer, got: -")},
         {"x", "int", "-x --1", refused("Expected an integer, got: --1")},
-        {"x", "int", "-x ''", refused("Expected an integer, got: ")},
         {"x", "int", "-x .5", refused("Expected an integer, got: .5")},
         {"x", "float", "-x -.5e9x -x .5 -x 1.", "x(-.5e9x) x(.5) x(1.)"},
-        {"x", "float", "-x .", refused("Expected a floating point value, got: .")},
         {"x", "float", "-x -.", refused("Expected a floating point value, got: -.")},
-        {"x", "float", "-x ..5", refused("Expected a floating point value, got: ..5")},
         {"x", "float", "-x inf", refused("Expected a floating point value, got: inf")},
         {"x", "string", "-x -- -x '' -x \xE2\x82\xAC", "x(--) x() x(\xE2\x82\xAC)"},
 
@@ -204,7 +187,6 @@ TEST_F(GetOptFiles, AreCheckedByTheTypesOfArguments) {
         {"x", "inputfile", "-x gone", refused(" (InputFile) gone does not exist.")},
         {"x", "inputfile", "-x folder", refused(" (InputFile) folder exists but is not a file.")},
         {"x", "inputfile-", "-x file -x -", "x(file) x(-)"},
-        {"x", "inputfile-", "-x gone", refused(" (InputFile) gone does not exist.")},
         {"x", "outputfile", "-x file -x new -x folder/new -x folder/../new",
          "x(file) x(new) x(folder/new) x(folder/../new)"},
         {"x", "outputfile", "-x -", refused(" (OutputFile) The filename \"-\" is not valid")},
@@ -214,8 +196,6 @@ TEST_F(GetOptFiles, AreCheckedByTheTypesOfArguments) {
          refused(" (OutputFile) Directory for gone/new does not exist.")},
         {"x", "outputfile", "-x file/new", refused(" (OutputFile) file/new is not a valid path.")},
         {"x", "outputfile-", "-x new -x -", "x(new) x(-)"},
-        {"x", "outputfile-", "-x folder",
-         refused(" (OutputFile) folder exists but is not a file.")},
         {"x", "inoutfile", "-x file", "x(file)"},
         {"x", "inoutfile", "-x gone", refused(" (InputOutputFile) gone does not exist.")},
         {"x", "inoutfile", "-x -", refused(" (InputOutputFile) - does not exist.")},
@@ -224,9 +204,7 @@ TEST_F(GetOptFiles, AreCheckedByTheTypesOfArguments) {
         {"x", "directory", "-x gone", refused(" (Directory) gone does not exist.")},
         {"x", "directory", "-x file", refused(" (Directory) file exists but is not a directory.")},
         {"x", "directory", "-x -", refused(" (Directory) - does not exist.")},
-    };
-    for (const Row& row : rows)
-        check(row);
+    });
 }
 
 TEST_F(GetOptFiles, AreParsedAsTheDocumentationSays) {
@@ -240,7 +218,7 @@ TEST_F(GetOptFiles, AreParsedAsTheDocumentationSays) {
         lines += line.starts_with("| `");
         if (std::smatch cell; std::regex_match(line, cell, row)) {
             const std::string names = std::regex_replace(cell.str(1), std::regex(R"(\\\|)"), "|");
-            check({names, cell.str(2), cell.str(3), cell.str(4)});
+            check({{names, cell.str(2), cell.str(3), cell.str(4)}});
             ++rows;
         }
     }
@@ -250,7 +228,7 @@ TEST_F(GetOptFiles, AreParsedAsTheDocumentationSays) {
 
 TEST(GetOpt, ReadsSequencesWithBracketsAndWithout) {
     const std::string tooMany = "error: While processing option: -s Too many ']' characters";
-    const Row rows[] = {
+    check({
         {"s", "sequence", "-s [ a [ b ] c ] -s .", "s(a [ b ] c) s()"},
         {"s", "sequence", "-s a -s . -s .", "s(a -s) s()"},
         {"s", "sequence", "-s [ a . -s .", "s(a) s()"}, // a full stop ends it in any depth
@@ -264,9 +242,7 @@ TEST(GetOpt, ReadsSequencesWithBracketsAndWithout) {
         {"s", "sequence string", "-s [ ] end", "s(end)"},
         {"s", "? sequence", "-s . -s", "s() error: Malformed option: no leading dash: ."},
         {"s", "? sequence", "-s [ -s . ]", "s(-s) error: ] encountered outside of a sequence."},
-    };
-    for (const Row& row : rows)
-        check(row);
+    });
 }
 
 TEST(GetOpt, TellsTheWholeOfAnError) {
@@ -379,31 +355,30 @@ TEST(GetOpt, KnowsTheShortestNameOfEachOption) {
     options.addOption("ver", "");
     EXPECT_EQ(shortest(2), "ver");
     options.addOption("V|version-of-a-file", "");
-    EXPECT_EQ(shortest(1), "version");
     EXPECT_EQ(shortest(3), "version-"); // the second name is no beginning of the long one
-    options.addOption("w|w", "");
-    EXPECT_EQ(shortest(4), "w");
     // A name that is refused counts all the same.
-    options.addOption("x", "");
     options.addOption("yes", "");
-    EXPECT_EQ(shortest(6), "y");
+    EXPECT_EQ(shortest(4), "y");
     EXPECT_EQ(options.addOption("yes", ""), nullptr);
+<<<<<<< HEAD
     EXPECT_EQ(shortest(6), "yes");
     EXPECT_EQ(options.findOption("y"), 6);
     options.addOption("\xC3\xB6l", "");
-    EXPECT_EQ(shortest(7), "\xC3\xB6"); // whole characters
+    EXPECT_EQ(shortest(7), "\xC3"); // byte by byte
+=======
+    EXPECT_EQ(shortest(4), "yes");
+    EXPECT_EQ(options.findOption("y"), 4);
+>>>>>>> int2
 }
 
 TEST(GetOpt, CountsOptionsFromZero) {
     GetOpt options;
-    EXPECT_EQ(options.findOption("x"), -1);
     EXPECT_EQ(options.findOption(""), -1);
     EXPECT_EQ(options.getOptionIndex(options.addOption("xa", "", L"help")), 0);
     EXPECT_EQ(options.addOption("b|xa", "", L"other help"), nullptr); // and b is not taken
     EXPECT_EQ(options.getOptionIndex(options.addOption("b|xb", "")), 1);
     EXPECT_EQ(options.getNumOptions(), 2);
     EXPECT_EQ(options.findOption("b"), 1);
-    EXPECT_EQ(options.findOption("x"), -1);
     EXPECT_EQ(options.getOptionName(options.getOption(1)), CString("xb"));
     for (const int outside : {-1, 2, INT_MAX, INT_MIN}) {
         EXPECT_EQ(options.getOption(outside), nullptr);
@@ -412,11 +387,8 @@ TEST(GetOpt, CountsOptionsFromZero) {
         EXPECT_FALSE(options.isOptionDeprecated(outside));
     }
     options.markOptionDeprecated(1);
-    EXPECT_TRUE(options.isOptionDeprecated(1));
     EXPECT_TRUE(options.isOptionDeprecated(options.getOption(1)));
     EXPECT_FALSE(options.isOptionDeprecated(0));
-    options.initialize(wideWords("-xb -xa"));
-    EXPECT_EQ(outcome(options), "xb() xa()");
 }
 
 namespace {
@@ -445,6 +417,7 @@ TEST(GetOpt, AsksTheChecksOfTheProgram) {
     options.addOption("o", "outputfile");
     options.addOption("io", "inoutfile");
     options.addOption("d", "directory");
+<<<<<<< HEAD
     options.initialize(wideWords("-i - -i '' -o - -o a"));
     EXPECT_EQ(outcome(options), "i(-) i() error: While processing option: -o  (OutputFile) The "
                                 "filename \"-\" is not valid");
@@ -458,6 +431,21 @@ TEST(GetOpt, AsksTheChecksOfTheProgram) {
     EXPECT_EQ(options.getResultIndex(options.getCurrentResult()), 2); // what was refused
     options.initialize(wideWords("-io bad-output"));
     EXPECT_EQ(outcome(options), "error: While processing option: -io  (InputOutputFile) no output");
+=======
+    const std::string error = "error: While processing option: ";
+    const std::string rows[][2] = {
+        {"-i - -i '' -o -",
+         "i(-) i() " + error + "-o  (OutputFile) The filename \"-\" is not valid"},
+        {"-o a -io - -d b", "o(a) io(-) d(b)"},
+        {"-io bad-input", error + "-io  (InputOutputFile) no input"},
+        {"-io bad-output", error + "-io  (InputOutputFile) no output"},
+    };
+    for (const auto& [arguments, expected] : rows) {
+        options.initialize(wideWords(arguments));
+        EXPECT_EQ(outcome(options), expected);
+        options.resetError();
+    }
+>>>>>>> int2
     EXPECT_EQ(options.asked, "input ; output a; input -; output -; directory b; input bad-input; "
                              "input bad-output; output bad-output; ");
 }
@@ -466,26 +454,20 @@ TEST_F(GetOptFiles, MayBeUnreadableOrUnwritable) {
     const struct {
         const char* types;
         const char* file;
-        std::vector<SystemFaults::Answer> access; ///< for reading, for writing, of each file
+        std::size_t n; ///< The access that is denied.
         const char* message;
     } rows[] = {
-        {"inputfile", "file", {{EACCES}}, "(InputFile) file is not readable."},
-        {"outputfile", "file", {{}, {EACCES}}, "(OutputFile) file is not writable."},
-        {"inoutfile", "file", {{EACCES}}, "(InputOutputFile) file is not readable."},
-        {"inoutfile", "file", {{}, {}, {}, {EROFS}}, "(InputOutputFile) file is not writable."},
-        {"outputfile",
-         "new",
-         {{}, {EACCES}},
-         "(OutputFile) The current directory is not writable."},
-        {"outputfile",
-         "folder/new",
-         {{}, {EACCES}},
-         "(OutputFile) Directory is not writable: folder"},
+        {"inputfile", "file", 1, "(InputFile) file is not readable."},
+        {"outputfile", "file", 2, "(OutputFile) file is not writable."},
+        {"outputfile", "new", 2, "(OutputFile) The current directory is not writable."},
+        {"outputfile", "folder/new", 2, "(OutputFile) Directory is not writable: folder"},
     };
     for (const auto& row : rows) {
-        const SystemFaults faults(SystemFaults::onAccess, row.access);
-        check({"x", row.types, std::string("-x ") + row.file,
-               std::string("error: While processing option: -x  ") + row.message});
+        std::vector<SystemFaults::Answer> answers(row.n);
+        answers.back() = {EACCES};
+        const SystemFaults faults(SystemFaults::onAccess, answers);
+        check({{"x", row.types, std::string("-x ") + row.file,
+                std::string("error: While processing option: -x  ") + row.message}});
     }
 }
 

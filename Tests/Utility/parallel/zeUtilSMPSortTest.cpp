@@ -46,10 +46,6 @@ bool byKey(const Element& a, const Element& b) {
     return a.first < b.first;
 }
 
-void sortThreaded(Elements& elements) {
-    zeUtil::SMPSort(elements.data(), elements.data() + elements.size(), byKey);
-}
-
 /// What SMPSort promises: each half sorted by std::sort, then merged with ties to the first half.
 void sortByTheRule(Elements& elements) {
     const auto middle = elements.begin() + static_cast<std::ptrdiff_t>((elements.size() + 1) / 2);
@@ -58,18 +54,18 @@ void sortByTheRule(Elements& elements) {
     std::stable_sort(elements.begin(), elements.end(), byKey);
 }
 
-Elements elementsWithKeys(std::size_t count, std::size_t digits, unsigned int base) {
-    Elements elements;
-    for (std::size_t i = 0; i < count; ++i, digits /= base)
-        elements.emplace_back(static_cast<int>(digits % base), static_cast<int>(i));
-    return elements;
-}
-
-Elements randomElements(std::size_t count, unsigned int keys, std::mt19937& random) {
+/// Sorts `count` elements with these keys on `threads` that are installed.
+void checkSort(std::size_t count, int threads, const std::function<unsigned int()>& nextKey) {
     Elements elements;
     for (std::size_t i = 0; i < count; ++i)
-        elements.emplace_back(static_cast<int>(random() % keys), static_cast<int>(i));
-    return elements;
+        elements.emplace_back(static_cast<int>(nextKey()), static_cast<int>(i));
+    Elements expected = elements;
+    zeUtil::SMPSort(elements.data(), elements.data() + elements.size(), byKey);
+    if (threads == 1)
+        std::sort(expected.begin(), expected.end(), byKey);
+    else
+        sortByTheRule(expected);
+    ASSERT_EQ(elements, expected) << threads << " threads";
 }
 
 } // namespace
@@ -77,18 +73,11 @@ Elements randomElements(std::size_t count, unsigned int keys, std::mt19937& rand
 TEST(SMPSort, SortsEveryShortRangeAsTheRuleSays) {
     BackwardPool pool(2);
     int ranges = 0;
-    for (std::size_t count = 0; count <= 7; ++count) {
-        std::size_t patterns = 1;
-        for (std::size_t i = 0; i < count; ++i)
-            patterns *= 4;
-        for (std::size_t digits = 0; digits < patterns; ++digits, ++ranges) {
-            Elements elements = elementsWithKeys(count, digits, 4);
-            Elements expected = elements;
-            sortThreaded(elements);
-            sortByTheRule(expected);
-            ASSERT_EQ(elements, expected) << count << ", " << digits;
+    for (std::size_t count = 0; count <= 7; ++count)
+        for (unsigned int pattern = 0; pattern < 1u << 2 * count; ++pattern, ++ranges) {
+            unsigned int digits = pattern;
+            checkSort(count, 2, [&] { return std::exchange(digits, digits / 4) % 4; });
         }
-    }
     EXPECT_EQ(pool.runs, 2 * ranges) << "one to sort, one to merge, however short the range";
 }
 
@@ -97,18 +86,10 @@ TEST(SMPSort, SortsOnThreadsAsTheRuleSays) {
     for (int threads : {1, 2, 8}) {
         zeThread::Pool pool(threads);
         zeUtil::ThreadPool::install(&pool);
-        for (std::size_t count : {0u, 1u, 2u, 3u, 5u, 100u, 1001u, 30000u}) {
-            for (unsigned int keys : {1u, 3u, 1000u, 1u << 30}) {
-                Elements elements = randomElements(count, keys, random);
-                Elements expected = elements;
-                sortThreaded(elements);
-                if (threads == 1)
-                    std::sort(expected.begin(), expected.end(), byKey);
-                else
-                    sortByTheRule(expected);
-                ASSERT_EQ(elements, expected) << threads << ", " << count << ", " << keys;
-            }
-        }
+        for (std::size_t count : {0u, 1u, 2u, 3u, 5u, 100u, 1001u, 30000u})
+            for (unsigned int keys : {1u, 3u, 1000u, 1u << 30})
+                checkSort(count, threads,
+                          [&] { return static_cast<unsigned int>(random()) % keys; });
     }
 }
 

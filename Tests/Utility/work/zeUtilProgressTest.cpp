@@ -22,7 +22,8 @@ struct Model {
         double weight;
         double current = 0;
         bool ended = false;
-        int updates = 0, destroys = 0; ///< Firings of a root's signals.
+        int updates = 0, destroys = 0;  ///< Firings of a root's signals: as they should be,
+        int updated = 0, destroyed = 0; ///< and as they were.
     };
 
     int add(int parent, double weight) {
@@ -70,16 +71,15 @@ public:
         objects[i].reset();
         objects[i] = std::make_unique<Progress>();
         const int root = nodes[i] = model.add(-1, 1);
-        fired.resize(model.nodes.size());
         Progress* owner = objects[i].get();
-        const auto count = [this, root, owner](int Fired::*which) {
+        const auto count = [this, root, owner](int Model::Node::*which) {
             return [this, root, owner, which](Progress* sender) {
                 EXPECT_EQ(sender, owner);
-                ++(fired[static_cast<std::size_t>(root)].*which);
+                ++(model[root].*which);
             };
         };
-        owner->getSigUpdate().connectOwned(count(&Fired::updates));
-        owner->getSigDestroy().connectOwned(count(&Fired::destroys));
+        owner->getSigUpdate().connectOwned(count(&Model::Node::updated));
+        owner->getSigDestroy().connectOwned(count(&Model::Node::destroyed));
     }
 
     void set(std::size_t i, double value) {
@@ -92,26 +92,20 @@ public:
             return; // not allowed
         model.end(nodes[sub]);
         nodes[sub] = model.add(nodes[i], weight);
-        fired.resize(model.nodes.size());
         objects[i]->subPhase(weight, *objects[sub]);
     }
 
     void compare() {
         for (std::size_t i = 0; i < objects.size(); ++i)
             EXPECT_EQ(objects[i]->get(), model[model.root(nodes[i])].current) << i;
-        for (std::size_t i = 0; i < fired.size(); ++i) {
-            EXPECT_EQ(fired[i].updates, model.nodes[i].updates) << i;
-            EXPECT_EQ(fired[i].destroys, model.nodes[i].destroys) << i;
+        for (const Model::Node& node : model.nodes) {
+            EXPECT_EQ(node.updated, node.updates);
+            EXPECT_EQ(node.destroyed, node.destroys);
         }
     }
 
 private:
-    struct Fired {
-        int updates = 0, destroys = 0;
-    };
-
     Model model;
-    std::vector<Fired> fired; ///< One for each node; those of phases stay 0.
     std::vector<std::unique_ptr<Progress>> objects;
     std::vector<int> nodes;
 };

@@ -6,15 +6,6 @@ namespace zeOS::impl {
 
 using zeString::CString;
 
-namespace {
-
-/// Of UTF-8: half a character is no text that a usage could show.
-bool isWithinCharacter(char byte) {
-    return (byte & 0xC0) == 0x80;
-}
-
-} // namespace
-
 parse* parse::child(char letter) const {
     const auto found = children_.find(letter);
     return found == children_.end() ? nullptr : found->second.get();
@@ -54,8 +45,8 @@ void parse::getShortestName(const impl::option* option, const CString& name, CSt
     out = CString();
     const parse* node = this;
     for (unsigned int i = 0; i < name.length(); ++i) {
-        const bool isOnlyOne = node->count_ == 1 && i > 0 && !isWithinCharacter(name[i]);
-        if (node->option_ == option || isOnlyOne)
+        // Byte by byte, also within a character of UTF-8: kept for compatibility.
+        if (node->option_ == option || (node->count_ == 1 && i > 0))
             return;
         out.append(name[i]);
         node = node->child(name[i]);
