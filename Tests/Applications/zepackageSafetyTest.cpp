@@ -29,12 +29,7 @@ using zepackage::run;
 class ZepackageSafety : public testing::Test {
 protected:
     ZepackageSafety() {
-<<<<<<< HEAD
-        zeOS::AppOutput::getInstance().application1.open("/dev/null", true);
-=======
-        output_.status.open("/dev/null", true);
         output_.application1.open("/dev/null", true);
->>>>>>> int2
         folder_.write("a", std::string(5000, 'a'));
         folder_.write("b", std::string(3000, 'b'));
         folder_.write("c", "c");
@@ -45,14 +40,7 @@ protected:
         folder_.write("d", std::string(3000, 'd'));
     }
 
-<<<<<<< HEAD
-    ~ZepackageSafety() override { zeOS::AppOutput::getInstance().application1.close(); }
-=======
-    ~ZepackageSafety() override {
-        output_.status.close();
-        output_.application1.close();
-    }
->>>>>>> int2
+    ~ZepackageSafety() override { output_.application1.close(); }
 
     std::string path(const std::string& name) const { return folder_.path(name); }
 
