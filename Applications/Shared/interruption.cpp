@@ -11,6 +11,8 @@ namespace app {
 
 namespace {
 
+constexpr int signals[] = {SIGHUP, SIGINT, SIGTERM};
+
 /// All that the signal handler may use.
 char temporaryFile[4096];
 
@@ -25,11 +27,22 @@ static_assert(std::atomic<bool>::is_always_lock_free); // what a signal handler 
 
 } // namespace
 
+HeldSignals::HeldSignals() {
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int signal : signals)
+        sigaddset(&set, signal);
+    sigprocmask(SIG_BLOCK, &set, &before_);
+}
+
+HeldSignals::~HeldSignals() {
+    sigprocmask(SIG_SETMASK, &before_, nullptr);
+}
+
 Interruption::Interruption(const std::string& file) {
     // A file with a longer name could not have been opened.
     const bool fits = file.size() < sizeof temporaryFile;
     temporaryFile[fits ? file.copy(temporaryFile, file.size()) : 0] = '\0';
-    sigprocmask(SIG_BLOCK, nullptr, &blockedBefore_);
     struct sigaction action = {};
     action.sa_handler = deleteAndEnd;
     for (std::size_t i = 0; i < std::size(signals); ++i) {
@@ -42,15 +55,10 @@ Interruption::Interruption(const std::string& file) {
 Interruption::~Interruption() {
     for (std::size_t i = 0; i < std::size(signals); ++i)
         sigaction(signals[i], &before_[i], nullptr);
-    sigprocmask(SIG_SETMASK, &blockedBefore_, nullptr);
 }
 
 void Interruption::holdBack() {
-    sigset_t set;
-    sigemptyset(&set);
-    for (const int signal : signals)
-        sigaddset(&set, signal);
-    sigprocmask(SIG_BLOCK, &set, nullptr);
+    held_.emplace();
 }
 
 InterruptFlag::InterruptFlag() {

@@ -6,9 +6,23 @@
 #pragma once
 
 #include <csignal>
+#include <optional>
 #include <string>
 
 namespace app {
+
+/// While it lives, SIGHUP, SIGINT and SIGTERM wait.
+class HeldSignals {
+public:
+    HeldSignals();
+    HeldSignals(const HeldSignals&) = delete;
+    HeldSignals& operator=(const HeldSignals&) = delete;
+    /// A signal that was held back comes here.
+    ~HeldSignals();
+
+private:
+    sigset_t before_;
+};
 
 /// While it lives, SIGHUP, SIGINT and SIGTERM delete a temporary file before they end the process.
 /// Nothing can be done about SIGKILL. One object at a time.
@@ -24,10 +38,8 @@ public:
     void holdBack();
 
 private:
-    static constexpr int signals[] = {SIGHUP, SIGINT, SIGTERM};
-
     struct sigaction before_[3] = {};
-    sigset_t blockedBefore_ = {};
+    std::optional<HeldSignals> held_;
 };
 
 /// While it lives, SIGINT does nothing but set a flag, so that long work can end by itself; where

@@ -84,6 +84,9 @@ Descriptor Folder::create(const std::string& name, bool replace) {
     unfinished_ = replace ? ".zepackage-" + std::to_string(getpid()) : file_;
     if (replace && unlinkat(parent(), unfinished_.c_str(), 0) != 0 && errno != ENOENT)
         fail(name);
+    // No signal between making the file and seeing to its deletion; and not the other way round: a
+    // file that was there already must not be deleted.
+    const app::HeldSignals held;
     Descriptor file(zeUtil::retried([&] {
         return openat(parent(), unfinished_.c_str(),
                       O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
@@ -92,7 +95,6 @@ Descriptor Folder::create(const std::string& name, bool replace) {
         throw app::Failure(name + ": exists already; --force replaces it");
     if (!file.isOpen())
         fail(name);
-    // Not before: a file that was there already must not be deleted.
     interruption_.emplace("/proc/self/fd/" + std::to_string(parent()) + '/' + unfinished_);
     return file;
 }

@@ -195,7 +195,7 @@ while IFS='|' read -r code line message; do
 done << 'LINES'
 1|show q:x:none|q:x: has no entry none
 1|show ring.obj:x|ring.obj: is not a package, or its directory of entries is damaged
-1|show odd:x|odd:x: cannot be opened: No such file or directory
+1|show odd:x|odd:x does not exist.
 1|transform q:x:ring.zd --scale 2|q:x:ring.zd: an entry of a package is read only
 2|export q:x:ring.zd q:x|q:x and q:x are the same file
 LINES

@@ -28,9 +28,10 @@ done
 [ "$count" -gt 5 ]
 
 # Wrong use is explained on standard error, and help that was asked for on standard output.
-for name in saveload versions filters outofstep protectedsave text catalog findfile messages watchfolder programs; do
+for name in saveload versions filters outofstep protectedsave packages text catalog findfile messages \
+    watchfolder programs; do
     code=0
     "$name" 2> "$folder/usage" || code=$?
     [ "$code $(cut -c 1-6 "$folder/usage" | head -1)" = "2 usage:" ]
 done
-[ "$(outofstep --help | cut -c 1-16)" = "usage: outofstep" ]
+[ "$(outofstep --help | head -1 | cut -c 1-16)" = "usage: outofstep" ]

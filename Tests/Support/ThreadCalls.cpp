@@ -10,11 +10,11 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
 #include <random>
-#include <string>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -45,13 +45,16 @@ void giveWay() {
     errno = before;
 }
 
-/// The function behind ours: the sanitizer's, where there is one, or the C library's.
+/// The function behind ours: the sanitizer's, where there is one, or the C library's. It allocates
+/// nothing: a test may let allocations fail.
 template<class Function>
-Function* genuine(const std::string& name) {
-    void* found = dlsym(RTLD_DEFAULT, ("__interceptor_" + name).c_str());
+Function* genuine(const char* name) {
+    char interceptor[64];
+    std::snprintf(interceptor, sizeof interceptor, "__interceptor_%s", name);
+    void* found = dlsym(RTLD_DEFAULT, interceptor);
     if (!found) // Conditions have an older form, too, which a search by name alone could find.
-        found = dlvsym(RTLD_NEXT, name.c_str(), "GLIBC_2.3.2");
-    return reinterpret_cast<Function*>(found ? found : dlsym(RTLD_NEXT, name.c_str()));
+        found = dlvsym(RTLD_NEXT, name, "GLIBC_2.3.2");
+    return reinterpret_cast<Function*>(found ? found : dlsym(RTLD_NEXT, name));
 }
 
 /// Makes the call, unless it is to fail: by its result, or by errno if it is one of a semaphore.
