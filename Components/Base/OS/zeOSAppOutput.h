@@ -90,29 +90,25 @@ public:
     /// What is printed to; null while the stream is closed. Stays the stream's.
     std::FILE* getFile();
 
-    /// @name Printing
-    /// Compilers check the arguments of literal formats if ZEBASE_CHECK_FORMATS is defined.
     /// @{
-
-    /// Prints at any level. A null format prints nothing.
+    /// Prints at any level. A null format prints nothing. Compilers check the arguments of literal
+    /// formats if ZEBASE_CHECK_FORMATS is defined.
     void operator()(const char* format, ...) const ZEBASE_FORMAT(2, 3);
-    /// @copydoc operator()(const char*, ...) const
     void printf(const char* format, ...) const ZEBASE_FORMAT(2, 3);
-    /// @copydoc operator()(const char*, ...) const
     void printArg(const char* format, va_list arguments) const ZEBASE_FORMAT(2, 0);
+    /// @}
 
+    /// @{
     /// Prints if `level` is at most getLevel(). What is not printed costs a call and two
     /// comparisons.
     void operator()(int level, const char* format, ...) const ZEBASE_FORMAT(3, 4);
-    /// @copydoc operator()(int, const char*, ...) const
     void printf(int level, const char* format, ...) const ZEBASE_FORMAT(3, 4);
-    /// @copydoc operator()(int, const char*, ...) const
     void printArg(int level, const char* format, va_list arguments) const ZEBASE_FORMAT(3, 0);
+    /// @}
 
     /// Prints "Timestamp: ", the local time as `ctime` has it, and the newline that ends it. The
     /// next print is not indented, as the newline belongs to an argument.
     void timestamp() const;
-    /// @}
 
     /// @name Texts for messages
     /// @{

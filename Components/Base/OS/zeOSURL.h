@@ -118,8 +118,8 @@ public:
     static zeString::CString decode(const zeString::IString& text);
     /// @}
 
-    /// Whether the text holds a control character, a backslash, a space, or one of
-    /// ``"#$&+,;<=>?@^`{|}``.
+    /// Whether the text holds a control character, a backslash, a space, a quotation mark, a number
+    /// sign, a dollar sign, a backtick, or one of `&+,;<=>?@^{|}`.
     static bool hasIllegalCharacters(const zeString::CString& text);
     /// Whether the encoded path, the host or the protocol holds such a character, or a ":"; the
     /// host or the protocol a "/"; the path or the protocol a square bracket. The query and the

@@ -5,13 +5,13 @@
 ///
 /// A catalog is a text file in UTF-8 with an entry on each line: a key of a set and an id, a blank,
 /// "=", and a string in double quotes, where `\n` and `\t` stand for a line feed and a tab, and two
-/// quotes, or `\"`, for one. A line that begins with "//" is a comment.
+/// quotes, or a backslash and a quote, for one. A line that begins with "//" is a comment.
 ///
-/// ```
+/// ~~~
 /// // The menu bar
 /// menu.open = "Öffnen"
-/// menu.about = "Über ""Atelier""\nVersion {1}"
-/// ```
+/// menu.about = "Über ""Atelier"", Version {1}"
+/// ~~~
 ///
 /// Documentation/formats.md holds the whole grammar. What surprises: **a key without a blank
 /// before "=" loses its last character**, and is stored under what remains; there is no comment
