@@ -51,11 +51,16 @@ std::string message(const char* key, std::string_view english,
 std::string oneLine(std::string text) {
     while (text.ends_with('\n'))
         text.pop_back();
-    for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos;) {
-        const std::size_t next = std::min(text.find_first_not_of(" \n", at), text.size());
-        text.replace(at, next - at, at == 0 || text[at - 1] == ' ' ? "" : ": ");
-    }
-    return text;
+    std::string line;
+    for (std::size_t at = 0; at < text.size();)
+        if (text[at] != '\n') {
+            line += text[at++];
+        } else {
+            at = std::min(text.find_first_not_of(" \n", at), text.size());
+            if (!line.empty() && line.back() != ' ')
+                line += ": ";
+        }
+    return line;
 }
 
 void loadMessages(const std::string& file) {

@@ -65,8 +65,10 @@ std::string jsonLine(const ioPackageFileEntry& entry) {
 
 std::string jsonText(const std::string& package, const Entries& entries) {
     std::string text = "{\n  \"package\": " + quoted(package) + ",\n  \"entries\": [";
-    for (const ioPackageFileEntry* entry : entries)
-        text += (entry == entries.front() ? "\n" : ",\n") + jsonLine(*entry);
+    for (const ioPackageFileEntry* entry : entries) {
+        text += entry == entries.front() ? "\n" : ",\n";
+        text += jsonLine(*entry);
+    }
     return text + (entries.empty() ? "]\n}\n" : "\n  ]\n}\n");
 }
 

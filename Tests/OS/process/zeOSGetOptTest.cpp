@@ -248,7 +248,7 @@ TEST(GetOpt, ReadsSequencesWithBracketsAndWithout) {
 TEST(GetOpt, TellsTheWholeOfAnError) {
     GetOpt options;
     options.addOption("r\xC3\xBC", "string int", L"first\n  second");
-    std::setlocale(LC_CTYPE, "C"); // in which a narrow message could not be made
+    std::setlocale(LC_CTYPE, "C");                 // in which a narrow message could not be made
     EXPECT_STREQ(options.getError().asUTF8(), ""); // which the next message does not keep
     const auto errorOf = [&](const std::string& arguments) {
         options.initialize(wideWords(arguments));

@@ -49,7 +49,7 @@ Error GetOpt::validFileName(const IString& name) const {
 }
 
 Error GetOpt::validInputFile(const IString& name) const {
-    if (const Error error = validFileName(name); error.code() != 0)
+    if (Error error = validFileName(name); error.code() != 0)
         return error;
     const FileStatus status = statusOf(name);
     if (!status.exists())
@@ -62,7 +62,7 @@ Error GetOpt::validInputFile(const IString& name) const {
 }
 
 Error GetOpt::validOutputFile(const IString& name) const {
-    if (const Error error = validFileName(name); error.code() != 0)
+    if (Error error = validFileName(name); error.code() != 0)
         return error;
     const FileStatus status = statusOf(name);
     if (!status.exists())
@@ -75,12 +75,12 @@ Error GetOpt::validOutputFile(const IString& name) const {
 }
 
 Error GetOpt::validInOutFile(const IString& name) const {
-    const Error error = validInputFile(name);
+    Error error = validInputFile(name);
     return error.code() != 0 ? error : validOutputFile(name);
 }
 
 Error GetOpt::validDirectory(const IString& name) const {
-    if (const Error error = validFileName(name); error.code() != 0)
+    if (Error error = validFileName(name); error.code() != 0)
         return error;
     const FileStatus status = statusOf(name);
     if (!status.exists())

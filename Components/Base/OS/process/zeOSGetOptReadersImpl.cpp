@@ -111,13 +111,9 @@ void GetOptImpl::readSequence() {
     int depth = 0;
     for (bool isOpen = true; isOpen && !args.empty(); args.pop_front()) {
         const IString& argument = args.front();
-        if (isText(argument, L"."))
+        if (isText(argument, L".") || (isText(argument, L"]") && --depth == 0))
             isOpen = false;
-        else if (isText(argument, L"[") && depth++ == 0)
-            continue;
-        else if (isText(argument, L"]") && --depth == 0)
-            isOpen = false;
-        else
+        else if (!isText(argument, L"[") || depth++ > 0)
             store(argument);
     }
     if (depth < 0)

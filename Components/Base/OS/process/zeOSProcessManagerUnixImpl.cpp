@@ -70,7 +70,7 @@ struct Start {
     /// Goes to the directory and finds the program from there.
     Error prepare(const ProcessManagerImpl& manager, const std::vector<IString>& args,
                   const Filename& directory) {
-        if (const Error error = change.enter(directory); error.code() != 0)
+        if (Error error = change.enter(directory); error.code() != 0)
             return error;
         const ExecutableResult found = manager.locateExecutable(args);
         // The directory is not left then: callers rely on it.
