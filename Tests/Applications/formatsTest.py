@@ -35,6 +35,10 @@ class Values:
         self.data, self.debug, self.at = data, debug, 0
         self.chunks = [None]  # of each open packet: the end of its open chunk, or None
 
+    def take(self, code):
+        self.tag(VALUE_TAGS[code])
+        return self.take('I') if code == 'R' else self.raw(code)
+
     def many(self, count, code):
         return [self.take(code) for _ in range(count)]
 
@@ -61,10 +65,6 @@ class BinaryValues(Values):
 
     def tag(self, tag):
         assert not self.debug or self.raw('c') == tag
-
-    def take(self, code):
-        self.tag(VALUE_TAGS[code])
-        return self.take('I') if code == 'R' else self.raw(code)
 
     def array(self, count, code):
         self.tag(ARRAY_TAGS[code])
@@ -123,10 +123,7 @@ class TextValues(Values):
         self.tag(ARRAY_TAGS[code])
         return self.many(count, code)
 
-    def take(self, code):
-        self.tag(VALUE_TAGS[code])
-        if code == 'R':
-            return self.take('I')
+    def raw(self, code):
         end = self.data.index(b' ', self.at)
         word, self.at = self.data[self.at:end], end + 1
         return float(word) if code == 'd' else int(word)
