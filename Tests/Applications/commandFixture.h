@@ -8,10 +8,14 @@
 #include <algorithm>
 #include <clocale>
 #include <filesystem>
+#include <regex>
+#include <set>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "Base/Strings/zeStringIString.h"
@@ -79,6 +83,24 @@ protected:
         for (std::string word; words >> word;)
             arguments.push_back(word[0] == '@' ? path(word.substr(1)) : word);
         return run(arguments);
+    }
+
+    /// Whatever --help describes, the man page describes as well, and nothing else.
+    void expectSameOptionsIn(const std::string& manual) const {
+        const std::string help = command("--help").out;
+        EXPECT_THAT(help, testing::Not(testing::ContainsRegex("[^\n]{81}"))); // fits on a terminal
+        const std::string page =
+            std::regex_replace(folder_.read(manual), std::regex(R"(\\-)"), "-");
+        const std::set<std::string> described = matches(help, "\n  -([a-z-]+)");
+        EXPECT_EQ(matches(page, "[^A-Za-z/]-([a-z][a-z-]*)"), described);
+        EXPECT_GE(described.size(), 15U);
+    }
+
+    /// All that the group of the pattern matches.
+    static std::set<std::string> matches(const std::string& text, const char* pattern) {
+        const std::regex expression(pattern);
+        const std::sregex_token_iterator first(text.begin(), text.end(), expression, 1);
+        return {first, std::sregex_token_iterator()};
     }
 
     std::vector<std::string> filesInFolder() const {

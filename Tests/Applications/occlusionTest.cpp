@@ -25,8 +25,10 @@
 namespace {
 
 using namespace occlusion;
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
 using zeLinear::Point;
 using zeLinear::Vector;
 
@@ -244,9 +246,8 @@ TEST(OcclusionThreads, StopWheneverTheUserCancels) {
 }
 
 TEST_F(Occlusion, WritesTheModelWithColoursAndAPicture) {
-    const Result result = command("-in @in.obj -out @out.obj -pic @a.pgm -size 60x40 -from 0 0 3");
-    EXPECT_EQ(result.code, 0) << result.err;
-    EXPECT_EQ(result.out, "not kept: lod (2)\n5 vertices, 2 triangles, mean visibility 1.000\n");
+    EXPECT_EQ(command("-in @in.obj -out @out.obj -pic @a.pgm -size 60x40 -from 0 0 3").out,
+              "not kept: lod (2)\n5 vertices, 2 triangles, mean visibility 1.000\n");
     EXPECT_EQ(folder_.read("out.obj"),
               "# written by occlusion\nmtllib a.mtl\nv 0 0 0 1 1 1\nv 2 0 0 1 1 1\n"
               "v 0 2 0 1 1 1\nv 0 0 1 1 1 1\nv 9 9 9 1 1 1\nusemtl red\nf 1 2 4\nf 1 4 3\np 5\n");
@@ -283,11 +284,7 @@ TEST_F(Occlusion, ComparesThreadsWithNone) {
 TEST_F(Occlusion, ExplainsWhatItCannotDoAndWritesNothing) {
     folder_.write("flat.obj", "v 0 0 0\nl 1 1\n");
     folder_.write("bad.obj", "v 0 0\n");
-    const struct {
-        int code;
-        const char* line;
-        const char* message;
-    } cases[] = {
+    const std::tuple<int, const char*, const char*> cases[] = {
         {1, "-in @none.obj -out @new", "none.obj"},
         {1, "-in @bad.obj -out @new", "bad.obj:1: needs 3 or more numbers"},
         {1, "-in @flat.obj -out @new", "the model has no faces"},
@@ -304,12 +301,11 @@ TEST_F(Occlusion, ExplainsWhatItCannotDoAndWritesNothing) {
         {2, "-in @in.obj -compare -serial", "-compare needs -threads 2 or more"},
         {2, "-in @in.obj -out @new -- more", "there are no files behind --"},
     };
-    for (const auto& each : cases) {
-        const Result result = command(each.line);
-        EXPECT_EQ(result.code, each.code) << each.line << result.err;
-        EXPECT_TRUE(result.err.starts_with("occlusion: ")) << result.err;
-        EXPECT_THAT(result.err, HasSubstr(each.message)) << each.line;
-        EXPECT_EQ(result.err.ends_with("Try 'occlusion --help'.\n"), each.code == 2);
+    for (const auto& [code, line, message] : cases) {
+        const Result result = command(line);
+        EXPECT_EQ(result.code, code) << line << result.err;
+        EXPECT_THAT(result.err, AllOf(StartsWith("occlusion: "), HasSubstr(message))) << line;
+        EXPECT_EQ(result.err.ends_with("Try 'occlusion --help'.\n"), code == 2);
         EXPECT_THAT(filesInFolder(), ElementsAre("bad.obj", "flat.obj", "in.obj"));
     }
 }
@@ -352,15 +348,5 @@ TEST_F(Occlusion, EndsOnSIGINTWithoutAnyFileTouched) {
 }
 
 TEST_F(Occlusion, DescribesEveryOptionInTheHelpAndTheManual) {
-    std::istringstream help(command("--help").out);
-    const std::string manual = folder_.read(OCCLUSION_MAN);
-    int options = 0;
-    for (std::string line; std::getline(help, line);) {
-        EXPECT_LE(line.size(), 80U) << line;
-        if (line.starts_with("  -")) {
-            ++options;
-            EXPECT_THAT(manual, HasSubstr("\\-" + line.substr(3, line.find(' ', 3) - 3)));
-        }
-    }
-    EXPECT_GE(options, 15);
+    expectSameOptionsIn(OCCLUSION_MAN);
 }

@@ -37,14 +37,8 @@ class DamagedBy : public Damaged, public testing::WithParamInterface<const char*
 INSTANTIATE_TEST_SUITE_P(Method, DamagedBy,
                          testing::Values("binary", "text", "binary-debug", "text-debug"));
 
-struct Edit {
-    const char* what;
-    const char* with;
-    const char* message;
-};
-
-/// Each edit is made at the first place that fits.
-const Edit edits[] = {
+/// What each edit replaces, at the first place that fits, with what, and the message.
+const std::tuple<std::string, std::string, std::string> edits[] = {
     // the header and the list of types
     {"^@\n", "^#\n", "byte 0: this is no document"},
     {"1 0 1\n", "1 4 1\n", "by a method that scenefile does not know"},
@@ -141,16 +135,15 @@ TEST_F(Damaged, EndsWhateverStructureATextGains) {
 
 TEST_F(Damaged, SaysWhatIsWrong) {
     const std::string document = movedDocument("text");
-    for (const Edit& edit : edits) {
-        SCOPED_TRACE(std::string(edit.what) + " -> " + edit.with);
-        const std::size_t at = document.find(edit.what);
+    for (const auto& [what, with, message] : edits) {
+        SCOPED_TRACE(what + " -> " + with);
+        const std::size_t at = document.find(what);
         ASSERT_NE(at, std::string::npos);
-        const std::string damaged =
-            std::string(document).replace(at, std::string(edit.what).size(), edit.with);
-        if (*edit.message != '\0')
-            expectRefused(damaged, edit.message);
-        else
+        const std::string damaged = std::string(document).replace(at, what.size(), with);
+        if (message.empty())
             EXPECT_EQ(verify(damaged).code, 0);
+        else
+            expectRefused(damaged, message);
     }
 }
 

@@ -2,6 +2,7 @@
 
 // Documents that are compressed, encrypted and guarded by a checksum, in every combination.
 
+#include <regex>
 #include <string_view>
 
 #include "scenefileFixture.h"
@@ -26,11 +27,8 @@ protected:
 
     std::string document(unsigned int subset, const std::string& method,
                          const std::string& model) const {
-        std::string options;
-        std::istringstream list(words(subset));
-        for (std::string word; list >> word;)
-            options += " --" + word;
-        return importText(model, method, options);
+        return importText(model, method,
+                          std::regex_replace(words(subset), std::regex("[a-z]+"), "--$&"));
     }
 
     /// Where the packets begin: behind the at signs of the header and of the list of types.

@@ -167,11 +167,7 @@ TEST_F(Scenefile, PrintsAndComparesTheDigestOfADocument) {
     EXPECT_EQ(run({"--hash", document, "--key-file", key}).out, byFile + line);
     EXPECT_EQ(run({"--hash", document, "--expect", byText}).out, byText + line);
 
-    const struct {
-        std::vector<std::string> arguments;
-        int code;
-        const char* message;
-    } failures[] = {
+    const std::tuple<std::vector<std::string>, int, const char*> failures[] = {
         {{"--hash", document, "--expect", byFile}, 1, "does not have this digest"},
         {{"--hash", document, "--expect", byText.substr(1)}, 2, "no digest"},
         {{"--hash", document, "--expect", std::string(64, 'A')}, 2, "no digest"},
@@ -181,10 +177,10 @@ TEST_F(Scenefile, PrintsAndComparesTheDigestOfADocument) {
         {{"--hash", document, "--key-file", "/dev/null"}, 1, "the key is empty"},
         {{"--hash"}, 2, "Insufficient arguments when processing option: hash"},
     };
-    for (const auto& test : failures) {
-        const Result result = run(test.arguments);
-        EXPECT_EQ(result.code, test.code) << result.err;
-        EXPECT_THAT(result.err, HasSubstr(test.message));
+    for (const auto& [arguments, code, message] : failures) {
+        const Result result = run(arguments);
+        EXPECT_EQ(result.code, code) << result.err;
+        EXPECT_THAT(result.err, HasSubstr(message));
         EXPECT_EQ(result.out, "");
     }
     setenv("SCENEFILE_KEY", "", 1);

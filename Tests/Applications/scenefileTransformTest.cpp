@@ -45,10 +45,7 @@ std::vector<double> numbersOf(const std::string& line) {
 
 /// The numbers are exact, so that each case states its result.
 TEST_F(Transform, ActsInTheOrderOfItsOptions) {
-    const struct {
-        const char* options;
-        const char* model;
-    } cases[] = {
+    const std::pair<std::string, const char*> cases[] = {
         {"--translate 10,20,-30",
          "v 11 20 -30\nv 11 22 -30\nv 11 20 -27\nvn 2 0 0\nf 1//1 2//1 3//1\n"},
         {"--scale 2", "v 2 0 0\nv 2 4 0\nv 2 0 6\nvn 1 0 0\nf 1//1 2//1 3//1\n"},
@@ -69,23 +66,20 @@ TEST_F(Transform, ActsInTheOrderOfItsOptions) {
         {"--scale -1,1,1", "v -1 0 0\nv -1 2 0\nv -1 0 3\nvn -1 0 0\nf 1//1 3//1 2//1\n"},
         {"--scale -1", "v -1 0 0\nv -1 -2 0\nv -1 0 -3\nvn -1 0 0\nf 1//1 3//1 2//1\n"},
     };
-    for (const auto& each : cases) {
-        EXPECT_EQ(transformed(triangle, each.options), each.model) << each.options;
+    const std::regex step("--[^ ]+ [^ ]+");
+    for (const auto& [options, model] : cases) {
+        EXPECT_EQ(transformed(triangle, options), model) << options;
         importText(triangle, "text");
-        const std::regex step("--[^ ]+ [^ ]+");
-        const std::string options = each.options;
         for (std::sregex_iterator match(options.begin(), options.end(), step), end; match != end;
              ++match)
             EXPECT_EQ(command("transform @made " + match->str()).code, 0);
-        EXPECT_THAT(exportText(folder_.read("made")), EndsWith(each.model)) << "one by one";
+        EXPECT_THAT(exportText(folder_.read("made")), EndsWith(model)) << "one by one";
     }
 }
 
 TEST_F(Transform, TurnsAboutAnyAxisAndKeepsNormalsUpright) {
-    const struct {
-        const char* options;
-        std::vector<double> position, normal;
-    } cases[] = {
+    using Numbers = std::vector<double>;
+    const std::tuple<const char*, Numbers, Numbers> cases[] = {
         // x becomes y, y becomes z
         {"--rotate 120,5,5,5", {3, 1, 2}, {0, 1, 0}},
         {"--rotate 30,z", {-0.1339745962155614, 2.232050807568877, 3}, {0.8660254, 0.5, 0}},
@@ -93,13 +87,13 @@ TEST_F(Transform, TurnsAboutAnyAxisAndKeepsNormalsUpright) {
         {"--rotate 45,z --rotate -45,z --scale 2,1,1", {2, 2, 3}, {1, 0, 0}},
         {"--rotate 45,z --scale 2,1,1", {-1.41421356, 2.12132034, 3}, {0.4472136, 0.8944272, 0}},
     };
-    for (const auto& each : cases) {
-        std::istringstream lines(transformed("v 1 2 3\nvn 1 0 0\np 1\n", each.options));
-        std::string position;
-        std::string normal;
-        std::getline(std::getline(lines, position), normal);
-        EXPECT_THAT(numbersOf(position), Pointwise(DoubleNear(1e-7), each.position));
-        EXPECT_THAT(numbersOf(normal), Pointwise(DoubleNear(1e-7), each.normal));
+    for (const auto& [options, position, normal] : cases) {
+        std::istringstream lines(transformed("v 1 2 3\nvn 1 0 0\np 1\n", options));
+        for (const Numbers& expected : {position, normal}) {
+            std::string line;
+            std::getline(lines, line);
+            EXPECT_THAT(numbersOf(line), Pointwise(DoubleNear(1e-7), expected)) << options;
+        }
     }
 }
 
@@ -132,20 +126,17 @@ TEST_F(Transform, AppliesTheTransformsDownTheTree) {
 
 TEST_F(Transform, RefusesWhatCannotBeTakenBackAndLeavesTheDocument) {
     const std::string document = importText("v 1e300 0 0\np 1\n", "binary");
-    const struct {
-        const char* options;
-        const char* message;
-    } cases[] = {
+    const std::pair<std::string, const char*> cases[] = {
         {"--scale 1e-13", "no inverse"},
         {"--scale 1e60 --scale 1e60", "too large"},
         {"--scale 1e300 --scale 1e300 --rotate 45,z", "too large"},
         {"--translate 0,0,1e101", "too large"},
         {"--scale 1e10", "makes coordinates too large"},
     };
-    for (const auto& each : cases) {
-        const Result result = command(std::string("transform @made ") + each.options);
+    for (const auto& [options, message] : cases) {
+        const Result result = command("transform @made " + options);
         EXPECT_EQ(result.code, 1);
-        EXPECT_THAT(result.err, HasSubstr(each.message));
+        EXPECT_THAT(result.err, HasSubstr(message));
         EXPECT_EQ(result.out, "");
     }
     EXPECT_EQ(folder_.read("made"), document);

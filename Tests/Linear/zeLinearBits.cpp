@@ -99,7 +99,9 @@ void family(const char* name, F f) {
     digest.print(name);
 }
 
-void printArithmetic() {
+} // namespace
+
+int main() {
     family("arithmetic vectors", [](Digest& d) {
         const Vector a = vector();
         const Vector b = vector();
@@ -195,9 +197,7 @@ void printArithmetic() {
         int status;
         d << brentsIteration(f, -10, 10, 1e-12, status) << status;
     });
-}
 
-void printLibrary() {
     family("library", [](Digest& d) {
         const Normal a = normal();
         const Normal b = normal();
@@ -228,11 +228,4 @@ void printLibrary() {
         for (int i = 0; i < hits; ++i)
             d << t[i];
     });
-}
-
-} // namespace
-
-int main() {
-    printArithmetic();
-    printLibrary();
 }

@@ -83,15 +83,13 @@ TEST(LinearIntersect, LinesAndPlanes) {
     EXPECT_FALSE(ok);
 }
 
-TEST(LinearIntersect, LineThroughBox) {
+TEST(LinearIntersect, LineThroughBoxAndCylinder) {
     const Range3d box(Point(0, 0, 0), Point(1, 2, 3));
     EXPECT_TRUE(intersect(ParamLine(Point(-1, 1, 1), Vector()), box).isUnbounded());
     // One edge: two faces give the same parameter.
     EXPECT_TRUE(
         equivalent(intersect(ParamLine(Point(-1, 1, 1), Vector(1, -1, 0)), box), Range1d(1, 1)));
-}
 
-TEST(LinearIntersect, Cylinder) {
     const Line axis(Point(1, 0, 0), Normal::yAxis);
     double t[2] = {0, 0};
     EXPECT_EQ(intersectCylinder(ParamLine(Point(1, 3, 0), Vector(0, 1, 0)), axis, 2, t), 0);
@@ -171,14 +169,9 @@ TEST(LinearIntersect, RaysAgainstRectangles) {
     EXPECT_TRUE(doesRayIntersectRange2d({0, 0}, {0, 0}, Range2d(), 1, 0));
 }
 
-TEST(LinearIntersect, TrianglesAgainstBoxes) {
-    const Point2Flt centre(1, 1);
-    const Point2Flt half(1, 1);
-    EXPECT_TRUE(triangleBoxOverlap(centre, half, {2, 0}, {3, 0}, {3, 1})); // touching
+TEST(LinearIntersect, TrianglesAgainstBoxesAndCollinearPoints) {
+    EXPECT_TRUE(triangleBoxOverlap({1, 1}, {1, 1}, {2, 0}, {3, 0}, {3, 1})); // touching
     EXPECT_TRUE(testBorder(-3, 5, 9, 1));
     EXPECT_FALSE(testBorder(3, 5, 9, 1));
-}
-
-TEST(LinearIntersect, CollinearPoints) {
     EXPECT_TRUE(areCollinear(origin, origin, Point(1, 2, 3)));
 }

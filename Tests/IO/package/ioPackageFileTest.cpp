@@ -39,6 +39,11 @@ protected:
         utime(source.c_str(), &times);
         return text(package.addEntry(wide(source), wide(name), compress));
     }
+    /// Evaluated one after the other.
+    static void succeed(std::initializer_list<std::string> outcomes) {
+        for (const std::string& outcome : outcomes)
+            EXPECT_EQ(outcome, ok);
+    }
     std::string remove(const std::string& name) { return text(package.deleteEntry(wide(name))); }
 
     TempFolder folder;
@@ -168,8 +173,7 @@ TEST_F(PackageTest, SaysWhyNot) {
 }
 
 TEST_F(PackageTest, CannotBeChangedWithoutTheRight) {
-    EXPECT_EQ(add("a", "abc"), ok);
-    EXPECT_EQ(text(package.update()), ok);
+    succeed({add("a", "abc"), text(package.update())});
     fs::permissions(folder.path(), fs::perms(0755));
     fs::permissions(folder.path("p"), fs::perms(0644));
     const int failures = asOrdinaryUser([this] {
@@ -207,11 +211,8 @@ TEST_F(PackageTest, KeepsSourcesOfEverySize) {
 
 // Promised, and the reason for the warning in the header.
 TEST_F(PackageTest, UsesFreedBytesBeforeTheDirectorySaysSo) {
-    EXPECT_EQ(add("a", "old"), ok);
-    EXPECT_EQ(add("b", "end"), ok);
-    EXPECT_EQ(text(package.update()), ok);
-    EXPECT_EQ(remove("a"), ok);
-    EXPECT_EQ(add("c", "new"), ok);
+    succeed(
+        {add("a", "old"), add("b", "end"), text(package.update()), remove("a"), add("c", "new")});
     const packages::Contents stale{{"a", "new"}, {"b", "end"}};
     EXPECT_EQ(packages::reopened(folder.path("p")), stale);
 }
@@ -223,8 +224,7 @@ TEST_F(PackageTest, BecomesTheCopyThatItWrites) {
     EXPECT_EQ(text(other.open(copy)), ok);
     for (const char* name : {"b", "a", "c"})
         EXPECT_EQ(add(name, std::string(10, *name)), ok);
-    EXPECT_EQ(remove("b"), ok);
-    EXPECT_EQ(text(package.write(file)), ok);
+    succeed({remove("b"), text(package.write(file))});
     EXPECT_TRUE(fs::exists(copy.asUTF8()));
     EXPECT_EQ(package.getEntry(L"c")->getOffset(), 95) << "in the order of the names, without gaps";
     EXPECT_EQ(add("d", "not in the directory yet"), ok);
@@ -243,8 +243,8 @@ TEST_F(PackageTest, MeansWhatTheSystemMeansByAPath) {
     fs::create_directories(folder.path("away/inner"));
     fs::create_directory_symlink("away/inner", folder.path("link"));
     folder.write("q", "not touched");
-    EXPECT_EQ(text(package.write(wide(folder.path("link/../q")))), ok);
-    EXPECT_EQ(text(package.open(wide(folder.path("link/../q")))), ok);
+    const zeString::IString path = wide(folder.path("link/../q"));
+    succeed({text(package.write(path)), text(package.open(path))});
     EXPECT_EQ(folder.read("q"), "not touched");
     EXPECT_EQ(packages::reopened(folder.path("away/q")), (packages::Contents{{"a", "abc"}}));
 }
@@ -260,8 +260,7 @@ TEST_F(PackageTest, TakesOnlyASourceThatKeepsItsSize) {
 }
 
 TEST_F(PackageTest, SeesAnEmptySliceWhereTheFileHasBeenCut) {
-    EXPECT_EQ(add("a", "abc"), ok);
-    EXPECT_EQ(add("b", "def"), ok);
+    succeed({add("a", "abc"), add("b", "def")});
     fs::resize_file(folder.path("p"), 90);
     EXPECT_EQ(packages::contents(package), (packages::Contents{{"a", "abc"}, {"b", ""}}));
     EXPECT_EQ(text(package.expand(wide(folder.path()))), ok);
@@ -276,9 +275,7 @@ TEST_F(PackageTest, NeitherWaitsForNorDestroysWhatIsNoFile) {
     for (const std::string& source : {fifo, folder.path()})
         EXPECT_EQ(text(package.addEntry(wide(source), L"a", source == fifo)),
                   "7 Could not read file: " + source + '\n');
-    EXPECT_EQ(add("a", "abc"), ok);
-    EXPECT_EQ(add("fifo", "def"), ok);
-    EXPECT_EQ(text(package.update()), ok);
+    succeed({add("a", "abc"), add("fifo", "def"), text(package.update())});
     fs::create_symlink("p", folder.path("link"));
     for (const char* own : {"p", "link"}) {
         EXPECT_EQ(text(package.extractEntry(package.getEntry(L"a"), wide(folder.path(own)))),
@@ -345,12 +342,10 @@ TEST(PackageExpansion, WritesNothingOutsideOfTheDirectory) {
         EXPECT_EQ(outcome == ok, failure.empty()) << outcome;
         EXPECT_EQ(inside.empty() ? "new" : place.read("work/out/" + inside), "new");
         EXPECT_EQ(place.read("work/victim"), "untouched");
-        EXPECT_TRUE(fs::is_empty(place.path("work/outer")));
-        const auto entries = [](const std::string& parent) {
-            return std::distance(fs::directory_iterator(parent), fs::directory_iterator());
-        };
-        EXPECT_EQ(entries(place.path("work")), 3);
-        EXPECT_EQ(entries(place.path()), 2);
+        for (const auto& [parent, entries] : {std::pair("", 2), {"work", 3}, {"work/outer", 0}})
+            EXPECT_EQ(
+                std::distance(fs::directory_iterator(place.path(parent)), fs::directory_iterator()),
+                entries);
     }
 }
 

@@ -24,16 +24,13 @@
 #include "Base/OS/zeOSSysInfo.h"
 
 using zeOS::AppMain;
+using zeOS::sysInfo;
 using zeString::IString;
 
 namespace {
 
 AppMain& app() {
     return AppMain::getInstance();
-}
-
-const zeOS::SysInfo& info() {
-    return zeOS::sysInfo();
 }
 
 bool fails(const char* call) {
@@ -90,10 +87,10 @@ std::string plugins() {
 std::string swapSpace() {
     unsigned long total = 1;
     unsigned long avail = 1;
-    info().getSwapInfo(&total, &avail);
-    info().getSwapInfo(nullptr, nullptr);
+    sysInfo().getSwapInfo(&total, &avail);
+    sysInfo().getSwapInfo(nullptr, nullptr);
     const bool agrees =
-        total == info().totalVirtualMemory() && avail == info().availVirtualMemory();
+        total == sysInfo().totalVirtualMemory() && avail == sysInfo().availVirtualMemory();
     return agrees ? std::to_string(total) + " " + std::to_string(avail) : "contradiction";
 }
 
@@ -118,10 +115,11 @@ const char* race() {
             plugins();
             app().searchPathFor("sh");
             buildRoot();
-            if (app().getAppName().isEmpty() || info().numPhysicalCPUs() < 1 ||
-                !info().hostname() || info().totalPhysicalMemory() == 0 || app().getElapsed() < 0)
+            if (app().getAppName().isEmpty() || sysInfo().numPhysicalCPUs() < 1 ||
+                !sysInfo().hostname() || sysInfo().totalPhysicalMemory() == 0 ||
+                app().getElapsed() < 0)
                 std::puts("wrong answer");
-            info().username();
+            sysInfo().username();
             printMuch();
         });
     for (std::thread& thread : threads)
@@ -157,11 +155,11 @@ const std::map<std::string, std::function<std::string()>> questions = {
     {"remove", [] { return text(app().removeDirectoryFromPath("added")); }},
     {"chdir", [] { return text(chdir("elsewhere")); }},
     {"preMain", [] { return text(wasPreMain) + text(app().preMain()); }},
-    {"cpus", [] { return text(info().numCPUs()); }},
-    {"physical", [] { return text(info().numPhysicalCPUs()); }},
+    {"cpus", [] { return text(sysInfo().numCPUs()); }},
+    {"physical", [] { return text(sysInfo().numPhysicalCPUs()); }},
     {"swap", swapSpace},
-    {"host", [] { return text(info().hostname()); }},
-    {"user", [] { return text(info().username()); }},
+    {"host", [] { return text(sysInfo().hostname()); }},
+    {"user", [] { return text(sysInfo().username()); }},
     {"rename", [] { return text(setenv("USER", "other", 1)); }},
     {"race", race},
     {"transport", transport},

@@ -35,18 +35,11 @@ std::string narrow(const IString& text) {
 }
 
 /// Words that spaces separate; '' is an empty one.
-std::vector<std::string> words(const std::string& text) {
+std::vector<IString> words(const std::string& text) {
     std::istringstream in(text);
-    std::vector<std::string> result;
-    for (std::string word; in >> word;)
-        result.push_back(word == "''" ? "" : word);
-    return result;
-}
-
-std::vector<IString> wideWords(const std::string& text) {
     std::vector<IString> result;
-    for (const std::string& word : words(text))
-        result.push_back(wide(word));
+    for (std::string word; in >> word;)
+        result.push_back(wide(word == "''" ? "" : word));
     return result;
 }
 
@@ -93,10 +86,10 @@ struct Row {
 void check(const std::vector<Row>& rows) {
     for (const Row& row : rows) {
         GetOpt options;
-        for (const std::string& name : words(row.names))
-            ASSERT_NE(options.addOption(name.c_str(), row.types.c_str()), nullptr);
+        for (const IString& name : words(row.names))
+            ASSERT_NE(options.addOption(name.asUTF8(), row.types.c_str()), nullptr);
         options.needLeadingDash(row.needDash);
-        options.initialize(wideWords(row.arguments));
+        options.initialize(words(row.arguments));
         EXPECT_EQ(outcome(options), row.expected)
             << row.names << ": " << row.types << "\n  with " << row.arguments;
     }
@@ -105,28 +98,25 @@ void check(const std::vector<Row>& rows) {
 /// In a folder of its own, which holds the file "file" and the directory "folder".
 class GetOptFiles : public testing::Test {
 protected:
-    void SetUp() override {
-        before_ = std::filesystem::current_path();
+    GetOptFiles() {
         std::filesystem::current_path(folder_.path());
         folder_.write("file", "content");
         std::filesystem::create_directory("folder");
     }
-    void TearDown() override { std::filesystem::current_path(before_); }
+    ~GetOptFiles() override { std::filesystem::current_path(before_); }
 
 private:
     TempFolder folder_{TempFolder::memory()};
-    std::filesystem::path before_;
+    const std::filesystem::path before_ = std::filesystem::current_path();
 };
 
 } // namespace
 
+// Here and below are the odd cases: the plain ones are the rows of Documentation/program.md.
 TEST(GetOpt, FindsOptionsByTheBeginningOfTheirNames) {
     check({
-        {"output open", "", "-output --open -ou -op", "output() open() output() open()"},
-        {"output open", "", "-o", "error: Option does not exist or is ambiguous: -o"},
         {"ab abcd", "", "-a -ab -abc", "abcd() ab() abcd()"}, // passes a name on the way
         {"abc abd ab", "", "-a", "error: Option does not exist or is ambiguous: -a"},
-        {"o|output open", "", "-o -ou", "output() output()"},
         {"o|output o|open", "", "-o -op", "output() open()"}, // the first one keeps it
         {"|output open", "", "-o", "error: Option does not exist or is ambiguous: -o"},
         {"o|out|put", "", "-out|put -ou -o", "out|put() out|put() out|put()"},
@@ -138,25 +128,16 @@ TEST(GetOpt, FindsOptionsByTheBeginningOfTheirNames) {
 TEST(GetOpt, TakesOptionsApart) {
     check({
         {"x", "", "--", ""},
-        {"x", "", "-x -- -x --", "x() -- -x --"},
-        {"x", "", "-", "error: Malformed option: no option specified: -"},
         {"x", "", "''", "error: Malformed option: no option specified: "},
-        {"x", "", "x", "error: Malformed option: no leading dash: x"},
         {"x", "", "[", "error: [ encountered outside of a sequence."},
         {"x", "", "]", "error: ] encountered outside of a sequence."},
         {"x", "", "[]", "error: Malformed option: no leading dash: []"},
         {"x y", "string", "x 1 -y 2 --", "x(1) y(2)", false},
         {"x", "", "x ''", "x() error: Malformed option: no option specified: ", false},
         {"x [", "", "[ x", "[() x()", false},
-        {"x", "int string", "-x 1",
-         "error: Insufficient arguments when processing option: x Usage: -x integer string "},
-        {"x", "int string", "-x 1 -x", "x(1 -x)"}, // required arguments may look like options
-        {"x", "int ? string", "-x 1", "x(1)"},
         {"x", "? int string", "-x 1 -x", "x(1) x()"},
-        {"x", "int ? int", "-x 3 -4", "x(3) error: Option does not exist or is ambiguous: -4"},
         {"x", "int ? int", "-x 3 . 4", "x(3) error: Malformed option: no leading dash: ."},
         {"x .", "int ? int", "x 3 . 4", "x(3) .(4)", false},
-        {"x", "int ? int", "-x 3 4 -x 5", "x(3 4) x(5)"},
         {"x", "?", "-x 3", "x() error: Malformed option: no leading dash: 3"},
         {"x", "int integer Int  string", "-x 1 2", "x(1 2)"}, // unknown words count for nothing
     });
@@ -166,13 +147,9 @@ TEST_F(GetOptFiles, AreCheckedByTheTypesOfArguments) {
     const auto refused = [](const std::string& what) {
         return "error: While processing option: -x " + what;
     };
-    const std::string noBool = " valid boolean types are: 1, 0, true,  false, yes, no, on, off.";
     check({
         {"x", "bool", "-x 0 -x false -x no -x off", "x(0) x(0) x(0) x(0)"},
         {"x", "bool", "-x 1 -x true -x yes -x on", "x(1) x(1) x(1) x(1)"},
-        {"x", "bool", "-x True", refused("Expected a boolean type, got: True" + noBool)},
-        {"x", "bool", "-x ''", refused("Expected a boolean type, got: " + noBool)},
-        {"x", "int", "-x 12abc -x -0 -x 007", "x(12abc) x(-0) x(007)"},
         {"x", "int", "-x +1", refused("Expected an integer, got: +1")},
         {"x", "int", "-x --1", refused("Expected an integer, got: --1")},
         {"x", "int", "-x .5", refused("Expected an integer, got: .5")},
@@ -181,28 +158,17 @@ TEST_F(GetOptFiles, AreCheckedByTheTypesOfArguments) {
         {"x", "float", "-x inf", refused("Expected a floating point value, got: inf")},
         {"x", "string", "-x -- -x '' -x \xE2\x82\xAC", "x(--) x() x(\xE2\x82\xAC)"},
 
-        {"x", "inputfile", "-x file", "x(file)"},
-        {"x", "inputfile", "-x -", refused(" (InputFile) The filename \"-\" is not valid")},
         {"x", "inputfile", "-x ''", refused(" (InputFile) file name is empty.")},
-        {"x", "inputfile", "-x gone", refused(" (InputFile) gone does not exist.")},
         {"x", "inputfile", "-x folder", refused(" (InputFile) folder exists but is not a file.")},
-        {"x", "inputfile-", "-x file -x -", "x(file) x(-)"},
         {"x", "outputfile", "-x file -x new -x folder/new -x folder/../new",
          "x(file) x(new) x(folder/new) x(folder/../new)"},
         {"x", "outputfile", "-x -", refused(" (OutputFile) The filename \"-\" is not valid")},
         {"x", "outputfile", "-x ''", refused(" (OutputFile) file name is empty.")},
         {"x", "outputfile", "-x folder", refused(" (OutputFile) folder exists but is not a file.")},
-        {"x", "outputfile", "-x gone/new",
-         refused(" (OutputFile) Directory for gone/new does not exist.")},
         {"x", "outputfile", "-x file/new", refused(" (OutputFile) file/new is not a valid path.")},
-        {"x", "outputfile-", "-x new -x -", "x(new) x(-)"},
-        {"x", "inoutfile", "-x file", "x(file)"},
-        {"x", "inoutfile", "-x gone", refused(" (InputOutputFile) gone does not exist.")},
         {"x", "inoutfile", "-x -", refused(" (InputOutputFile) - does not exist.")},
-        {"x", "directory", "-x folder -x .", "x(folder) x(.)"},
         {"x", "directory", "-x ''", refused(" (Directory) file name is empty.")},
         {"x", "directory", "-x gone", refused(" (Directory) gone does not exist.")},
-        {"x", "directory", "-x file", refused(" (Directory) file exists but is not a directory.")},
         {"x", "directory", "-x -", refused(" (Directory) - does not exist.")},
     });
 }
@@ -227,17 +193,13 @@ TEST_F(GetOptFiles, AreParsedAsTheDocumentationSays) {
 }
 
 TEST(GetOpt, ReadsSequencesWithBracketsAndWithout) {
-    const std::string tooMany = "error: While processing option: -s Too many ']' characters";
     check({
-        {"s", "sequence", "-s [ a [ b ] c ] -s .", "s(a [ b ] c) s()"},
         {"s", "sequence", "-s a -s . -s .", "s(a -s) s()"},
-        {"s", "sequence", "-s [ a . -s .", "s(a) s()"}, // a full stop ends it in any depth
-        {"s", "sequence", "-s",
-         "error: Insufficient arguments when processing option: s Usage: -s sequence "},
+        {"s", "sequence", "-s [ a . -s .", "s(a) s()"},     // a full stop ends it in any depth
         {"s", "sequence", "-s [ a [ b", "s(a [ b)"},        // brackets may stay open
         {"s", "sequence", "-s a [ b ] -s .", "s(a b) s()"}, // and open anywhere
-        {"s", "sequence", "-s a ] b", tooMany},
-        {"s", "sequence", "-s ] ] [ b .", tooMany},
+        {"s", "sequence", "-s ] ] [ b .",
+         "error: While processing option: -s Too many ']' characters"},
         {"s", "sequence", "-s ] [ [ b ] -s .", "s(] [ b) s()"}, // a bracket makes up for one before
         {"s", "sequence string", "-s [ ] end", "s(end)"},
         {"s", "? sequence", "-s . -s", "s() error: Malformed option: no leading dash: ."},
@@ -251,7 +213,7 @@ TEST(GetOpt, TellsTheWholeOfAnError) {
     std::setlocale(LC_CTYPE, "C");                 // in which a narrow message could not be made
     EXPECT_STREQ(options.getError().asUTF8(), ""); // which the next message does not keep
     const auto errorOf = [&](const std::string& arguments) {
-        options.initialize(wideWords(arguments));
+        options.initialize(words(arguments));
         EXPECT_EQ(options.getOpt(), nullptr);
         EXPECT_TRUE(options.hasErrors());
         const IString error = options.getError();
@@ -272,7 +234,7 @@ TEST(GetOpt, TellsTheWholeOfAnError) {
 TEST(GetOpt, GoesOnBehindAnErrorWhenAskedTo) {
     GetOpt options;
     options.addOption("x", "int ? string");
-    options.initialize(wideWords("-x no -x 1 a -x 2 -- -x 3"));
+    options.initialize(words("-x no -x 1 a -x 2 -- -x 3"));
     EXPECT_EQ(options.getOpt(), nullptr);
     EXPECT_EQ(options.getOpt(), nullptr);
     options.resetError();
@@ -294,7 +256,7 @@ TEST(GetOpt, GoesOnBehindAnErrorWhenAskedTo) {
     options.resetError();
     EXPECT_EQ(outcome(options), "x(2) -- -x 3");
     // "--" was the end for good.
-    options.initialize(wideWords("-x 4"));
+    options.initialize(words("-x 4"));
     EXPECT_EQ(outcome(options), "-- -x 4");
 }
 
@@ -344,26 +306,19 @@ TEST(GetOpt, ExplainsItsOptions) {
 
 TEST(GetOpt, KnowsTheShortestNameOfEachOption) {
     GetOpt options;
-    const auto shortest = [&](int i) {
-        return std::string(options.getOptionShortestName(options.getOption(i)).asChar());
+    const auto shortest = [&](const char* added, int option) {
+        options.addOption(added, "");
+        return options.getOptionShortestName(options.getOption(option)).asChar() + std::string();
     };
-    options.addOption("verbose", "");
-    EXPECT_EQ(shortest(0), "v");
-    options.addOption("version", "");
-    EXPECT_EQ(shortest(0), "verb");
-    EXPECT_EQ(shortest(1), "vers");
-    options.addOption("ver", "");
-    EXPECT_EQ(shortest(2), "ver");
-    options.addOption("V|version-of-a-file", "");
-    EXPECT_EQ(shortest(3), "version-"); // the second name is no beginning of the long one
-    // A name that is refused counts all the same.
-    options.addOption("yes", "");
-    EXPECT_EQ(shortest(4), "y");
-    EXPECT_EQ(options.addOption("yes", ""), nullptr);
-    EXPECT_EQ(shortest(4), "yes");
+    EXPECT_EQ(shortest("verbose", 0), "v");
+    EXPECT_EQ(shortest("version", 0), "verb");
+    EXPECT_EQ(shortest("ver", 2), "ver");
+    // The second name is no beginning of the long one.
+    EXPECT_EQ(shortest("V|version-of-a-file", 3), "version-");
+    EXPECT_EQ(shortest("yes", 4), "y");
+    EXPECT_EQ(shortest("yes", 4), "yes"); // a name that is refused counts all the same
     EXPECT_EQ(options.findOption("y"), 4);
-    options.addOption("\xC3\xB6l", "");
-    EXPECT_EQ(shortest(5), "\xC3"); // byte by byte
+    EXPECT_EQ(shortest("\xC3\xB6l", 5), "\xC3"); // byte by byte
 }
 
 TEST(GetOpt, CountsOptionsFromZero) {
@@ -421,7 +376,7 @@ TEST(GetOpt, AsksTheChecksOfTheProgram) {
         {"-io bad-output", error + "-io  (InputOutputFile) no output"},
     };
     for (const auto& [arguments, expected] : rows) {
-        options.initialize(wideWords(arguments));
+        options.initialize(words(arguments));
         EXPECT_EQ(outcome(options), expected);
         options.resetError();
     }
@@ -430,24 +385,15 @@ TEST(GetOpt, AsksTheChecksOfTheProgram) {
                              "input bad-output; output bad-output; ");
 }
 
-TEST_F(GetOptFiles, MayBeUnreadableOrUnwritable) {
-    const struct {
-        const char* types;
-        const char* file;
-        std::size_t n; ///< The access that is denied.
-        const char* message;
-    } rows[] = {
-        {"inputfile", "file", 1, "(InputFile) file is not readable."},
-        {"outputfile", "file", 2, "(OutputFile) file is not writable."},
-        {"outputfile", "new", 2, "(OutputFile) The current directory is not writable."},
-        {"outputfile", "folder/new", 2, "(OutputFile) Directory is not writable: folder"},
+TEST_F(GetOptFiles, MayLieWhereNothingMayBeMade) {
+    const std::pair<std::string, std::string> rows[] = {
+        {"-x new", "The current directory is not writable."},
+        {"-x folder/new", "Directory is not writable: folder"},
     };
-    for (const auto& row : rows) {
-        std::vector<SystemFaults::Answer> answers(row.n);
-        answers.back() = {EACCES};
-        const SystemFaults faults(SystemFaults::onAccess, answers);
-        check({{"x", row.types, std::string("-x ") + row.file,
-                std::string("error: While processing option: -x  ") + row.message}});
+    for (const auto& [arguments, message] : rows) {
+        const SystemFaults faults(SystemFaults::onAccess, {{}, {EACCES}});
+        check({{"x", "outputfile", arguments,
+                "error: While processing option: -x  (OutputFile) " + message}});
     }
 }
 
@@ -458,7 +404,7 @@ TEST_F(GetOptFiles, AreRefusedOnlyForWhatTheQuestionWas) {
     std::string result;
     trial.prepare = [&] {
         options.resetError();
-        options.initialize(wideWords("-f file"));
+        options.initialize(words("-f file"));
     };
     trial.operation = [&] { result = outcome(options); };
     trial.check = [&](const Fault& fault) {
