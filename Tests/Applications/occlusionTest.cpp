@@ -330,11 +330,9 @@ TEST_F(Occlusion, EndsOnSIGINTWithoutAnyFileTouched) {
         }
         close(ends[1]);
         std::string said;
-        char buffer[256];
-        for (ssize_t size = 0; (size = read(ends[0], buffer, sizeof buffer)) > 0;) {
-            const bool hadBegun = said.find("computing") != std::string::npos;
-            said.append(buffer, static_cast<std::size_t>(size));
-            if (!hadBegun && said.find("computing") != std::string::npos)
+        for (char byte; read(ends[0], &byte, 1) == 1;) {
+            said += byte;
+            if (said.ends_with("computing"))
                 kill(child, SIGINT);
         }
         close(ends[0]);
