@@ -113,7 +113,7 @@ void GetOptImpl::readSequence() {
         const IString& argument = args.front();
         if (isText(argument, L".") || (isText(argument, L"]") && --depth == 0))
             isOpen = false;
-        else if (!isText(argument, L"[") || depth++ > 0)
+        else if (!isText(argument, L"[") || depth++ != 0)
             store(argument);
     }
     if (depth < 0)
