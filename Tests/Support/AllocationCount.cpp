@@ -46,6 +46,14 @@ REPLACEABLE void* operator new(std::size_t size) {
     throw std::bad_alloc();
 }
 
+REPLACEABLE void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 REPLACEABLE void operator delete(void* memory) noexcept {
     std::free(memory);
 }
