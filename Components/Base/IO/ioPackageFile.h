@@ -187,7 +187,9 @@ public:
 
     /// Adds the content of a file, or replaces an entry by it, under cleanupName(name). With
     /// `compress` the bytes are compressed, in a temporary file first, and stored so if that makes
-    /// them fewer. The entry takes over the date of the source's last change.
+    /// them fewer. That file has no name, so that nothing stays behind if the process is killed; it
+    /// is found by way of `/proc`, without which compressing fails (10). The entry takes over the
+    /// date of the source's last change.
     ///
     /// Not allowed (11, 12) are names that are empty, those of devices (see
     /// zeOS::isWindowsReservedDeviceName()), those whose last component is "." or "..", and those

@@ -55,7 +55,7 @@ TEST_F(TempFiles, AreNamedAfterPrefixAndSuffixInTheDirectoryThatCounts) {
     const std::string other = directory("\u00FCbrige");
     const std::string environment = directory("environment");
     const std::string missing = folder.path("missing");
-    const std::string process = std::to_string(getpid()) + "...";
+    const std::string process = std::to_string(getpid());
     const struct {
         std::string tempDirectory;
         const char* tmpdir;    ///< null: not set
