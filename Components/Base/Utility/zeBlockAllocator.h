@@ -70,7 +70,7 @@ public:
     void freeEverything();
 
     /// Exchanges two allocators; elements keep their addresses.
-    void swap(BlockAllocator& other);
+    void swap(BlockAllocator& other) noexcept;
 
     /// The number of elements that are in use.
     int numAllocated() const { return numAllocated_; }

@@ -3,8 +3,9 @@
 /// @file
 /// The red-black tree under associative containers.
 ///
-/// ze::RBTreeMap (zeRBTreeMap.h) is the typed front end and what applications use; ze::RBTreeImpl
-/// (zeRBTreeCore.h) is the machinery, compiled once for all types. This header gives both.
+/// ze::RBTreeMap (zeRBTreeMap.h) and ze::RBTreeSet (zeRBTreeSet.h) are the typed front ends and
+/// what applications use; ze::RBTreeImpl (zeRBTreeCore.h) is the machinery, compiled once for all
+/// types. This header gives all three.
 ///
 /// Threads: a tree belongs to one thread at a time; const operations may overlap each other.
 ///
@@ -19,3 +20,4 @@
 
 #include "Base/Utility/zeRBTreeCore.h"
 #include "Base/Utility/zeRBTreeMap.h"
+#include "Base/Utility/zeRBTreeSet.h"

@@ -135,7 +135,7 @@ public:
     void initialize(const RBTreeImpl& other);
 
     /// Exchanges two trees; nodes keep their addresses.
-    void swap(RBTreeImpl& other);
+    void swap(RBTreeImpl& other) noexcept;
 
     /// Inserts a copy of each element of `other`, a tree of the same types, beside those that are
     /// here. Equal keys are all kept. Does nothing if given the tree itself.

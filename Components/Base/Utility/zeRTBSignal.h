@@ -17,6 +17,9 @@
 ///   it is copied or moved into the connection and destroyed with it. What a lambda captures by
 ///   reference must outlive the connection. Destroying the callable must not end other connections
 ///   of a signal that is firing: do not let it own the last reference to the signal's owner.
+/// - `connectScoped(callable)` and `connectScoped(instance, member)` return the connection itself,
+///   a zeRTB::ScopedConnection, which can be kept anywhere and ends when it is dropped. The
+///   callable is owned as by `connectOwned`.
 ///
 /// Functions may return something, which is ignored, and may take their arguments in any way in
 /// which the signal's arguments can be passed (`const T&` for a `T`). Of overloaded names, the one
@@ -136,6 +139,31 @@ public:
     template<CallableFor<Arguments...> Callable>
     Connection* connectOwned(SignalClient& client, Callable&& callable) {
         return addCallback(new Owned<Callable>(static_cast<Callable&&>(callable)), client);
+    }
+
+    /// Connects a callable, such as a lambda or a function, which the connection owns, until the
+    /// result is dropped.
+    template<CallableFor<Arguments...> Callable>
+    [[nodiscard]] ScopedConnection connectScoped(Callable&& callable) {
+        ScopedConnection kept;
+        connectOwned(static_cast<SignalClient&>(kept), static_cast<Callable&&>(callable));
+        return kept;
+    }
+    /// Connects a member function of `instance`, which the connection does not own, until the
+    /// result is dropped.
+    template<NonConst C>
+    [[nodiscard]] ScopedConnection connectScoped(C* instance, PlainMember<C> member) {
+        ScopedConnection kept;
+        connect(static_cast<SignalClient&>(kept), instance, member);
+        return kept;
+    }
+    /// The same for a member function that is const, returns something, or takes its arguments in
+    /// another way.
+    template<class C, MemberFor<C, Arguments...> Member>
+    [[nodiscard]] ScopedConnection connectScoped(C* instance, Member member) {
+        ScopedConnection kept;
+        connect(static_cast<SignalClient&>(kept), instance, member);
+        return kept;
     }
 };
 

@@ -25,6 +25,7 @@
 #pragma once
 
 #include <concepts>
+#include <typeindex> // declares std::hash
 #include <utility>
 
 #include "Base/zeBaseExport.h"
@@ -108,6 +109,9 @@ public:
         return *this;
     }
 
+    /// Refers to `object`, which may be null, in place of the one before.
+    void reset(T* object = nullptr) { Reference(object).swap(*this); }
+
     /// Exchanges the objects.
     void swap(Reference& other) noexcept { std::swap(object_, other.object_); }
 
@@ -130,4 +134,24 @@ private:
     T* object_ = nullptr;
 };
 
+/// Writes the address of the object to a stream of the standard library.
+template<class Stream, class T>
+requires requires(Stream& stream, const void* address) {
+    typename Stream::traits_type;
+    stream << address;
+}
+Stream& operator<<(Stream& stream, const Reference<T>& reference) {
+    stream << static_cast<const void*>(reference.get());
+    return stream;
+}
+
 } // namespace ze
+
+/// Of the object's address, so that a reference is found where it is equal.
+template<class T>
+struct std::hash<ze::Reference<T>> {
+    /// The same as that of the plain pointer.
+    std::size_t operator()(const ze::Reference<T>& reference) const noexcept {
+        return reinterpret_cast<std::size_t>(reference.get());
+    }
+};

@@ -38,9 +38,9 @@ namespace zeUtil {
 /// @code
 /// #include <string>
 /// zeUtil::Error missing(2, "cannot open %s", "scene.ze");
-/// assert(missing.code() == 2);
+/// assert(missing.code() == 2 && !missing.ok());
 /// assert(std::string(missing.message()) == "cannot open scene.ze");
-/// assert(zeUtil::Error().code() == 0);
+/// assert(zeUtil::Error().ok());
 /// @endcode
 class ZEBASE_API Error {
 public:
@@ -68,9 +68,17 @@ public:
     /// 0 for success, else what the header of the failing call says.
     int code() const { return code_; }
 
+    /// Whether this is a success: code 0, with or without a message.
+    bool ok() const { return code_ == 0; }
+    /// The same as ok(): **true is success**, as for `std::expected` and unlike `std::error_code`.
+    explicit operator bool() const { return ok(); }
+
     /// The message in the locale's multi-byte encoding; empty without one, never null. Valid until
     /// the Error changes.
     const char* message() const;
+
+    /// The same in UTF-8. Invalidates what message() returned, and the other way round.
+    const char* messageAsUTF8() const;
 
     /// Exchanges codes and messages.
     void swap(Error& other) noexcept;
@@ -88,5 +96,20 @@ private:
     int code_ = 0;
     zeString::IString* message_ = nullptr; ///< Owned; null means no message.
 };
+
+/// Writes the code and, if there is one, the message in UTF-8 to a stream of the standard library:
+/// `2: cannot open scene.ze`. A success without a message is `0`.
+template<class Stream>
+requires requires(Stream& stream) {
+    typename Stream::traits_type;
+    stream << 0 << "";
+}
+Stream& operator<<(Stream& stream, const Error& error) {
+    const Error copy(error); // what message() returned stays valid
+    stream << copy.code();
+    if (const char* message = copy.messageAsUTF8(); *message)
+        stream << ": " << message;
+    return stream;
+}
 
 } // namespace zeUtil

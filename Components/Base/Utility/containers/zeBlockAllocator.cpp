@@ -43,7 +43,7 @@ void BlockAllocator::freeEverything() {
     numFreed_ = 0;
 }
 
-void BlockAllocator::swap(BlockAllocator& other) {
+void BlockAllocator::swap(BlockAllocator& other) noexcept {
     std::swap(blocks_, other.blocks_);
     std::swap(freeList_, other.freeList_);
     std::swap(elementSize_, other.elementSize_);

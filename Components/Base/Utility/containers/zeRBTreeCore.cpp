@@ -98,7 +98,7 @@ void RBTreeImpl::initialize(const RBTreeImpl& other) {
     copy(other);
 }
 
-void RBTreeImpl::swap(RBTreeImpl& other) {
+void RBTreeImpl::swap(RBTreeImpl& other) noexcept {
     std::swap(end_, other.end_);
     std::swap(count_, other.count_);
     std::swap(typeUtil_, other.typeUtil_);

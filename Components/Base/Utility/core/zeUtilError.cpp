@@ -69,6 +69,10 @@ const char* Error::message() const {
     return message_ ? message_->asMultibyte(zeString::EncodingMultibyte, nullptr) : "";
 }
 
+const char* Error::messageAsUTF8() const {
+    return message_ ? message_->asUTF8() : "";
+}
+
 void Error::swap(Error& other) noexcept {
     std::swap(code_, other.code_);
     std::swap(message_, other.message_);

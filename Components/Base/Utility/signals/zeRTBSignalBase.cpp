@@ -41,9 +41,7 @@ SignalBase::~SignalBase() {
     // The destructor of a function object may end other connections of this list: they unlink
     // themselves from `ending`, and the loop reads its head afresh each time.
     SignalBase ending;
-    ending.head_ = std::exchange(head_, nullptr);
-    for (connectionItem* item = ending.head_; item; item = item->next)
-        item->owner = &ending;
+    ending.takeConnections(*this);
     while (connectionItem* item = ending.head_) {
         item->detach();
         item->destroy();
@@ -123,6 +121,12 @@ SignalBase::Connection* SignalBase::findGlobalCallback(void* function) const {
             return item;
     }
     return nullptr;
+}
+
+void SignalBase::takeConnections(SignalBase& other) noexcept {
+    head_ = std::exchange(other.head_, nullptr);
+    for (connectionItem* item = head_; item; item = item->next)
+        item->owner = this;
 }
 
 } // namespace zeRTB
