@@ -184,6 +184,12 @@ CString& CString::replace(unsigned int pos, unsigned int n, char c) {
     return *this;
 }
 
+CString& CString::replaceText(unsigned int pos, unsigned int n, const char* text,
+                              std::size_t length) {
+    detail::replace(impl().text, pos, n, {text, length});
+    return *this;
+}
+
 const char* CString::asChar() const {
     return impl().text.c_str();
 }
@@ -230,6 +236,10 @@ int CString::compare(const CString& other) const {
 
 int CString::compare(const char* text) const {
     return detail::compare<char>(impl().text, view(text));
+}
+
+int CString::compareText(const char* text, std::size_t length) const {
+    return detail::compare<char>(impl().text, {text, length});
 }
 
 int CString::collate(const CString& other) const {
@@ -387,6 +397,10 @@ void swap(CString& a, CString& b) noexcept {
 }
 
 } // namespace zeString
+
+std::size_t std::hash<zeString::CString>::operator()(const zeString::CString& text) const noexcept {
+    return std::hash<std::string_view>()(text);
+}
 
 zeString::CString* CString_create(const char* text) {
     return new zeString::CString(text);

@@ -9,8 +9,10 @@
 
 #include <compare>
 #include <cstdarg>
+#include <typeindex> // std::hash
 
 #include "Base/Strings/zeStringPrintf.h"
+#include "Base/Strings/zeStringStandard.h"
 #include "Base/Strings/zeStringString.h"
 #include "Base/zeBaseExport.h"
 
@@ -28,14 +30,21 @@ class CStringImpl;
 /// substr(); its text is "basic_string::" and the name of the operation. Element access does not
 /// check.
 ///
+/// **With the standard library** it works as a `std::string` does: `+`, `+=`, `<<`, `std::hash`,
+/// algorithms, and `std::string_view` both ways. A standard string or view is taken whole,
+/// terminators included, and becomes a CString only where that is said.
+///
 /// Threads: distinct objects may be used by different threads at once; const operations on one
 /// object may overlap.
 ///
 /// @code
+/// #include <string_view>
 /// zeString::CString name("mesh.obj");
 /// name.replace(name.find('.'), zeString::String::npos, ".ze").prepend("new-");
 /// assert(name == "new-mesh.ze");
 /// assert(name.format("%s-%d", "frame", 7) == 7);
+/// const std::string_view view = name + ".ze" == "frame-7.ze" ? name : "";
+/// assert(zeString::CString(view.substr(6)) == "7");
 /// @endcode
 class ZEBASE_API CString : public String {
 public:
@@ -49,6 +58,11 @@ public:
     explicit CString(char c);
     /// `n` copies of `c`.
     CString(unsigned int n, char c);
+    /// A copy of a standard string or view.
+    template<StandardText<char> Text>
+    explicit CString(const Text& text) : CString() {
+        append(text);
+    }
 
     /// A copy, terminators included.
     CString(const CString& other);
@@ -62,6 +76,17 @@ public:
     CString& operator=(const char* text);
     CString& assign(const CString& other);
     CString& assign(const char* text);
+    /// @}
+    /// @{
+    /// Replaces the content by that of a standard string or view, which may view this string.
+    template<StandardText<char> Text>
+    CString& operator=(const Text& text) {
+        return assign(text);
+    }
+    template<StandardText<char> Text>
+    CString& assign(const Text& text) {
+        return replaceText(0, npos, text.data(), text.size());
+    }
     /// @}
     /// Takes the content over and leaves `other` empty. Allocates nothing.
     CString& operator=(CString&& other) noexcept;
@@ -77,7 +102,22 @@ public:
     virtual CString& append(const CString& other);
     CString& append(const char* text);
     CString& append(char c);
+    template<StandardText<char> Text>
+    CString& append(const Text& text) {
+        return replaceText(length(), 0, text.data(), text.size());
+    }
     /// @}
+    /// append() of a text or a byte.
+    template<AddedText<CString, char> Text>
+    CString& operator+=(const Text& text) {
+        return append(text);
+    }
+    /// plus(): `a` with a text or a byte behind it.
+    template<AddedText<CString, char> Text>
+    friend CString operator+(CString a, const Text& b) {
+        a.append(b);
+        return a;
+    }
 
     /// @{
     /// Adds a text at the front.
@@ -98,6 +138,11 @@ public:
     CString& erase(unsigned int pos = 0, unsigned int n = npos);
     CString& remove(unsigned int pos = 0, unsigned int n = npos);
     /// @}
+    /// Makes the string empty.
+    void clear() noexcept {
+        if (!isEmpty())
+            erase();
+    }
 
     /// @{
     /// Replaces up to `n` bytes by the text.
@@ -131,6 +176,19 @@ public:
     char operator[](unsigned int pos) const;
     char& operator[](unsigned int pos);
     /// @}
+
+    /// @{
+    /// The bytes as a contiguous range. Iterators are pointers, valid until the next change.
+    char* begin() { return &at(0); }
+    char* end() { return begin() + length(); }
+    const char* begin() const { return asChar(); }
+    const char* end() const { return asChar() + length(); }
+    /// @}
+    /// The bytes as a `std::string_view`, valid until the next change.
+    template<StandardView<char> View>
+    operator View() const {
+        return View(asChar(), length());
+    }
 
     /// @{
     /// Order by bytes, a shorter string before its continuation: negative, 0 or positive.
@@ -206,10 +264,34 @@ public:
     friend std::strong_ordering operator<=>(const CString& a, const CString& b) {
         return a.compare(b) <=> 0;
     }
+    /// @{
+    /// The same with a standard string or view, or a pointer. Allocates nothing.
+    template<ComparedText<char> Text>
+    friend bool operator==(const CString& a, const Text& b) {
+        return a.order(b) == 0;
+    }
+    template<ComparedText<char> Text>
+    friend std::strong_ordering operator<=>(const CString& a, const Text& b) {
+        return a.order(b) <=> 0;
+    }
+    /// @}
+
+    /// Writes the bytes to a `std::ostream`.
+    template<StandardStream Stream>
+    friend Stream& operator<<(Stream& stream, const CString& text) {
+        return writeText(stream, text.asChar(), text.length());
+    }
 
 private:
     ZEBASE_HIDDEN const CStringImpl& impl() const;
     ZEBASE_HIDDEN CStringImpl& impl();
+    CString& replaceText(unsigned int pos, unsigned int n, const char* text, size_t length);
+    int compareText(const char* text, size_t length) const;
+    int order(const char* text) const { return compare(text); }
+    template<StandardText<char> Text>
+    int order(const Text& text) const {
+        return compareText(text.data(), text.size());
+    }
 
     CStringImpl* impl_; ///< Owned; null in a moved-from string until something is put in.
 };
@@ -234,6 +316,12 @@ ZEBASE_API bool greaterEqual(const CString& a, const CString& b);
 ZEBASE_API void swap(CString& a, CString& b) noexcept;
 
 } // namespace zeString
+
+/// That of a `std::string_view` of the same bytes.
+template<>
+struct std::hash<zeString::CString> {
+    ZEBASE_API size_t operator()(const zeString::CString& text) const noexcept;
+};
 
 extern "C" {
 

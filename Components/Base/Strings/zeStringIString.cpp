@@ -36,6 +36,16 @@ IString& IString::operator=(const IString& other) {
     return assign(other);
 }
 
+IString& IString::operator=(IString&& other) noexcept {
+    if (this != &other) {
+        impl_->wideText = std::move(other.impl_->wideText);
+        impl_->changed();
+        other.impl_->wideText.clear();
+        other.impl_->changed();
+    }
+    return *this;
+}
+
 IString& IString::operator=(const wchar_t* text) {
     return assign(text);
 }
@@ -171,6 +181,13 @@ IString& IString::replaceFirst(const IString& from, const IString& to) {
     return hit == npos ? *this : replace(hit, from.length(), to);
 }
 
+IString& IString::replaceText(unsigned int pos, unsigned int n, const wchar_t* text,
+                              std::size_t length) {
+    detail::replace(impl_->wideText, pos, n, {text, length});
+    impl_->changed();
+    return *this;
+}
+
 const wchar_t* IString::asWChar() const {
     return impl_->wideText.c_str();
 }
@@ -211,6 +228,14 @@ wchar_t& IString::operator[](unsigned int pos) {
 
 int IString::compare(const IString& other) const {
     return detail::compare<wchar_t>(impl_->wideText, other.impl_->wideText);
+}
+
+int IString::compareText(const wchar_t* text, std::size_t length) const {
+    return detail::compare<wchar_t>(impl_->wideText, {text, length});
+}
+
+int IString::order(const wchar_t* text) const {
+    return detail::compare<wchar_t>(impl_->wideText, view(text));
 }
 
 int IString::collate(const IString& other) const {
@@ -363,3 +388,7 @@ void swap(IString& a, IString& b) {
 }
 
 } // namespace zeString
+
+std::size_t std::hash<zeString::IString>::operator()(const zeString::IString& text) const noexcept {
+    return std::hash<std::wstring_view>()(text);
+}

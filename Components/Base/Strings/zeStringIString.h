@@ -10,9 +10,11 @@
 #include <compare>
 #include <concepts>
 #include <cstdarg>
+#include <typeindex> // std::hash
 
 #include "Base/Strings/zeStringEncoding.h"
 #include "Base/Strings/zeStringPrintf.h"
+#include "Base/Strings/zeStringStandard.h"
 #include "Base/Strings/zeStringString.h"
 #include "Base/zeBaseExport.h"
 
@@ -25,8 +27,8 @@ class IStringImpl;
 ///
 /// A value: copies are independent. Copying ends at the first embedded terminator, and so does
 /// everything built on a copy: substr(), plus(), compareNoCase(), and the receiving side of
-/// swap(); assign() and append() of an IString keep terminators. There is no move: it would keep
-/// what a copy drops. A null pointer counts as an empty text everywhere.
+/// swap(); assign() and append() of an IString keep terminators. There is no move constructor: it
+/// would keep what a copy drops. A null pointer counts as an empty text everywhere.
 ///
 /// **Narrow text** is converted by an Encoding; a byte order mark at its start is dropped. Bad text
 /// never throws: `ok`, which may be null, says whether everything converted, and "?" replaces what
@@ -47,9 +49,14 @@ class IStringImpl;
 /// substr(); its text is "basic_string::" and the name of the operation. Element access does not
 /// check.
 ///
+/// **With the standard library** it works as a `std::wstring` does: `+`, `+=`, `std::hash`,
+/// algorithms, and `std::wstring_view` both ways; `<<` writes UTF-8. A standard string or view is
+/// taken whole, terminators included, and becomes an IString only where that is said, from `char`
+/// with its encoding.
+///
 /// Threads: distinct objects may be used by different threads at once; on one object calls must not
 /// overlap if one of them gives narrow text (asMultibyte(), asUTF8(), their StoreSize forms,
-/// copyAsMultibyte(), convertToCString()), const though it is, or changes the string.
+/// copyAsMultibyte(), convertToCString(), `<<`), const though it is, or changes the string.
 ///
 /// @code
 /// bool ok = false;
@@ -84,6 +91,16 @@ public:
     /// The text up to its first terminator, converted.
     explicit IString(const CString& text, Encoding encoding = EncodingMultibyte,
                      bool* ok = nullptr);
+    /// A copy of a standard string or view.
+    template<StandardText<wchar_t> Text>
+    explicit IString(const Text& text) : IString() {
+        append(text);
+    }
+    /// A standard string or view of bytes up to its first terminator, converted.
+    template<StandardText<char> Text>
+    IString(const Text& text, Encoding encoding, bool* ok = nullptr) : IString() {
+        convertFromBytes(text.data(), text.size(), encoding, ok);
+    }
     ~IString() override;
 
     /// @{
@@ -91,6 +108,9 @@ public:
     IString& operator=(const IString& other);
     IString& assign(const IString& other);
     /// @}
+    /// Takes the content over, embedded terminators included, and leaves `other` empty. Allocates
+    /// nothing.
+    IString& operator=(IString&& other) noexcept;
     /// @{
     /// Replaces the content by the text up to its terminator.
     IString& operator=(const wchar_t* text);
@@ -102,6 +122,23 @@ public:
     /// Replaces the content. A text of which nothing remains leaves the string as it was, with `ok`
     /// false.
     IString& assign(const CString& text, Encoding encoding = EncodingMultibyte, bool* ok = nullptr);
+    /// @{
+    /// Replaces the content by that of a standard string or view, which may view this string.
+    template<StandardText<wchar_t> Text>
+    IString& operator=(const Text& text) {
+        return assign(text);
+    }
+    template<StandardText<wchar_t> Text>
+    IString& assign(const Text& text) {
+        return replaceText(0, npos, text.data(), text.size());
+    }
+    /// @}
+    /// Replaces the content by a standard string or view of bytes up to its first terminator,
+    /// converted.
+    template<StandardText<char> Text>
+    IString& assign(const Text& text, Encoding encoding, bool* ok = nullptr) {
+        return *this = IString(text, encoding, ok);
+    }
 
     unsigned int length() const override;
     unsigned int capacity() const override;
@@ -124,6 +161,23 @@ public:
     template<std::same_as<char> Char = char>
     IString& append(Char c) {
         return append(widened(c));
+    }
+    /// Adds a standard string or view at the end.
+    template<StandardText<wchar_t> Text>
+    IString& append(const Text& text) {
+        return replaceText(length(), 0, text.data(), text.size());
+    }
+    /// append() of a text or a character.
+    template<AddedText<IString, char, wchar_t> Text>
+    IString& operator+=(const Text& text) {
+        return append(text);
+    }
+    /// plus(): a copy of `a` with a text or a character behind it.
+    template<AddedText<IString, char, wchar_t> Text>
+    friend IString operator+(const IString& a, const Text& b) {
+        IString result(a);
+        result.append(b);
+        return result;
     }
 
     /// Adds a text at the front.
@@ -155,6 +209,11 @@ public:
     IString& erase(unsigned int pos = 0, unsigned int n = npos);
     /// The same as erase().
     IString& remove(unsigned int pos = 0, unsigned int n = npos);
+    /// Makes the string empty.
+    void clear() noexcept {
+        if (!isEmpty())
+            erase();
+    }
 
     /// Replaces up to `n` characters by the text.
     IString& replace(unsigned int pos, unsigned int n, const IString& other);
@@ -206,6 +265,19 @@ public:
     wchar_t operator[](unsigned int pos) const;
     wchar_t& operator[](unsigned int pos);
     /// @}
+    /// @{
+    /// The characters as a contiguous range. Iterators are pointers, valid until the next change;
+    /// writing through them does not renew a narrow form that was requested before.
+    wchar_t* begin() { return &at(0); }
+    wchar_t* end() { return begin() + length(); }
+    const wchar_t* begin() const { return asWChar(); }
+    const wchar_t* end() const { return asWChar() + length(); }
+    /// @}
+    /// The characters as a `std::wstring_view`, valid until the next change.
+    template<StandardView<wchar_t> View>
+    operator View() const {
+        return View(asWChar(), length());
+    }
 
     /// Order by code points, a shorter string before its continuation: negative, 0 or positive.
     int compare(const IString& other) const;
@@ -319,8 +391,34 @@ public:
     friend std::strong_ordering operator<=>(const IString& a, const IString& b) {
         return a.compare(b) <=> 0;
     }
+    /// @{
+    /// The same with a standard string or view, or a pointer. Allocates nothing.
+    template<ComparedText<wchar_t> Text>
+    friend bool operator==(const IString& a, const Text& b) {
+        return a.order(b) == 0;
+    }
+    template<ComparedText<wchar_t> Text>
+    friend std::strong_ordering operator<=>(const IString& a, const Text& b) {
+        return a.order(b) <=> 0;
+    }
+    /// @}
+
+    /// Writes asUTF8() to a `std::ostream`.
+    template<StandardStream Stream>
+    friend Stream& operator<<(Stream& stream, const IString& text) {
+        const unsigned int size = text.asUTF8StoreSize();
+        return writeText(stream, text.asUTF8(), size - 1);
+    }
 
 private:
+    IString& replaceText(unsigned int pos, unsigned int n, const wchar_t* text, size_t length);
+    void convertFromBytes(const char* bytes, size_t length, Encoding encoding, bool* ok);
+    int compareText(const wchar_t* text, size_t length) const;
+    int order(const wchar_t* text) const;
+    template<StandardText<wchar_t> Text>
+    int order(const Text& text) const {
+        return compareText(text.data(), text.size());
+    }
     static wchar_t widened(char c); ///< What IString(c) holds; 0 for 0.
     ZEBASE_HIDDEN void convertFromMultibyte(const char* src, Encoding encoding, bool* ok);
     ZEBASE_HIDDEN void convertToMultibyte(Encoding encoding, bool* ok) const;
@@ -347,3 +445,9 @@ ZEBASE_API bool greaterEqual(const IString& a, const IString& b);
 ZEBASE_API void swap(IString& a, IString& b);
 
 } // namespace zeString
+
+/// That of a `std::wstring_view` of the same characters.
+template<>
+struct std::hash<zeString::IString> {
+    ZEBASE_API size_t operator()(const zeString::IString& text) const noexcept;
+};

@@ -179,6 +179,11 @@ void IString::convertFromMultibyte(const char* src, Encoding encoding, bool* ok)
     impl_->changed();
 }
 
+/// A view has no terminator, which the converters need.
+void IString::convertFromBytes(const char* bytes, std::size_t length, Encoding encoding, bool* ok) {
+    convertFromMultibyte(std::string(bytes, length).c_str(), encoding, ok);
+}
+
 /// Brings the cache up to date, unless it is already, in this encoding and with the outcome that
 /// the caller asks for.
 void IString::convertToMultibyte(Encoding encoding, bool* ok) const {

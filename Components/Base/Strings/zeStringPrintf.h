@@ -19,8 +19,9 @@
 
 #pragma once
 
+#include <stddef.h> // NOLINT(modernize-deprecated-headers): <cstddef> costs each includer more
+
 #include <cstdarg>
-#include <cstddef>
 
 #include "Base/zeBaseExport.h"
 
@@ -40,19 +41,18 @@
 extern "C" {
 
 /// Formats like `vsnprintf`; the buffer is terminated if `size` is not 0.
-ZEBASE_API int ZL_vsnprintf(char* buffer, std::size_t size, const char* format, va_list arguments)
+ZEBASE_API int ZL_vsnprintf(char* buffer, size_t size, const char* format, va_list arguments)
     __attribute__((format(printf, 3, 0)));
 
 /// ZL_vsnprintf() of its arguments.
-ZEBASE_API int ZL_snprintf(char* buffer, std::size_t size, const char* format, ...)
+ZEBASE_API int ZL_snprintf(char* buffer, size_t size, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 
 /// Formats like `vswprintf`; after a failure the buffer's content is unspecified.
-ZEBASE_API int ZL_vswprintf(wchar_t* buffer, std::size_t size, const wchar_t* format,
-                            va_list arguments);
+ZEBASE_API int ZL_vswprintf(wchar_t* buffer, size_t size, const wchar_t* format, va_list arguments);
 
 /// ZL_vswprintf() of its arguments.
-ZEBASE_API int ZL_swprintf(wchar_t* buffer, std::size_t size, const wchar_t* format, ...);
+ZEBASE_API int ZL_swprintf(wchar_t* buffer, size_t size, const wchar_t* format, ...);
 
 /// A copy of a wide format, which must not be null, that suits the C library's printf family. The
 /// caller frees it with `free`. Null when memory runs out.

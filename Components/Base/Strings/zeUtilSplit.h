@@ -35,13 +35,18 @@ namespace zeUtil {
 /// A separator with no text before it gives an empty item, unless `skipEmpty`; one at the end
 /// gives none, so that "a," is one item and ",a" two. With `keepSeparators` each separator becomes
 /// an item of its own instead, and no item is empty. An empty text gives no items. Of a wide text
-/// only what stands before its first terminator is split.
+/// only what stands before its first terminator is split. A `const char*` with zeString::isSpace()
+/// is split as bytes.
 ZEBASE_API std::vector<zeString::CString> split(const zeString::CString& text, char separator,
                                                 bool skipEmpty = false,
                                                 bool keepSeparators = false);
 ZEBASE_API std::vector<zeString::CString> split(const zeString::CString& text, bool (*test)(char),
                                                 bool skipEmpty = false,
                                                 bool keepSeparators = false);
+inline std::vector<zeString::CString> split(const char* text, bool (*test)(char),
+                                            bool skipEmpty = false, bool keepSeparators = false) {
+    return split(zeString::CString(text), test, skipEmpty, keepSeparators);
+}
 ZEBASE_API std::vector<zeString::IString> split(const zeString::IString& text, wchar_t separator,
                                                 bool skipEmpty = false,
                                                 bool keepSeparators = false);

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// How the strings meet the standard library's: its strings, views and streams are known by their
+/// members, so that none of their headers is included here, and who uses none of them pays for
+/// none.
+///
+/// Threads: any thread may call; a stream belongs to one thread at a time.
+///
+/// @code
+/// #include <iostream>
+/// #include <string>
+/// #include <string_view>
+/// #include <vector>
+/// static_assert(zeString::StandardText<std::string, char>);
+/// static_assert(zeString::StandardView<std::wstring_view, wchar_t>);
+/// static_assert(zeString::StandardStream<std::ostream>);
+/// static_assert(!zeString::StandardText<std::vector<char>, char>);
+/// @endcode
+
+#pragma once
+
+#include <stddef.h> // NOLINT(modernize-deprecated-headers): <cstddef> costs each includer more
+
+#include <concepts>
+#include <type_traits>
+
+namespace zeString {
+
+/// A `std::basic_string` or `std::basic_string_view` of `Char`.
+template<class T, class Char>
+concept StandardText = requires(const T& text) {
+    typename T::traits_type;
+    { text.data() } -> std::same_as<const Char*>;
+    { text.size() } -> std::same_as<size_t>;
+};
+
+/// A `std::basic_string_view` of `Char`.
+template<class T, class Char>
+concept StandardView = StandardText<T, Char> && std::is_trivially_copyable_v<T> &&
+    std::constructible_from<T, const Char*, size_t>;
+
+/// A `std::ostream`, or what derives from it.
+template<class T>
+concept StandardStream = std::same_as<typename T::char_type, char> && requires(T& stream) {
+    stream.write("", 0).flush();
+};
+
+/// What compares with a string without becoming one: a `StandardText`, or a pointer to a terminated
+/// text.
+template<class T, class Char>
+concept ComparedText = StandardText<T, Char> || std::same_as < std::decay_t<T>,
+const Char* > || std::same_as<std::decay_t<T>, Char*>;
+
+/// What `+` and `+=` add to a `String`: a text that its append() takes, or one of its characters.
+/// Numbers and characters of another width, which append() would convert, are refused.
+template<class T, class String, class... Chars>
+concept AddedText = (std::is_class_v<T> || std::is_array_v<T> || std::is_pointer_v<T> ||
+                     (std::same_as<T, Chars> || ...)) &&
+                    requires(String& string, const T& text) {
+    string.append(text);
+};
+
+/// Writes `length` bytes as `<<` writes a text: in the stream's width, which it sets back to 0,
+/// with its fill character. A failure is noted in the stream.
+template<StandardStream Stream>
+Stream& writeText(Stream& stream, const char* text, unsigned int length) {
+    const bool left = (stream.flags() & Stream::adjustfield) == Stream::left;
+    auto fill = stream.width(0) - static_cast<decltype(stream.width())>(length);
+    for (; !left && fill > 0 && stream; --fill)
+        stream.put(stream.fill());
+    stream.write(text, length);
+    for (; fill > 0 && stream; --fill)
+        stream.put(stream.fill());
+    return stream;
+}
+
+} // namespace zeString
