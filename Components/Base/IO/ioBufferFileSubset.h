@@ -56,6 +56,9 @@ public:
     /// Does nothing.
     void write(const char* source, int n) override;
 
+    /// The number of bytes in the slice; 0 before open().
+    long size() const { return sliceSize_; }
+
     /// Opens the slice at its start. bufferOpenError if the file cannot be opened. bufferEOF, with
     /// nothing to read, if the slice is empty, if offset or size is negative, or if the file does
     /// not hold the whole slice. bufferIOError if that cannot be told, or its start not be reached.

@@ -121,6 +121,8 @@ protected:
 
 private:
     friend class ioPackageFile; // exchanges the chains of packages
+    friend class ioStdInputBuf;
+    friend class ioStdOutputBuf;
 
     ZEBASE_HIDDEN void setFilter(ioBuffer* filter);
     void promoteFailure();

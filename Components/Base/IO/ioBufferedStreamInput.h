@@ -88,5 +88,7 @@ public:
     }
 
 private:
+    friend class ioStdInputBuf;
+
     bool fetchBlock();
 };

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <memory>
 
-#include "Base/OS/zeOSFile.h"
+#include "Base/OS/output/zeOSWriteAllImpl.h"
 #include "Base/OS/zeOSIOStream.h"
 #include "Base/Strings/zeStringCString.h"
 #include "Base/Utility/zeReferenceCount.h"
@@ -87,15 +87,8 @@ void OStreamImpl::flush() {
 }
 
 void OStreamImpl::writeOut(const char* bytes, std::size_t count) {
-    while (count > 0 && error.code() == 0) {
-        unsigned long done = 0;
-        error = stream->write(bytes, count, &done);
-        if (done == 0 && error.code() == 0)
-            error = File::getError(File::ErrIO); // or this would go on for ever
-        done = std::min(done, count);
-        bytes += done;
-        count -= done;
-    }
+    if (error.ok())
+        writeAll(*stream, bytes, count, error);
 }
 
 /// To the first doubling of 4096 that is at least `size`, which is at most formatLimit.
