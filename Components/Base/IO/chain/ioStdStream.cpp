@@ -75,9 +75,11 @@ ioStdInputBuf::pos_type ioStdInputBuf::seekpos(pos_type position, ios_base::open
     return seekoff(position, ios_base::beg, which);
 }
 
-/// Tells the stream what was taken of its block.
+/// Tells the stream what was taken of its block, unless that is gone: the stream may be closed
+/// first.
 void ioStdInputBuf::giveBack() {
-    stream_->skip(static_cast<int>(gptr() - eback()));
+    if (stream_->buffered().data() == eback())
+        stream_->skip(static_cast<int>(gptr() - eback()));
     setg(nullptr, nullptr, nullptr);
 }
 

@@ -1,0 +1,178 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/OS/zeOSStdStream.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "Base/OS/zeOSFile.h"
+
+using zeOS::File;
+using zeOS::StdStreamBuf;
+using zeUtil::Error;
+
+namespace {
+
+/// Gives one answer after the other, and takes at most `taken` bytes in a write; after `room` bytes
+/// it fails with code 28.
+struct Scripted : zeOS::IOStream {
+    struct Answer {
+        std::string bytes;
+        int code = 0;
+    };
+
+    Error read(void* buffer, unsigned long count, unsigned long* done) override {
+        *done = 0;
+        if (answers.empty())
+            return Error(File::ErrEndOfFile, "the end");
+        Answer& next = answers.front();
+        *done = next.bytes.copy(static_cast<char*>(buffer), count);
+        next.bytes.erase(0, *done);
+        const int code = next.bytes.empty() ? next.code : 0;
+        if (next.bytes.empty())
+            answers.erase(answers.begin());
+        return code == 0 ? Error() : Error(code, "code %d", code);
+    }
+    Error write(const void* buffer, unsigned long count, unsigned long* done) override {
+        *done = std::min({count, taken, room});
+        written.append(static_cast<const char*>(buffer), *done);
+        room -= *done;
+        return room == 0 && *done < count ? Error(28, "full") : Error();
+    }
+
+    std::vector<Answer> answers;
+    std::string written;
+    unsigned long taken = static_cast<unsigned long>(-1);
+    unsigned long room = static_cast<unsigned long>(-1);
+};
+
+} // namespace
+
+TEST(StdInput, SaysWhetherItEndedOrFailed) {
+    constexpr int end = File::ErrEndOfFile;
+    const struct {
+        const char* name;
+        std::vector<Scripted::Answer> answers;
+        int endCode;
+        bool bad;
+        int code;
+    } cases[] = {
+        {"the end", {{"abc"}, {"de"}}, end, false, end},
+        {"the end with the last bytes", {{"abc"}, {"de", end}}, end, false, end},
+        {"a failure", {{"abcde"}, {"", 4}}, end, true, 4},
+        {"a failure with the last bytes, and again", {{"abcde", 4}, {"", 4}}, end, true, 4},
+        {"a failure with bytes that passes", {{"ab", 4}, {"cde"}}, end, false, end},
+        {"a failure where any error is the end", {{"abcde"}, {"", 4}}, -1, false, 4},
+        {"neither an error nor a byte", {{"abcde"}, {""}, {"more"}}, end, false, 0},
+    };
+    for (const auto& c : cases) {
+        for (const std::size_t block : {0u, 1u, 4u, 4096u}) {
+            SCOPED_TRACE(std::string(c.name) + " in blocks of " + std::to_string(block));
+            Scripted stream;
+            stream.answers = c.answers;
+            zeOS::StdInput in(stream, c.endCode, block);
+            std::string all, line;
+            for (char byte; in.get(byte);)
+                all += byte;
+            EXPECT_EQ(all, "abcde");
+            EXPECT_EQ(in.bad(), c.bad);
+            EXPECT_EQ(in.eof(), !c.bad);
+            EXPECT_EQ(in.error().code(), c.code) << in.error();
+
+            stream.answers = c.answers;
+            StdStreamBuf buffer(stream, c.endCode, block);
+            using Bytes = std::istreambuf_iterator<char>;
+            if (c.bad)
+                EXPECT_THROW(std::string(Bytes(&buffer), Bytes()), std::ios_base::failure);
+            else
+                EXPECT_EQ(std::string(Bytes(&buffer), Bytes()), "abcde");
+        }
+    }
+}
+
+/// Against a string stream, whatever the blocks and however few bytes pass at once.
+TEST(StdStreams, DoWhatStringStreamsDo) {
+    std::mt19937 random(5);
+    for (const std::size_t block : {1u, 2u, 7u, 4096u}) {
+        SCOPED_TRACE(block);
+        Scripted stream;
+        std::ostringstream expected;
+        {
+            zeOS::StdOutput out(stream, block);
+            for (int i = 0; i < 2000; ++i) {
+                stream.taken = 1 + random() % 10;
+                const std::string text(random() % 20, 'a');
+                out << i << ' ' << text << (i % 10 ? " " : "\n");
+                expected << i << ' ' << text << (i % 10 ? " " : "\n");
+                if (i % 50 == 0)
+                    out << std::flush;
+                ASSERT_EQ(out.tellp(), expected.tellp());
+            }
+            EXPECT_TRUE(out && out.error().ok());
+            EXPECT_FALSE(out.seekp(0));
+        }
+        ASSERT_EQ(stream.written, expected.str());
+
+        for (std::size_t at = 0, n = 0; at < stream.written.size(); at += n)
+            stream.answers.push_back({stream.written.substr(at, n = 1 + random() % 50)});
+        zeOS::StdInput in(stream, File::ErrEndOfFile, block);
+        std::istringstream twin(stream.written);
+        while (twin && in) {
+            std::string a, b;
+            if (random() % 4 == 0) {
+                std::getline(in, a);
+                std::getline(twin, b);
+            } else if (random() % 2 == 0) {
+                in >> a;
+                twin >> b;
+                EXPECT_EQ(in.peek(), twin.peek());
+            } else {
+                a.resize(random() % 30);
+                b.resize(a.size());
+                in.read(a.data(), std::streamsize(a.size()));
+                twin.read(b.data(), std::streamsize(b.size()));
+            }
+            ASSERT_EQ(a, b);
+            ASSERT_EQ(in.rdstate(), twin.rdstate());
+            ASSERT_EQ(in.tellg(), twin.tellg());
+        }
+        EXPECT_TRUE(in.eof() && !in.bad());
+    }
+}
+
+TEST(StdOutput, KeepsWhatWasNotTakenAndGoesOnAfterAClear) {
+    Scripted stream;
+    stream.room = 10;
+    zeOS::StdOutput out(stream, 4);
+    out << "0123456789abcdef" << std::flush; // more than a block: goes past it
+    EXPECT_TRUE(out.bad());
+    EXPECT_EQ(out.error(), Error(28, "full"));
+    EXPECT_EQ(stream.written, "0123456789");
+    out.clear();
+    stream.room = 3;
+    out << "ab"
+        << "cd" << std::flush;
+    EXPECT_TRUE(out.bad());
+    out.clear();
+    stream.room = 100;
+    out << std::flush;
+    EXPECT_TRUE(out.good());
+    EXPECT_EQ(stream.written, "0123456789abcd");
+    EXPECT_EQ(out.tellp(), 14);
+    struct : Scripted {
+        Error write(const void*, unsigned long, unsigned long*) override {
+            throw Error(1, "thrown");
+        }
+    } throwing;
+    zeOS::StdOutput(throwing) << "lost"; // with the destructor
+    stream.taken = 0;                    // a success that takes nothing would be tried for ever
+    out << "x" << std::flush;
+    EXPECT_EQ(out.error().code(), File::ErrIO);
+}
