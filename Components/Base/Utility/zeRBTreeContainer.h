@@ -21,6 +21,7 @@
 #include <tuple>
 #include <utility>
 
+#include "Base/Strings/zeStringStandard.h"
 #include "Base/Utility/zeRBTreeTypes.h"
 
 namespace ze {
@@ -62,9 +63,8 @@ private:
 };
 
 /// Writes `(key, value)` to a stream of the standard library.
-template<class Stream, class Key, class Value>
+template<zeString::StandardStream Stream, class Key, class Value>
 requires requires(Stream& stream, const Key& key, const Value& value) {
-    typename Stream::traits_type;
     stream << key << value;
 }
 Stream& operator<<(Stream& stream, const RBTreeEntry<Key, Value>& entry) {

@@ -28,6 +28,7 @@
 #include <typeindex> // declares std::hash
 #include <utility>
 
+#include "Base/Strings/zeStringStandard.h"
 #include "Base/zeBaseExport.h"
 
 namespace ze {
@@ -135,11 +136,7 @@ private:
 };
 
 /// Writes the address of the object to a stream of the standard library.
-template<class Stream, class T>
-requires requires(Stream& stream, const void* address) {
-    typename Stream::traits_type;
-    stream << address;
-}
+template<zeString::StandardStream Stream, class T>
 Stream& operator<<(Stream& stream, const Reference<T>& reference) {
     stream << static_cast<const void*>(reference.get());
     return stream;

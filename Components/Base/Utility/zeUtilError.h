@@ -102,7 +102,7 @@ private:
 template<class Stream>
 requires requires(Stream& stream) {
     typename Stream::traits_type;
-    stream << 0 << "";
+    stream.write("", 0) << 0 << "";
 }
 Stream& operator<<(Stream& stream, const Error& error) {
     const Error copy(error); // what message() returned stays valid

@@ -6,6 +6,7 @@
 
 #include <concepts>
 #include <iterator>
+#include <ostream>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -272,5 +273,23 @@ static_assert(ConnectsOwned<Text, decltype(capturing)>);
 static_assert(!Connects<Text, void (*)()> && !Connects<zeRTB::SignalVoid, void (*)(int)>);
 static_assert(!ConnectsOwned<Text, void (*)(std::string&)>);
 static_assert(!std::copyable<zeRTB::SignalVoid> && !std::movable<zeRTB::SignalClient>);
+
+// Nor do the additions lead around what holds for the rest.
+static_assert(!Connects<Text, zeRTB::ScopedConnection>);
+static_assert(!std::convertible_to<zeRTB::ScopedConnection&, zeRTB::SignalBase&>);
+static_assert(!std::assignable_from<decltype(*std::declval<ze::RBTreeSet<int>>().begin()), int>);
+template<class M>
+concept InsertsHalf = requires(M m) {
+    m.insert("key");
+}
+|| requires(M m) {
+    m.insert({"key"});
+};
+static_assert(!InsertsHalf<Map> && !std::constructible_from<Map, const char*, const char*>);
+template<class T>
+concept PrintsInto = requires(T& stream, const Error& error) {
+    stream << error;
+};
+static_assert(!PrintsInto<zeRTB::SignalVoid> && !PrintsInto<std::wostream> && !PrintsInto<int>);
 
 } // namespace

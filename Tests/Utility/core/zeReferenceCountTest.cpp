@@ -2,6 +2,8 @@
 
 #include "Base/Utility/zeReferenceCount.h"
 
+#include <sstream>
+#include <unordered_map>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -56,6 +58,26 @@ TEST(Reference, ComparesWithAPointerWithoutOwningIt) {
     EXPECT_EQ(alive, 2);
     EXPECT_EQ(unowned->refs(), 0);
     delete unowned;
+}
+
+TEST(Reference, IsResetAndFoundByItsHash) {
+    int alive = 0;
+    ze::Reference<Counted> a(new Counted(alive)), null;
+    std::unordered_map<ze::Reference<Counted>, char> names{{a, 'a'}, {null, '0'}};
+    EXPECT_EQ(names[a.get()], 'a');
+    EXPECT_EQ(names[nullptr], '0');
+    EXPECT_EQ(names.size(), 2u);
+    std::ostringstream text, address;
+    text << a;
+    address << static_cast<const void*>(a.get());
+    EXPECT_EQ(text.str(), address.str());
+    names.clear();
+    a.reset(a.get()); // to itself
+    EXPECT_EQ(a->refs(), 1);
+    a.reset(new Counted(alive));
+    EXPECT_EQ(alive, 1);
+    a.reset();
+    EXPECT_TRUE(!a && alive == 0);
 }
 
 TEST(ReferenceCount, CopyHasNoOwnersAndAssignmentKeepsThem) {

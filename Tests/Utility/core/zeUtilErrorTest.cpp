@@ -2,6 +2,7 @@
 
 #include "Base/Utility/zeUtilError.h"
 
+#include <sstream>
 #include <string>
 #include <utility>
 
@@ -70,4 +71,28 @@ TEST(Error, OwnsItsMessage) {
     const Error moved = std::move(original);
     EXPECT_EQ(moved, Error(8, "changed"));
     EXPECT_EQ(original, Error()); // NOLINT(bugprone-use-after-move): promised to be a success
+}
+
+TEST(Error, IsTrueForSuccessAndPrintsItsCodeAndMessage) {
+    const struct {
+        Error error;
+        const char* text;
+    } cases[] = {
+        {Error(), "0"},
+        {Error(0, "done"), "0: done"},
+        {Error(-1, ""), "-1"},
+        {Error(2, IString()), "2"},
+        {Error(2, IString(L"\u00e9\u20ac")), "2: \u00e9\u20ac"}, // UTF-8 in any locale
+    };
+    for (const auto& c : cases) {
+        std::ostringstream text;
+        const char* const message = c.error.message();
+        const std::string before = message;
+        text << c.error << '|';
+        EXPECT_EQ(text.str(), c.text + std::string("|"));
+        EXPECT_EQ(message, before) << "stays valid";
+        EXPECT_EQ(c.error.ok(), c.error.code() == 0);
+        EXPECT_EQ(c.error ? 0 : 1, c.error.code() == 0 ? 0 : 1);
+        EXPECT_EQ(testing::PrintToString(c.error), c.text);
+    }
 }

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -334,6 +335,80 @@ TEST(Signal, OwnsACallable) {
     client.reset();
     EXPECT_EQ(shared.use_count(), 2);
     EXPECT_EQ(signal.numConnections(), 1);
+}
+
+TEST_F(SignalScene, ScopedConnectionEndsWhenItIsDropped) {
+    using zeRTB::ScopedConnection;
+    static_assert(sizeof(ScopedConnection) == sizeof(void*) &&
+                  std::is_nothrow_move_constructible_v<ScopedConnection> &&
+                  std::is_nothrow_move_assignable_v<ScopedConnection> &&
+                  !std::is_copy_constructible_v<ScopedConnection> &&
+                  !std::is_convertible_v<ScopedConnection&, SignalBase&>);
+    const auto counted = std::make_shared<int>(0);
+    const auto connect = [&](char letter) {
+        return signal->connectScoped([this, letter, counted] { log += letter; });
+    };
+    std::vector<ScopedConnection> kept;
+    for (const char letter : {'A', 'B', 'C', 'D'})
+        kept.push_back(connect(letter)); // moves the others
+    EXPECT_EQ(fired(), "DCBA");
+    EXPECT_EQ(counted.use_count(), 5);
+    kept[1].disconnect();
+    kept[1].disconnect();
+    EXPECT_FALSE(kept[1].connected());
+    kept[2] = std::move(kept[0]);
+    kept[2] = std::move(kept[2]);
+    EXPECT_TRUE(kept[2].connected() && !kept[0].connected());
+    EXPECT_EQ(fired(), "DA");
+    kept.pop_back();
+    EXPECT_EQ(fired(), "A");
+    signal = (delete signal, new SignalVoid); // the signal goes first
+    EXPECT_FALSE(kept[2].connected());
+    EXPECT_EQ(counted.use_count(), 1);
+    kept.clear();
+
+    const Shapes constant;
+    Derived listener;
+    const ScopedConnection members[] = {signal->connectScoped(&constant, &Shapes::voidless),
+                                        signal->connectScoped(&listener, &Shapes::nothing),
+                                        signal->connectScoped(global)};
+    signal->send();
+    EXPECT_EQ(std::exchange(Shapes::log, ""), "global derived v ");
+    signal->disconnectInstance(&listener);
+    EXPECT_FALSE(members[1].connected());
+}
+
+TEST_F(SignalScene, ScopedConnectionMayBeDroppedInsideAFiring) {
+    zeRTB::ScopedConnection before, own, after;
+    const auto note = std::make_shared<char>('O');
+    before = signal->connectScoped([this] { log += 'B'; });
+    own = signal->connectScoped([&, note] {
+        own.disconnect();
+        EXPECT_FALSE(own.connected());
+        EXPECT_EQ(signal->numConnections(), 3) << "stays until the firing has left it";
+        before.disconnect();
+        after = {};
+        EXPECT_EQ(note.use_count(), 2) << "so does what it captured";
+        log += *note;
+    });
+    after = signal->connectScoped([this] { log += 'A'; });
+    EXPECT_EQ(fired(), "AO");
+    EXPECT_EQ(note.use_count(), 1);
+    EXPECT_FALSE(signal->isConnected());
+
+    // One that its own callable owns ends with the signal, or by itself.
+    auto owned = std::make_shared<zeRTB::ScopedConnection>();
+    *owned = signal->connectScoped([this, owned] {
+        log += 'S';
+        owned->disconnect();
+        log += 's';
+    });
+    owned.reset();
+    EXPECT_EQ(fired(), "Ss");
+    EXPECT_EQ(fired(), "");
+    own = signal->connectScoped([&] { signal = (delete signal, new SignalVoid); });
+    EXPECT_EQ(fired(), "");
+    EXPECT_FALSE(own.connected());
 }
 
 TEST(Signal, LeavesNothingBehindWhereMemoryRunsOut) {
