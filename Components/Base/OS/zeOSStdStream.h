@@ -47,9 +47,9 @@
 
 #include <cstddef>
 #include <istream>
-#include <memory>
 #include <ostream>
 #include <streambuf>
+#include <string>
 
 #include "Base/OS/zeOSIOStream.h"
 #include "Base/zeBaseExport.h"
@@ -87,8 +87,8 @@ private:
     IOStream* stream_;
     int endCode_;
     std::size_t blockSize_;
-    std::unique_ptr<char[]> input_;
-    std::unique_ptr<char[]> output_;
+    std::string input_; // the blocks; empty until they are used
+    std::string output_;
     off_type read_ = 0;    // bytes that the blocks of input have held, the current one included
     off_type written_ = 0; // bytes that the byte stream took
     zeUtil::Error error_;

@@ -18,7 +18,6 @@
 #include <concepts>
 #include <cstddef>
 #include <iterator>
-#include <tuple>
 #include <utility>
 
 #include "Base/Strings/zeStringStandard.h"

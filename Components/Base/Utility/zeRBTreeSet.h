@@ -70,7 +70,9 @@ public:
     }
 
     /// Inserts behind any equal keys.
-    Iterator insertNonUnique(const Key& key) { return this->iteratorAt(tree_.insertNodeNonUnique(&key)); }
+    Iterator insertNonUnique(const Key& key) {
+        return this->iteratorAt(tree_.insertNodeNonUnique(&key));
+    }
 };
 
 } // namespace ze

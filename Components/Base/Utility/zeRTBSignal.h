@@ -48,6 +48,7 @@
 #include <type_traits>
 
 #include "Base/Utility/zeRTBFunction.h"
+#include "Base/Utility/zeRTBScopedConnection.h"
 #include "Base/Utility/zeRTBSignalBase.h"
 
 namespace zeRTB {

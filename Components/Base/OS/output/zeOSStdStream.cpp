@@ -29,12 +29,11 @@ StdStreamBuf::~StdStreamBuf() {
 }
 
 StdStreamBuf::int_type StdStreamBuf::underflow() {
-    if (!input_)
-        input_ = std::make_unique<char[]>(blockSize_);
+    input_.resize(blockSize_);
     unsigned long done = 0;
-    zeUtil::Error result = stream_->read(input_.get(), blockSize_, &done);
+    zeUtil::Error result = stream_->read(input_.data(), blockSize_, &done);
     done = std::min<unsigned long>(done, blockSize_);
-    setg(input_.get(), input_.get(), input_.get() + done);
+    setg(input_.data(), input_.data(), input_.data() + done);
     read_ += static_cast<off_type>(done);
     const bool failed = !result.ok();
     if (failed)
@@ -47,9 +46,9 @@ StdStreamBuf::int_type StdStreamBuf::underflow() {
 }
 
 StdStreamBuf::int_type StdStreamBuf::overflow(int_type c) {
-    if (!output_) {
-        output_ = std::make_unique<char[]>(blockSize_);
-        setp(output_.get(), output_.get() + blockSize_);
+    if (output_.empty()) {
+        output_.resize(blockSize_);
+        setp(output_.data(), output_.data() + blockSize_);
     } else if (!writeOut()) {
         return traits_type::eof();
     }
