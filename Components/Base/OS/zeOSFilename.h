@@ -32,10 +32,13 @@
 /// assert(scene.dirname() == L"shots/take2" && scene.basename() == L"scene.v2.ze");
 /// assert(scene.baseTrunk() == L"scene.v2" && scene.baseSuffix() == L"ze");
 /// assert(zeOS::Filename::join(scene.dirname(), L"../notes.txt") == L"shots/notes.txt");
+/// assert(std::vector<zeString::IString>(scene.begin(), scene.end())[1] == L"take2");
 /// @endcode
 
 #pragma once
 
+#include <compare>
+#include <typeindex> // std::hash
 #include <vector>
 
 #include "Base/Strings/zeStringIString.h"
@@ -47,8 +50,58 @@ class CString;
 
 namespace zeOS {
 
+/// A place among the elements of a path: the root if the path is absolute, then each name. It is
+/// valid until the next assignment to the Filename, and models `std::forward_iterator`.
+class FilenameIterator {
+public:
+    using value_type = zeString::IString;
+    using difference_type = long;
+
+    FilenameIterator() = default;
+    /// The first element of a text, or its end if it is empty.
+    FilenameIterator(const wchar_t* begin, const wchar_t* end, wchar_t separator)
+        : first_(begin), last_(begin), end_(end), separator_(separator) {
+        if (first_ != end_ && *first_ == separator_)
+            ++last_; // the root
+        else
+            findLast();
+    }
+
+    /// The element, as a text of its own.
+    zeString::IString operator*() const {
+        return zeString::IString(first_, static_cast<int>(last_ - first_));
+    }
+    FilenameIterator& operator++() {
+        for (first_ = last_; first_ != end_ && *first_ == separator_;)
+            ++first_;
+        last_ = first_;
+        findLast();
+        return *this;
+    }
+    FilenameIterator operator++(int) {
+        const FilenameIterator before(*this);
+        ++*this;
+        return before;
+    }
+    bool operator==(const FilenameIterator& other) const { return first_ == other.first_; }
+
+private:
+    void findLast() {
+        while (last_ != end_ && *last_ != separator_)
+            ++last_;
+    }
+
+    const wchar_t* first_ = nullptr; ///< The element is [first_, last_).
+    const wchar_t* last_ = nullptr;
+    const wchar_t* end_ = nullptr; ///< Of the path.
+    wchar_t separator_ = 0;
+};
+
 /// A path. Copies are independent; there is no move, so that moving a Filename copies it. A path
 /// that is only stored and passed on is never split.
+///
+/// Paths compare, hash and print by their texts; zeOSFilenamePath.h makes them from
+/// `std::filesystem::path`, and such paths from them.
 ///
 /// Each object has a separator, "/" unless a constructor is given another. It decides where the
 /// text is split, and which separators are removed from the end. Pairs and "/../" are searched for
@@ -123,6 +176,25 @@ public:
     std::vector<zeString::IString> components() const;
     /// @}
 
+    /// @{
+    /// The elements from the root on, split at the object's separator: "/", "a" and "b" of "/a/b".
+    /// An empty path has none.
+    FilenameIterator begin() const { return {path_.begin(), path_.end(), separator_}; }
+    FilenameIterator end() const { return {path_.end(), path_.end(), separator_}; }
+    /// @}
+
+    /// Equality of the texts, whatever the separators.
+    friend bool operator==(const Filename& a, const Filename& b) { return a.path_ == b.path_; }
+    /// Order of the texts, by code points.
+    friend std::strong_ordering operator<=>(const Filename& a, const Filename& b) {
+        return a.path_ <=> b.path_;
+    }
+    /// Writes the path in UTF-8 to a `std::ostream`.
+    template<zeString::StandardStream Stream>
+    friend Stream& operator<<(Stream& stream, const Filename& name) {
+        return stream << name.path_;
+    }
+
     /// Whether the path begins with "/", whatever the object's separator.
     bool isAbsolute() const;
 
@@ -172,6 +244,14 @@ private:
 ZEBASE_API bool isWindowsReservedDeviceName(const Filename& name);
 
 } // namespace zeOS
+
+/// That of the text.
+template<>
+struct std::hash<zeOS::Filename> {
+    size_t operator()(const zeOS::Filename& name) const noexcept {
+        return std::hash<zeString::IString>()(name.path());
+    }
+};
 
 /// The same for callers that hold narrow strings. Texts are in the locale's encoding. `out` must
 /// have room for the result and its terminator, which Filename::maxLength() bytes are for every

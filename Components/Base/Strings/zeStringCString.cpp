@@ -242,6 +242,10 @@ int CString::compareText(const char* text, std::size_t length) const {
     return detail::compare<char>(impl().text, {text, length});
 }
 
+std::size_t CString::hash() const noexcept {
+    return std::hash<std::string>()(impl().text);
+}
+
 int CString::collate(const CString& other) const {
     return std::strcoll(asChar(), other.asChar());
 }
@@ -397,10 +401,6 @@ void swap(CString& a, CString& b) noexcept {
 }
 
 } // namespace zeString
-
-std::size_t std::hash<zeString::CString>::operator()(const zeString::CString& text) const noexcept {
-    return std::hash<std::string_view>()(text);
-}
 
 zeString::CString* CString_create(const char* text) {
     return new zeString::CString(text);

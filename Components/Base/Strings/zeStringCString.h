@@ -283,9 +283,12 @@ public:
     }
 
 private:
+    friend std::hash<CString>;
+
     ZEBASE_HIDDEN const CStringImpl& impl() const;
     ZEBASE_HIDDEN CStringImpl& impl();
     CString& replaceText(unsigned int pos, unsigned int n, const char* text, size_t length);
+    size_t hash() const noexcept;
     int compareText(const char* text, size_t length) const;
     int order(const char* text) const { return compare(text); }
     template<StandardText<char> Text>
@@ -320,7 +323,7 @@ ZEBASE_API void swap(CString& a, CString& b) noexcept;
 /// That of a `std::string_view` of the same bytes.
 template<>
 struct std::hash<zeString::CString> {
-    ZEBASE_API size_t operator()(const zeString::CString& text) const noexcept;
+    size_t operator()(const zeString::CString& text) const noexcept { return text.hash(); }
 };
 
 extern "C" {

@@ -238,6 +238,10 @@ int IString::order(const wchar_t* text) const {
     return detail::compare<wchar_t>(impl_->wideText, view(text));
 }
 
+std::size_t IString::hash() const noexcept {
+    return std::hash<std::wstring>()(impl_->wideText);
+}
+
 int IString::collate(const IString& other) const {
     return std::wcscoll(asWChar(), other.asWChar());
 }
@@ -388,7 +392,3 @@ void swap(IString& a, IString& b) {
 }
 
 } // namespace zeString
-
-std::size_t std::hash<zeString::IString>::operator()(const zeString::IString& text) const noexcept {
-    return std::hash<std::wstring_view>()(text);
-}

@@ -411,8 +411,11 @@ public:
     }
 
 private:
+    friend std::hash<IString>;
+
     IString& replaceText(unsigned int pos, unsigned int n, const wchar_t* text, size_t length);
     void convertFromBytes(const char* bytes, size_t length, Encoding encoding, bool* ok);
+    size_t hash() const noexcept;
     int compareText(const wchar_t* text, size_t length) const;
     int order(const wchar_t* text) const;
     template<StandardText<wchar_t> Text>
@@ -449,5 +452,5 @@ ZEBASE_API void swap(IString& a, IString& b);
 /// That of a `std::wstring_view` of the same characters.
 template<>
 struct std::hash<zeString::IString> {
-    ZEBASE_API size_t operator()(const zeString::IString& text) const noexcept;
+    size_t operator()(const zeString::IString& text) const noexcept { return text.hash(); }
 };

@@ -34,10 +34,6 @@ bool isParentStep(const wchar_t* text, wchar_t slash) {
     return text[0] == slash && text[1] == L'.' && text[2] == L'.' && text[3] == slash;
 }
 
-std::wstring_view view(const IString& text) {
-    return {text.asWChar(), text.length()};
-}
-
 /// Whether the passes leave the text as it is, which they do without two separators or two dots
 /// side by side, or a separator at the end. It has no early exit, so that the compiler can test
 /// several characters at once, and its flag is as wide as they are.
@@ -50,7 +46,7 @@ bool isNormal(std::wstring_view text, wchar_t sep) {
 }
 
 void normalize(IString& text, wchar_t sep) {
-    if (isNormal(view(text), sep))
+    if (isNormal(text, sep))
         return;
     Filename::removeDuplicateSeparators(text, sep);
     Filename::removeTrailingSeparators(text, sep);
@@ -123,7 +119,7 @@ Filename::Impl::Impl(const IString& fullName, wchar_t separator)
 }
 
 void Filename::Impl::splitPath() {
-    const std::wstring_view path = view(*fullName_);
+    const std::wstring_view path = *fullName_;
     const std::size_t last = path.rfind(separator_);
     if (last == none) {
         basename_.place = path;

@@ -43,7 +43,7 @@ Uuid::Uuid(const unsigned char* bytes) {
 }
 
 Uuid::Uuid(const zeString::CString& string) {
-    const std::string_view text(string.asChar(), string.length());
+    const std::string_view text = string;
     if (text.size() != 36 || text[8] != '-' || text[13] != '-' || text[18] != '-' ||
         text[23] != '-')
         return;
