@@ -12,6 +12,15 @@ install(TARGETS zeBase EXPORT zeBaseTargets
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT Development)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT Licence) # packages hold it in another form
 
+# What makes gdb print values as text. gdb looks beside the file of the library, but loads by itself only from
+# its own folder, which in /usr is this one; elsewhere it says what to add to its configuration.
+set(gdb_dir ${CMAKE_INSTALL_LIBDIR})
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(gdb_dir ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR})
+endif()
+install(FILES Components/Base/zeBase-gdb.py RENAME libzeBase.so.${PROJECT_VERSION}-gdb.py
+  DESTINATION ${gdb_dir} COMPONENT Development)
+
 # Installed applications find the library beside them; in /usr the system does.
 if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr" AND NOT IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
   file(RELATIVE_PATH bin_to_lib /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
