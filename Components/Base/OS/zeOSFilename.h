@@ -54,9 +54,10 @@ namespace zeOS {
 /// valid until the next assignment to the Filename, and models `std::forward_iterator`.
 class FilenameIterator {
 public:
-    using value_type = zeString::IString;
-    using difference_type = long;
+    using value_type = zeString::IString; ///< By value: there is no element to refer to.
+    using difference_type = long;         ///< No distance exceeds the length of a text.
 
+    /// At no path.
     FilenameIterator() = default;
     /// The first element of a text, or its end if it is empty.
     FilenameIterator(const wchar_t* begin, const wchar_t* end, wchar_t separator)
@@ -71,6 +72,7 @@ public:
     zeString::IString operator*() const {
         return zeString::IString(first_, static_cast<int>(last_ - first_));
     }
+    /// The next element, or the end.
     FilenameIterator& operator++() {
         for (first_ = last_; first_ != end_ && *first_ == separator_;)
             ++first_;
@@ -78,11 +80,13 @@ public:
         findLast();
         return *this;
     }
+    /// The place before the step.
     FilenameIterator operator++(int) {
         const FilenameIterator before(*this);
         ++*this;
         return before;
     }
+    /// Whether both are at one place of one path.
     bool operator==(const FilenameIterator& other) const { return first_ == other.first_; }
 
 private:
@@ -245,13 +249,18 @@ ZEBASE_API bool isWindowsReservedDeviceName(const Filename& name);
 
 } // namespace zeOS
 
-/// That of the text.
+namespace std {
+
+/// That of path().
 template<>
-struct std::hash<zeOS::Filename> {
+struct hash<zeOS::Filename> {
+    /// The hash.
     size_t operator()(const zeOS::Filename& name) const noexcept {
         return std::hash<zeString::IString>()(name.path());
     }
 };
+
+} // namespace std
 
 /// The same for callers that hold narrow strings. Texts are in the locale's encoding. `out` must
 /// have room for the result and its terminator, which Filename::maxLength() bytes are for every

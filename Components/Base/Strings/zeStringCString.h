@@ -283,7 +283,7 @@ public:
     }
 
 private:
-    friend std::hash<CString>;
+    friend struct std::hash<CString>;
 
     ZEBASE_HIDDEN const CStringImpl& impl() const;
     ZEBASE_HIDDEN CStringImpl& impl();
@@ -320,11 +320,16 @@ ZEBASE_API void swap(CString& a, CString& b) noexcept;
 
 } // namespace zeString
 
+namespace std {
+
 /// That of a `std::string_view` of the same bytes.
 template<>
-struct std::hash<zeString::CString> {
+struct hash<zeString::CString> {
+    /// The hash.
     size_t operator()(const zeString::CString& text) const noexcept { return text.hash(); }
 };
+
+} // namespace std
 
 extern "C" {
 

@@ -411,7 +411,7 @@ public:
     }
 
 private:
-    friend std::hash<IString>;
+    friend struct std::hash<IString>;
 
     IString& replaceText(unsigned int pos, unsigned int n, const wchar_t* text, size_t length);
     void convertFromBytes(const char* bytes, size_t length, Encoding encoding, bool* ok);
@@ -449,8 +449,13 @@ ZEBASE_API void swap(IString& a, IString& b);
 
 } // namespace zeString
 
+namespace std {
+
 /// That of a `std::wstring_view` of the same characters.
 template<>
-struct std::hash<zeString::IString> {
+struct hash<zeString::IString> {
+    /// The hash.
     size_t operator()(const zeString::IString& text) const noexcept { return text.hash(); }
 };
+
+} // namespace std
