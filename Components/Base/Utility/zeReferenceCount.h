@@ -127,6 +127,12 @@ public:
 
     /// Whether both refer to the same object, or to none.
     friend bool operator==(const Reference& a, const Reference& b) = default;
+    /// The same with a reference to a derived or a non-const object.
+    template<class Other>
+    requires std::convertible_to<Other*, T*>
+    friend bool operator==(const Reference& a, const Reference<Other>& b) {
+        return a.object_ == b.get();
+    }
     /// Whether `a` refers to this object. Does not make a Reference to it, which would delete an
     /// object that has no owner yet.
     friend bool operator==(const Reference& a, const T* b) { return a.object_ == b; }
