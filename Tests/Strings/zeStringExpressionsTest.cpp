@@ -65,10 +65,11 @@ bool isComma(char character) {
 TEST(OldExpressions, SelectTheirOverloads) {
     const CString bytes("b");
     const IString wide(L"w");
+    const char* const narrow = "b"; // which becomes a bool before it becomes a string
     EXPECT_TRUE(Overload::of(bytes) == 'c' && Overload::of(wide) == 'i' &&
                 Overload::of(L"w") == 'i');
     EXPECT_TRUE(Overload::path(wide) == 'f' && Overload::path("b") == 'c');
-    EXPECT_TRUE(Overload::flag("b") == 'b' && Overload::flag(wide) == 'i');
+    EXPECT_TRUE(Overload::flag(narrow) == 'b' && Overload::flag(wide) == 'i');
 }
 
 TEST(OldExpressions, Compare) {
