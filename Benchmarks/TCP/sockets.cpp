@@ -92,9 +92,7 @@ const bool registered = [] {
     bench::reg("packets/ours", [](State& s) {
         sendPackets(s, makeConnection, toSocket);
     })->UseRealTime();
-    bench::reg("packets/pipe", [](State& s) {
-        sendPackets(s, makePipe, toPipe);
-    })->UseRealTime();
+    bench::reg("packets/pipe", [](State& s) { sendPackets(s, makePipe, toPipe); })->UseRealTime();
     return true;
 }();
 

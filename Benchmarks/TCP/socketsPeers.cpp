@@ -5,9 +5,8 @@
 
 #include <sys/uio.h>
 
-#include <boost/asio.hpp>
-
 #include "TCP/socketsWorkload.h"
+#include <boost/asio.hpp>
 
 namespace {
 

@@ -37,8 +37,9 @@ class IOStream;
 /// opened nor closed; it must outlive its use. It is read a block at a time, so that bytes behind
 /// the last one that is wanted may have been taken from it.
 ///
-/// A zeUtil::Error that the stream throws counts as one that it returns. A stream that returns
-/// success without a byte is asked again, for ever: at its end it must return an error.
+/// A zeUtil::Error that the stream throws counts as one that it returns. **A stream that returns
+/// success without a byte is asked again, for ever**: at its end it must return an error. A local
+/// zeOS::File does, but not where the disk fails, or of a directory: read files by ioBufferFD.
 class ZEBASE_API ioBufferIOStream : public ioBuffer {
 public:
     /// A link without a stream: call open().

@@ -10,7 +10,7 @@
 ///
 /// @code
 /// #include <sys/socket.h>
-/// #include "Base/TCP/zeTCPSocket.h"
+/// #include "Base/TCP/zeTCPServerSocket.h"
 /// int ends[2];
 /// assert(socketpair(AF_UNIX, SOCK_STREAM, 0, ends) == 0);
 /// zeTCP::ServerSocket here(ends[0]);
