@@ -4,16 +4,16 @@
 // a network is received as a whole first, up to a limit, and checked: a document that is cut off
 // would keep its reader waiting for ever.
 //
-//     $ mkfifo port; sendscene receive 1 > port & read p < port; sendscene send $p 0,0 3,4 3,16
-//     3 points, a way of 17
-//     $ sendscene receive 1 > port & read p < port; echo cut > /dev/tcp/127.0.0.1/$p
-//     sendscene: no whole document came
+//     $ mkfifo port; senddocument receive > port & read p < port; senddocument send $p 1 2.5 4
+//     3 values, 7.5 in all
+//     $ senddocument receive > port & read p < port; echo cut > /dev/tcp/127.0.0.1/$p
+//     senddocument: no whole document came
 
-#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <numeric>
 #include <string_view>
 #include <vector>
 
@@ -29,30 +29,24 @@
 
 namespace {
 
-struct Point {
-    double x = 0;
-    double y = 0;
-};
-
-using Points = std::vector<Point>;
+using Values = std::vector<double>;
 
 int fail(const char* message) {
-    std::fprintf(stderr, "sendscene: %s\n", message);
+    std::fprintf(stderr, "senddocument: %s\n", message);
     return 1;
 }
 
 /// Writes the document to the socket as to a file, and says that this was all.
-bool send(const Points& points, zeTCP::Socket& socket) {
+bool send(const Values& values, zeTCP::Socket& socket) {
     ioSimplePacketRegistry types(false);
-    types.add("point");
+    types.add("value");
     ioBufferedStreamOutput stream;
     stream.openSocket(&socket);
     std::unique_ptr<ioWriteContext> out(ioWriteContextAlloc(stream, ioWriteBinary, &types));
     out->startFile();
-    for (const Point& point : points) {
-        out->startPacket("point", nullptr);
-        out->writeDouble(point.x);
-        out->writeDouble(point.y);
+    for (const double value : values) {
+        out->startPacket("value", nullptr);
+        out->writeDouble(value);
         out->endPacket();
     }
     out->endFile();
@@ -61,8 +55,7 @@ bool send(const Points& points, zeTCP::Socket& socket) {
     return out->good() && stream.getStatus() == streamOK;
 }
 
-/// Takes what comes until the peer has closed its writing side. False if the connection breaks, or
-/// if it is too much.
+/// Takes all that comes until the peer closes its writing side; false if it breaks, or is too much.
 bool takeAll(zeTCP::Socket& socket, zeOS::MemoryIOStream& memory) {
     constexpr unsigned long limit = 1 << 20;
     zeUtil::Error error;
@@ -80,20 +73,19 @@ bool takeAll(zeTCP::Socket& socket, zeOS::MemoryIOStream& memory) {
 
 struct Loader : ioClientReadContext {
     using ioClientReadContext::ioClientReadContext;
-    Points points;
+    Values values;
 };
 
-struct PointType : ioPacketType {
-    PointType() : ioPacketType("point") {}
+struct ValueType : ioPacketType {
+    ValueType() : ioPacketType("value") {}
 
     void read(ioClientReadContext& in) override {
-        const double x = in.readDouble();
-        static_cast<Loader&>(in).points.push_back({x, in.readDouble()});
+        static_cast<Loader&>(in).values.push_back(in.readDouble());
     }
 };
 
 /// Reads the document, if it is one.
-bool load(zeOS::MemoryIOStream& memory, Points& points) {
+bool load(zeOS::MemoryIOStream& memory, Values& values) {
     ioBufferedStreamInput stream;
     memory.openForRead();
     stream.openIOStream(&memory);
@@ -102,58 +94,44 @@ bool load(zeOS::MemoryIOStream& memory, Points& points) {
     memory.openForRead(); // from its start
     stream.openIOStream(&memory);
     ioSimplePacketRegistry types(true);
-    types.supportedType(new PointType); // the registry owns it
+    types.supportedType(new ValueType); // the registry owns it
     std::unique_ptr<ioReadContext> in(ioReadContextAlloc(stream, &types));
     Loader loader(in.get());
     const bool isRead = loader.readFile() == ioOK;
-    points = loader.points;
+    values = loader.values;
     return isRead;
 }
 
-void answer(zeTCP::Socket& client) {
-    zeOS::MemoryIOStream memory(65536, nullptr);
-    Points points;
-    if (!takeAll(client, memory) || !load(memory, points)) {
-        fail("no whole document came");
-        return;
-    }
-    double way = 0;
-    for (std::size_t i = 1; i < points.size(); ++i)
-        way += std::hypot(points[i].x - points[i - 1].x, points[i].y - points[i - 1].y);
-    char text[64];
-    std::snprintf(text, sizeof text, "%zu points, a way of %g", points.size(), way);
-    client.write(text);
-}
-
-/// Serves one client after another. It has no time-out: a client that is silent holds up all.
-int receive(int clients) {
-    zeTCP::Server server(-1, 16); // on any port that is free
+/// Serves one client, without a time-out.
+int receive() {
+    zeTCP::Server server(-1, 1); // on any port that is free
     server.setLoopbackOnly();
     if (const zeUtil::Error error = server.listen(); error.code() != 0)
         return fail(error.message());
     std::printf("%d\n", server.getPort());
     std::fflush(stdout);
-    for (; clients > 0; --clients) {
-        const auto [socket, error] = server.accept(zeUtil::Interval()); // zero means for ever
-        const std::unique_ptr<zeTCP::ServerSocket> client(socket);
-        if (!client)
-            return fail(error.message());
-        answer(*client);
-    }
-    return 0;
+    const auto [socket, error] = server.accept(zeUtil::Interval()); // zero means for ever
+    const std::unique_ptr<zeTCP::ServerSocket> client(socket);
+    zeOS::MemoryIOStream memory(65536, nullptr);
+    Values values;
+    if (!client || !takeAll(*client, memory) || !load(memory, values))
+        return fail("no whole document came");
+    char text[64];
+    std::snprintf(text, sizeof text, "%zu values, %g in all", values.size(),
+                  std::accumulate(values.begin(), values.end(), 0.0));
+    return client->write(text).code();
 }
 
 int sendTo(int port, char** arguments) {
-    Points points;
-    for (Point point; *arguments; ++arguments)
-        if (std::sscanf(*arguments, "%lf,%lf", &point.x, &point.y) == 2)
-            points.push_back(point);
+    Values values;
+    for (; *arguments; ++arguments)
+        values.push_back(std::strtod(*arguments, nullptr));
     zeTCP::ClientSocket server{zeTCP::Address(zeTCP::Address::localhost, port)};
     const zeUtil::Error connected = server.connect();
     if (server.descriptor() == -1)
         return fail(connected.message());
     zeString::CString text;
-    if (!send(points, server) || server.read(text).code() != 0)
+    if (!send(values, server) || server.read(text).code() != 0)
         return fail("the server did not take the document");
     std::puts(text.asChar());
     return 0;
@@ -163,11 +141,10 @@ int sendTo(int port, char** arguments) {
 
 int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN); // a peer that has gone is an error, and not the end
-    const std::string_view what = argc > 2 ? argv[1] : "";
-    if (what == "receive")
-        return receive(std::atoi(argv[2]));
-    if (what == "send")
+    if (argc == 2 && argv[1] == std::string_view("receive"))
+        return receive();
+    if (argc > 2 && argv[1] == std::string_view("send"))
         return sendTo(std::atoi(argv[2]), argv + 3);
-    std::fputs("usage: sendscene receive CLIENTS | sendscene send PORT X,Y...\n", stderr);
+    std::fputs("usage: senddocument receive | senddocument send PORT VALUE...\n", stderr);
     return 2;
 }
