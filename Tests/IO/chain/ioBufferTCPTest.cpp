@@ -7,6 +7,7 @@
 
 #include <sys/socket.h>
 
+#include <cerrno>
 #include <csignal>
 #include <memory>
 #include <string>
@@ -19,6 +20,7 @@
 #include "Base/OS/zeOSMemoryIOStream.h"
 #include "Base/Strings/zeStringIString.h"
 #include "Base/TCP/zeTCPServerSocket.h"
+#include "Support/FaultTrial.h"
 #include "Support/TempFolder.h"
 
 #include "IO/formats/PacketFileSupport.h"
@@ -212,6 +214,43 @@ TEST_F(PacketConnection, ReportsAPeerThatIsGoneToTheWriter) {
         out.openSocket(&pair.here);
         document.write(out);
         EXPECT_EQ(out.getStatus(), streamIOError); // known at close(), which writes the block
+    }
+}
+
+TEST_F(PacketConnection, SurvivesInterruptionsAndReportsFailuresOfEachCall) {
+    const Document document;
+    const std::size_t blocks = (document.bytes().size() + 4095) / 4096;
+    const struct {
+        SystemFaults::Call call;
+        SystemFaults::Answer answer;
+        bool isFailure;
+    } cases[] = {
+        {SystemFaults::onSend, {EINTR}, false},     {SystemFaults::onSend, {0, 1}, false},
+        {SystemFaults::onSend, {ECONNRESET}, true}, {SystemFaults::onRecv, {EINTR}, false},
+        {SystemFaults::onRecv, {0, 1}, false},      {SystemFaults::onRecv, {ECONNRESET}, true},
+    };
+    for (const auto& test : cases) {
+        bool isWritten = false;
+        bool isRead = false;
+        FaultTrial trial;
+        trial.operation = [&] {
+            Pair pair;
+            ioBufferedStreamOutput out;
+            out.openSocket(&pair.here);
+            document.write(out);
+            isWritten = out.getStatus() == streamOK;
+            pair.here.close(2);
+            ioBufferedStreamInput in;
+            in.openSocket(&pair.there);
+            isRead = document.isReadFrom(in);
+        };
+        trial.check = [&](const Fault& fault) {
+            // A failure behind the last byte comes with bytes, and does no harm.
+            const bool harms = test.isFailure && fault.n > 0 && fault.n <= blocks;
+            EXPECT_EQ(isWritten, !harms || test.call == SystemFaults::onRecv) << fault.n;
+            EXPECT_EQ(isRead, !harms) << fault.n;
+        };
+        EXPECT_GE(trial.run(test.call, test.answer), blocks);
     }
 }
 
