@@ -70,9 +70,7 @@ public:
         onRecv,
         onSelect,
         onShutdown,
-        onSetsockopt,
         onGetsockname,
-        onGetpeername,
         onGetaddrinfo,
         onGetnameinfo,
         callCount
