@@ -25,10 +25,10 @@
 /// #include "Base/Utility/zeUtilInterval.h"
 /// zeTCP::Server server(-1, 5); // on a port that the system chooses
 /// server.setLoopbackOnly();
-/// if (server.listen().code() == 0) {
-///     const zeTCP::Address here(zeTCP::Address::localhost, server.getPort());
-///     zeTCP::ClientSocket client(here);
-///     client.connect();
+/// server.listen();
+/// zeTCP::ClientSocket client(zeTCP::Address(zeTCP::Address::localhost, server.getPort()));
+/// client.connect();
+/// if (client.descriptor() != -1) {
 ///     const auto [accepted, error] = server.accept(zeUtil::Interval("10s"));
 ///     const std::unique_ptr<zeTCP::ServerSocket> connection(accepted);
 ///     assert(connection && connection->connected());
