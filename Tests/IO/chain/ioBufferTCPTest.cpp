@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -100,6 +101,29 @@ TEST(PacketConnection, CarriesEveryFormOfAFileBothWaysEvenByteByByte) {
             in.openIOStream(&memory);
             EXPECT_TRUE(sent.isReadFrom(in));
         }
+}
+
+// One thread reads from each socket while another writes to it, more than the connection holds.
+TEST(PacketConnection, CarriesBothDirectionsAtOnce) {
+    const Document document{ioWriteBinary, false, 20'000};
+    Pair pair;
+    const auto send = [&](zeTCP::Socket& socket) {
+        ioBufferedStreamOutput out;
+        out.openSocket(&socket);
+        document.write(out);
+        shutdown(socket.descriptor(), SHUT_WR); // close(2) may not overlap a read
+    };
+    const auto receive = [&](zeTCP::Socket& socket) {
+        ioBufferedStreamInput in;
+        in.openSocket(&socket);
+        EXPECT_TRUE(document.isReadFrom(in));
+    };
+    std::thread threads[] = {std::thread([&] { send(pair.here); }),
+                             std::thread([&] { receive(pair.here); }),
+                             std::thread([&] { send(pair.there); })};
+    receive(pair.there);
+    for (std::thread& thread : threads)
+        thread.join();
 }
 
 // Whatever has come before is delivered, and then the stream has failed: nothing waits, and no cut
