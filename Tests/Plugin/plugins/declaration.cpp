@@ -4,6 +4,8 @@
 
 #include <sstream>
 
+#include "Base/Plugin/zePluginServiceManager.h"
+
 #include "Plugin/plugins/exporter.h"
 #include "Plugin/plugins/ownName.h"
 
@@ -15,7 +17,11 @@ const std::string realName = name.substr(name.find('_') + 1);
 class Declared : public Exporter {
 public:
     using Exporter::Exporter;
-    ~Declared() override { journal().push_back(label() + " destroyed"); }
+    ~Declared() override {
+        const auto& manager = zePlugin::ServiceManager::getInstance(); // at exit, too
+        const bool listed = manager.getService(L"exporter", getName()) == this;
+        journal().push_back(label() + (listed ? " is still listed" : " destroyed"));
+    }
 
     std::string run() override {
         const ze::Reference<zePlugin::Plugin> real = getPluginProxy()->getMainPlugin();

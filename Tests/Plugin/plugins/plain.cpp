@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "Base/Utility/zeUtilError.h"
+
 #include "Plugin/plugins/exporter.h"
 #include "Plugin/plugins/ownName.h"
 
