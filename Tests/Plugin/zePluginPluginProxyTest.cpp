@@ -89,6 +89,34 @@ TEST(PluginProxy, ListsItsServicesAsLongAsTheyLive) {
         ServiceManager::getInstance().removeService(find(name));
 }
 
+TEST(PluginProxy, IsClosedByALibraryThatIsBeingClosed) {
+    for (const bool toTheEnd : {false, true}) {
+        const PluginFolder folder;
+        const std::string proxyPath = folder.add("declaration", "serviceDecl_kept.so");
+        ze::Reference<Plugin> keeper =
+            PluginLoader().load(folder.add("plain", "keeper.so").c_str());
+        loadProxy(proxyPath)->installServices();
+        auto* const keep = symbol<void(Exporter*, bool)>(*keeper, "keep");
+        keep(dynamic_cast<Exporter*>(find(L"kept")), toTheEnd);
+        ServiceManager::getInstance().removeService(find(L"kept"));
+        EXPECT_TRUE(isMapped(proxyPath));
+        happened();
+        keeper = nullptr; // held the last reference to the one, and is the code of the other
+        EXPECT_FALSE(isMapped(proxyPath));
+        EXPECT_FALSE(find(L"own"));
+        if (toTheEnd)
+            EXPECT_THAT(happened(),
+                        ElementsAre("own destroyed", "keeper.so uninitialized", "kept destroyed",
+                                    "serviceDecl_kept.so uninitialized", "keeper.so gone",
+                                    "serviceDecl_kept.so gone"));
+        else
+            EXPECT_THAT(happened(),
+                        ElementsAre("kept destroyed", "serviceDecl_kept.so uninitialized",
+                                    "serviceDecl_kept.so gone", "own destroyed",
+                                    "keeper.so uninitialized", "keeper.so gone"));
+    }
+}
+
 namespace {
 
 /// All that can hold a proxy's library, its real one and its services: the manager and the program.

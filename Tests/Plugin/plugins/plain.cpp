@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 
+#include "Base/Plugin/zePluginServiceManager.h"
 #include "Base/Utility/zeUtilError.h"
 
 #include "Plugin/plugins/exporter.h"
@@ -12,9 +13,22 @@ namespace {
 
 struct Static {
     Static() : name(ownName()) { journal().push_back(name + " mapped"); }
-    ~Static() { journal().push_back(name + " gone"); }
+    ~Static() {
+        zePlugin::Service::destroyReference(keptToTheEnd);
+        journal().push_back(name + " gone");
+    }
     std::string name;
+    ze::Reference<Exporter> keptToTheEnd;
 } object;
+
+Exporter* kept = nullptr; // counted, and no object that would be gone before the rest at exit
+
+/// Of this library, without a proxy that would hold it.
+struct Own : Exporter {
+    using Exporter::Exporter;
+    ~Own() override { journal().push_back("own destroyed"); }
+    std::string run() override { return "own"; }
+};
 
 } // namespace
 
@@ -24,7 +38,24 @@ ZEBASE_API void initializePlugin() {
     journal().push_back(object.name + " initialized");
 }
 
+/// Keeps a service until the library is closed, or until the midst of that, and offers one.
+ZEBASE_API void keep(Exporter* service, bool toTheEnd) {
+    if (toTheEnd) {
+        object.keptToTheEnd = service;
+    } else {
+        kept = service;
+        kept->ref();
+    }
+    (new Own(L"own", false))->registerService();
+}
+
 ZEBASE_API void uninitializePlugin() {
+    ze::Reference<Exporter> last(kept);
+    if (last)
+        last->unref(); // what keep() counted
+    zePlugin::Service::destroyReference(last);
+    auto& manager = zePlugin::ServiceManager::getInstance();
+    manager.removeService(dynamic_cast<Own*>(manager.getService(L"exporter", L"own")));
     journal().push_back(ownName() + " uninitialized"); // at exit without the object
 }
 
