@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <functional>
-#include <numeric>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,10 +15,9 @@
 using testing::ElementsAre;
 using zePlugin::Plugin;
 using zePlugin::PluginLoader;
-using zePlugin::PluginProxy;
 using zePlugin::Service;
 using zePlugin::ServiceManager;
-using Held = ze::Reference<PluginProxy>;
+using Held = ze::Reference<zePlugin::PluginProxy>;
 
 namespace {
 
@@ -28,30 +25,31 @@ Held loadProxy(const std::string& path) {
     return PluginLoader().loadProxy(zeString::IString(path.c_str(), zeString::EncodingUTF8));
 }
 
-Service* find(const wchar_t* name) {
-    return ServiceManager::getInstance().getService(L"exporter", name);
+Exporter* find(const wchar_t* name) {
+    return dynamic_cast<Exporter*>(ServiceManager::getInstance().getService(L"exporter", name));
+}
+
+void remove(const wchar_t* name) {
+    ServiceManager::getInstance().removeService(find(name));
 }
 
 } // namespace
 
 TEST(PluginProxy, SaysOnceWhyTheRealPluginCannotBeLoaded) {
     const PluginFolder folder;
-    const std::string missing = folder.add("declaration", "serviceDecl_missing.so");
-    const std::string damaged = folder.add("declaration", "serviceDecl_damaged.so");
-    const std::string nameless = folder.add("bare", "serviceDecl_nameless.so");
-    folder.write("damaged.so", "");
+    const std::string bare = folder.add("serviceDecl_bare.so", BARE);
     const struct {
         std::string path, realName, text, lookup;
     } cases[] = {
-        {missing, "missing.so", "The proxy plugin does not exist: " + folder.path("missing.so"),
-         ""},
-        {damaged, "damaged.so", folder.path("damaged.so") + ": file too short", ""},
-        {nameless, "", folder.path() + ": cannot read file data: Is a directory",
-         nameless + ": undefined symbol: getPluginProxyName"},
+        {folder.add("serviceDecl_none.so"), "none.so",
+         "The proxy plugin does not exist: " + folder.path("none.so"), ""},
+        {folder.add("serviceDecl_empty.so"), "empty.so",
+         folder.write("empty.so", "") + ": file too short", ""},
+        {bare, "", folder.path() + ": cannot read file data: Is a directory",
+         bare + ": undefined symbol: getPluginProxyName"},
     };
     for (const auto& [path, realName, text, lookup] : cases) {
         const Held proxy = loadProxy(path);
-        ASSERT_TRUE(proxy) << path;
         EXPECT_EQ(narrow(proxy->getProxyFor()), realName);
         EXPECT_FALSE(proxy->getMainPlugin());
         EXPECT_EQ(narrow(proxy->getError()), text);
@@ -62,142 +60,96 @@ TEST(PluginProxy, SaysOnceWhyTheRealPluginCannotBeLoaded) {
 
 TEST(PluginProxy, FindsTheRealPluginBesideItWhateverTheLocale) {
     const PluginFolder folder;
-    folder.add("plain", "gr\xC3\xBCn/text.so");
-    const Held proxy = loadProxy(folder.add("declaration", "gr\xC3\xBCn/serviceDecl_text.so"));
-    ASSERT_TRUE(proxy);
+    folder.add("gr\xC3\xBCn/text.so");
+    const Held proxy = loadProxy(folder.add("gr\xC3\xBCn/serviceDecl_text.so"));
     EXPECT_TRUE(proxy->getMainPlugin()) << narrow(proxy->getError());
-    EXPECT_TRUE(proxy->loadMainPlugin());
 }
 
 TEST(PluginProxy, ListsItsServicesAsLongAsTheyLive) {
     const PluginFolder folder;
-    const Held proxy = loadProxy(folder.add("declaration", "serviceDecl_one+two+three.so"));
+    const Held proxy = loadProxy(folder.add("serviceDecl_one+two+three.so"));
     EXPECT_TRUE(proxy->installServices());
     EXPECT_TRUE(proxy->installServices()); // runs nothing
     ASSERT_EQ(proxy->getNumServices(), 3);
-    Service* const three = proxy->getService(2);
-    EXPECT_EQ(three->getName(), L"three");
     proxy->destroyedService(nullptr); // not in the list
-    ServiceManager::getInstance().removeService(find(L"one"));
+    remove(L"one");
     EXPECT_EQ(proxy->getNumServices(), 2);
-    EXPECT_EQ(proxy->findService(three), 1);
+    EXPECT_EQ(proxy->findService(find(L"three")), 1);
     EXPECT_EQ(proxy->findService(nullptr), -1);
-
-    const Held empty = loadProxy(folder.add("declaration", "serviceDecl_+.so"));
-    EXPECT_FALSE(empty->installServices());
-    for (const wchar_t* name : {L"two", L"three"})
-        ServiceManager::getInstance().removeService(find(name));
+    remove(L"two");
+    remove(L"three");
 }
 
 TEST(PluginProxy, IsClosedByALibraryThatIsBeingClosed) {
-    for (const bool toTheEnd : {false, true}) {
-        const PluginFolder folder;
-        const std::string proxyPath = folder.add("declaration", "serviceDecl_kept.so");
-        ze::Reference<Plugin> keeper =
-            PluginLoader().load(folder.add("plain", "keeper.so").c_str());
-        loadProxy(proxyPath)->installServices();
-        auto* const keep = symbol<void(Exporter*, bool)>(*keeper, "keep");
-        keep(dynamic_cast<Exporter*>(find(L"kept")), toTheEnd);
-        ServiceManager::getInstance().removeService(find(L"kept"));
-        EXPECT_TRUE(isMapped(proxyPath));
-        happened();
-        keeper = nullptr; // held the last reference to the one, and is the code of the other
-        EXPECT_FALSE(isMapped(proxyPath));
-        EXPECT_FALSE(find(L"own"));
-        if (toTheEnd)
-            EXPECT_THAT(happened(),
-                        ElementsAre("own destroyed", "keeper.so uninitialized", "kept destroyed",
-                                    "serviceDecl_kept.so uninitialized", "keeper.so gone",
-                                    "serviceDecl_kept.so gone"));
-        else
-            EXPECT_THAT(happened(),
-                        ElementsAre("kept destroyed", "serviceDecl_kept.so uninitialized",
-                                    "serviceDecl_kept.so gone", "own destroyed",
-                                    "keeper.so uninitialized", "keeper.so gone"));
-    }
+    const PluginFolder folder;
+    const std::string path = folder.add("serviceDecl_kept.so");
+    ze::Reference<Plugin> keeper = PluginLoader().load(folder.add("keeper.so").c_str());
+    loadProxy(path)->installServices();
+    symbol<void(Exporter*)>(*keeper, "keep")(find(L"kept")); // in a static object
+    remove(L"kept");
+    EXPECT_TRUE(isMapped(path));
+    happened();
+    keeper = nullptr;
+    EXPECT_FALSE(isMapped(path));
+    EXPECT_THAT(happened(), ElementsAre("keeper.so uninitialized", "kept destroyed",
+                                        "serviceDecl_kept.so uninitialized", "keeper.so gone",
+                                        "serviceDecl_kept.so gone"));
 }
-
-namespace {
-
-/// All that can hold a proxy's library, its real one and its services: the manager and the program.
-struct Holders {
-    explicit Holders(const PluginFolder& folder)
-        : proxyPath(folder.path("serviceDecl_a+b.so")),
-          realPath(folder.path("a+b.so")),
-          plainPath(folder.path("plain.so")),
-          plain(PluginLoader().load(plainPath.c_str())),
-          proxy(loadProxy(proxyPath)) {
-        proxy->installServices();
-        a = dynamic_cast<Exporter*>(find(L"a"));
-        a->run(); // opens the real one
-        real = proxy->getMainPlugin();
-    }
-
-    /// What must be there, whatever went in whatever order.
-    void check() {
-        const bool hasServices = a || find(L"a") || find(L"b");
-        ASSERT_EQ(isMapped(proxyPath), proxy || hasServices);
-        ASSERT_EQ(isMapped(realPath), proxy || real || hasServices);
-        ASSERT_EQ(isMapped(plainPath), static_cast<bool>(plain));
-        if (a) {
-            ASSERT_EQ(a->run(), "a+b.so");
-        }
-    }
-
-    void release(int which) {
-        switch (which) {
-        case 0:
-            return ServiceManager::getInstance().removeService(find(L"a"));
-        case 1:
-            return ServiceManager::getInstance().removeService(find(L"b"));
-        case 2:
-            return Service::destroyReference(a);
-        case 3:
-            proxy = nullptr;
-            return;
-        case 4:
-            real = nullptr;
-            return;
-        default:
-            plain = nullptr;
-        }
-    }
-
-    const std::string proxyPath, realPath, plainPath;
-    ze::Reference<Plugin> plain, real;
-    Held proxy;
-    ze::Reference<Exporter> a;
-};
-
-} // namespace
 
 TEST(PluginProxy, OutlivesItsServicesInEveryOrder) {
     const PluginFolder folder;
-    folder.add("declaration", "serviceDecl_a+b.so");
-    folder.add("plain", "a+b.so");
-    folder.add("plain", "plain.so");
-    std::vector<int> order(6);
-    std::iota(order.begin(), order.end(), 0);
-    int orders = 0;
+    const std::string proxyPath = folder.add("serviceDecl_a+b.so"), realPath = folder.add("a+b.so"),
+                      plainPath = folder.add("plain.so");
+    int order[] = {0, 1, 2, 3, 4, 5}, orders = 0;
     do {
-        Holders holders(folder);
-        for (const int which : order) {
-            holders.release(which);
-            ASSERT_NO_FATAL_FAILURE(holders.check());
+        ze::Reference<Plugin> plain = PluginLoader().load(plainPath.c_str());
+        Held proxy = loadProxy(proxyPath);
+        proxy->installServices();
+        ze::Reference<Exporter> a = find(L"a");
+        EXPECT_EQ(a->run(), "a+b.so"); // opens the real one
+        ze::Reference<Plugin> real = proxy->getMainPlugin();
+        happened();
+        for (const int holder : order) {
+            switch (holder) {
+            case 0:
+                remove(L"a");
+                break;
+            case 1:
+                remove(L"b");
+                break;
+            case 2:
+                Service::destroyReference(a);
+                break;
+            case 3:
+                proxy = nullptr;
+                break;
+            case 4:
+                real = nullptr;
+                break;
+            case 5:
+                plain = nullptr;
+                break;
+            }
+            const bool held = proxy || a || find(L"a") || find(L"b");
+            ASSERT_EQ(isMapped(proxyPath), held);
+            ASSERT_EQ(isMapped(realPath), held || real);
+            ASSERT_EQ(isMapped(plainPath), static_cast<bool>(plain));
+            if (a) {
+                ASSERT_EQ(a->run(), "a+b.so");
+            }
         }
         const Lines lines = happened();
-        const auto at = [&](const char* line) {
+        const auto turn = [&](const char* line) {
             return std::find(lines.begin(), lines.end(), line) - lines.begin();
         };
-        ASSERT_LT(at("a destroyed"), at("serviceDecl_a+b.so uninitialized"));
-        ASSERT_LT(at("b destroyed"), at("serviceDecl_a+b.so uninitialized"));
-        ASSERT_LT(at("serviceDecl_a+b.so uninitialized"), at("serviceDecl_a+b.so gone"));
-        const auto turn = [&](int which) { return std::find(order.begin(), order.end(), which); };
-        if (turn(4) < std::max({turn(0), turn(1), turn(2), turn(3)})) { // the proxy's alone at last
-            ASSERT_LT(at("a+b.so gone"), at("serviceDecl_a+b.so uninitialized"));
+        ASSERT_EQ(lines.size(), 8u);
+        ASSERT_LT(std::max(turn("a destroyed"), turn("b destroyed")),
+                  turn("serviceDecl_a+b.so uninitialized"));
+        if (order[5] != 4 && order[4] != 4) { // held by the proxy alone, the real one goes first
+            ASSERT_LT(turn("a+b.so gone"), turn("serviceDecl_a+b.so uninitialized"));
         }
         ++orders;
-    } while (std::next_permutation(order.begin(), order.end()));
+    } while (std::next_permutation(std::begin(order), std::end(order)));
     std::printf("orders tried: %d\n", orders);
     EXPECT_EQ(orders, 720);
 }
