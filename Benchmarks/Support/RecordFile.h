@@ -26,11 +26,10 @@ public:
     Type* const type;
 };
 
-/// Writes a whole file; `packets` is given the context and the type.
+/// Writes a whole file to an open stream, and closes it; `packets` is given the context and the
+/// type.
 template<class Type, class Packets>
-void writeFile(const std::string& path, ioWriteMethod method, Packets packets) {
-    ioBufferedStreamOutput stream;
-    stream.openFile(zeString::IString(path.c_str(), zeString::EncodingUTF8, nullptr));
+void writeStream(ioBufferedStreamOutput& stream, ioWriteMethod method, Packets packets) {
     Registry<Type> registry(false);
     std::unique_ptr<ioWriteContext> context(ioWriteContextAlloc(stream, method, &registry));
     context->startFile();
@@ -38,6 +37,14 @@ void writeFile(const std::string& path, ioWriteMethod method, Packets packets) {
     context->endFile();
     stream.close();
     require(context->good() && stream.getStatus() == streamOK, "the file was written");
+}
+
+/// Writes a whole file.
+template<class Type, class Packets>
+void writeFile(const std::string& path, ioWriteMethod method, Packets packets) {
+    ioBufferedStreamOutput stream;
+    stream.openFile(zeString::IString(path.c_str(), zeString::EncodingUTF8, nullptr));
+    writeStream<Type>(stream, method, packets);
 }
 
 /// Reads a whole file; `done` is given the type and may look at what it read.
@@ -95,11 +102,13 @@ private:
     Rec record_{};
 };
 
+inline void putRecords(ioWriteContext& context, const ioPacketType* type) {
+    for (const Rec& r : recs(recordCount))
+        RecordType::write(context, type, r);
+}
+
 inline void writeRecords(const std::string& path, ioWriteMethod method) {
-    writeFile<RecordType>(path, method, [](ioWriteContext& context, const ioPacketType* type) {
-        for (const Rec& r : recs(recordCount))
-            RecordType::write(context, type, r);
-    });
+    writeFile<RecordType>(path, method, putRecords);
 }
 
 inline void readRecords(const std::string& path) {

@@ -8,9 +8,16 @@ export LC_ALL=C.UTF-8
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 
+# Connections need the loopback interface, which a container can lack. Nobody listens on port 1.
+network=$( (: < /dev/tcp/127.0.0.1/1) 2>&1 || true)
+
 count=0
 for source in "$1"/*.cpp; do
     name=$(basename "$source" .cpp)
+    if grep -q zeTCP "$source" && [[ $network != *refused* && -n $network ]]; then
+        printf 'no loopback interface: %s was not run\n' "$name"
+        continue
+    fi
     expected=$(sed -n '/^#include/q; s|^//     ||p' "$source")
     mkdir "$folder/$name"
     found=$(
@@ -29,7 +36,7 @@ done
 
 # Wrong use is explained on standard error, and help that was asked for on standard output.
 for name in saveload versions filters outofstep protectedsave packages text catalog findfile messages \
-    watchfolder programs; do
+    watchfolder programs ballot senddocument; do
     code=0
     "$name" 2> "$folder/usage" || code=$?
     [ "$code $(cut -c 1-6 "$folder/usage" | head -1)" = "2 usage:" ]

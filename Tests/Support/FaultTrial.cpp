@@ -39,7 +39,8 @@ bool canBeInterrupted(SystemFaults::Call call) {
 
 bool movesBytes(SystemFaults::Call call) {
     return call == SystemFaults::onRead || call == SystemFaults::onWrite ||
-           call == SystemFaults::onFread || call == SystemFaults::onFwrite;
+           call == SystemFaults::onFread || call == SystemFaults::onFwrite ||
+           call == SystemFaults::onRecv || call == SystemFaults::onSend;
 }
 
 } // namespace

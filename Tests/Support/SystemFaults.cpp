@@ -5,7 +5,10 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <netdb.h>
 #include <sys/mman.h>
+#include <sys/select.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/syscall.h>
@@ -25,11 +28,15 @@
 namespace {
 
 constexpr const char* names[] = {
-    "open",  "openat",   "close",     "read",    "write",     "fsync",   "fopen",    "fdopen",
-    "fread", "fgets",    "fwrite",    "fclose",  "rename",    "unlink",  "unlinkat", "mkdir",
-    "rmdir", "mkostemp", "tempnam",   "opendir", "fdopendir", "readdir", "stat",     "lstat",
-    "fstat", "access",   "getcwd",    "chdir",   "statvfs",   "pipe2",   "fcntl",    "fork",
-    "execv", "waitpid",  "sigaction", "lseek",   "ftruncate", "mkdirat",
+    "open",        "openat",      "close",       "read",        "write",     "fsync",
+    "fopen",       "fdopen",      "fread",       "fgets",       "fwrite",    "fclose",
+    "rename",      "unlink",      "unlinkat",    "mkdir",       "rmdir",     "mkostemp",
+    "tempnam",     "opendir",     "fdopendir",   "readdir",     "stat",      "lstat",
+    "fstat",       "access",      "getcwd",      "chdir",       "statvfs",   "pipe2",
+    "fcntl",       "fork",        "execv",       "waitpid",     "sigaction", "lseek",
+    "ftruncate",   "mkdirat",     "socket",      "bind",        "listen",    "accept4",
+    "connect",     "send",        "recv",        "select",      "shutdown",  "setsockopt",
+    "getsockname", "getpeername", "getaddrinfo", "getnameinfo",
 };
 static_assert(std::size(names) == SystemFaults::callCount);
 
@@ -85,6 +92,15 @@ Result answer(SystemFaults::Call call, Result failure, Arguments... arguments) {
     if (SystemFaults::next(call).error)
         return failure;
     return genuine<Result>(call, arguments...);
+}
+
+/// The same for a call of the resolver, which returns its error.
+template<class... Arguments>
+int answerOfResolver(SystemFaults::Call call, Arguments... arguments) {
+    const int error = SystemFaults::next(call).error;
+    if (error)
+        return error < 0 ? error : EAI_SYSTEM;
+    return genuine<int>(call, arguments...);
 }
 
 /// Passes on a descriptor that a call returned.
@@ -365,6 +381,72 @@ int ftruncate(int fd, off_t length) noexcept {
 
 int mkdirat(int folder, const char* path, mode_t mode) noexcept {
     return answer(SystemFaults::onMkdirat, -1, folder, path, mode);
+}
+
+int socket(int domain, int type, int protocol) noexcept {
+    return opened(SystemFaults::onSocket,
+                  answer(SystemFaults::onSocket, -1, domain, type, protocol));
+}
+
+int bind(int fd, const sockaddr* address, socklen_t size) noexcept {
+    return answer(SystemFaults::onBind, -1, fd, address, size);
+}
+
+int listen(int fd, int backlog) noexcept {
+    return answer(SystemFaults::onListen, -1, fd, backlog);
+}
+
+int accept4(int fd, sockaddr* address, socklen_t* size, int flags) {
+    return opened(SystemFaults::onAccept4,
+                  answer(SystemFaults::onAccept4, -1, fd, address, size, flags));
+}
+
+int connect(int fd, const sockaddr* address, socklen_t size) {
+    return answer(SystemFaults::onConnect, -1, fd, address, size);
+}
+
+ssize_t send(int fd, const void* source, size_t n, int flags) {
+    const auto [error, limit] = SystemFaults::next(SystemFaults::onSend);
+    if (error)
+        return -1;
+    return genuine<ssize_t>(SystemFaults::onSend, fd, source, std::min(n, limit), flags);
+}
+
+ssize_t recv(int fd, void* destination, size_t n, int flags) {
+    const auto [error, limit] = SystemFaults::next(SystemFaults::onRecv);
+    if (error)
+        return -1;
+    return genuine<ssize_t>(SystemFaults::onRecv, fd, destination, std::min(n, limit), flags);
+}
+
+int select(int n, fd_set* readable, fd_set* writable, fd_set* exceptional, timeval* timeout) {
+    return answer(SystemFaults::onSelect, -1, n, readable, writable, exceptional, timeout);
+}
+
+int shutdown(int fd, int how) noexcept {
+    return answer(SystemFaults::onShutdown, -1, fd, how);
+}
+
+int setsockopt(int fd, int level, int name, const void* value, socklen_t size) noexcept {
+    return answer(SystemFaults::onSetsockopt, -1, fd, level, name, value, size);
+}
+
+int getsockname(int fd, sockaddr* address, socklen_t* size) noexcept {
+    return answer(SystemFaults::onGetsockname, -1, fd, address, size);
+}
+
+int getpeername(int fd, sockaddr* address, socklen_t* size) noexcept {
+    return answer(SystemFaults::onGetpeername, -1, fd, address, size);
+}
+
+int getaddrinfo(const char* node, const char* service, const addrinfo* hints, addrinfo** list) {
+    return answerOfResolver(SystemFaults::onGetaddrinfo, node, service, hints, list);
+}
+
+int getnameinfo(const sockaddr* address, socklen_t size, char* host, socklen_t hostSize,
+                char* service, socklen_t serviceSize, int flags) {
+    return answerOfResolver(SystemFaults::onGetnameinfo, address, size, host, hostSize, service,
+                            serviceSize, flags);
 }
 
 } // extern "C"

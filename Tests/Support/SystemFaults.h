@@ -61,6 +61,20 @@ public:
         onLseek,
         onFtruncate,
         onMkdirat,
+        onSocket,
+        onBind,
+        onListen,
+        onAccept4,
+        onConnect,
+        onSend,
+        onRecv,
+        onSelect,
+        onShutdown,
+        onSetsockopt,
+        onGetsockname,
+        onGetpeername,
+        onGetaddrinfo,
+        onGetnameinfo,
         callCount
     };
 
@@ -68,7 +82,8 @@ public:
     static const char* name(Call call);
 
     /// What one call meets: a failure with `error`, or, with error 0, at most `limit` bytes moved
-    /// by a read, write, fread or fwrite.
+    /// by a read, write, fread, fwrite, recv or send. Calls of the resolver return `error` itself
+    /// where it is negative, as theirs are, else EAI_SYSTEM.
     ///
     /// A failing close or fclose releases what it was given before it reports, as Linux does. Only
     /// an interrupted close, which portable callers repeat, leaves it open: the repetition shows.

@@ -12,16 +12,17 @@
 /// | ioBufferedStreamInput.h | ioBufferedStreamInput, a stream to read from |
 /// | ioBufferedStreamOutput.h | ioBufferedStreamOutput, a stream to write to |
 ///
-/// A chain is a singly linked list of ioBuffer links. The bottom link is a sink (a file
-/// descriptor); the links above it are filters, which transform the bytes: down the chain on
-/// writing, up on reading. Each link has its own block, and its virtual read() and write() are
-/// called with whole blocks only. An ioBufferedStream owns a chain through its top link, each link
-/// owns the link below it, and a filter can be pushed and popped in the middle of a file.
+/// A chain is a singly linked list of ioBuffer links. The bottom link is a sink: a file descriptor,
+/// another byte stream (ioBufferIOStream.h), a socket (ioBufferTCP.h). The links above it are
+/// filters, which transform the bytes: down the chain on writing, up on reading. Each link has its
+/// own block, and its virtual read() and write() are called with whole blocks only. An
+/// ioBufferedStream owns a chain through its top link, each link owns the link below it, and a
+/// filter can be pushed and popped in the middle of a file.
 ///
 /// A failure sets the status of the link where it happens. It is promoted to the link above at
 /// flush(), or wherever a filter promotes after a call, and from the top link to the stream after
-/// each operation except tell(), popBufferChain() and opening for writing, whose failures show
-/// with the next operation. Statuses are sticky: nothing clears a link's status, a stream's is
+/// each operation except tell(), popBufferChain() and opening a file for writing, whose failures
+/// show with the next operation. Statuses are sticky: nothing clears a link's status, a stream's is
 /// cleared only by resetStatus() and by the next open, and a link whose status is not good moves
 /// no more bytes. Nothing here prints or throws, except that memory can run out (std::bad_alloc).
 ///

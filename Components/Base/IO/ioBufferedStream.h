@@ -11,6 +11,9 @@
 #include "Base/IO/ioBufferLink.h"
 #include "Base/zeBaseExport.h"
 
+namespace zeOS {
+class IOStream;
+}
 namespace zeString {
 class IString;
 }
@@ -64,7 +67,7 @@ public:
     void resetStatus() { status_ = streamOK; }
 
     /// Takes over a status of the top link that is not good. Every operation does this itself,
-    /// except tell(), popBufferChain() and opening for writing.
+    /// except tell(), popBufferChain() and opening a file for writing.
     void promoteBufferStatus() {
         if (top_ && !top_->good())
             promoteFailure();

@@ -24,9 +24,13 @@ public:
     /// On failure streamOpenError, and the stream is closed.
     void openFile(const zeString::IString& path) override;
 
-    /// Sockets are not supported yet: leaves the stream closed with streamIOError, as a null socket
-    /// does.
+    /// Reads from `socket` as ioBufferTCP does, 4096 bytes at a time. The socket is not owned, and
+    /// neither connected nor closed. streamIOError if it is null, and the stream is closed.
     void openSocket(zeTCP::Socket* socket) override;
+
+    /// Reads from `stream` as ioBufferIOStream does. It is not owned, and neither opened nor
+    /// closed. A null pointer shows with the first block, as streamIOError.
+    void openIOStream(zeOS::IOStream* stream);
 
     /// Reads standard input, which close() then closes.
     void openStdin();

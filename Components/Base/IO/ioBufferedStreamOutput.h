@@ -28,9 +28,14 @@ public:
     /// flush(), then closes the chain and deletes it.
     void close() override;
 
-    /// Sockets are not supported yet: leaves the stream closed with streamIOError, as a null socket
-    /// does.
+    /// Writes to `socket` as ioBufferTCP does. The socket is not owned, and neither connected nor
+    /// closed: close() of this stream leaves the peer waiting for more, `socket->close(2)` tells it
+    /// that this was all. streamIOError if it is null, and the stream is closed.
     void openSocket(zeTCP::Socket* socket) override;
+
+    /// Writes to `stream` as ioBufferIOStream does. It is not owned, and neither opened nor closed.
+    /// A null pointer shows with the first block, as streamIOError.
+    void openIOStream(zeOS::IOStream* stream);
 
     /// Whether the next openFile() truncates the file; true by default.
     void truncateOnOpen(bool truncate) { truncate_ = truncate; }

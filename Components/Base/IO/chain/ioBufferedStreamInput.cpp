@@ -8,6 +8,8 @@
 
 #include "Base/IO/ioBufferFD.h"
 #include "Base/IO/ioBufferFileSubset.h"
+#include "Base/IO/ioBufferIOStream.h"
+#include "Base/IO/ioBufferTCP.h"
 #include "Base/IO/ioPackageFile.h"
 
 namespace {
@@ -27,9 +29,18 @@ void ioBufferedStreamInput::openFile(const zeString::IString& path) {
     dropChainOnFailure();
 }
 
-void ioBufferedStreamInput::openSocket(zeTCP::Socket*) {
-    startChain(nullptr);
-    setStatus(streamIOError);
+void ioBufferedStreamInput::openSocket(zeTCP::Socket* socket) {
+    auto* const sink = new ioBufferTCP(true);
+    startChain(sink);
+    sink->open(socket);
+    dropChainOnFailure();
+}
+
+void ioBufferedStreamInput::openIOStream(zeOS::IOStream* stream) {
+    auto* const sink = new ioBufferIOStream(true);
+    startChain(sink);
+    sink->open(stream);
+    dropChainOnFailure();
 }
 
 void ioBufferedStreamInput::openStdin() {

@@ -7,11 +7,13 @@
 #include <cstring>
 
 #include "Base/IO/ioBufferFD.h"
+#include "Base/IO/ioBufferIOStream.h"
+#include "Base/IO/ioBufferTCP.h"
 #include "Base/Strings/zeStringPrintf.h"
 
 ioBufferedStreamOutput::~ioBufferedStreamOutput() = default;
 
-// Opening does not promote: a writer learns of a failure after its first write or flush.
+// Opening a file does not promote: a writer learns of a failure after its first write or flush.
 void ioBufferedStreamOutput::openFile(const zeString::IString& path) {
     auto* const sink = new ioBufferFD(false);
     startChain(sink);
@@ -24,9 +26,18 @@ void ioBufferedStreamOutput::close() {
     ioBufferedStream::close();
 }
 
-void ioBufferedStreamOutput::openSocket(zeTCP::Socket*) {
-    startChain(nullptr);
-    setStatus(streamIOError);
+void ioBufferedStreamOutput::openSocket(zeTCP::Socket* socket) {
+    auto* const sink = new ioBufferTCP(false);
+    startChain(sink);
+    sink->open(socket);
+    dropChainOnFailure();
+}
+
+void ioBufferedStreamOutput::openIOStream(zeOS::IOStream* stream) {
+    auto* const sink = new ioBufferIOStream(false);
+    startChain(sink);
+    sink->open(stream);
+    dropChainOnFailure();
 }
 
 void ioBufferedStreamOutput::openStdout() {
