@@ -77,27 +77,19 @@ private:
     zeTCP::ServerSocket socket_;
 };
 
-/// A server for the port of the settings, which listens.
-///
-/// On all interfaces a usual Linux takes IPv4 by the IPv6 socket, and lets the IPv4 one fail with
-/// the code of a port in use. Whether anything listens is then seen by accept().
+/// A server that listens. On all interfaces its result says nothing: see zeTCPServer.h.
 std::unique_ptr<zeTCP::Server> listeningServer(const Settings& settings) {
-    constexpr int portInUse = 3;
     constexpr int backlog = 1024;
+    constexpr int portInUse = 3;
     const int port = settings.port > 0 ? settings.port : -1;
     for (int triesLeft = 20;; --triesLeft) {
         auto server = std::make_unique<zeTCP::Server>(port, backlog);
         if (!settings.isOpenToAny)
             server->setLoopbackOnly();
-        zeUtil::Error error = server->listen();
-        if (error.code() == portInUse && settings.isOpenToAny) {
-            const auto [client, verdict] = server->accept(atOnce);
-            delete client; // too early
-            error = verdict;
-        }
-        if (error.code() == 0)
+        const zeUtil::Error error = server->listen();
+        if (error.code() == 0 || (settings.isOpenToAny && server->isListening()))
             return server;
-        // What is free for IPv6 may be taken for IPv4.
+        // A port that is free for IPv6 may be taken for IPv4: the next one may not.
         if (error.code() != portInUse || port != -1 || triesLeft == 0)
             throw app::Failure(message("relay.no_port", "port {1}: {2}",
                                        {std::to_string(settings.port), error.message()}));

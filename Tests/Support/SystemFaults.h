@@ -75,6 +75,7 @@ public:
         onGetpeername,
         onGetaddrinfo,
         onGetnameinfo,
+        onRenameat,
         callCount
     };
 
