@@ -35,7 +35,7 @@ constexpr const char* names[] = {
     "statvfs",     "pipe2",     "fcntl",   "fork",     "execv",    "waitpid",     "sigaction",
     "lseek",       "ftruncate", "mkdirat", "socket",   "bind",     "listen",      "accept4",
     "connect",     "send",      "recv",    "select",   "shutdown", "getsockname", "getaddrinfo",
-    "getnameinfo",
+    "getnameinfo", "renameat",
 };
 static_assert(std::size(names) == SystemFaults::callCount);
 
@@ -274,6 +274,10 @@ int fclose(FILE* file) {
 
 int rename(const char* from, const char* to) noexcept {
     return answer(SystemFaults::onRename, -1, from, to);
+}
+
+int renameat(int folder, const char* from, int target, const char* to) noexcept {
+    return answer(SystemFaults::onRenameat, -1, folder, from, target, to);
 }
 
 int unlink(const char* path) noexcept {

@@ -73,6 +73,7 @@ public:
         onGetsockname,
         onGetaddrinfo,
         onGetnameinfo,
+        onRenameat,
         callCount
     };
 
