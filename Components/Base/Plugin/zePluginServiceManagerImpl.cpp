@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+
+#include "Base/Plugin/zePluginServiceManagerImpl.h"
+
+#include <algorithm>
+#include <utility>
+
+using zeString::IString;
+
+namespace zePlugin {
+
+// ServiceForType
+
+ServiceForType::~ServiceForType() {
+    removeAll();
+}
+
+Service* ServiceForType::find(const IString& name) const {
+    const auto found = byName_.find(view(name));
+    return found == byName_.end() ? nullptr : found->second;
+}
+
+void ServiceForType::add(Service* service) {
+    services.emplace_back(service);
+    byName_.emplace(view(service->getName()), service);
+    service->destroyedSignal.connect(signalClient_, this, &ServiceForType::serviceDestroyed);
+}
+
+void ServiceForType::remove(Service* service) {
+    service->destroyedSignal.disconnectInstance(this);
+    ze::Reference<Service> removed = takeOut(service);
+    Service::destroyReference(removed);
+}
+
+/// Leaves an empty list before the first is released: its destructor may ask for services.
+void ServiceForType::removeAll() {
+    std::vector<ze::Reference<Service>> released;
+    released.swap(services);
+    byName_.clear();
+    for (const auto& service : released)
+        service->destroyedSignal.disconnectInstance(this);
+    for (auto& service : released)
+        Service::destroyReference(service);
+}
+
+/// Somebody destroyed a service that is listed. Its reference must not destroy it again, whatever
+/// its count is.
+void ServiceForType::serviceDestroyed(Service* service) {
+    if (find(service->getName()) != service)
+        return;
+    const ze::Reference<Service> dying = takeOut(service);
+    dying->ref();
+    dying->ref();
+}
+
+/// Takes a service out of list and index, and keeps the order of the rest.
+ze::Reference<Service> ServiceForType::takeOut(Service* service) {
+    const auto found = std::find(services.begin(), services.end(), service);
+    ze::Reference<Service> taken = std::move(*found);
+    services.erase(found);
+    byName_.erase(view(service->getName()));
+    const auto next = std::find_if(services.begin(), services.end(), [&](const auto& other) {
+        return other->getName() == service->getName();
+    });
+    if (next != services.end())
+        byName_.emplace(view((*next)->getName()), next->get());
+    return taken;
+}
+
+// ServiceManagerImpl
+
+/// The services go while the types still stand, for destructors that ask the manager.
+ServiceManagerImpl::~ServiceManagerImpl() {
+    for (std::size_t i = 0; i < types.size(); ++i)
+        types[i]->removeAll();
+}
+
+int ServiceManagerImpl::find(const IString& name) const {
+    const auto found = byName_.find(view(name));
+    return found == byName_.end() ? -1 : found->second;
+}
+
+ServiceForType& ServiceManagerImpl::findOrMake(const IString& name) {
+    if (const int index = find(name); index != -1)
+        return type(index);
+    types.emplace_back(new ServiceForType(name));
+    byName_.emplace(view(types.back()->typeName), static_cast<int>(types.size()) - 1);
+    return *types.back();
+}
+
+} // namespace zePlugin
