@@ -4,8 +4,7 @@
 #include <cerrno>
 #include <charconv>
 #include <climits>
-#include <cstdio>
-#include <memory>
+#include <cstdint>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -20,6 +19,7 @@
 #include "Shared/terminal.h"
 #include "notebook/command.h"
 #include "notebook/editor.h"
+#include "notebook/input.h"
 
 namespace notebook {
 
@@ -27,66 +27,6 @@ namespace {
 
 using app::Failure;
 using app::message;
-
-/// Standard input, line by line. At a terminal there are prompts, and after an end there may be
-/// more.
-class Input {
-public:
-    Input() : file_(fdopen(app::duplicate(STDIN_FILENO).release(), "r"), std::fclose) {}
-
-    bool isTerminal() const { return isTerminal_; }
-    /// "standard input:NUMBER: ", for a script.
-    std::string place() const {
-        return isTerminal_ ? "" : message("notebook.place", "standard input:{1}: ",
-                                          {std::to_string(number_)});
-    }
-
-    /// The next line, or nothing at the end. Of one that is too long there are `most` + 1 bytes.
-    std::optional<std::string> line(const char* prompt, std::size_t most) {
-        if (isTerminal_)
-            app::messages()("%s", prompt);
-        std::clearerr(file_.get());
-        std::string line;
-        int byte = std::getc(file_.get());
-        if (byte == EOF && std::ferror(file_.get()) != 0 && !isTerminal_)
-            throw Failure(app::systemMessage(errno));
-        if (byte == EOF)
-            return std::nullopt;
-        for (++number_; byte != EOF && byte != '\n'; byte = std::getc(file_.get()))
-            if (line.size() <= most)
-                line.push_back(static_cast<char>(byte));
-        return line;
-    }
-
-private:
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_;
-    bool isTerminal_ = isatty(STDIN_FILENO) == 1;
-    std::size_t number_ = 0;
-};
-
-/// The words of a command, taken one after the other.
-class Words {
-public:
-    explicit Words(std::string_view text) : text_(text) { skipBlanks(); }
-
-    bool isEmpty() const { return text_.empty(); }
-    bool hasRange() const { return !isEmpty() && (text_[0] == '$' || (text_[0] >= '0' && text_[0] <= '9')); }
-    /// Empty at the end.
-    std::string next() {
-        const std::size_t end = std::min(text_.find(' '), text_.size());
-        const std::string word(text_.substr(0, end));
-        text_.remove_prefix(end);
-        skipBlanks();
-        return word;
-    }
-    /// All that is left; names of files may have blanks.
-    std::string rest() { return std::string(std::exchange(text_, {})); }
-
-private:
-    void skipBlanks() { text_.remove_prefix(std::min(text_.find_first_not_of(' '), text_.size())); }
-
-    std::string_view text_;
-};
 
 /// A line of the text as it may be printed: tabs stay.
 std::string shown(std::string_view line) {
@@ -96,15 +36,20 @@ std::string shown(std::string_view line) {
                : app::visible(line.substr(0, tab)) + '\t' + shown(line.substr(tab + 1));
 }
 
-/// A whole number; "$" is `most`. Throws a Failure.
-std::size_t numberFrom(std::string_view word, std::size_t least, std::size_t most) {
-    std::size_t number = most;
+/// A whole number, or nothing.
+std::optional<std::size_t> parsed(std::string_view word, std::size_t least, std::size_t most) {
+    std::size_t number = 0;
     const char* const last = word.data() + word.size();
     const auto [end, error] = std::from_chars(word.data(), last, number);
-    if (word != "$" && (error != std::errc() || end != last || number < least || number > most))
-        throw Failure(message("notebook.no_number", "'{1}' is not a number from {2} to {3}",
-                              {word, std::to_string(least), std::to_string(most)}));
-    return number;
+    const bool isGood = error == std::errc() && end == last && number >= least && number <= most;
+    return isGood ? std::optional(number) : std::nullopt;
+}
+
+std::size_t numberFrom(const std::string& word, std::size_t least, std::size_t most) {
+    if (const auto number = parsed(word, least, most))
+        return *number;
+    throw Failure(message("notebook.no_number", "'{1}' is not a number from {2} to {3}",
+                          {word, std::to_string(least), std::to_string(most)}));
 }
 
 /// Lines from `first` up to `end`, counted from 0.
@@ -126,10 +71,12 @@ public:
 private:
     struct Command {
         const char* name;
+        std::size_t words; ///< How many it takes at most.
         const char* takes; ///< "!" first if it may be forced.
         const char* does;
         void (Session::*run)(Words& words);
     };
+    static constexpr std::size_t any = SIZE_MAX;
     static const Command commands[];
 
     bool attempt(const std::string& line);
@@ -139,12 +86,20 @@ private:
     const Lines& lines() const { return editor_.text().lines(); }
     bool isChanged() const { return editor_.text().version() != saved_; }
 
+    /// The number of a line; "$" is that of the last one.
+    std::size_t lineFrom(const std::string& word, std::size_t least) const {
+        const std::size_t last = lines().size();
+        if (const auto number = parsed(word == "$" ? std::to_string(last) : word, least, last))
+            return *number;
+        throw Failure(message("notebook.no_line", "there is no line '{1}' from {2} to {3}",
+                              {word, std::to_string(least), std::to_string(last)}));
+    }
     Range takeRange(Words& words) const {
         const std::string word = words.next();
         const std::size_t comma = word.find(',');
-        const std::size_t first = numberFrom(word.substr(0, comma), 1, lines().size());
+        const std::size_t first = lineFrom(word.substr(0, comma), 1);
         const bool isOne = comma == std::string::npos;
-        return {first - 1, isOne ? first : numberFrom(word.substr(comma + 1), first, lines().size())};
+        return {first - 1, isOne ? first : lineFrom(word.substr(comma + 1), first)};
     }
     Range takeRangeOrAll(Words& words) const {
         return words.hasRange() ? takeRange(words) : Range{0, lines().size()};
@@ -198,8 +153,7 @@ private:
     }
 
     void append(Words& words) {
-        const std::size_t at =
-            words.isEmpty() ? lines().size() : numberFrom(words.next(), 0, lines().size());
+        const std::size_t at = words.isEmpty() ? lines().size() : lineFrom(words.next(), 0);
         if (Lines more = takeLines(); !more.empty())
             edit({at, at}, std::move(more));
     }
@@ -214,7 +168,7 @@ private:
     /// The lines between the old place and the new one change places with those that move.
     void move(Words& words) {
         const Range range = takeRange(words);
-        const std::size_t to = numberFrom(words.next(), 0, lines().size());
+        const std::size_t to = lineFrom(words.next(), 0);
         if (to >= range.first && to <= range.end)
             throw Failure(message("notebook.no_move", "the lines are there already"));
         const Range all = {std::min(range.first, to), std::max(range.end, to)};
@@ -313,15 +267,11 @@ private:
     void draw(Words& words) {
         const std::string file = takeFile(words);
         refuseOwnFile(file);
-        app::saveFile(app::Target(file), [&](const std::string& name) {
-            drawInto(name, lines(), editor_.history());
-        });
+        app::saveFile(app::Target(file),
+                      [&](const std::string& name) { drawInto(name, lines(), editor_.history()); });
     }
 
-    void help(Words&) {
-        for (const Command& command : commands)
-            app::results()("%-8s %-19s %s\n", command.name, command.takes, command.does);
-    }
+    void help(Words&);
 
     void quit(Words&) {
         requireSaved();
@@ -343,29 +293,26 @@ private:
 };
 
 const Session::Command Session::commands[] = {
-    {"append", "[LINE]", "put the lines that follow, up to \".\", behind a line", &Session::append},
-    {"change", "RANGE", "put the lines that follow, up to \".\", in the place of others",
-     &Session::change},
-    {"delete", "RANGE", "delete lines", &Session::remove},
-    {"move", "RANGE LINE", "move lines to behind another", &Session::move},
-    {"replace", "[RANGE] /OLD/NEW/", "replace a text wherever it stands", &Session::replace},
-    {"print", "[RANGE]", "print lines with their numbers", &Session::print},
-    {"undo", "[COUNT]", "undo the last steps", &Session::undo},
-    {"redo", "[COUNT]", "do again what was undone", &Session::redo},
-    {"begin", "[NAME]", "make one step of all edits up to end", &Session::begin},
-    {"end", "", "end the step", &Session::end},
-    {"also", "COMMAND", "run a command, and add its edit to the last step", &Session::also},
-    {"history", "", "print the steps", &Session::history},
-    {"limit", "WHAT NUMBER", "limit the steps (off: none are kept), their memory or the text",
-     &Session::limit},
-    {"open", "! FILE", "take a file, which may be a new one, in the place of the text",
-     &Session::open},
-    {"save", "! [FILE]", "write the text into its file, or another", &Session::save},
-    {"export", "FORMAT FILE", "write the text in a format", &Session::exportText},
-    {"formats", "", "print the formats for export", &Session::formats},
-    {"draw", "FILE", "draw the lines and the history as SVG", &Session::draw},
-    {"help", "", "print this", &Session::help},
-    {"quit", "!", "end", &Session::quit},
+    {"append", 1, "[LINE]", "put the lines that follow behind a line", &Session::append},
+    {"change", 1, "RANGE", "put the lines that follow in their place", &Session::change},
+    {"delete", 1, "RANGE", "delete lines", &Session::remove},
+    {"move", 2, "RANGE LINE", "move lines to behind another", &Session::move},
+    {"replace", any, "[RANGE] /OLD/NEW/", "replace a text wherever it stands", &Session::replace},
+    {"print", 1, "[RANGE]", "print lines with their numbers", &Session::print},
+    {"undo", 1, "[COUNT]", "undo the last steps", &Session::undo},
+    {"redo", 1, "[COUNT]", "do again what was undone", &Session::redo},
+    {"begin", any, "[NAME]", "make one step of all edits up to end", &Session::begin},
+    {"end", 0, "", "end the step", &Session::end},
+    {"also", any, "COMMAND", "run a command and add its edit to the last step", &Session::also},
+    {"history", 0, "", "print the steps and their memory", &Session::history},
+    {"limit", 2, "WHAT NUMBER", "limit the steps, their memory or the text", &Session::limit},
+    {"open", any, "! FILE", "take a file, or a new one, in the place of the text", &Session::open},
+    {"save", any, "! [FILE]", "write the text into its file, or another", &Session::save},
+    {"export", any, "FORMAT FILE", "write the text in a format", &Session::exportText},
+    {"formats", 0, "", "print the formats for export", &Session::formats},
+    {"draw", any, "FILE", "draw the lines and the history as SVG", &Session::draw},
+    {"help", 0, "", "print this", &Session::help},
+    {"quit", 0, "!", "end", &Session::quit},
 };
 
 /// A script ends where it failed: what follows was meant for another text.
@@ -400,6 +347,11 @@ bool Session::attempt(const std::string& line) {
     return false;
 }
 
+void Session::help(Words&) {
+    for (const Command& command : commands)
+        app::results()("%-8s %-18s %s\n", command.name, command.takes, command.does);
+}
+
 /// As long as no other one begins so, the beginning of a name will do.
 void Session::runCommand(Words& words) {
     std::string word = words.next();
@@ -416,9 +368,9 @@ void Session::runCommand(Words& words) {
     if (found == nullptr || (isForced_ && found->takes[0] != '!'))
         throw Failure(message("notebook.no_command", "there is no command '{1}'",
                               {word + (isForced_ ? "!" : "")}));
+    if (words.count() > found->words)
+        throw Failure(message("notebook.too_much", "too much behind {1}", {found->name}));
     (this->*found->run)(words);
-    if (!words.isEmpty())
-        throw Failure(message("notebook.too_much", "{1} takes no '{2}'", {found->name, words.rest()}));
 }
 
 /// At a terminal, whoever ends the input is asked once about changes.
@@ -466,7 +418,8 @@ void Session::open(Words& words) {
     target_ = target;
     saved_ = editor_.text().version();
     note(isNew ? message("notebook.new", "{1}: a new file", {file})
-               : message("notebook.opened", "{1}: {2} lines", {file, std::to_string(lines().size())}));
+               : message("notebook.opened", "{1}: {2} lines",
+                         {file, std::to_string(lines().size())}));
     if (editor_.text().lacksLastLineEnd())
         note(message("notebook.no_end", "note: the last line has no line end, and will have none"));
     for (const std::string& left : app::leftoverNotes(file))
@@ -481,7 +434,8 @@ void Session::save(Words& words) {
     const bool isOwn = file == name_ && target_;
     const app::Target target = isOwn && !isForced_ ? *target_ : app::Target(file);
     if (!isOwn && !isForced_ && target.exists())
-        throw Failure(message("notebook.exists", "{1}: is there already: \"save!\" replaces it", {file}));
+        throw Failure(
+            message("notebook.exists", "{1}: is there already: \"save!\" replaces it", {file}));
     std::optional<app::HeldSignals> held;
     if (interrupt_)
         held.emplace();
@@ -491,7 +445,8 @@ void Session::save(Words& words) {
     name_ = file;
     target_.emplace(file);
     saved_ = editor_.text().version();
-    note(message("notebook.saved", "{1}: {2} lines written", {file, std::to_string(lines().size())}));
+    note(message("notebook.saved", "{1}: {2} lines written",
+                 {file, std::to_string(lines().size())}));
 }
 
 } // namespace
