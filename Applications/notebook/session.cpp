@@ -30,10 +30,12 @@ using app::message;
 
 /// A line of the text as it may be printed: tabs stay.
 std::string shown(std::string_view line) {
-    const std::size_t tab = line.find('\t');
-    return tab == std::string_view::npos
-               ? app::visible(line)
-               : app::visible(line.substr(0, tab)) + '\t' + shown(line.substr(tab + 1));
+    std::string result;
+    for (std::size_t tab = 0; (tab = line.find('\t')) != std::string_view::npos;) {
+        result += app::visible(line.substr(0, tab)) + '\t';
+        line.remove_prefix(tab + 1);
+    }
+    return result + app::visible(line);
 }
 
 /// A whole number, or nothing.
@@ -77,6 +79,7 @@ private:
         void (Session::*run)(Words& words);
     };
     static constexpr std::size_t any = SIZE_MAX;
+    static constexpr std::size_t longest = 65536; ///< Of a command.
     static const Command commands[];
 
     bool attempt(const std::string& line);
@@ -135,6 +138,7 @@ private:
 
     /// The lines that follow, up to ".". One more dot stands before a line of dots alone.
     Lines takeLines() {
+        linesFollow_ = false;
         Lines result;
         std::size_t size = 0;
         std::optional<std::string> line;
@@ -216,7 +220,8 @@ private:
     void end(Words&) { editor_.end(); }
 
     void also(Words& words) {
-        isAdded_ = true;
+        if (std::exchange(isAdded_, true))
+            throw Failure(message("notebook.also", "also takes another command"));
         runCommand(words);
     }
 
@@ -288,6 +293,7 @@ private:
     std::string line_; ///< The command, which names its step.
     bool isAdded_ = false;
     bool isForced_ = false;
+    bool linesFollow_ = false; ///< And belong to this command.
     bool isWarned_ = false;
     bool isRunning_ = true;
 };
@@ -321,7 +327,7 @@ bool Session::run(const std::optional<std::string>& file) {
     while (isRunning_ && (isGood || keepsGoing_ || input_.isTerminal())) {
         if (interrupt_)
             interrupt_->clear();
-        if (const auto line = input_.line("> ", editor_.textLimit()))
+        if (const auto line = input_.line("> ", longest))
             isGood = attempt(*line) && isGood;
         else if (endsHere())
             break;
@@ -330,26 +336,28 @@ bool Session::run(const std::optional<std::string>& file) {
 }
 
 bool Session::attempt(const std::string& line) {
+    line_ = line;
+    isAdded_ = false;
+    isWarned_ = false;
+    linesFollow_ = false;
+    std::string reason;
     try {
-        line_ = line;
-        isAdded_ = false;
-        isWarned_ = false;
         Words words(line_);
+        if (line.size() > longest)
+            throw Failure(message("notebook.too_long", "the command is too long"));
         if (!words.isEmpty() && !line.starts_with('#'))
             runCommand(words);
         app::flushResults();
         return true;
     } catch (const Failure& failure) {
-        app::report("notebook", input_.place() + failure.what());
+        reason = failure.what();
     } catch (const std::bad_alloc&) {
-        app::report("notebook", input_.place() + message("shared.no_memory", "out of memory"));
+        reason = message("shared.no_memory", "out of memory");
+    }
+    app::report("notebook", input_.place() + reason);
+    while (linesFollow_ && !input_.isTerminal() && input_.line("", longest).value_or(".") != ".") {
     }
     return false;
-}
-
-void Session::help(Words&) {
-    for (const Command& command : commands)
-        app::results()("%-8s %-18s %s\n", command.name, command.takes, command.does);
 }
 
 /// As long as no other one begins so, the beginning of a name will do.
@@ -368,6 +376,7 @@ void Session::runCommand(Words& words) {
     if (found == nullptr || (isForced_ && found->takes[0] != '!'))
         throw Failure(message("notebook.no_command", "there is no command '{1}'",
                               {word + (isForced_ ? "!" : "")}));
+    linesFollow_ = found->run == &Session::append || found->run == &Session::change;
     if (words.count() > found->words)
         throw Failure(message("notebook.too_much", "too much behind {1}", {found->name}));
     (this->*found->run)(words);
