@@ -360,6 +360,11 @@ bool Session::attempt(const std::string& line) {
     return false;
 }
 
+void Session::help(Words&) {
+    for (const Command& command : commands)
+        app::results()("%-8s %-18s %s\n", command.name, command.takes, command.does);
+}
+
 /// As long as no other one begins so, the beginning of a name will do.
 void Session::runCommand(Words& words) {
     std::string word = words.next();
