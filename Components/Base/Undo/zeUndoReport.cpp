@@ -33,7 +33,7 @@ public:
         close();
         s_file = std::fopen(path, "ae"); // not for programs that this one starts
         assert(s_file && "the path of the undo trace must be writable");
-        std::fputs("\n------------------------------\n\n", s_file);
+        write("\n------------------------------\n\n");
     }
 
     bool isOpen() const { return s_file != nullptr; }
