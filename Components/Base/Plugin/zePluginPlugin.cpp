@@ -58,7 +58,7 @@ bool PluginImpl::load() {
         setError(PluginError::Load, filename.path());
         return false;
     }
-    // If it was loaded before and cannot be opened again, the null handle stands for the program.
+    // If it was loaded before and cannot be opened again, a null handle stands for the program.
     callIfExported("initializePlugin");
     return loaded;
 }
@@ -66,7 +66,8 @@ bool PluginImpl::load() {
 void PluginImpl::open(const zeOS::FileStatus& status) {
     ::dlerror(); // an error that the program did not ask for is not the reason of a refusal
     const char* path = filename.path().asUTF8();
-    handle = canBeOpened(path, status) ? ::dlopen(path, RTLD_LAZY) : nullptr;
+    // What is loaded is found by its name: its file is not read again, whatever became of it.
+    handle = loaded || canBeOpened(path, status) ? ::dlopen(path, RTLD_LAZY) : nullptr;
 }
 
 void* PluginImpl::getSymbol(const IString& name) {

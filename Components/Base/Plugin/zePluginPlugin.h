@@ -71,8 +71,7 @@ public:
     ///
     /// Symbols are bound when they are first used, and are not seen by other libraries (`RTLD_LAZY`
     /// alone). A second call opens the library again and calls `initializePlugin` again; since it
-    /// is closed once, it then stays in memory until the process ends. Once loaded, load() always
-    /// returns true.
+    /// is closed once, it then stays in memory until the process ends.
     bool load();
 
     /// The address of a function or variable that the library exports. Null if there is none, with

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// A folder with copies of the test plug-ins under any names. Each copy is a library of its own.
+
+#pragma once
+
+#include <dlfcn.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "Base/Plugin/zePluginPluginLoader.h"
+#include "Support/TempFolder.h"
+
+#include "Plugin/plugins/exporter.h"
+
+using Lines = std::vector<std::string>;
+
+class PluginFolder : public TempFolder {
+public:
+    /// Beside the test, from where code may surely be run: temporary folders can forbid it.
+    PluginFolder() : TempFolder(PLUGINS) { journal().clear(); }
+
+    /// Copies a test plug-in ("plain", "bare", "declaration") and returns the full name of the
+    /// copy.
+    std::string add(const std::string& plugin, const std::string& name) const {
+        std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
+        std::filesystem::copy_file(std::string(PLUGINS "/") + plugin + ".so", path(name));
+        return path(name);
+    }
+};
+
+inline bool isMapped(const std::string& path) {
+    void* handle = dlopen(path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
+    if (handle)
+        dlclose(handle);
+    return handle;
+}
+
+/// What happened since the last call.
+inline Lines happened() {
+    return std::exchange(journal(), {});
+}
+
+inline std::string narrow(const zeString::IString& text) {
+    return text.asUTF8();
+}
+
+/// The function of this name and type in a plug-in.
+template<class Function>
+Function* symbol(zePlugin::Plugin& plugin, const char* name) {
+    return reinterpret_cast<Function*>(plugin.getSymbol(name));
+}
