@@ -156,7 +156,9 @@ std::string exported(const std::string& format, const std::string& title, const 
     Export*& exporter = opened[format];
     if (exporter == nullptr)
         exporter = openExporter(format);
-    return exporter(title, lines);
+    std::string text;
+    exporter(title, lines, text);
+    return text;
 }
 
 void drawInto(const std::string& name, const Lines& lines, const zeUndo::Manager& history) {

@@ -8,9 +8,6 @@
 #include <array>
 #include <csignal>
 #include <filesystem>
-#include <fstream>
-
-#include "Support/OrdinaryUser.h"
 
 #include "Applications/commandFixture.h"
 #include "Applications/notebookReplay.h"
@@ -132,14 +129,15 @@ TEST_F(Notebook, KeepsEveryByteOfAFile) {
 
 TEST_F(Notebook, RefusesWhatItCannotRead) {
     fs::create_directory(path("folder"));
+    fs::create_symlink("loop", path("loop"));
     mkfifo(path("fifo").c_str(), 0600);
-    std::ofstream(path("huge")).close();
-    fs::resize_file(path("huge"), std::uintmax_t{1} << 40);
+    fs::resize_file(folder_.write("huge", ""), std::uintmax_t{1} << 30);
     const std::pair<std::string, std::string> cases[] = {
         {"@folder", "@folder: cannot be read: not a regular file"},
         {"@fifo", "@fifo: cannot be read: not a regular file"},
         {"@huge", "@huge: is larger than the 268435456 bytes that a text may have"},
         {"@huge/x", "@huge/x: cannot be opened: Not a directory"},
+        {"@loop", "@loop: cannot be opened: Too many levels of symbolic links"},
         {"@\xff", "its name is not UTF-8"},
         {"-", "standard input holds the commands"},
         {"", "the name of a file is missing"},
@@ -147,19 +145,6 @@ TEST_F(Notebook, RefusesWhatItCannotRead) {
     for (const auto& [name, message] : cases)
         EXPECT_EQ(script("open " + name + "\n").err,
                   "notebook: standard input:1: " + message + "\n");
-    const std::string secret = folder_.write("secret", "a");
-    chmod(secret.c_str(), 0);
-    chmod(folder_.path().c_str(), 0755);
-    EXPECT_EQ(asOrdinaryUser([&] {
-                  try {
-                      notebook::readText(secret, 9);
-                      return 1;
-                  } catch (const app::Failure& failure) {
-                      return failure.what() == secret + ": cannot be opened: Permission denied" ? 0
-                                                                                                : 2;
-                  }
-              }),
-              0);
 }
 
 TEST_F(Notebook, LosesNoFile) {

@@ -5,6 +5,7 @@
 
 #include "Base/Plugin/zePluginPluginProxy.h"
 #include "Base/Plugin/zePluginService.h"
+#include "Base/zeBaseExport.h"
 
 #include "notebook/plug-ins/exporter.h"
 
@@ -19,14 +20,12 @@ public:
 
 } // namespace
 
-extern "C" {
-
-[[gnu::visibility("default")]] const char* getPluginProxyName() {
+extern "C" ZEBASE_API const char* getPluginProxyName() {
     return EXPORTER;
 }
 
-[[gnu::visibility("default")]] void installPluginServices(zePlugin::PluginProxy* proxy) {
+extern "C" ZEBASE_API void installPluginServices(zePlugin::PluginProxy* proxy) {
+    // The reference ends a service that is refused, because there is one of this name already.
     const ze::Reference<zePlugin::Service> service(new Declaration(FORMAT, proxy));
     service->registerService();
-}
 }

@@ -18,6 +18,7 @@
 
 #include "Base/DebugDraw/zeDebugDraw.h"
 #include "Base/Utility/zeUtilDescriptor.h"
+#include "Base/zeBaseExport.h"
 
 #include "notebook/plug-ins/markup.h"
 
@@ -137,7 +138,7 @@ private:
 } // namespace
 
 /// The drawing is one for all callers, and goes when the plug-in does.
-extern "C" [[gnu::visibility("default")]] zeDebugDraw::BaseIFace* getDebugDrawIFace() {
+extern "C" ZEBASE_API zeDebugDraw::BaseIFace* getDebugDrawIFace() {
     static SvgDrawing drawing;
     return &drawing;
 }

@@ -3,6 +3,8 @@
 // The format "html": lines that begin with "# " to "###### " are headings, those that begin with
 // "- " items, and the others paragraphs, up to an empty line.
 
+#include "Base/zeBaseExport.h"
+
 #include "notebook/plug-ins/exporter.h"
 #include "notebook/plug-ins/markup.h"
 
@@ -21,11 +23,11 @@ void enter(const char* kind, std::string& open, std::string& html) {
 
 } // namespace
 
-extern "C" [[gnu::visibility("default")]] std::string
-exportLines(const std::string& title, const std::vector<std::string>& lines) {
+extern "C" ZEBASE_API void exportLines(const std::string& title,
+                                       const std::vector<std::string>& lines, std::string& html) {
     using notebook::escaped;
-    std::string html = "<!DOCTYPE html>\n<html>\n<head>\n<meta charset=\"utf-8\">\n<title>" +
-                       escaped(title) + "</title>\n</head>\n<body>\n";
+    html += "<!DOCTYPE html>\n<html>\n<head>\n<meta charset=\"utf-8\">\n<title>" + escaped(title) +
+            "</title>\n</head>\n<body>\n";
     std::string open;
     for (const std::string& line : lines) {
         const std::size_t level = line.find_first_not_of('#');
@@ -44,5 +46,5 @@ exportLines(const std::string& title, const std::vector<std::string>& lines) {
         }
     }
     enter("", open, html);
-    return html + "</body>\n</html>\n";
+    html += "</body>\n</html>\n";
 }

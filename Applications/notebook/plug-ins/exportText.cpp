@@ -5,17 +5,17 @@
 
 #include <algorithm>
 
+#include "Base/zeBaseExport.h"
+
 #include "Shared/terminal.h"
 #include "notebook/plug-ins/exporter.h"
 
-extern "C" [[gnu::visibility("default")]] std::string
-exportLines(const std::string&, const std::vector<std::string>& lines) {
-    std::string text;
+extern "C" ZEBASE_API void exportLines(const std::string&, const std::vector<std::string>& lines,
+                                       std::string& out) {
     for (std::string line : lines) {
         std::replace(line.begin(), line.end(), '\t', ' ');
         while (line.ends_with(' ') || line.ends_with('\r'))
             line.pop_back();
-        text += app::visible(line) + "\n";
+        out += app::visible(line) + "\n";
     }
-    return text;
 }

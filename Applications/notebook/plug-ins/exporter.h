@@ -15,9 +15,10 @@ namespace notebook {
 /// The type of the services that declarations register; a service's name is that of its format.
 inline constexpr const wchar_t* exporterType = L"notebook.exporter";
 
-/// What an exporter has, under this name and with C linkage: the text in its format. The lines may
-/// have any bytes but newlines.
-using Export = std::string(const std::string& title, const std::vector<std::string>& lines);
+/// What an exporter has, under this name and with C linkage: it adds the text in its format to
+/// `out`. The lines may have any bytes but newlines.
+using Export = void(const std::string& title, const std::vector<std::string>& lines,
+                    std::string& out);
 inline constexpr const wchar_t* exportSymbol = L"exportLines";
 
 } // namespace notebook
