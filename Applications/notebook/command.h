@@ -12,7 +12,7 @@
 #include "notebook/text.h"
 
 namespace zeUndo {
-class Manager;
+class Group;
 }
 
 namespace notebook {
@@ -37,9 +37,10 @@ std::vector<std::string> exportFormats();
 /// The text in a format, by its plug-in, which is opened now if this is the first time.
 std::string exported(const std::string& format, const std::string& title, const Lines& lines);
 
-/// Draws lines and history into the new file `name`, by the plug-in that "ZE_DEBUGDRAW_PLUGIN"
+/// Draws lines and groups into the new file `name`, by the plug-in that "ZE_DEBUGDRAW_PLUGIN"
 /// names, or else the one for SVG.
-void drawInto(const std::string& name, const Lines& lines, const zeUndo::Manager& history);
+void drawInto(const std::string& name, const Lines& lines,
+              const std::vector<const zeUndo::Group*>& groups);
 /// @}
 
 } // namespace notebook

@@ -54,6 +54,13 @@ Editor::Editor() : history_(zeUndo::newManager()) {
 
 Editor::~Editor() = default;
 
+std::vector<const zeUndo::Group*> Editor::newestGroups() const {
+    std::vector<const zeUndo::Group*> groups;
+    for (int i = std::min(history_->getNumGroups(false), 1000); i > 0; --i)
+        groups.push_back(history_->getGroup(-i));
+    return groups;
+}
+
 void Editor::replace(Text text) {
     requireClosed();
     history_->clearAllGroups();

@@ -26,9 +26,10 @@ public:
     ~Editor();
 
     const Text& text() const { return text_; }
-    /// The groups. To be looked at; what is changed here must leave them in an order that fits the
-    /// text.
+    /// The groups, to be looked at.
     zeUndo::Manager& history() { return *history_; }
+    /// The newest ones, up to a thousand, oldest first. Whose last operation was an undo is undone.
+    std::vector<const zeUndo::Group*> newestGroups() const;
 
     /// Another text takes the place of this one, which the history goes with.
     void replace(Text text);

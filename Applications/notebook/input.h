@@ -30,11 +30,12 @@ public:
     Input() : file_(fdopen(app::duplicate(STDIN_FILENO).release(), "r"), std::fclose) {}
 
     bool isTerminal() const { return isTerminal_; }
-    /// "standard input:NUMBER: ", for a script.
+    /// "standard input:NUMBER: ", for a command of a script.
     std::string place() const {
-        return isTerminal_ ? ""
-                           : app::message("notebook.place",
-                                          "standard input:{1}: ", {std::to_string(number_)});
+        return isTerminal_ || number_ == 0
+                   ? ""
+                   : app::message("notebook.place",
+                                  "standard input:{1}: ", {std::to_string(number_)});
     }
 
     /// The next line, or nothing at the end. Of one that is too long there are `most` + 1 bytes.

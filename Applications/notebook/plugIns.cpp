@@ -3,10 +3,10 @@
 #include <stdlib.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdlib>
 #include <map>
-#include <utility>
 
 #include "Base/DebugDraw/zeDebugDraw.h"
 #include "Base/OS/zeOSAppMain.h"
@@ -17,7 +17,6 @@
 #include "Base/Plugin/zePluginService.h"
 #include "Base/Plugin/zePluginServiceManager.h"
 #include "Base/Undo/zeUndoGroup.h"
-#include "Base/Undo/zeUndoManager.h"
 
 #include "Shared/failure.h"
 #include "Shared/message.h"
@@ -40,9 +39,11 @@ zePlugin::ServiceManager& services() {
     return manager;
 }
 
+/// The library has no words for a file that is missing, nor for one that failed before.
 [[noreturn]] void refuse(const std::string& what, const zeString::IString& error) {
+    const std::string reason = app::oneLine(app::narrow(error));
     throw Failure(message("notebook.no_plug_in", "{1}: the plug-in cannot be used: {2}",
-                          {what, app::oneLine(app::narrow(error))}));
+                          {what, reason.empty() ? app::systemMessage(ENOENT) : reason}));
 }
 
 /// The function of an exporter, whose plug-in this opens.
@@ -107,35 +108,29 @@ double drawText(const Lines& lines) {
 }
 
 /// Each group as long as its memory has digits. What would be undone next stands out.
-void drawHistory(const zeUndo::Manager& history, double left) {
-    const int count = history.getNumGroups(false);
-    int current = 0;
-    while (current < count && history.getGroup(current) != history.getCurrentGroup())
-        ++current;
-    int last = current;
-    while (last > 0 && history.getGroup(--last)->isGroupDynamic()) {
+void drawHistory(const std::vector<const zeUndo::Group*>& groups, double left) {
+    const auto undone = std::find_if(groups.begin(), groups.end(),
+                                     [](const auto* group) { return group->lastWasUndoIt(); });
+    auto next = undone;
+    while (next != groups.begin() && (*--next)->isGroupDynamic()) {
     }
-    const std::pair<std::string, int> parts[] = {
-        {message("notebook.drawn_done", "done"), last},
-        {message("notebook.drawn_next", "undone next"), current},
-        {message("notebook.drawn_undone", "undone"), count}};
     double y = 2;
-    int i = 0;
-    for (const auto& [title, end] : parts) {
+    const auto draw = [&](const std::string& title, auto first, auto end) {
         zeDebugDraw::drawAnnotation(Point(left, y, 0), title.c_str());
-        for (; i < end; ++i) {
-            const zeUndo::Group* const group = history.getGroup(i);
-            const double length = 4 * std::log10(1.0 + group->getNumBytesUsed());
+        for (; first != end; ++first) {
+            const double right = left + 4 * std::log10(1.0 + (*first)->getNumBytesUsed());
             y -= 2;
-            zeDebugDraw::drawAddLine(Point(left, y, 0), Point(left + length, y, 0));
-            if (group->isGroupDynamic())
+            zeDebugDraw::drawAddLine(Point(left, y, 0), Point(right, y, 0));
+            if ((*first)->isGroupDynamic())
                 zeDebugDraw::drawAddLine(Point(left, y + 2, 0), Point(left, y, 0));
-            zeDebugDraw::drawAddAnnotation(Point(left + length + 1, y, 0), group->getName());
+            zeDebugDraw::drawAddAnnotation(Point(right + 1, y, 0), (*first)->getName());
         }
         y -= 4;
-        if (end == current)
-            zeDebugDraw::highlit();
-    }
+    };
+    draw(message("notebook.drawn_done", "done"), groups.begin(), next);
+    draw(message("notebook.drawn_next", "undone next"), next, undone);
+    zeDebugDraw::highlit();
+    draw(message("notebook.drawn_undone", "undone"), undone, groups.end());
 }
 
 } // namespace
@@ -161,10 +156,11 @@ std::string exported(const std::string& format, const std::string& title, const 
     return text;
 }
 
-void drawInto(const std::string& name, const Lines& lines, const zeUndo::Manager& history) {
+void drawInto(const std::string& name, const Lines& lines,
+              const std::vector<const zeUndo::Group*>& groups) {
     const ze::Reference<zePlugin::Plugin> plugin = openDrawing();
     zeDebugDraw::clear();
-    drawHistory(history, 10 + drawText(lines));
+    drawHistory(groups, 10 + drawText(lines));
     zeDebugDraw::show(name.c_str());
 }
 

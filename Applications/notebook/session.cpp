@@ -226,14 +226,10 @@ private:
     }
 
     void history(Words&) {
-        zeUndo::Manager& history = editor_.history();
-        const zeUndo::Group* const next = history.getCurrentGroup();
-        const char* state = "done";
-        for (int i = 0; const zeUndo::Group* group = history.getGroup(i); ++i) {
-            state = group == next ? "undone" : state;
-            app::results()("%-6s %s%s (%d bytes)\n", state, group->isGroupDynamic() ? "+ " : "",
+        for (const zeUndo::Group* group : editor_.newestGroups())
+            app::results()("%-6s %s%s (%d bytes)\n", group->lastWasUndoIt() ? "undone" : "done",
+                           group->isGroupDynamic() ? "+ " : "",
                            app::visible(group->getName()).c_str(), group->getNumBytesUsed());
-        }
     }
 
     void limit(Words& words) {
@@ -272,8 +268,9 @@ private:
     void draw(Words& words) {
         const std::string file = takeFile(words);
         refuseOwnFile(file);
-        app::saveFile(app::Target(file),
-                      [&](const std::string& name) { drawInto(name, lines(), editor_.history()); });
+        app::saveFile(app::Target(file), [&](const std::string& name) {
+            drawInto(name, lines(), editor_.newestGroups());
+        });
     }
 
     void help(Words&);
@@ -406,12 +403,17 @@ void Session::replace(Words& words) {
         now.pop_back();
     Lines result = copyOf(range);
     std::size_t count = 0;
-    for (std::string& line : result)
-        for (std::size_t at = 0; (at = line.find(old, at)) != std::string::npos; at += now.size()) {
+    for (std::string& line : result) {
+        const std::string before = std::exchange(line, {});
+        std::size_t at = 0;
+        for (std::size_t next; (next = before.find(old, at)) != std::string::npos;
+             at = next + old.size()) {
+            line.append(before, at, next - at).append(now);
             if (++count * now.size() > Editor::mostText)
                 editor_.refuseSize();
-            line.replace(at, old.size(), now);
         }
+        line.append(before, at);
+    }
     if (count == 0)
         throw Failure(message("notebook.not_found", "'{1}' is not there", {old}));
     edit(range, std::move(result));
@@ -424,10 +426,11 @@ void Session::open(Words& words) {
     if (file == app::standardStream)
         throw Failure(message("notebook.no_stream", "standard input holds the commands"));
     app::libraryFilename(file); // or it could not be saved
+    const app::Step step("read", message("notebook.reading", "reading {1}", {file}));
     const app::Target target(file);
     std::optional<Text> text = readText(file, editor_.textLimit());
     const bool isNew = !text;
-    editor_.replace(isNew ? Text() : std::move(*text));
+    editor_.replace(std::move(text).value_or(Text()));
     name_ = file;
     target_ = target;
     saved_ = editor_.text().version();
@@ -453,7 +456,10 @@ void Session::save(Words& words) {
     std::optional<app::HeldSignals> held;
     if (interrupt_)
         held.emplace();
-    app::saveFile(target, [&](int descriptor) { writeText(editor_.text(), descriptor); });
+    {
+        const app::Step step("write", message("notebook.writing", "writing {1}", {target.name()}));
+        app::saveFile(target, [&](int descriptor) { writeText(editor_.text(), descriptor); });
+    }
     if (target.isStandardOutput())
         return;
     name_ = file;

@@ -41,14 +41,15 @@ std::string attribute(const char* name, double number) {
 void writeFile(const char* name, const std::string& bytes) {
     zeUtil::Descriptor file(
         open(name, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666));
-    ssize_t done = 0;
+    const bool isMade = file.isOpen();
+    ssize_t done = isMade ? 0 : -1;
     for (std::size_t at = 0; done >= 0 && at < bytes.size(); at += static_cast<std::size_t>(done))
         done = zeUtil::retried(
             [&] { return write(file.get(), bytes.data() + at, bytes.size() - at); });
     if (done >= 0 && file.close() == 0)
         return;
     std::perror(name);
-    if (file.isOpen())
+    if (isMade)
         unlink(name);
 }
 
