@@ -10,7 +10,7 @@ foreach(file IN LISTS files)
   message(STATUS "Deleting ${file}")
   file(REMOVE "${file}")
   cmake_path(GET file PARENT_PATH directory)
-  while(directory MATCHES "/zeBase(/|$)") # the directories that are ours
+  while(directory MATCHES "/(zeBase|plug-ins)(/|$)") # the directories that are ours
     list(APPEND directories "${directory}")
     cmake_path(GET directory PARENT_PATH directory)
   endwhile()

@@ -79,4 +79,8 @@ bool InterruptFlag::isSet() const {
     return isInterrupted;
 }
 
+void InterruptFlag::clear() {
+    isInterrupted = false;
+}
+
 } // namespace app

@@ -51,8 +51,9 @@ public:
     InterruptFlag& operator=(const InterruptFlag&) = delete;
     ~InterruptFlag();
 
-    /// Whether SIGINT has come.
+    /// Whether SIGINT has come, since the last clear().
     bool isSet() const;
+    void clear();
 
 private:
     struct sigaction before_ = {};

@@ -1,0 +1,299 @@
+// SPDX-License-Identifier: MIT
+
+/// @file
+/// The editor beside a model that knows no trick: a list of groups, and texts that are copied.
+
+#pragma once
+
+#include <algorithm>
+#include <optional>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "Base/Undo/zeUndoGroup.h"
+
+#include "Shared/failure.h"
+#include "notebook/editor.h"
+
+/// What the history is, by the rules of the undo manager.
+class ModelHistory {
+public:
+    using Lines = notebook::Lines;
+
+    struct Edit {
+        std::size_t at;
+        std::size_t count;
+        Lines lines;
+    };
+    struct Group {
+        bool isAdded;
+        std::vector<Edit> edits;
+        bool isValid = true;
+    };
+
+    Lines text;
+    std::vector<Group> groups;
+    std::size_t current = 0;
+    int stepLimit = 1000;
+    std::size_t memoryLimit = 10000000;
+    std::size_t textLimit = std::size_t{256} << 20;
+    std::size_t editSize = 0; ///< What an edit takes without its lines.
+
+    bool exchange(Edit& edit) {
+        if (edit.at + edit.count > text.size())
+            return false;
+        Lines result(text.begin(), text.begin() + offset(edit.at));
+        result.insert(result.end(), edit.lines.begin(), edit.lines.end());
+        result.insert(result.end(), text.begin() + offset(edit.at + edit.count), text.end());
+        if (notebook::sizeOf(result) > std::max(textLimit, notebook::sizeOf(text)))
+            return false;
+        Lines taken(text.begin() + offset(edit.at), text.begin() + offset(edit.at + edit.count));
+        edit.count = edit.lines.size();
+        edit.lines = taken;
+        text = result;
+        return true;
+    }
+
+    /// The group that a new edit goes to, or null if the history is switched off.
+    void addGroup(bool isAdded) {
+        groups.resize(current);
+        while (!groups.empty() && !groups.back().isValid)
+            groups.pop_back();
+        respectLimits(1);
+        groups.push_back({isAdded, {}});
+        current = groups.size();
+    }
+
+    void setLimits(int steps, std::size_t memory) {
+        if (steps < 0)
+            clear();
+        stepLimit = steps;
+        memoryLimit = memory;
+    }
+
+    void respectLimits(std::size_t room) {
+        while (stepLimit > 0 && !groups.empty() && chains() + room > std::size_t(stepLimit))
+            deleteFirst();
+        while (memoryLimit > 0 && bytes() > memoryLimit)
+            deleteFirst();
+        current = groups.size();
+    }
+
+    bool undo() {
+        do {
+            Group& group = groups[--current];
+            bool isGood = group.isValid;
+            for (auto edit = group.edits.rbegin(); isGood && edit != group.edits.rend(); ++edit)
+                isGood = exchange(*edit);
+            if (!isGood)
+                return clear();
+        } while (current > 0 && groups[current].isAdded);
+        return true;
+    }
+
+    bool redo() {
+        do {
+            Group& group = groups[current];
+            bool isGood = group.isValid;
+            for (auto edit = group.edits.begin(); isGood && edit != group.edits.end(); ++edit)
+                isGood = exchange(*edit);
+            if (!isGood)
+                return clear();
+        } while (++current < groups.size() && groups[current].isAdded);
+        return true;
+    }
+
+    std::size_t chains() const {
+        const auto isStep = [](const Group& group) { return !group.isAdded; };
+        return static_cast<std::size_t>(std::count_if(groups.begin(), groups.end(), isStep)) +
+               (!groups.empty() && groups[0].isAdded);
+    }
+
+    std::size_t bytes() const {
+        std::size_t sum = 0;
+        for (const Group& group : groups)
+            for (const Edit& edit : group.edits)
+                sum += editSize + notebook::sizeOf(edit.lines) +
+                       edit.lines.size() * sizeof(std::string);
+        return sum;
+    }
+
+private:
+    static std::ptrdiff_t offset(std::size_t index) { return static_cast<std::ptrdiff_t>(index); }
+
+    bool clear() {
+        groups.clear();
+        current = 0;
+        return false;
+    }
+
+    void deleteFirst() {
+        const bool isAdded = groups[0].isAdded;
+        do
+            groups.erase(groups.begin());
+        while (!isAdded && !groups.empty() && groups[0].isAdded);
+    }
+};
+
+/// Does the same at random to both, and compares them after each step.
+class Replay {
+public:
+    explicit Replay(unsigned int seed) : random_(seed) {
+        editor_.edit("measure", 0, 0, {"line"});
+        model_.editSize =
+            static_cast<std::size_t>(editor_.history().getGroup(0)->getNumBytesUsed());
+        model_.text = {"line"};
+        model_.addGroup(false);
+        model_.groups[0].edits.push_back({0, 1, {}});
+    }
+
+    struct Counts {
+        int edits = 0, added = 0, refused = 0, undone = 0, redone = 0, failed = 0, limited = 0;
+    };
+
+    /// Stops at the first difference.
+    Counts run(int operations) {
+        for (int i = 0; i < operations && !testing::Test::HasFailure(); ++i) {
+            step();
+            compare(i);
+        }
+        return counts_;
+    }
+
+private:
+    int upTo(std::size_t most) {
+        return static_cast<int>(std::uniform_int_distribution<std::size_t>(0, most)(random_));
+    }
+
+    /// Whether the editor refuses it.
+    template<class Call>
+    static bool refuses(Call call) {
+        try {
+            call();
+            return false;
+        } catch (const app::Failure&) {
+            return true;
+        }
+    }
+
+    void step() {
+        const int kind = upTo(99);
+        if (kind < 50)
+            edit(kind < 12);
+        else if (kind < 70)
+            walk(&notebook::Editor::undo, &ModelHistory::undo, model_.current > 0, counts_.undone);
+        else if (kind < 85)
+            walk(&notebook::Editor::redo, &ModelHistory::redo,
+                 model_.current < model_.groups.size(), counts_.redone);
+        else if (kind < 92)
+            toggleStep();
+        else if (kind < 97)
+            limit();
+        else if (upTo(9) == 0)
+            invalidate();
+    }
+
+    void edit(bool isAdded) {
+        const std::size_t size = model_.text.size();
+        const auto at = static_cast<std::size_t>(upTo(size));
+        const auto count = static_cast<std::size_t>(upTo(std::min<std::size_t>(size - at, 3)));
+        notebook::Lines lines(static_cast<std::size_t>(upTo(size < 12 ? 3 : 1)));
+        for (std::string& line : lines)
+            line.assign(static_cast<std::size_t>(upTo(upTo(9) == 0 ? 40 : 5)),
+                        static_cast<char>('a' + upTo(25)));
+        ModelHistory::Edit twin{at, count, lines};
+        const bool isWrong = isAdded && (isOpen_ || model_.current == 0);
+        const bool isRefused = isWrong || !model_.exchange(twin);
+        EXPECT_EQ(refuses([&] { editor_.edit("edit", at, count, lines, isAdded); }), isRefused);
+        counts_.edits += !isRefused;
+        counts_.added += isAdded && !isRefused;
+        counts_.refused += isRefused && !isWrong;
+        if (isRefused || model_.stepLimit < 0)
+            return;
+        if (!isOpen_ || !hasGroup_)
+            model_.addGroup(isAdded);
+        hasGroup_ = isOpen_;
+        model_.groups.back().edits.push_back(std::move(twin));
+    }
+
+    void walk(void (notebook::Editor::*call)(), bool (ModelHistory::*twin)(), bool isPossible,
+              int& count) {
+        isPossible = isPossible && !isOpen_;
+        const bool isGood = isPossible && (model_.*twin)();
+        EXPECT_EQ(refuses([&] { (editor_.*call)(); }), !isGood);
+        count += isGood;
+        counts_.failed += isPossible && !isGood;
+    }
+
+    void toggleStep() {
+        if (isOpen_)
+            editor_.end();
+        else
+            editor_.begin("several");
+        isOpen_ = !isOpen_;
+        hasGroup_ = false;
+    }
+
+    /// A limit acts at once if nothing is undone, or else at the next new group.
+    void limit() {
+        if (isOpen_) {
+            EXPECT_TRUE(refuses([&] { editor_.setStepLimit(1); }));
+            return;
+        }
+        const std::size_t before = model_.groups.size();
+        const int kind = upTo(2);
+        if (kind == 0)
+            model_.textLimit = static_cast<std::size_t>(20 + upTo(100));
+        else if (kind == 1)
+            model_.setLimits(upTo(15) == 0 ? -1 : upTo(8), model_.memoryLimit);
+        else
+            model_.setLimits(model_.stepLimit, static_cast<std::size_t>(upTo(3000)));
+        if (kind > 0 && model_.current == model_.groups.size())
+            model_.respectLimits(0);
+        editor_.setTextLimit(model_.textLimit);
+        if (kind == 1)
+            editor_.setStepLimit(model_.stepLimit);
+        if (kind == 2)
+            editor_.setMemoryLimit(static_cast<int>(model_.memoryLimit));
+        counts_.limited += model_.groups.size() < before;
+    }
+
+    /// Something dies that a group depends on.
+    void invalidate() {
+        if (model_.groups.empty() || isOpen_)
+            return;
+        const int i = upTo(model_.groups.size() - 1);
+        editor_.history().getGroup(i)->declarePtr(this);
+        editor_.history().deletePtr(this);
+        model_.groups[static_cast<std::size_t>(i)].isValid = false;
+    }
+
+    void compare(int i) {
+        zeUndo::Manager& history = editor_.history();
+        ASSERT_EQ(editor_.text().lines(), model_.text) << i;
+        ASSERT_EQ(editor_.text().bytes(), notebook::sizeOf(model_.text)) << i;
+        ASSERT_EQ(history.getNumGroups(false), static_cast<int>(model_.groups.size())) << i;
+        ASSERT_EQ(history.undoAvailable(), model_.current > 0) << i;
+        ASSERT_EQ(history.doAvailable(), model_.current < model_.groups.size()) << i;
+    }
+
+    std::mt19937 random_;
+    notebook::Editor editor_;
+    ModelHistory model_;
+    bool isOpen_ = false;
+    bool hasGroup_ = false;
+    Counts counts_;
+};
+
+/// Of many operations, some of each kind took place.
+inline void replay(unsigned int seed, int operations) {
+    const Replay::Counts counts = Replay(seed).run(operations);
+    for (const int count : {counts.edits, counts.added, counts.refused, counts.undone,
+                            counts.redone, counts.failed, counts.limited})
+        EXPECT_GT(count, operations / 1000);
+    testing::Test::RecordProperty("edits", counts.edits);
+}
