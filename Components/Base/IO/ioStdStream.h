@@ -31,6 +31,7 @@
 ///
 /// @code
 /// #include <string>
+/// #include "Base/Strings/zeStringIString.h"
 /// ioBufferedStreamOutput file;
 /// file.openFile("ioStdStream-example");
 /// file.compress(true);
