@@ -22,9 +22,7 @@
 #include <gtest/gtest.h>
 
 #include "Base/Strings/zeStringCString.h"
-#include "Base/Strings/zeStringCharacter.h"
 #include "Base/Strings/zeStringIString.h"
-#include "Base/Strings/zeUtilSplit.h"
 #include "Support/AllocationCount.h"
 
 using zeString::CString;
@@ -188,23 +186,6 @@ TEST(StandardStrings, AreDecodedUpToTheirTerminator) {
     IString text(L"old");
     // As from a pointer, a text of which nothing remains empties the string.
     EXPECT_TRUE(text.assign(Bytes("\xEF\xBB\xBF"), EncodingUTF8, &ok).isEmpty() && !ok);
-}
-
-TEST(StandardStrings, AnAssignedTemporaryGivesItsContentButNoCache) {
-    IString from(1000, L'x'), to(L"old");
-    EXPECT_TRUE(ByteView(to.asUTF8()) == "old" && from.asUTF8StoreSize() == 1001);
-    from[0] = L'y'; // which its narrow form does not follow
-    const wchar_t* const content = from.asWChar();
-    to = std::move(from);
-    EXPECT_TRUE(to.asWChar() == content && to.asUTF8()[0] == 'y');
-    EXPECT_TRUE(from.isEmpty() && from.asUTF8StoreSize() == 1); // NOLINT(bugprone-use-after-move)
-    IString& same = to;
-    to = std::move(same);
-    EXPECT_EQ(to.length(), 1000u);
-}
-
-TEST(StandardStrings, SplitALiteralAsBytes) {
-    EXPECT_EQ(zeUtil::split("a  b", zeString::isSpace, true), (std::vector<CString>{"a", "b"}));
 }
 
 TEST(StandardStrings, SortWithTheAllocationsOfTheirCopiesAlone) {

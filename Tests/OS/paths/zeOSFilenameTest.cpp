@@ -23,14 +23,6 @@ namespace {
 
 using FilenameUtf8 = support::Utf8LocaleTest;
 
-std::wstring text(const IString& s) {
-    return std::wstring(s.asWChar(), s.length());
-}
-
-IString string(const std::wstring& s) {
-    return IString(s.data(), static_cast<int>(s.size()));
-}
-
 // Normal form. The twins do each pass as it is defined, at any price: find one, change it, begin
 // again.
 
@@ -67,11 +59,11 @@ std::wstring withoutParents(const std::wstring& s, wchar_t sep) {
 using Pass = void (*)(IString&, wchar_t);
 
 std::wstring after(Pass pass, const std::wstring& s, wchar_t sep) {
-    IString result = string(s);
+    IString result(s);
     result.asUTF8(); // a narrow form that a change must not leave behind
     pass(result, sep);
-    EXPECT_EQ(text(IString(result.asUTF8(), zeString::EncodingUTF8)), text(result));
-    return text(result);
+    EXPECT_EQ(IString(result.asUTF8(), zeString::EncodingUTF8), result);
+    return std::wstring(result);
 }
 
 void expectSameAsTwins(const std::wstring& s, wchar_t sep) {
@@ -81,10 +73,10 @@ void expectSameAsTwins(const std::wstring& s, wchar_t sep) {
     ASSERT_EQ(after(Filename::removeSlashDotDotSlash, s, sep), withoutParents(s, sep));
     const std::wstring normal =
         withoutParents(withoutTrailing(withoutDuplicates(s, sep), sep), sep);
-    ASSERT_EQ(text(Filename(string(s), sep).path()), normal);
-    IString out = string(s);
+    ASSERT_EQ(Filename(IString(s), sep).path(), normal);
+    IString out(s);
     Filename::canonicalize(out, sep, out);
-    ASSERT_EQ(text(out), normal);
+    ASSERT_EQ(out, normal);
 }
 
 struct Alphabet {
@@ -142,8 +134,8 @@ TEST(FilenameNormalForm, IsReachedInLinearTimeForLongPaths) {
     std::wstring steps;
     for (int i = 0; i < 300000; ++i)
         steps += L"a//../";
-    EXPECT_EQ(text(Filename(string(steps + L"/b")).path()), L"b");
-    EXPECT_EQ(text(Filename(string(std::wstring(1000000, L'/'))).path()), L"/");
+    EXPECT_EQ(Filename(IString(steps + L"/b")).path(), L"b");
+    EXPECT_EQ(Filename(IString(std::wstring(1000000, L'/'))).path(), L"/");
 }
 
 TEST(Filename, SplitsIntoItsParts) {
@@ -166,11 +158,11 @@ TEST(Filename, SplitsIntoItsParts) {
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::PrintToString(c.name));
         const Filename name(c.name, c.separator);
-        EXPECT_EQ(text(name.dirname()), c.dirname);
-        EXPECT_EQ(text(name.basename()), c.basename);
-        EXPECT_EQ(text(name.baseTrunk()), c.trunk);
-        EXPECT_EQ(text(name.baseSuffix()), c.suffix);
-        EXPECT_EQ(text(name.prefix()), L"");
+        EXPECT_EQ(name.dirname(), c.dirname);
+        EXPECT_EQ(name.basename(), c.basename);
+        EXPECT_EQ(name.baseTrunk(), c.trunk);
+        EXPECT_EQ(name.baseSuffix(), c.suffix);
+        EXPECT_EQ(name.prefix(), L"");
         EXPECT_EQ(name.isAbsolute(), c.absolute);
         const std::vector<IString> parts = name.components();
         const std::vector<IString> expected = {L"", c.dirname, c.basename, c.trunk, c.suffix};
@@ -181,35 +173,35 @@ TEST(Filename, SplitsIntoItsParts) {
 TEST(Filename, IsAssignedItsOwnParts) {
     Filename name(L"longer/than/any/buffer/within/name.suffix");
     name = name.dirname();
-    EXPECT_EQ(text(name.path()), L"longer/than/any/buffer/within");
+    EXPECT_EQ(name.path(), L"longer/than/any/buffer/within");
     name.assign(name.basename(), name.dirname());
-    EXPECT_EQ(text(name.path()), L"within/longer/than/any/buffer");
-    EXPECT_EQ(text(name.basename()), L"buffer");
+    EXPECT_EQ(name.path(), L"within/longer/than/any/buffer");
+    EXPECT_EQ(name.basename(), L"buffer");
     name.assign(name.path(), name.path());
-    EXPECT_EQ(text(name.path()), L"within/longer/than/any/buffer/within/longer/than/any/buffer");
+    EXPECT_EQ(name.path(), L"within/longer/than/any/buffer/within/longer/than/any/buffer");
     name.assign(L"..", name.path());
     name.assign(name.path(), L"../end");
     name = name.path();
     const Filename& same = name;
     name = same;
-    EXPECT_EQ(text(name.path()), L"../within/longer/than/any/buffer/within/longer/than/any/end");
+    EXPECT_EQ(name.path(), L"../within/longer/than/any/buffer/within/longer/than/any/end");
 }
 
 TEST(Filename, TakesOverTheSeparatorByAssignmentButNotByCopy) {
     Filename original(L"a/x\\b", L'\\');
     original.split();
     const Filename copy(original);
-    EXPECT_EQ(text(copy.basename()), L"x\\b");
+    EXPECT_EQ(copy.basename(), L"x\\b");
     const Filename moved(std::move(original));
-    EXPECT_EQ(text(moved.basename()), L"x\\b");
+    EXPECT_EQ(moved.basename(), L"x\\b");
     // NOLINTNEXTLINE(bugprone-use-after-move): moving copies
-    EXPECT_EQ(text(original.basename()), L"b");
+    EXPECT_EQ(original.basename(), L"b");
     Filename assigned(L"c/d");
     assigned.split(); // what it knows by then does not count any more
     assigned = original;
-    EXPECT_EQ(text(assigned.dirname()), L"a/x");
+    EXPECT_EQ(assigned.dirname(), L"a/x");
     // What stands is taken as it stands, also where it is not normal in the new separator.
-    EXPECT_EQ(text(Filename(Filename(L"a//b", L'\\')).path()), L"a//b");
+    EXPECT_EQ(Filename(Filename(L"a//b", L'\\')).path(), L"a//b");
 }
 
 TEST(Filename, JoinsInSlashesAndNormalises) {
@@ -223,26 +215,26 @@ TEST(Filename, JoinsInSlashesAndNormalises) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::PrintToString(c.path));
-        EXPECT_EQ(text(Filename::join(c.dir, c.name)), c.path);
-        EXPECT_EQ(text(Filename(IString(c.dir), IString(c.name)).path()), c.path);
-        EXPECT_EQ(text(Filename(Filename(c.dir), Filename(c.name)).path()), c.path);
+        EXPECT_EQ(Filename::join(c.dir, c.name), c.path);
+        EXPECT_EQ(Filename(IString(c.dir), IString(c.name)).path(), c.path);
+        EXPECT_EQ(Filename(Filename(c.dir), Filename(c.name)).path(), c.path);
         Filename assigned(L"x\\y", L'\\');
         assigned.assign(c.dir, c.name);
-        EXPECT_EQ(text(assigned.path()), c.path);
+        EXPECT_EQ(assigned.path(), c.path);
     }
     // Each step normalises: at once, "/../b" would take "x" away.
-    EXPECT_EQ(text(Filename::join(L"x/y", L"..", L"b")), L"x/b");
-    EXPECT_EQ(text(Filename::join(L"../x", L"..", L"..", L"b")), L"../../b");
-    EXPECT_EQ(text(Filename::join(L"/", L"..", L"", L"b")), L"b");
+    EXPECT_EQ(Filename::join(L"x/y", L"..", L"b"), L"x/b");
+    EXPECT_EQ(Filename::join(L"../x", L"..", L"..", L"b"), L"../../b");
+    EXPECT_EQ(Filename::join(L"/", L"..", L"", L"b"), L"b");
 }
 
 TEST_F(FilenameUtf8, ReadsNarrowTextInTheLocalesEncoding) {
     const std::wstring path = L"d\u00F6r/\u65E5";
-    EXPECT_EQ(text(Filename("d\xC3\xB6r//\xE6\x97\xA5").path()), path);
-    EXPECT_EQ(text(Filename("d\xC3\xB6r//\xE6\x97\xA5", '/').path()), path);
-    EXPECT_EQ(text(Filename(CString("d\xC3\xB6r//\xE6\x97\xA5"), '/').path()), path);
+    EXPECT_EQ(Filename("d\xC3\xB6r//\xE6\x97\xA5").path(), path);
+    EXPECT_EQ(Filename("d\xC3\xB6r//\xE6\x97\xA5", '/').path(), path);
+    EXPECT_EQ(Filename(CString("d\xC3\xB6r//\xE6\x97\xA5"), '/').path(), path);
     // As a separator, a byte is the character of its number.
-    EXPECT_EQ(text(Filename("a\xC3\xB6", '\xF6').path()), L"a");
+    EXPECT_EQ(Filename("a\xC3\xB6", '\xF6').path(), L"a");
 }
 
 TEST_F(FilenameUtf8, ServesCallersWithoutClasses) {
