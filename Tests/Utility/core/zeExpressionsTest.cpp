@@ -102,8 +102,9 @@ TEST(Expressions, OfTreesMeanWhatTheyMeant) {
     EXPECT_TRUE(map.begin() == constant.begin() && constant.find("a") != map.end());
     Map::ConstIterator place = map.begin();
     EXPECT_EQ((place++)->value() + (*place--).value() + (--map.end())->value(), 3);
+    const Map none;
     Map braces{}, copy{map}, moved{std::move(copy)}, equals = {};
-    EXPECT_TRUE(braces.empty() && moved.size() == 3 && equals.empty());
+    EXPECT_TRUE(none.empty() && braces.empty() && moved.size() == 3 && equals.empty());
     moved = {};
     EXPECT_TRUE(moved.empty() && map.erase({"b"}) == 1 && map.erase("b") == 0);
 
