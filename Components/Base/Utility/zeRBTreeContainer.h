@@ -181,39 +181,38 @@ public:
         tree_.setNumElementsInBlock(elementsInBlock);
     }
 
-    /// @{
     /// The first element, or the end.
     Iterator begin() { return Iterator(tree_.begin()); }
+    /// The same, for reading.
     ConstIterator begin() const { return ConstIterator(tree_.begin()); }
+    /// The same, for reading.
     ConstIterator cbegin() const { return begin(); }
-    /// @}
 
-    /// @{
     /// The place behind the last element.
     Iterator end() { return Iterator(tree_.end()); }
+    /// The same, for reading.
     ConstIterator end() const { return ConstIterator(tree_.end()); }
+    /// The same, for reading.
     ConstIterator cend() const { return end(); }
-    /// @}
 
-    /// @{
     /// The last element, for walking backwards, or rend().
     reverse_iterator rbegin() { return reverse_iterator(end()); }
+    /// The same, for reading.
     const_reverse_iterator rbegin() const { return const_reverse_iterator(end()); }
+    /// The same, for reading.
     const_reverse_iterator crbegin() const { return rbegin(); }
-    /// @}
 
-    /// @{
     /// The place before the first element.
     reverse_iterator rend() { return reverse_iterator(begin()); }
+    /// The same, for reading.
     const_reverse_iterator rend() const { return const_reverse_iterator(begin()); }
+    /// The same, for reading.
     const_reverse_iterator crend() const { return rend(); }
-    /// @}
 
-    /// @{
     /// The first element with that key, or the end.
     Iterator find(const Key& key) { return Iterator(tree_.findNode(&key)); }
+    /// The same, for reading.
     ConstIterator find(const Key& key) const { return ConstIterator(tree_.findNode(&key)); }
-    /// @}
 
     /// Whether there is an element with that key.
     bool contains(const Key& key) const { return tree_.findNode(&key) != tree_.end(); }
@@ -221,38 +220,34 @@ public:
     /// The number of elements with that key.
     int count(const Key& key) const { return tree_.count(&key); }
 
-    /// @{
     /// The first element whose key is not less than the given one, or the end.
     Iterator lowerBound(const Key& key) { return Iterator(tree_.lowerBound(&key)); }
+    /// The same, for reading.
     ConstIterator lowerBound(const Key& key) const { return ConstIterator(tree_.lowerBound(&key)); }
-    /// @}
 
-    /// @{
     /// The first element whose key is greater than the given one, or the end.
     Iterator upperBound(const Key& key) { return Iterator(tree_.upperBound(&key)); }
+    /// The same, for reading.
     ConstIterator upperBound(const Key& key) const { return ConstIterator(tree_.upperBound(&key)); }
-    /// @}
 
-    /// @{
     /// The lower and the upper bound: all elements with that key.
     std::pair<Iterator, Iterator> equalRange(const Key& key) {
         return {lowerBound(key), upperBound(key)};
     }
+    /// The same, for reading.
     std::pair<ConstIterator, ConstIterator> equalRange(const Key& key) const {
         return {lowerBound(key), upperBound(key)};
     }
-    /// @}
 
-    /// @{
     /// Erases one element and returns the next.
     Iterator erase(Iterator position) {
         tree_.eraseNode((position++).node_);
         return position;
     }
+    /// The same.
     Iterator erase(ConstIterator position) requires(!std::same_as<Iterator, ConstIterator>) {
         return erase(Iterator(position.node_));
     }
-    /// @}
 
     /// Erases from `first` up to but without `last`, and returns `last`.
     Iterator erase(ConstIterator first, ConstIterator last) {
