@@ -31,6 +31,7 @@
 ///
 /// @code
 /// #include <string>
+/// #include "Base/Strings/zeStringIString.h"
 /// ioBufferedStreamOutput file;
 /// file.openFile("ioStdStream-example");
 /// file.compress(true);
@@ -80,10 +81,14 @@ public:
     ioStreamStatus status() const { return stream_->getStatus(); }
 
 protected:
+    /// The next block.
     int_type underflow() override;
+    /// Leaves the stream behind the last byte taken.
     int sync() override;
+    /// See the top of the file.
     pos_type seekoff(off_type offset, std::ios_base::seekdir direction,
                      std::ios_base::openmode which) override;
+    /// See the top of the file.
     pos_type seekpos(pos_type position, std::ios_base::openmode which) override;
 
 private:
@@ -108,11 +113,16 @@ public:
     ioStreamStatus status() const { return stream_->getStatus(); }
 
 protected:
+    /// Makes room, or writes one byte.
     int_type overflow(int_type c) override;
+    /// Writes many bytes at once; fewer are counted where that failed.
     std::streamsize xsputn(const char* bytes, std::streamsize count) override;
+    /// Flushes; -1 where that failed.
     int sync() override;
+    /// See the top of the file.
     pos_type seekoff(off_type offset, std::ios_base::seekdir direction,
                      std::ios_base::openmode which) override;
+    /// See the top of the file.
     pos_type seekpos(pos_type position, std::ios_base::openmode which) override;
 
 private:

@@ -74,10 +74,15 @@ public:
     const zeUtil::Error& error() const { return error_; }
 
 protected:
+    /// The next block.
     int_type underflow() override;
+    /// Makes room, or writes one byte.
     int_type overflow(int_type c) override;
+    /// Writes many bytes at once; fewer are counted where that failed.
     std::streamsize xsputn(const char* bytes, std::streamsize count) override;
+    /// Flushes; -1 where that failed.
     int sync() override;
+    /// See the top of the file.
     pos_type seekoff(off_type offset, std::ios_base::seekdir direction,
                      std::ios_base::openmode which) override;
 

@@ -104,14 +104,11 @@ class RBTreeIterator {
     using Node = RBTreeImpl::Node;
 
 public:
-    /// @{
-    /// For the standard library.
-    using iterator_category = std::bidirectional_iterator_tag;
-    using value_type = typename Access::Value;
-    using difference_type = std::ptrdiff_t;
-    using pointer = typename Access::Pointer;
-    using reference = typename Access::Reference;
-    /// @}
+    using iterator_category = std::bidirectional_iterator_tag; ///< In the standard's terms.
+    using value_type = typename Access::Value;                 ///< An element.
+    using difference_type = std::ptrdiff_t;                    ///< A number of steps.
+    using pointer = typename Access::Pointer;                  ///< What `->` gives.
+    using reference = typename Access::Reference;              ///< What `*` gives.
 
     /// No place: for assigning to.
     RBTreeIterator() = default;
@@ -158,22 +155,19 @@ public:
     using Iterator = RBTreeIterator<Access>;                      ///< Bidirectional.
     using ConstIterator = RBTreeIterator<typename Access::Const>; ///< The same, for reading.
 
-    /// @{
-    /// For the standard library. Sizes are `int`, as everywhere in the tree.
-    using key_type = Key;
-    using key_compare = Less;
-    using value_type = typename Access::Value;
-    using size_type = int;
-    using difference_type = std::ptrdiff_t;
-    using reference = typename Access::Reference;
-    using const_reference = typename Access::Const::Reference;
-    using pointer = typename Access::Pointer;
-    using const_pointer = typename Access::Const::Pointer;
-    using iterator = Iterator;
-    using const_iterator = ConstIterator;
-    using reverse_iterator = std::reverse_iterator<Iterator>;
-    using const_reverse_iterator = std::reverse_iterator<ConstIterator>;
-    /// @}
+    using key_type = Key;                                      ///< What is searched for.
+    using key_compare = Less;                                  ///< The order.
+    using value_type = typename Access::Value;                 ///< An element.
+    using size_type = int;                                     ///< As everywhere in the tree.
+    using difference_type = std::ptrdiff_t;                    ///< A number of steps.
+    using reference = typename Access::Reference;              ///< What `*` gives.
+    using const_reference = typename Access::Const::Reference; ///< The same, for reading.
+    using pointer = typename Access::Pointer;                  ///< What `->` gives.
+    using const_pointer = typename Access::Const::Pointer;     ///< The same, for reading.
+    using iterator = Iterator;                                 ///< The standard's name.
+    using const_iterator = ConstIterator;                      ///< The standard's name.
+    using reverse_iterator = std::reverse_iterator<Iterator>;  ///< From the last to the first.
+    using const_reverse_iterator = std::reverse_iterator<ConstIterator>; ///< For reading.
 
     /// The number of elements.
     int size() const noexcept { return tree_.size(); }
@@ -187,39 +181,38 @@ public:
         tree_.setNumElementsInBlock(elementsInBlock);
     }
 
-    /// @{
     /// The first element, or the end.
     Iterator begin() { return Iterator(tree_.begin()); }
+    /// The same, for reading.
     ConstIterator begin() const { return ConstIterator(tree_.begin()); }
+    /// The same, for reading.
     ConstIterator cbegin() const { return begin(); }
-    /// @}
 
-    /// @{
     /// The place behind the last element.
     Iterator end() { return Iterator(tree_.end()); }
+    /// The same, for reading.
     ConstIterator end() const { return ConstIterator(tree_.end()); }
+    /// The same, for reading.
     ConstIterator cend() const { return end(); }
-    /// @}
 
-    /// @{
     /// The last element, for walking backwards, or rend().
     reverse_iterator rbegin() { return reverse_iterator(end()); }
+    /// The same, for reading.
     const_reverse_iterator rbegin() const { return const_reverse_iterator(end()); }
+    /// The same, for reading.
     const_reverse_iterator crbegin() const { return rbegin(); }
-    /// @}
 
-    /// @{
     /// The place before the first element.
     reverse_iterator rend() { return reverse_iterator(begin()); }
+    /// The same, for reading.
     const_reverse_iterator rend() const { return const_reverse_iterator(begin()); }
+    /// The same, for reading.
     const_reverse_iterator crend() const { return rend(); }
-    /// @}
 
-    /// @{
     /// The first element with that key, or the end.
     Iterator find(const Key& key) { return Iterator(tree_.findNode(&key)); }
+    /// The same, for reading.
     ConstIterator find(const Key& key) const { return ConstIterator(tree_.findNode(&key)); }
-    /// @}
 
     /// Whether there is an element with that key.
     bool contains(const Key& key) const { return tree_.findNode(&key) != tree_.end(); }
@@ -227,38 +220,34 @@ public:
     /// The number of elements with that key.
     int count(const Key& key) const { return tree_.count(&key); }
 
-    /// @{
     /// The first element whose key is not less than the given one, or the end.
     Iterator lowerBound(const Key& key) { return Iterator(tree_.lowerBound(&key)); }
+    /// The same, for reading.
     ConstIterator lowerBound(const Key& key) const { return ConstIterator(tree_.lowerBound(&key)); }
-    /// @}
 
-    /// @{
     /// The first element whose key is greater than the given one, or the end.
     Iterator upperBound(const Key& key) { return Iterator(tree_.upperBound(&key)); }
+    /// The same, for reading.
     ConstIterator upperBound(const Key& key) const { return ConstIterator(tree_.upperBound(&key)); }
-    /// @}
 
-    /// @{
     /// The lower and the upper bound: all elements with that key.
     std::pair<Iterator, Iterator> equalRange(const Key& key) {
         return {lowerBound(key), upperBound(key)};
     }
+    /// The same, for reading.
     std::pair<ConstIterator, ConstIterator> equalRange(const Key& key) const {
         return {lowerBound(key), upperBound(key)};
     }
-    /// @}
 
-    /// @{
     /// Erases one element and returns the next.
     Iterator erase(Iterator position) {
         tree_.eraseNode((position++).node_);
         return position;
     }
+    /// The same.
     Iterator erase(ConstIterator position) requires(!std::same_as<Iterator, ConstIterator>) {
         return erase(Iterator(position.node_));
     }
-    /// @}
 
     /// Erases from `first` up to but without `last`, and returns `last`.
     Iterator erase(ConstIterator first, ConstIterator last) {
@@ -282,16 +271,20 @@ public:
     }
 
 protected:
+    /// Without elements.
     RBTreeContainer() : tree_(Types::nodeSize) { tree_.initialize(&Types::typeUtil); }
+    /// A copy of every element.
     RBTreeContainer(const RBTreeContainer& other) : RBTreeContainer() { tree_.copy(other.tree_); }
+    /// Takes the elements over.
     RBTreeContainer(RBTreeContainer&& other) noexcept : RBTreeContainer() {
         tree_.swap(other.tree_);
     }
-    RBTreeContainer& operator=(const RBTreeContainer&) = delete; // the derived class swaps
+    RBTreeContainer& operator=(const RBTreeContainer&) = delete; ///< The derived class swaps.
     ~RBTreeContainer() = default;
 
-    /// The place of a node, and the node of a place.
+    /// The place of a node.
     static Iterator iteratorAt(Node* node) { return Iterator(node); }
+    /// The node of a place.
     static Node* nodeOf(ConstIterator place) { return place.node_; }
 
     /// What an insert gave, and whether it is new: the tree had `before` elements.
@@ -299,7 +292,7 @@ protected:
         return {Iterator(node), tree_.size() != before};
     }
 
-    RBTreeImpl tree_;
+    RBTreeImpl tree_; ///< The elements.
 };
 
 } // namespace ze

@@ -43,7 +43,8 @@ struct RBTreeLess {
 /// Where a node holds its key and its value; `Value` is void for a set.
 template<class Key, class Value>
 class RBTreeLayout {
-protected:
+    template<class, class, class>
+    friend class RBTreeTypes;
     using Node = RBTreeImpl::Node;
     static constexpr bool hasValue = !std::is_void_v<Value>;
     struct Nothing {};

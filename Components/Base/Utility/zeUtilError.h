@@ -105,7 +105,8 @@ requires requires(Stream& stream) {
     stream.write("", 0) << 0 << "";
 }
 Stream& operator<<(Stream& stream, const Error& error) {
-    const Error copy(error); // what message() returned stays valid
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): message() of `error` stays valid
+    const Error copy(error);
     stream << copy.code();
     if (const char* message = copy.messageAsUTF8(); *message)
         stream << ": " << message;

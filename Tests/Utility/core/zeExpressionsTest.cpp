@@ -5,18 +5,13 @@
 // means the same. Below, what must not compile.
 
 #include <concepts>
-#include <iterator>
 #include <ostream>
 #include <string>
-#include <type_traits>
 #include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 
-#include "Base/Strings/zeStringIString.h"
 #include "Base/Utility/zeRBTree.h"
-#include "Base/Utility/zeRTBAsyncSignal.h"
 #include "Base/Utility/zeRTBSignal.h"
 #include "Base/Utility/zeReferenceCount.h"
 #include "Base/Utility/zeUtilError.h"
@@ -45,56 +40,40 @@ Error returned(int code) {
 TEST(Expressions, OfErrorsMeanWhatTheyMeant) {
     Error error = returned(2);
     const Error& constant = error;
-    EXPECT_TYPE(int, constant.code());
-    EXPECT_TYPE(const char*, constant.message());
     EXPECT_TYPE(bool, constant == error);
     EXPECT_TYPE(bool, constant != error);
     EXPECT_TYPE(Error&, error = returned(0));
-    EXPECT_TRUE(constant.code() == 2 && constant.code() && !returned(0).code());
-    EXPECT_TRUE(!(constant == Error()) && constant != Error() && Error(2, "code 2") == constant);
-    EXPECT_STREQ(constant.message(), "code 2");
-    error = {3, "%s", "braces"};
-    EXPECT_STREQ(error.message(), "braces");
+    EXPECT_TRUE(constant.code() && !returned(0).code() && Error(2, "code 2") == constant);
+    EXPECT_STREQ((error = {3, "%s", "braces"}).message(), "braces");
     error = {};
     EXPECT_EQ(error, Error());
-    std::swap(error, error = Error(4, zeString::IString(L"text")));
     if (Error again = returned(5); again.code() != 0)
-        error.swap(again);
-    EXPECT_EQ(error.code(), 5);
+        std::swap(error, again);
     EXPECT_EQ((error.code() ? error : Error()).code(), 5);
-    const std::vector<Error> many(3, error);
-    EXPECT_EQ(many[2], error);
 }
 
 TEST(Expressions, OfReferencesMeanWhatTheyMeant) {
     Derived* const object = new Derived;
-    Reference<Derived> derived = object;
-    Reference<Derived> null;
+    Reference<Derived> derived = object, null;
     Reference<Base> base = derived;
     Reference<const Base> constant = base;
     EXPECT_TYPE(Derived*, derived.get());
-    EXPECT_TYPE(Derived&, *derived);
     EXPECT_TYPE(const int&, constant->value);
     EXPECT_TYPE(bool, base == derived);
-    EXPECT_EQ(object->refs(), 3);
     EXPECT_TRUE(derived && !null && derived != null);
     EXPECT_TRUE(null == nullptr && nullptr == null && derived != nullptr && null == 0);
     EXPECT_TRUE(derived == object && object == derived && base == object && constant == object);
     EXPECT_TRUE(base == derived && derived == base && constant == base && derived == derived);
-    EXPECT_TRUE(base == Reference<Base>(object) && null == Reference<Derived>(nullptr));
-    EXPECT_TRUE((derived ? object : nullptr) == object && (null == derived.get()) == false);
+    EXPECT_TRUE((derived ? object : nullptr) == object && base == Reference<Base>(object));
     EXPECT_EQ(object->refs(), 3);
     base = object;
-    base = derived;
     base = std::move(derived); // gives the derived class's reference a share, and leaves it
     EXPECT_EQ(derived.get(), object);
     base = nullptr;
     base = {};
     constant = new Base;
     std::swap(derived, null);
-    derived.swap(null);
-    EXPECT_EQ(object->refs(), 1);
-    const Reference<Base> copies[] = {derived, object, nullptr, {}};
+    const Reference<Base> copies[] = {null, object, nullptr, {}};
     EXPECT_EQ(object->refs(), 3);
     EXPECT_EQ(copies[3], copies[2]);
 }
@@ -103,13 +82,9 @@ TEST(Expressions, OfTreesMeanWhatTheyMeant) {
     Map map;
     const Map& constant = map;
     EXPECT_TYPE(int, constant.size());
-    EXPECT_TYPE(bool, constant.empty());
-    EXPECT_TYPE(int, constant.count("a"));
+    EXPECT_TYPE(int, map.count("a") + map.erase("a"));
     EXPECT_TYPE(int&, map["a"]);
-    EXPECT_TYPE(int*, map.getValuePtr("a"));
     EXPECT_TYPE(const int*, constant.getValuePtr("a"));
-    EXPECT_TYPE(Map::Iterator, map.begin());
-    EXPECT_TYPE(Map::ConstIterator, constant.end());
     EXPECT_TYPE(Map::Iterator, map.find("a"));
     EXPECT_TYPE(Map::ConstIterator, constant.lowerBound("a"));
     EXPECT_TYPE(Map::Entry, *map.begin());
@@ -118,46 +93,26 @@ TEST(Expressions, OfTreesMeanWhatTheyMeant) {
     EXPECT_TYPE(const int&, constant.begin()->value());
     using Inserted = std::pair<Map::Iterator, bool>;
     EXPECT_TYPE(Inserted, map.insert("a", 1));
-    EXPECT_TYPE(Map::Iterator, map.insertNonUnique("a", 1));
-    EXPECT_TYPE(Map::Iterator, map.erase(map.begin()));
-    EXPECT_TYPE(int, map.erase("a"));
+    EXPECT_TYPE(Map::Iterator, map.erase(map.insertNonUnique("a", 1)));
     EXPECT_TYPE(Map&, map = {});
 
     EXPECT_TRUE(map.insert("b", 2).second && !map.insert({"b"}, 3).second);
     map["a"] = 1;
     map.insertNonUnique({}, {});
-    EXPECT_EQ(constant.begin()->key() + (++constant.begin())->key(), "a");
-    EXPECT_TRUE(map.find("c") == map.end() && constant.begin() != constant.end());
     EXPECT_TRUE(map.begin() == constant.begin() && constant.find("a") != map.end());
     Map::ConstIterator place = map.begin();
     EXPECT_EQ((place++)->value() + (*place--).value() + (--map.end())->value(), 3);
-    int sum = 0;
-    for (auto entry : map)
-        sum += ++entry.value();
-    for (const auto& entry : constant)
-        sum += static_cast<int>(entry.key().size());
-    EXPECT_EQ(sum, 8);
-    EXPECT_EQ(std::distance(map.begin(), map.end()), 3);
-
+    const Map none;
     Map braces{}, copy{map}, moved{std::move(copy)}, equals = {};
-    EXPECT_TRUE(braces.empty() && moved.size() == 3 && equals.empty());
-    Map byValue((Map(moved)));
-    byValue = moved;
-    byValue.swap(moved);
-    std::swap(byValue, moved);
+    EXPECT_TRUE(none.empty() && braces.empty() && moved.size() == 3 && equals.empty());
     moved = {};
-    EXPECT_TRUE(moved.empty() && byValue.size() == 3);
-    EXPECT_EQ(map.erase(map.lowerBound("a"))->key(), "b");
-    EXPECT_EQ(map.erase("b"), 1);
-    map.clear();
-    EXPECT_EQ(map.erase({"b"}), 0);
+    EXPECT_TRUE(moved.empty() && map.erase({"b"}) == 1 && map.erase("b") == 0);
 
-    ze::RBTreeMap<const char*, const char*> pointers; // by address; two pointers are no range
+    ze::RBTreeMap<const char*, const char*> pointers; // two pointers are no range
     pointers.insert("key", "value");
     ze::RBTreeMap<int, double> numbers;
-    numbers.insert(1, 2);
     numbers.insert({}, {});
-    EXPECT_EQ(pointers.size() + numbers.size() + numbers.erase(1) + numbers.erase({}), 5);
+    EXPECT_EQ(pointers.size() + numbers.size() + numbers.erase({}), 3);
 }
 
 namespace {
@@ -167,50 +122,33 @@ std::string fired;
 void voidGlobal() {
     fired += 'v';
 }
-int intGlobal(const std::string& text) {
-    fired += text;
-    return 1;
-}
+
 struct Listener {
     void plain() { fired += 'p'; }
-    int other(const std::string& text) const { return intGlobal(text); }
-    void text(std::string text) { fired += text; }
 };
 
 } // namespace
 
 TEST(Expressions, OfSignalsMeanWhatTheyMeant) {
     using Connection = zeRTB::SignalBase::Connection;
-    zeRTB::SignalVoid none;
-    zeRTB::SignalArg<std::string> text;
+    zeRTB::SignalVoid signal;
     zeRTB::SignalClient client;
     Listener listener;
-    const Listener constant;
-    std::string captured;
-    EXPECT_TYPE(Connection*, none.connect(voidGlobal));
-    EXPECT_TYPE(bool, none.isConnected());
-    EXPECT_TYPE(int, none.numConnections());
-    none.connect(voidGlobal);
-    Connection* const lambda = none.connect([] { fired += 'l'; });
-    none.connect(
+    EXPECT_TYPE(Connection*, signal.connect(voidGlobal));
+    signal.connect(voidGlobal);
+    Connection* const lambda = signal.connect([] { fired += 'l'; }); // as a global function
+    signal.connect(
         client, +[] { fired += 'c'; });
-    none.connect(&listener, &Listener::plain);
-    none.connectOwned([&captured] { captured += 'o'; });
-    none.connectOwned(client, [] { fired += 'O'; });
-    none.send();
-    EXPECT_EQ(std::exchange(fired, "") + captured, "Opclvo");
-    none.disconnect(lambda);
-    none.disconnect(nullptr);
-    none.disconnectInstance(&listener);
-    EXPECT_NE(none.findGlobalCallback(reinterpret_cast<void*>(&voidGlobal)), nullptr);
-    EXPECT_EQ(none.numConnections(), 4);
-
-    text.connect(intGlobal);
-    text.connect(client, &constant, &Listener::other);
-    text.connect(&listener, &Listener::text);
-    text.send("x");
-    zeRTB::AsyncSignalArg<zeRTB::SignalArg<std::string>>(&text, "y").send();
-    EXPECT_EQ(std::exchange(fired, ""), "xxxyyy");
+    signal.connect(&listener, &Listener::plain);
+    signal.connectOwned(client, [] { fired += 'o'; });
+    signal.send();
+    EXPECT_EQ(fired, "opclv");
+    void (*const global)() = voidGlobal;
+    EXPECT_NE(signal.findGlobalCallback(reinterpret_cast<void*>(global)), nullptr);
+    signal.disconnect(lambda);
+    signal.disconnect(nullptr);
+    signal.disconnectInstance(&listener);
+    EXPECT_EQ(signal.numConnections(), 3);
 }
 
 // What must not compile, as it did not before: conversions that lose something, and mistakes.
