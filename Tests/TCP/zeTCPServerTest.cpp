@@ -135,7 +135,8 @@ TEST(Server, ChoosesAPortThatNobodyElseGets) {
     const int code = late.connect().code(); // that of IPv4, also where "::1" answers
     EXPECT_EQ(late.descriptor() != -1, server.isListening());
     EXPECT_TRUE(server.isListening() ? code == 3 : code != 0) << code;
-    const SystemFaults faults(onGetaddrinfo, {{EAI_AGAIN}}); // of "127.0.0.1": goes on, too
+    const SystemFaults faults(onGetaddrinfo,
+                              {SystemFaults::Answer{EAI_AGAIN}}); // of "127.0.0.1": goes on, too
     ClientSocket last(connection.address());
     EXPECT_EQ(last.connect().code() == 0, server.isListening());
 }
