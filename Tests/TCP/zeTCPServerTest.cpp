@@ -147,7 +147,7 @@ TEST(Server, ListensWhenItIsToAccept) {
     server.setLoopbackOnly();
     zeTCP::Socket* socket = nullptr;
     if (const zeUtil::Error error = server.accept(&socket, "1ms"); error.code() != 0)
-        GTEST_SKIP() << "no loopback network: " << text(error);
+        GTEST_SKIP() << "cannot listen: " << text(error);
     EXPECT_EQ(socket, nullptr); // the time is over
     EXPECT_TRUE(server.isListening() && server.getPort() > 0);
 
