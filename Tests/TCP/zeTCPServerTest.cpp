@@ -135,7 +135,8 @@ TEST(Server, ChoosesAPortThatNobodyElseGets) {
     const int code = late.connect().code(); // that of IPv4, also where "::1" answers
     EXPECT_EQ(late.descriptor() != -1, server.isListening());
     EXPECT_TRUE(server.isListening() ? code == 3 : code != 0) << code;
-    const SystemFaults faults(onGetaddrinfo, {{EAI_AGAIN}}); // of "127.0.0.1": goes on, too
+    const SystemFaults faults(SystemFaults::onGetaddrinfo,
+                              {{EAI_AGAIN}}); // of "127.0.0.1": goes on, too
     ClientSocket last(connection.address());
     EXPECT_EQ(last.connect().code() == 0, server.isListening());
 }
@@ -146,13 +147,13 @@ TEST(Server, ListensWhenItIsToAccept) {
     server.setLoopbackOnly();
     zeTCP::Socket* socket = nullptr;
     if (const zeUtil::Error error = server.accept(&socket, "1ms"); error.code() != 0)
-        GTEST_SKIP() << "no loopback network: " << text(error);
+        GTEST_SKIP() << "cannot listen: " << text(error);
     EXPECT_EQ(socket, nullptr); // the time is over
     EXPECT_TRUE(server.isListening() && server.getPort() > 0);
 
     Server unlucky(-1, 5);
     {
-        const SystemFaults faults(onBind, {{EADDRINUSE}, {EADDRINUSE}});
+        const SystemFaults faults(SystemFaults::onBind, {{EADDRINUSE}, {EADDRINUSE}});
         EXPECT_EQ(unlucky.accept("1ms").error.code(), 3);
     }
     EXPECT_EQ(unlucky.getPort(), 0); // and no longer -1

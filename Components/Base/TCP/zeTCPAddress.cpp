@@ -16,7 +16,6 @@
 
 namespace zeTCP {
 
-using zeString::EncodingUTF8;
 using zeString::IString;
 
 namespace {
@@ -105,12 +104,11 @@ void Address::parse(const IString& host, int port) {
     initialize();
     if (host.isEmpty())
         throw zeUtil::Error(2, "zeTCP::Address: empty address specified");
-    const IString given = host; // which may be one of the fields
-    numericKnown_ = inet_addr(given.asUTF8()) != INADDR_NONE;
+    numericKnown_ = inet_addr(host.asUTF8()) != INADDR_NONE;
     nameKnown_ = !numericKnown_;
-    numeric_ = numericKnown_ ? given : IString();
-    name_ = nameKnown_ ? given : IString();
-    isLocalhost_ = given == localhost;
+    numeric_ = numericKnown_ ? host : IString();
+    name_ = nameKnown_ ? host : IString();
+    isLocalhost_ = host == localhost;
 }
 
 bool Address::operator==(const Address& other) const {
@@ -132,7 +130,7 @@ zeUtil::Error Address::resolve() {
     IString name = name_;
     IString numeric = numeric_;
     // For a number, the empty name goes in: the lookup fails, and callers get that error.
-    const zeUtil::Error error =
+    zeUtil::Error error =
         numericKnown_ ? lookUp(name, numeric, addressToName) : lookUp(name, numeric, nameToAddress);
     if (error.code() == 0) {
         name_ = name;
