@@ -135,7 +135,8 @@ TEST(Server, ChoosesAPortThatNobodyElseGets) {
     const int code = late.connect().code(); // that of IPv4, also where "::1" answers
     EXPECT_EQ(late.descriptor() != -1, server.isListening());
     EXPECT_TRUE(server.isListening() ? code == 3 : code != 0) << code;
-    const SystemFaults faults(onGetaddrinfo, {{EAI_AGAIN}}); // of "127.0.0.1": goes on, too
+    const SystemFaults faults(SystemFaults::onGetaddrinfo,
+                              {{EAI_AGAIN}}); // of "127.0.0.1": goes on, too
     ClientSocket last(connection.address());
     EXPECT_EQ(last.connect().code() == 0, server.isListening());
 }
@@ -152,7 +153,7 @@ TEST(Server, ListensWhenItIsToAccept) {
 
     Server unlucky(-1, 5);
     {
-        const SystemFaults faults(onBind, {{EADDRINUSE}, {EADDRINUSE}});
+        const SystemFaults faults(SystemFaults::onBind, {{EADDRINUSE}, {EADDRINUSE}});
         EXPECT_EQ(unlucky.accept("1ms").error.code(), 3);
     }
     EXPECT_EQ(unlucky.getPort(), 0); // and no longer -1
