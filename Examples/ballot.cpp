@@ -89,7 +89,8 @@ int serve(int toCome) {
         ready.add(server);
         for (const auto& client : clients)
             ready.add(*client);
-        ready.wait(zeUtil::Interval()); // zero means for ever; the result says no more than that
+        if (ready.wait("30s").code() == 0) // which says that the time ran out; zero means for ever
+            return fail({1, "nobody comes any more"});
         std::erase_if(clients, [&](const auto& client) {
             return ready.isReadable(*client) && !answer(*client, votes);
         });

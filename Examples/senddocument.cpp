@@ -101,7 +101,7 @@ bool load(zeOS::MemoryIOStream& memory, Values& values) {
     return in->good();
 }
 
-/// Serves one client, without a time-out.
+/// Serves one client.
 int receive() {
     zeTCP::Server server(-1, 1); // on any port that is free
     server.setLoopbackOnly();
@@ -109,7 +109,7 @@ int receive() {
         return fail(error.message());
     std::printf("%d\n", server.getPort());
     std::fflush(stdout);
-    const auto [socket, error] = server.accept(zeUtil::Interval()); // zero means for ever
+    const auto [socket, error] = server.accept("30s"); // a zero interval means for ever
     const std::unique_ptr<zeTCP::ServerSocket> client(socket);
     zeOS::MemoryIOStream memory(65536, nullptr);
     Values values;

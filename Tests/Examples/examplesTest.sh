@@ -5,6 +5,7 @@
 set -euo pipefail
 PATH=$(realpath "$2"):$PATH
 export LC_ALL=C.UTF-8
+unset ZE_IPV6_ONLY # the commands connect by IPv4
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 
