@@ -7,7 +7,7 @@ programs=$1/Benchmarks
 shift
 results=$programs/results
 mkdir -p "$results"
-[ $# -gt 0 ] || set -- packets text references compression filters packageFile treeAndHash signals blocks strings catalogs cache packing linear paths files walks output options moveable processes primitives pool
+[ $# -gt 0 ] || set -- packets text references compression filters packageFile treeAndHash signals blocks strings catalogs cache packing linear paths files walks output options moveable processes primitives pool undo
 # Files are written to memory: what is measured is the code, not the disk.
 [ -n "${TMPDIR:-}" ] || { [ -w /dev/shm ] && export TMPDIR=/dev/shm; }
 for group; do
