@@ -2,8 +2,7 @@
 
 // What a program would write by itself: steps that are vectors of owned commands with names, whose
 // virtual operations are called as often and in the same order as ours. It has no flags, no limits,
-// no signals and no trace. There are two classes of commands, as in any program, so that the
-// compiler does not see through the calls.
+// no signals and no trace.
 
 #include <memory>
 #include <string>
@@ -83,13 +82,17 @@ void drop(Step& step) {
     step.clear();
 }
 
+/// All commands are of one class, as ours; but the compiler cannot know, and see through the calls.
 Step made(int& cell, int n) {
+    bool isOther = false;
+    benchmark::DoNotOptimize(isOther);
     Step step;
-    for (int i = 0; i < n; ++i)
-        if (i % 2 == 0)
-            step.push_back(std::make_unique<peer::Assign<0>>(cell, i));
-        else
+    for (int i = 0; i < n; ++i) {
+        if (isOther)
             step.push_back(std::make_unique<peer::Assign<1>>(cell, i));
+        else
+            step.push_back(std::make_unique<peer::Assign<0>>(cell, i));
+    }
     return step;
 }
 

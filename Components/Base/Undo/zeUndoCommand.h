@@ -65,8 +65,7 @@ public:
     /// constructor of a derived class that can throw passes null instead, and its caller calls
     /// Group::addCommand(): the group would keep a pointer to an object that never came to be.
     Command(Group* group, const char* name);
-    Command(const Command&) =
-        delete; ///< A command is known by its address, and owned by its group.
+    Command(const Command&) = delete; ///< It is known by its address: make another one.
     Command& operator=(const Command&) = delete;
 
     /// Called by the group that owns the command, after commit().
