@@ -28,15 +28,14 @@
 namespace {
 
 constexpr const char* names[] = {
-    "open",        "openat",      "close",       "read",        "write",     "fsync",
-    "fopen",       "fdopen",      "fread",       "fgets",       "fwrite",    "fclose",
-    "rename",      "unlink",      "unlinkat",    "mkdir",       "rmdir",     "mkostemp",
-    "tempnam",     "opendir",     "fdopendir",   "readdir",     "stat",      "lstat",
-    "fstat",       "access",      "getcwd",      "chdir",       "statvfs",   "pipe2",
-    "fcntl",       "fork",        "execv",       "waitpid",     "sigaction", "lseek",
-    "ftruncate",   "mkdirat",     "socket",      "bind",        "listen",    "accept4",
-    "connect",     "send",        "recv",        "select",      "shutdown",  "setsockopt",
-    "getsockname", "getpeername", "getaddrinfo", "getnameinfo", "renameat",
+    "open",        "openat",    "close",   "read",     "write",    "fsync",       "fopen",
+    "fdopen",      "fread",     "fgets",   "fwrite",   "fclose",   "rename",      "unlink",
+    "unlinkat",    "mkdir",     "rmdir",   "mkostemp", "tempnam",  "opendir",     "fdopendir",
+    "readdir",     "stat",      "lstat",   "fstat",    "access",   "getcwd",      "chdir",
+    "statvfs",     "pipe2",     "fcntl",   "fork",     "execv",    "waitpid",     "sigaction",
+    "lseek",       "ftruncate", "mkdirat", "socket",   "bind",     "listen",      "accept4",
+    "connect",     "send",      "recv",    "select",   "shutdown", "getsockname", "getaddrinfo",
+    "getnameinfo", "renameat",
 };
 static_assert(std::size(names) == SystemFaults::callCount);
 
@@ -92,6 +91,13 @@ Result answer(SystemFaults::Call call, Result failure, Arguments... arguments) {
     if (SystemFaults::next(call).error)
         return failure;
     return genuine<Result>(call, arguments...);
+}
+
+/// The same for a call that moves bytes, at most as many as the answer allows.
+template<class Bytes, class... Flags>
+ssize_t moved(SystemFaults::Call call, int fd, Bytes* bytes, size_t n, Flags... flags) {
+    const auto [error, limit] = SystemFaults::next(call);
+    return error ? -1 : genuine<ssize_t>(call, fd, bytes, std::min(n, limit), flags...);
 }
 
 /// The same for a call of the resolver, which returns its error.
@@ -212,17 +218,11 @@ int close(int fd) {
 }
 
 ssize_t read(int fd, void* destination, size_t n) {
-    const auto [error, limit] = SystemFaults::next(SystemFaults::onRead);
-    if (error)
-        return -1;
-    return genuine<ssize_t>(SystemFaults::onRead, fd, destination, std::min(n, limit));
+    return moved(SystemFaults::onRead, fd, destination, n);
 }
 
 ssize_t write(int fd, const void* source, size_t n) {
-    const auto [error, limit] = SystemFaults::next(SystemFaults::onWrite);
-    if (error)
-        return -1;
-    return genuine<ssize_t>(SystemFaults::onWrite, fd, source, std::min(n, limit));
+    return moved(SystemFaults::onWrite, fd, source, n);
 }
 
 int fsync(int fd) {
@@ -410,17 +410,11 @@ int connect(int fd, const sockaddr* address, socklen_t size) {
 }
 
 ssize_t send(int fd, const void* source, size_t n, int flags) {
-    const auto [error, limit] = SystemFaults::next(SystemFaults::onSend);
-    if (error)
-        return -1;
-    return genuine<ssize_t>(SystemFaults::onSend, fd, source, std::min(n, limit), flags);
+    return moved(SystemFaults::onSend, fd, source, n, flags);
 }
 
 ssize_t recv(int fd, void* destination, size_t n, int flags) {
-    const auto [error, limit] = SystemFaults::next(SystemFaults::onRecv);
-    if (error)
-        return -1;
-    return genuine<ssize_t>(SystemFaults::onRecv, fd, destination, std::min(n, limit), flags);
+    return moved(SystemFaults::onRecv, fd, destination, n, flags);
 }
 
 int select(int n, fd_set* readable, fd_set* writable, fd_set* exceptional, timeval* timeout) {
@@ -431,16 +425,8 @@ int shutdown(int fd, int how) noexcept {
     return answer(SystemFaults::onShutdown, -1, fd, how);
 }
 
-int setsockopt(int fd, int level, int name, const void* value, socklen_t size) noexcept {
-    return answer(SystemFaults::onSetsockopt, -1, fd, level, name, value, size);
-}
-
 int getsockname(int fd, sockaddr* address, socklen_t* size) noexcept {
     return answer(SystemFaults::onGetsockname, -1, fd, address, size);
-}
-
-int getpeername(int fd, sockaddr* address, socklen_t* size) noexcept {
-    return answer(SystemFaults::onGetpeername, -1, fd, address, size);
 }
 
 int getaddrinfo(const char* node, const char* service, const addrinfo* hints, addrinfo** list) {

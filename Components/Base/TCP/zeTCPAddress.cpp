@@ -110,7 +110,7 @@ void Address::parse(const IString& host, int port) {
     nameKnown_ = !numericKnown_;
     numeric_ = numericKnown_ ? given : IString();
     name_ = nameKnown_ ? given : IString();
-    isLocalhost_ = numericKnown_ && given == localhost;
+    isLocalhost_ = given == localhost;
 }
 
 bool Address::operator==(const Address& other) const {

@@ -35,8 +35,8 @@ public:
     ///
     /// Code 2: failed, was interrupted by a signal, the name was not found ("getaddrinfo failed:
     /// ...", with a text that need not fit) or no protocol can be used. Code 3: refused. Code 4:
-    /// the network is unreachable. For each address that failed, a line "Connection failed: ..."
-    /// goes to standard output.
+    /// the network is unreachable. Of several addresses that fail, the last one's error counts. For
+    /// each that failed, a line "Connection failed: ..." goes to standard output.
     ///
     /// After a failure it may be called again. The socket must never have had a descriptor: make a
     /// new ClientSocket to connect again after close().

@@ -13,6 +13,7 @@
 ///
 /// @code
 /// #include <sys/socket.h>
+/// #include <unistd.h>
 /// int ends[2];
 /// assert(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) == 0);
 /// assert(zeTCP::doSelect(ends[0], zeUtil::Interval("1ms")) == 0);

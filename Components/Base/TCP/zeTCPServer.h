@@ -7,8 +7,8 @@
 /// Linux lets an IPv6 socket on all interfaces take IPv4 connections too, so that the second bind
 /// finds the port in use: **listen() then returns code 3, and yet the server listens**, for both.
 /// What a caller does about it:
-/// - Call setLoopbackOnly(), or run with ZE_IPV4_ONLY: there both binds succeed, or only one is
-///   made, and an error is an error.
+/// - Call setLoopbackOnly(), or run with ZE_IPV4_ONLY: there the two do not collide, and an error
+///   is an error.
 /// - Otherwise ask isListening(), not the result. remoteAddress() of a connection is then
 ///   "0.0.0.0", and connectionPending() is always false: wait by accept() or zeTCP::WaitReadable.
 ///
@@ -25,10 +25,10 @@
 /// #include "Base/Utility/zeUtilInterval.h"
 /// zeTCP::Server server(-1, 5); // on a port that the system chooses
 /// server.setLoopbackOnly();
-/// if (server.listen().code() == 0) {
-///     const zeTCP::Address here(zeTCP::Address::localhost, server.getPort());
-///     zeTCP::ClientSocket client(here);
-///     client.connect();
+/// server.listen();
+/// zeTCP::ClientSocket client(zeTCP::Address(zeTCP::Address::localhost, server.getPort()));
+/// client.connect();
+/// if (client.descriptor() != -1) {
 ///     const auto [accepted, error] = server.accept(zeUtil::Interval("10s"));
 ///     const std::unique_ptr<zeTCP::ServerSocket> connection(accepted);
 ///     assert(connection && connection->connected());
@@ -60,9 +60,11 @@ struct AcceptResult {
 /// Listens on one port. Neither copied nor moved: hold it by pointer.
 class ZEBASE_API Server {
 public:
-    /// Makes no socket yet. With `port` -1 the system chooses one that is free for all protocols,
-    /// which getPort() tells after listen(). `backlog` is how many connections may wait to be
-    /// accepted, as for the system's `listen`.
+    /// Makes no socket yet. `backlog` is how many connections may wait to be accepted, as for the
+    /// system's `listen`. With `port` -1 the system chooses one, which getPort() tells after
+    /// listen(): free for IPv6, and taken for IPv4 too. **Now and then it is in use there** (a
+    /// connection that ended a minute ago is enough), and listen() returns code 3 though on the
+    /// loopback interface: make another Server then.
     ///
     /// Port 0 lets the system choose too, but getPort() stays 0 where only IPv4 is used.
     Server(int port, int backlog);

@@ -9,9 +9,9 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <climits>
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 #include "Base/OS/zeOSError.h"
 #include "Base/Strings/zeStringCString.h"

@@ -153,7 +153,8 @@ public:
 
     /// A C stream over the descriptor, for reading and writing, which close() closes. Made by the
     /// first call; **each later one returns it together with an error** of code 2, as does a call
-    /// without a descriptor, with null. Code 1: failed.
+    /// without a descriptor, with null. Code 1: failed. Do not mix it with read() and write(),
+    /// which know nothing of its buffers.
     StreamResult getCStream();
     /// The same, storing the stream only where there is no error: that is, once.
     zeUtil::Error getCStream(std::FILE*& stream);

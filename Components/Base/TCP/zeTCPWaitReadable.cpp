@@ -65,11 +65,10 @@ zeUtil::Error waitReadable(const std::vector<Socket*>& in, std::vector<Socket*>&
     DescriptorSetImpl set;
     for (const Socket* socket : in)
         set.add(socket->descriptor());
-    const int result = set.select(timeout);
-    if (result < 0)
+    if (set.select(timeout) < 0)
         return {1, "select() failed"};
     for (Socket* socket : in)
-        if (result > 0 && set.contains(socket->descriptor()))
+        if (set.contains(socket->descriptor()))
             out.push_back(socket);
     return {};
 }
