@@ -124,6 +124,7 @@ int vote(int port, char** choices) {
 
 int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN); // a peer that has gone is an error, and not the end
+    setenv("ZE_IPV4_ONLY", "", 0); // a port that is free for IPv6 may be in use for IPv4
     const std::string_view what = argc > 2 ? argv[1] : "";
     if (what == "serve")
         return serve(std::atoi(argv[2]));

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 
-// Sends a document, as packets, to a server that checks and reads it, and answers. What comes from
-// a network is received as a whole first, up to a limit, and checked: a document that is cut off
-// would keep its reader waiting for ever.
+// Sends a document, as packets, to a server that takes all of it, up to a limit, checks it, reads
+// it and answers. Reading a document that is cut off would never end.
 //
 //     $ mkfifo port; senddocument receive > port & read p < port; senddocument send $p 1 2.5 4
 //     3 values, 7.5 in all
@@ -97,9 +96,9 @@ bool load(zeOS::MemoryIOStream& memory, Values& values) {
     types.supportedType(new ValueType); // the registry owns it
     std::unique_ptr<ioReadContext> in(ioReadContextAlloc(stream, &types));
     Loader loader(in.get());
-    const bool isRead = loader.readFile() == ioOK;
+    loader.readFile();
     values = loader.values;
-    return isRead;
+    return in->good();
 }
 
 /// Serves one client, without a time-out.
@@ -141,6 +140,7 @@ int sendTo(int port, char** arguments) {
 
 int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN); // a peer that has gone is an error, and not the end
+    setenv("ZE_IPV4_ONLY", "", 0); // a port that is free for IPv6 may be in use for IPv4
     if (argc == 2 && argv[1] == std::string_view("receive"))
         return receive();
     if (argc > 2 && argv[1] == std::string_view("send"))

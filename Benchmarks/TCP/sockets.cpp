@@ -17,21 +17,18 @@ namespace {
 
 class OurEnd {
 public:
+    using Message = zeString::CString;
+
     explicit OurEnd(int fd) : socket_(fd) {}
 
-    bool send(const std::string& message) { return socket_.write(message.c_str()).code() == 0; }
-    bool receive(std::string& message) {
-        const bool isReceived = socket_.read(text_).code() == 0;
-        message = text_.asChar();
-        return isReceived;
-    }
+    bool send(const Message& message) { return socket_.write(message).code() == 0; }
+    bool receive(Message& message) { return socket_.read(message).code() == 0; }
     bool sendBytes(const std::string& bytes) {
         return socket_.write(bytes.data(), bytes.size(), nullptr).code() == 0;
     }
 
 private:
     zeTCP::ServerSocket socket_;
-    zeString::CString text_;
 };
 
 /// Times `write`, which sends all packets to the descriptor that it is given and closes that.
@@ -74,7 +71,7 @@ void toPipe(int fd) {
 }
 
 int makeConnection(int& there) {
-    const bench::Connection connection;
+    const bench::Connection connection(false);
     there = connection.there;
     return connection.here;
 }

@@ -23,6 +23,8 @@ struct Head {
 
 class RawEnd {
 public:
+    using Message = std::string;
+
     explicit RawEnd(int fd) : fd_(fd) {}
     RawEnd(const RawEnd&) = delete;
     RawEnd& operator=(const RawEnd&) = delete;
@@ -72,11 +74,13 @@ public:
 
 class AsioEnd {
 public:
+    using Message = std::string;
+
     explicit AsioEnd(int fd) : socket_(io_, asio::ip::tcp::v4(), fd) {}
 
     bool send(const std::string& message) {
         const Head head(message.size());
-        const asio::const_buffer parts[] = {asio::buffer(head.bytes), asio::buffer(message)};
+        const std::array parts = {asio::buffer(head.bytes), asio::buffer(message)};
         boost::system::error_code error;
         asio::write(socket_, parts, error);
         return !error;

@@ -20,9 +20,9 @@
 
 namespace bench {
 
-/// The two ends of a connection, with TCP_NODELAY; whoever takes an end closes it.
+/// The two ends of a connection; whoever takes an end closes it. TCP_NODELAY is for dialogues.
 struct Connection {
-    Connection() {
+    explicit Connection(bool noDelay) {
         const int listening = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
         sockaddr_in address{};
         address.sin_family = AF_INET;
@@ -36,7 +36,7 @@ struct Connection {
         require(connect(here, generic, size) == 0, "a connection");
         there = accept(listening, nullptr, nullptr);
         close(listening);
-        const int on = 1;
+        const int on = noDelay;
         for (const int fd : {here, there})
             require(setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on) == 0, "TCP_NODELAY");
     }
@@ -56,21 +56,21 @@ inline size_t drain(int fd) {
 }
 
 /// A message of `size` bytes goes there and comes back. An `End` is made of a descriptor, which it
-/// owns; its send() and receive() move one message and return whether that worked.
+/// owns; its send() and receive() move one `End::Message` and return whether that worked.
 template<class End>
 void regRoundTrip(const std::string& peer) {
     for (const size_t size : {16, 1024, 65535})
         reg("roundtrip/" + peer + "/" + std::to_string(size), [size](State& s) {
-            const Connection connection;
+            const Connection connection(true);
             std::thread server([fd = connection.there] {
                 End end(fd);
-                for (std::string message; end.receive(message) && end.send(message);) {
+                for (typename End::Message message; end.receive(message) && end.send(message);) {
                 }
             });
             {
                 End end(connection.here);
-                const std::string message = text(size);
-                std::string answer;
+                const typename End::Message message = text(size).c_str();
+                typename End::Message answer;
                 require(end.send(message) && end.receive(answer) && answer == message, "the echo");
                 for (auto _ : s)
                     keep(end.send(message) && end.receive(answer));
@@ -89,7 +89,7 @@ void regBulk(const std::string& peer) {
         reg("bulk/" + peer + "/" + std::to_string(size), [size](State& s) {
             const std::string piece = text(size);
             for (auto _ : s) {
-                const Connection connection;
+                const Connection connection(false);
                 size_t received = 0;
                 std::thread reader([&] { received = drain(connection.there); });
                 bool isSent = true;

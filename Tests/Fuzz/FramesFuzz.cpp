@@ -2,8 +2,6 @@
 
 // Bytes that a peer sends, taken for framed strings and for packets.
 
-#include <sys/socket.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -14,9 +12,9 @@
 
 #include "Base/IO/ioPacketFileCheck.h"
 #include "Base/Strings/zeStringCString.h"
-#include "Base/TCP/zeTCPServerSocket.h"
 
 #include "IO/chain/TestLinks.h"
+#include "TCP/Connection.h"
 
 namespace {
 
@@ -27,30 +25,6 @@ void require(bool holds) {
     if (!holds)
         std::abort();
 }
-
-/// Two connected ends.
-class Connection {
-public:
-    Connection() : Connection(Ends()) {}
-
-    zeTCP::ServerSocket here;
-    zeTCP::ServerSocket there;
-
-private:
-    struct Ends {
-        Ends() { require(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, fds) == 0); }
-        int fds[2];
-    };
-    explicit Connection(const Ends& ends) : here(ends.fds[0]), there(ends.fds[1]) {}
-};
-
-/// A connection at whose reading end these bytes wait, and nothing behind them.
-struct Received : Connection {
-    explicit Received(std::string_view bytes) {
-        require(bytes.empty() || here.write(bytes.data(), bytes.size(), nullptr).code() == 0);
-        here.close(2);
-    }
-};
 
 /// The obvious way to take frames apart, up to the first that is not whole.
 std::vector<std::string_view> twinOfFrames(std::string_view bytes) {
@@ -73,25 +47,26 @@ std::string_view upToATerminator(std::string_view bytes) {
 
 /// All whole frames come, then an error; what was read before stays.
 void readFrames(std::string_view bytes) {
-    Received connection(bytes);
+    Pair pair{std::string(bytes)};
+    pair.there.close(2);
     zeString::CString text("none");
     std::string last = "none";
     for (const std::string_view frame : twinOfFrames(bytes)) {
-        require(connection.there.read(text).code() == 0);
+        require(pair.here.read(text).code() == 0);
         require(text.asChar() == upToATerminator(frame));
         last = text.asChar();
     }
-    require(connection.there.read(text).code() == 4 && text.asChar() == last);
+    require(pair.here.read(text).code() == 4 && text.asChar() == last);
 }
 
 /// Frames that are written anew are the same bytes.
 void writeFrames(std::string_view bytes) {
-    Connection connection;
+    Pair pair;
     for (const std::string_view frame : twinOfFrames(bytes)) {
         const zeString::CString text(frame.data(), static_cast<int>(frame.size()));
-        require(connection.here.write(text).code() == 0);
+        require(pair.there.write(text).code() == 0);
         std::string wire(frame.size() + 2, '\0');
-        require(connection.there.read(wire.data(), wire.size(), nullptr).code() == 0);
+        require(pair.here.read(wire.data(), wire.size(), nullptr).code() == 0);
         require(wire == std::string_view(frame.data() - 2, wire.size()));
     }
 }
@@ -99,11 +74,12 @@ void writeFrames(std::string_view bytes) {
 /// A packet file is judged over a connection as from memory, but that a cut one has failed there
 /// and is short here.
 void checkPackets(std::string_view bytes) {
-    Received connection(bytes);
-    ioBufferedStreamInput socketStream;
-    socketStream.openSocket(&connection.there);
-    const ioStatus overSocket = ioPacketFileCheck(socketStream);
     std::string copy(bytes);
+    Pair pair(copy);
+    pair.there.close(2);
+    ioBufferedStreamInput socketStream;
+    socketStream.openSocket(&pair.here);
+    const ioStatus overSocket = ioPacketFileCheck(socketStream);
     StreamOver<ioBufferedStreamInput> memoryStream(new MemorySink(true, 4096, copy));
     const ioStatus inMemory = ioPacketFileCheck(memoryStream);
     require((overSocket == ioOK) == (inMemory == ioOK));

@@ -1,45 +1,29 @@
 // SPDX-License-Identifier: MIT
 
-// Packet files over real connections, and over other streams. The connections are socket pairs,
-// which need no network.
+// Packet files over connections, which are socket pairs and need no network, and over another
+// stream.
 
 #include "Base/IO/ioBufferTCP.h"
 
-#include <sys/socket.h>
-
-#include <csignal>
+#include <cerrno>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "Base/IO/ioPacketFileCheck.h"
-#include "Base/OS/zeOSFile.h"
 #include "Base/OS/zeOSMemoryIOStream.h"
-#include "Base/Strings/zeStringIString.h"
-#include "Base/TCP/zeTCPServerSocket.h"
-#include "Support/TempFolder.h"
+#include "Support/FaultTrial.h"
 
 #include "IO/formats/PacketFileSupport.h"
+#include "TCP/Connection.h"
 
 namespace {
 
-constexpr ioWriteMethod methods[] = {ioWriteAscii, ioWriteBinary, ioWriteAsciiDebug,
-                                     ioWriteBinaryDebug};
-
-/// Two connected ends.
-struct Pair {
-    struct Ends {
-        Ends() { EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, fds), 0); }
-        int fds[2] = {-1, -1};
-    };
-
-    explicit Pair(const Ends& ends = Ends()) : here(ends.fds[0]), there(ends.fds[1]) {}
-
-    zeTCP::ServerSocket here;
-    zeTCP::ServerSocket there;
-};
+using SF = SystemFaults;
 
 /// A packet file of things, each a number and a text of 100 bytes.
 struct Document {
@@ -62,8 +46,6 @@ struct Document {
             context->endPacket();
         }
         context->endFile();
-        if (compressed)
-            out.compress(false);
         out.close();
     }
 
@@ -74,8 +56,8 @@ struct Document {
         int count = 0;
         packets::Registry registry(true, {{"thing", [&](ioClientReadContext& client) {
                                                const int i = client.readInt();
-                                               count +=
-                                                   i == count && text(i) == client.readCString();
+                                               const bool is = text(i) == client.readCString();
+                                               count += is && i == count;
                                            }}});
         const std::unique_ptr<ioReadContext> context(ioReadContextAlloc(in, &registry));
         const bool complete =
@@ -83,32 +65,13 @@ struct Document {
         in.close();
         return complete && in.getStatus() == streamOK;
     }
-
-    std::string bytes() const {
-        std::string result;
-        StreamOver<ioBufferedStreamOutput> out(new MemorySink(false, 4096, result));
-        write(out);
-        return result;
-    }
-};
-
-class PacketConnection : public testing::Test {
-protected:
-    PacketConnection() { std::signal(SIGPIPE, SIG_IGN); }
-};
-
-/// A stream that delivers one byte at a time.
-struct Trickle : zeOS::MemoryIOStream {
-    using MemoryIOStream::MemoryIOStream;
-    zeUtil::Error read(void* buffer, unsigned long, unsigned long* done) override {
-        return MemoryIOStream::read(buffer, 1, done);
-    }
 };
 
 } // namespace
 
-TEST_F(PacketConnection, CarriesEveryFormOfAFileBothWays) {
-    for (const ioWriteMethod method : methods)
+TEST(PacketConnection, CarriesEveryFormOfAFileBothWaysEvenByteByByte) {
+    for (const ioWriteMethod method :
+         {ioWriteAscii, ioWriteBinary, ioWriteAsciiDebug, ioWriteBinaryDebug})
         for (const bool compressed : {false, true}) {
             SCOPED_TRACE(testing::Message() << method << compressed);
             const Document sent{method, compressed, 100};
@@ -120,6 +83,7 @@ TEST_F(PacketConnection, CarriesEveryFormOfAFileBothWays) {
             EXPECT_EQ(out.getStatus(), streamOK);
             pair.here.close(2); // the reader of the last block waits for this
 
+            const SF oneByOne(SF::onRecv, std::vector<SF::Answer>(100000, {0, 1}));
             ioBufferedStreamInput in;
             in.openSocket(&pair.there);
             EXPECT_TRUE(sent.isReadFrom(in));
@@ -128,133 +92,95 @@ TEST_F(PacketConnection, CarriesEveryFormOfAFileBothWays) {
             pair.there.close(2);
             in.openSocket(&pair.here);
             EXPECT_TRUE(answer.isReadFrom(in));
-        }
-}
 
-TEST_F(PacketConnection, IsOneKindOfStreamAmongOthers) {
-    const TempFolder folder;
-    const zeString::IString name(folder.path("file").c_str());
-    for (const ioWriteMethod method : methods)
-        for (const bool compressed : {false, true}) {
-            const Document document{method, compressed, 100};
-            ioBufferedStreamOutput out;
-            ioBufferedStreamInput in;
-            Trickle memory(1000, nullptr);
+            zeOS::MemoryIOStream memory(1000, nullptr); // delivers 1000 bytes at most
             memory.openForWrite();
             out.openIOStream(&memory);
-            document.write(out);
-            memory.close();
+            sent.write(out);
             memory.openForRead();
             in.openIOStream(&memory);
-            EXPECT_TRUE(document.isReadFrom(in));
-
-            zeOS::File file(name);
-            EXPECT_EQ(file.open(zeOS::File::ModeWrite | zeOS::File::ModeBinary).code(), 0);
-            out.openIOStream(&file);
-            document.write(out);
-            EXPECT_EQ(out.getStatus(), streamOK);
-            file.close();
-            EXPECT_TRUE(folder.read("file") == document.bytes());
-            EXPECT_EQ(file.open(zeOS::File::ModeRead | zeOS::File::ModeBinary).code(), 0);
-            in.openIOStream(&file);
-            EXPECT_TRUE(document.isReadFrom(in));
-            file.close();
+            EXPECT_TRUE(sent.isReadFrom(in));
         }
 }
 
-TEST_F(PacketConnection, WaitsForEachByteThatComesAlone) {
-    const Document document{ioWriteAscii, false, 50};
+// One thread reads from each socket while another writes to it, more than the connection holds.
+TEST(PacketConnection, CarriesBothDirectionsAtOnce) {
+    const Document document{ioWriteBinary, false, 20'000};
     Pair pair;
-    std::thread sender([&, bytes = document.bytes()] {
-        for (const char& byte : bytes)
-            pair.here.write(&byte, 1, nullptr);
-        pair.here.close(2);
-    });
-    ioBufferedStreamInput in;
-    in.openSocket(&pair.there);
-    EXPECT_TRUE(document.isReadFrom(in));
-    sender.join();
+    const auto send = [&](zeTCP::Socket& socket) {
+        ioBufferedStreamOutput out;
+        out.openSocket(&socket);
+        document.write(out);
+        shutdown(socket.descriptor(), SHUT_WR); // close(2) may not overlap a read
+    };
+    const auto receive = [&](zeTCP::Socket& socket) {
+        ioBufferedStreamInput in;
+        in.openSocket(&socket);
+        EXPECT_TRUE(document.isReadFrom(in));
+    };
+    std::thread threads[] = {std::thread([&] { send(pair.here); }),
+                             std::thread([&] { receive(pair.here); }),
+                             std::thread([&] { send(pair.there); })};
+    receive(pair.there);
+    for (std::thread& thread : threads)
+        thread.join();
 }
 
 // Whatever has come before is delivered, and then the stream has failed: nothing waits, and no cut
 // file is taken for a whole one.
-TEST_F(PacketConnection, FailsWhereItIsCutOrResetAndKnowsThatTheFileIsNotWhole) {
-    for (const ioWriteMethod method : methods) {
-        const std::string bytes = Document{method, false, 2}.bytes();
-        // The newline that ends a text is of no account.
-        const bool isText = method == ioWriteAscii || method == ioWriteAsciiDebug;
-        const std::size_t whole = bytes.size() - isText;
+TEST(PacketConnection, FailsWhereItIsCutOrResetAndKnowsThatTheFileIsNotWhole) {
+    for (const packets::Form& form : packets::forms) {
+        const std::string bytes = form.file(form.thing(form.text ? "7 " : "7"));
+        const std::size_t whole = bytes.size() - form.text; // the last newline is of no account
         for (const bool isReset : {false, true})
             for (std::size_t cut = 0; cut <= bytes.size(); ++cut) {
-                Pair pair;
-                if (cut > 0)
-                    pair.here.write(bytes.data(), cut, nullptr);
+                Pair pair(bytes.substr(0, cut));
                 if (isReset) // the other end is closed with a byte that it has not read
-                    pair.there.write("x", 1, nullptr);
-                pair.here.close(3);
+                    pair.here.write("x", 1, nullptr);
+                pair.there.close(3);
                 ioBufferedStreamInput in;
-                in.openSocket(&pair.there);
-                ASSERT_EQ(ioPacketFileCheck(in) == ioOK, cut >= whole) << method << ' ' << cut;
+                in.openSocket(&pair.here);
+                ASSERT_EQ(ioPacketFileCheck(in) == ioOK, cut >= whole) << form.method << ' ' << cut;
                 while (in.readChar() != 0) { // a newline at most
                 }
-                ASSERT_EQ(in.getStatus(), streamIOError) << method << ' ' << cut;
+                ASSERT_EQ(in.getStatus(), streamIOError) << form.method << ' ' << cut;
             }
     }
 }
 
-TEST_F(PacketConnection, ReportsAPeerThatIsGoneToTheWriter) {
-    const Document document{ioWriteBinary, false, 1};
-    for (const bool throws : {false, true}) {
-        Pair pair;
-        pair.here.setThrowMode(throws);
-        pair.there.close(3);
-        ioBufferedStreamOutput out;
-        out.openSocket(&pair.here);
-        document.write(out);
-        EXPECT_EQ(out.getStatus(), streamIOError); // known at close(), which writes the block
-    }
-}
-
-// What Documentation/network.md recommends for several documents over one connection.
-TEST_F(PacketConnection, CarriesADialogueIfAStreamSaysWhereEachDocumentEnds) {
-    class Pieces : public zeOS::IOStream {
-    public:
-        explicit Pieces(zeTCP::Socket& socket) : socket_(socket) {}
-
-        zeUtil::Error read(void* buffer, unsigned long count, unsigned long* done) override {
-            unsigned size = 0;
-            zeUtil::Error error = socket_.read(&size, sizeof size, nullptr);
-            if (error.code() != 0 || size == 0 || size > count)
-                return error.code() != 0 ? error : zeUtil::Error(1, "the end of a document");
-            return socket_.read(buffer, size, done);
-        }
-        zeUtil::Error write(const void* buffer, unsigned long count, unsigned long*) override {
-            const unsigned size = static_cast<unsigned>(count);
-            const zeUtil::Error error = socket_.write(&size, sizeof size, nullptr);
-            return error.code() != 0 ? error : socket_.write(buffer, count, nullptr);
-        }
-        void endDocument() { write(nullptr, 0, nullptr); }
-
-    private:
-        zeTCP::Socket& socket_;
+TEST(PacketConnection, SurvivesInterruptionsAndReportsFailuresOfEachCall) {
+    constexpr std::size_t blocks = 3; // which the document takes
+    const struct {
+        SF::Call call;
+        SF::Answer answer;
+        bool isFailure;
+    } cases[] = {
+        {SF::onSend, {EINTR}, false}, {SF::onSend, {0, 1}, false}, {SF::onSend, {EPIPE}, true},
+        {SF::onRecv, {EINTR}, false}, {SF::onRecv, {0, 1}, false}, {SF::onRecv, {ECONNRESET}, true},
     };
-
-    Pair pair;
-    Pieces here(pair.here);
-    Pieces there(pair.there);
-    for (int turn = 0; turn < 3; ++turn) {
-        const Document document{methods[turn], turn == 1, 30 * turn};
-        Pieces& from = turn % 2 ? there : here;
-        Pieces& to = turn % 2 ? here : there;
-        ioBufferedStreamOutput out;
-        out.openIOStream(&from);
-        document.write(out);
-        from.endDocument();
-        ioBufferedStreamInput in;
-        in.openIOStream(&to);
-        EXPECT_TRUE(document.isReadFrom(in));
-        in.openIOStream(&to);
-        EXPECT_EQ(in.readChar(), 0);
-        EXPECT_EQ(in.getStatus(), streamEOF);
+    const Document document;
+    for (const auto& test : cases) {
+        bool isWritten = false;
+        bool isRead = false;
+        std::optional<Pair> pair;
+        FaultTrial trial;
+        trial.prepare = [&] { pair.emplace(); };
+        trial.operation = [&] {
+            ioBufferedStreamOutput out;
+            out.openSocket(&pair->here);
+            document.write(out);
+            isWritten = out.getStatus() == streamOK;
+            pair->here.close(2);
+            ioBufferedStreamInput in;
+            in.openSocket(&pair->there);
+            isRead = document.isReadFrom(in);
+        };
+        trial.check = [&](const Fault& fault) {
+            // A failure behind the last byte comes with bytes, and does no harm.
+            const bool harms = test.isFailure && fault.n > 0 && fault.n <= blocks;
+            EXPECT_EQ(isWritten, !harms || test.call == SF::onRecv) << fault.n;
+            EXPECT_EQ(isRead, !harms) << fault.n;
+        };
+        EXPECT_GE(trial.run(test.call, test.answer), blocks);
     }
 }
