@@ -88,7 +88,8 @@ void Connection::begin(const Request& request) {
         output_ += lines;
         return;
     }
-    checkName(request.name);
+    if (const char* fault = nameFault(request.name))
+        throw app::Failure(fault);
     if (request.command == "get") {
         OpenDocument document = store_.open(request.name);
         answer(answers::ok, std::to_string(document.size));

@@ -60,20 +60,18 @@ std::string answerBytes(std::string_view answer, std::string_view detail) {
 }
 
 /// A name that consists of characters that may be shown is valid UTF-8 without control characters.
-void checkName(std::string_view name) {
-    const char* fault = nullptr;
+const char* nameFault(std::string_view name) {
     if (name.empty() || name.size() > longestName)
-        fault = "has 1 to 200 bytes";
-    else if (name.find_first_of("/\\") != std::string_view::npos)
-        fault = "has no slash or backslash";
-    else if (name.starts_with('.'))
-        fault = "does not begin with a dot";
-    else if (name.ends_with(".0.tmp") || name.ends_with(".1.tmp")) // zeOS::ProtectedWrite's own
-        fault = "does not end as those of unfinished files do";
-    else if (app::visible(name) != name)
-        fault = "is UTF-8 without control characters";
-    if (fault != nullptr)
-        throw app::Failure(std::string("the name of a document ") + fault);
+        return "the name of a document has 1 to 200 bytes";
+    if (name.find_first_of("/\\") != std::string_view::npos)
+        return "the name of a document has no slash or backslash";
+    if (name.starts_with('.'))
+        return "the name of a document does not begin with a dot";
+    if (name.ends_with(".0.tmp") || name.ends_with(".1.tmp")) // zeOS::ProtectedWrite's own
+        return "the name of a document does not end as those of unfinished files do";
+    if (app::visible(name) != name)
+        return "the name of a document is UTF-8 without control characters";
+    return nullptr;
 }
 
 std::optional<std::uint64_t> numberFrom(std::string_view text) {

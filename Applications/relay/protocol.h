@@ -42,8 +42,8 @@ std::optional<Request> takeRequest(std::string_view& bytes);
 /// Two framed strings, as zeTCP::Socket reads them.
 std::string answerBytes(std::string_view answer, std::string_view detail);
 
-/// Throws a Failure unless a document may have this name: see README.md.
-void checkName(std::string_view name);
+/// Why no document may have this name; null if one may.
+const char* nameFault(std::string_view name);
 
 /// The number that `text` is, all of it; nothing for any other text.
 std::optional<std::uint64_t> numberFrom(std::string_view text);

@@ -207,33 +207,19 @@ private:
 };
 
 /// Tells people and scripts where the server is.
-class Announcement {
-public:
-    Announcement(const Settings& settings, int port) : portFile_(settings.portFile) {
-        const std::string number = std::to_string(port);
-        if (!portFile_.empty())
-            app::saveFile(app::Target(portFile_), [&](int descriptor) {
-                if (!app::writeAll(descriptor, number + "\n"))
-                    throw app::Failure(app::systemMessage(errno));
-            });
-        if (settings.isOpenToAny)
-            app::report("", message("relay.any", "warning: every host that reaches this one may "
-                                                 "read and write the documents: there is no "
-                                                 "encryption and no authentication"));
-        app::results()("%s\n",
-                       message("relay.listening", "listening on port {1}", {number}).c_str());
-        app::flushResults();
-    }
-    Announcement(const Announcement&) = delete;
-    Announcement& operator=(const Announcement&) = delete;
-    ~Announcement() {
-        if (!portFile_.empty())
-            unlink(portFile_.c_str());
-    }
-
-private:
-    std::string portFile_;
-};
+void announce(const Settings& settings, const std::string& port) {
+    if (settings.isOpenToAny)
+        app::report("", message("relay.any", "warning: every host that reaches this one may read "
+                                             "and write the documents: there is no encryption "
+                                             "and no authentication"));
+    app::results()("%s\n", message("relay.listening", "listening on port {1}", {port}).c_str());
+    app::flushResults();
+    if (!settings.portFile.empty())
+        app::saveFile(app::Target(settings.portFile), [&](int descriptor) {
+            if (!app::writeAll(descriptor, port + "\n"))
+                throw app::Failure(app::systemMessage(errno));
+        });
+}
 
 } // namespace
 
@@ -241,8 +227,11 @@ int serve(const Settings& settings) {
     StopSignals stop;
     Store store(settings.words[0]);
     const std::unique_ptr<zeTCP::Server> server = listeningServer(settings);
-    const Announcement announcement(settings, server->getPort());
-    return Loop(settings, store, *server).run(stop);
+    announce(settings, std::to_string(server->getPort()));
+    const int signal = Loop(settings, store, *server).run(stop);
+    if (!settings.portFile.empty())
+        unlink(settings.portFile.c_str());
+    return signal;
 }
 
 } // namespace relay

@@ -60,15 +60,6 @@ bool isUnfinished(std::string_view name) {
             name.ends_with(".1.tmp"));
 }
 
-bool isDocumentName(const std::string& name) {
-    try {
-        checkName(name);
-        return true;
-    } catch (const app::Failure&) {
-        return false;
-    }
-}
-
 [[noreturn]] void failToKeep() {
     throw app::Failure("the document cannot be kept: " + app::systemMessage(errno));
 }
@@ -115,7 +106,7 @@ std::string Store::list() const {
     std::string lines;
     for (const std::string& name : filesIn(folder_)) {
         struct stat status = {};
-        if (isDocumentName(name) &&
+        if (nameFault(name) == nullptr &&
             fstatat(folder_.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0)
             lines += std::to_string(status.st_size) + " " + name + "\n";
     }

@@ -4,7 +4,7 @@
 /// The folder in which the server keeps documents, one file each under its own name.
 ///
 /// All of it happens in the folder that was opened at the start, wherever that is moved, and no
-/// link in it is followed. A name has passed checkName().
+/// link in it is followed. Names have no nameFault().
 
 #pragma once
 

@@ -103,9 +103,10 @@ protected:
         return {first, std::sregex_token_iterator()};
     }
 
-    std::vector<std::string> filesInFolder() const {
+    /// Sorted; of the folder, or of one in it.
+    std::vector<std::string> filesInFolder(const std::string& name = {}) const {
         std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(folder_.path()))
+        for (const auto& entry : std::filesystem::directory_iterator(path(name)))
             names.push_back(entry.path().filename());
         std::sort(names.begin(), names.end());
         return names;

@@ -4,7 +4,6 @@
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <functional>
@@ -54,17 +53,14 @@ public:
             const int code = relay::run(arguments);
             _exit(openDescriptors() == before ? code : 99);
         }
-        while (port_ == 0 && waitpid(process_, &status_, WNOHANG) == 0) {
-            usleep(1000);
+        for (; port_ == 0 && waitpid(process_, nullptr, WNOHANG) == 0; usleep(1000))
             std::ifstream(portFile) >> port_;
-        }
+        if (port_ == 0) // it has ended
+            process_ = -1;
     }
     RelayServer(const RelayServer&) = delete;
     RelayServer& operator=(const RelayServer&) = delete;
-    ~RelayServer() {
-        if (process_ > 0)
-            end(SIGKILL);
-    }
+    ~RelayServer() { end(SIGKILL); }
 
     int port() const { return port_; }
 
@@ -75,27 +71,17 @@ public:
                              directory_iterator());
     }
 
-    /// Ends it; its exit code, or -1 for none.
+    /// Ends it, once; its exit code, or -1 for none.
     int end(int signal) {
-        kill(process_, signal);
-        wait4(process_, &status_, 0, &usage_);
-        process_ = -1;
-        return WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;
-    }
-
-    /// What it has computed until its end.
-    double cpuSeconds() const {
-        const auto seconds = [](const timeval& time) {
-            return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
-        };
-        return seconds(usage_.ru_utime) + seconds(usage_.ru_stime);
+        int status = -1;
+        if (process_ > 0 && kill(process_, signal) == 0)
+            waitpid(std::exchange(process_, -1), &status, 0);
+        return status != -1 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
 private:
     pid_t process_;
     int port_ = 0;
-    int status_ = 0;
-    struct rusage usage_ = {};
 };
 
 /// A client that does what it likes. No operation waits for more than a minute.
@@ -109,8 +95,8 @@ public:
             setsockopt(socket_.get(), SOL_SOCKET, SO_RCVBUF, &size, sizeof size);
         const timeval limit = {60, 0};
         const int yes = 1;
-        setsockopt(socket_.get(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-        setsockopt(socket_.get(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
+        for (const int option : {SO_RCVTIMEO, SO_SNDTIMEO})
+            setsockopt(socket_.get(), SOL_SOCKET, option, &limit, sizeof limit);
         setsockopt(socket_.get(), IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
         sockaddr_in address = {};
         address.sin_family = AF_INET;
@@ -157,6 +143,7 @@ protected:
     RelayServer serve(
         const std::vector<std::string>& options = {},
         const std::function<void()>& prepare = [] {}) const {
+        std::filesystem::remove(path("port")); // of a server that was killed
         return {path("kept"), path("port"), options, prepare};
     }
 
@@ -165,13 +152,7 @@ protected:
         return command(line + " --timeout 60 --port " + std::to_string(server.port()));
     }
 
-    std::vector<std::string> keptFiles() const {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(path("kept")))
-            names.push_back(entry.path().filename());
-        std::sort(names.begin(), names.end());
-        return names;
-    }
+    std::vector<std::string> keptFiles() const { return filesInFolder("kept"); }
 
     TempFolder memory_{TempFolder::memory()};
 };
