@@ -9,11 +9,12 @@
 #include <algorithm>
 #include <climits>
 #include <cstddef>
+#include <initializer_list>
 #include <memory>
 #include <random>
 #include <set>
 #include <string>
-#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -32,16 +33,22 @@ struct Script {
     int failingRun; ///< From 1; 0 for none.
 };
 
-/// What the commands of one side work on, and what they were asked for.
+/// What the commands of one side work on, and what happened to them.
 struct World {
-    /// Each run is one to one, and their order shows in the result.
-    bool run(const Script& script, int& runs, bool forward) {
+    /// Each run is one to one, and the order of runs shows in the result.
+    void change(const Script& script, bool forward) {
         constexpr unsigned int factor = 31, inverse = 3186588639; // modulo 2^32
+        document = forward ? document * factor + script.value : (document - script.value) * inverse;
+    }
+    bool run(const Script& script, int& runs, bool forward) {
         log += (forward ? "do " : "undo ") + script.tag + '\n';
         if (++runs == script.failingRun)
             return false;
-        document = forward ? document * factor + script.value : (document - script.value) * inverse;
+        change(script, forward);
         return true;
+    }
+    void activity(bool begins, std::size_t numGroups, bool active) {
+        log += (begins ? "begin " : "end ") + std::to_string(numGroups) + (active ? "*\n" : "\n");
     }
 
     unsigned int document = 0;
@@ -49,293 +56,171 @@ struct World {
     int sizesAsked = 0;
 };
 
+/// The flags of zeUndo::State.
 struct State {
     bool isValid() const { return (flags & 0x10) != 0; }
-    bool lastWasDoIt() const { return (flags & 0x04) != 0; }
-    bool lastWasUndoIt() const { return (flags & 0x08) != 0; }
-    void done() { flags = (flags & ~0x08u) | 0x05; }
-    void undone() { flags = (flags & ~0x04u) | 0x0A; }
-    void stateInvalid() { flags &= ~0x10u; }
+    bool lastWas(bool forward) const { return (flags & (forward ? 0x04 : 0x08)) != 0; }
+    void record(bool forward) { flags = forward ? (flags & ~0x08) | 0x05 : (flags & ~0x04) | 0x0A; }
+    void stateInvalid() { flags &= ~0x10; }
 
-    unsigned int flags = 0x10;
+    int flags = 0x10;
 };
 
 struct Command : State {
-    bool doIt() {
-        if (!isValid() || lastWasDoIt())
-            return isValid();
-        ++world->sizesAsked;
-        const bool succeeded = world->run(script, runs, true);
-        done();
-        if (!succeeded)
-            stateInvalid();
-        return succeeded;
-    }
-    bool undoIt() {
-        if (!isValid() || lastWasUndoIt())
-            return isValid();
-        ++world->sizesAsked;
-        const bool succeeded = world->run(script, runs, false);
-        undone();
-        if (!succeeded)
-            stateInvalid();
-        return succeeded;
-    }
-    int getID() const { return id; }
+    explicit Command(Script itsScript) : script(std::move(itsScript)) {}
 
-    World* world;
     Script script;
-    int id;
     int runs = 0;
 };
 
 struct Group : State {
-    int getID() const { return id; }
-    bool isGroupDynamic() const { return dynamic; }
-    void setGroupDynamic(bool is) { dynamic = is; }
-    bool isGroupFreeable() const { return freeable; }
-    void setGroupFreeable(bool is) { freeable = is; }
-    int getNumCommands() const { return static_cast<int>(commands.size()); }
-    Command* getCommand(int i) {
-        return i >= 0 && i < getNumCommands() ? &commands[static_cast<std::size_t>(i)] : nullptr;
-    }
-    int getNumBytesUsed() const {
-        long long sum = 0;
-        for (const Command& command : commands) {
-            ++world->sizesAsked;
-            sum += command.script.bytes;
-        }
-        return static_cast<int>(std::min<long long>(sum, INT_MAX));
-    }
-    void declarePtr(const void* p) {
-        if (p)
-            pointers.insert(p);
-    }
-    bool isPointerPresent(const void* p) const { return pointers.count(p) != 0; }
-    bool doIt() {
-        getNumBytesUsed();
-        if (!isValid() || lastWasDoIt())
-            return isValid();
-        for (Command& command : commands) {
-            if (!command.doIt()) {
-                stateInvalid();
-                return false;
-            }
-        }
-        done();
-        return true;
-    }
-    bool undoIt() {
-        getNumBytesUsed();
-        if (!isValid() || lastWasUndoIt())
-            return isValid();
-        for (auto command = commands.rbegin(); command != commands.rend(); ++command) {
-            if (!command->undoIt()) {
-                stateInvalid();
-                return false;
-            }
-        }
-        undone();
-        return true;
-    }
+    Group(int itsId, bool isDynamic) : id(itsId), dynamic(isDynamic) {}
 
-    World* world;
     int id;
     bool dynamic;
     bool freeable = true;
-    std::vector<Command> commands{};
-    std::set<const void*> pointers{};
+    std::vector<Command> commands;
+    std::set<const void*> pointers;
 };
 
-class Manager {
-public:
-    explicit Manager(World& world) : world_(world) {}
-
-    bool doIt() {
-        getNumBytesUsed();
-        if (current_ == groups_.size())
-            return true;
-        activity(active_ = true);
-        int count = 0;
-        bool succeeded;
-        for (;;) {
-            count += groups_[current_].getNumCommands();
-            succeeded = groups_[current_].doIt();
-            if (!succeeded) {
-                clearAllGroups();
-                break;
-            }
-            ++current_;
-            if (current_ == groups_.size() || !groups_[current_].dynamic)
-                break;
-        }
-        activity(false);
-        active_ = false;
-        return count == 0 ? doIt() : succeeded;
-    }
-    bool undoIt() {
-        getNumBytesUsed();
-        if (current_ == 0)
-            return true;
-        activity(active_ = true);
-        int count = 0;
-        bool succeeded;
-        for (;;) {
-            --current_;
-            count += groups_[current_].getNumCommands();
-            succeeded = groups_[current_].undoIt();
-            if (!succeeded) {
-                clearAllGroups();
-                break;
-            }
-            if (current_ == 0 || !groups_[current_].dynamic)
-                break;
-        }
-        activity(false);
-        active_ = false;
-        return count == 0 ? undoIt() : succeeded;
-    }
-    Group* newGroup(const char*, bool dynamic) {
-        if (groupLimit_ < 0)
-            return nullptr;
-        while (current_ < groups_.size())
-            destroy(current_);
-        while (!groups_.empty() && !groups_.back().isValid() && groups_.back().freeable)
-            destroy(groups_.size() - 1);
-        respectLimits(true);
-        groups_.push_back({{}, &world_, newID(), dynamic});
-        current_ = groups_.size();
-        return &groups_.back();
-    }
-    Group* getGroup(int i) {
-        const int count = static_cast<int>(groups_.size());
-        const int position = i < 0 ? count + i : i;
-        return position < 0 || position >= count ? nullptr : &groups_[std::size_t(position)];
-    }
-    Group* getCurrentGroup() { return getGroup(static_cast<int>(current_)); }
-    int getNumGroups(bool distinct) const {
-        if (!distinct)
-            return static_cast<int>(groups_.size());
-        int count = 0;
-        for (const Group& group : groups_)
-            if (!group.dynamic)
-                ++count;
-        return !groups_.empty() && groups_[0].dynamic ? count + 1 : count;
-    }
-    bool undoAvailable() const { return current_ != 0; }
-    bool doAvailable() const { return current_ != groups_.size(); }
-    Group* findGroupWithID(int id) {
-        for (Group& group : groups_)
-            if (group.id == id)
-                return &group;
-        return nullptr;
-    }
-    bool willGroupBeUndone(int id) const {
-        if (current_ == 0)
-            return false;
-        for (std::size_t i = current_;;) {
-            --i;
-            if (groups_[i].id <= id)
-                return true;
-            if (i == 0 || !groups_[i].dynamic)
-                return false;
-        }
-    }
-    void deleteLastGroup() {
-        if (current_ != groups_.size() || groups_.empty())
-            return;
-        if (groups_.back().commands.empty())
-            destroy(groups_.size() - 1);
-        else
-            clearAllGroups();
-    }
-    void clearAllGroups() {
-        while (!groups_.empty())
-            destroy(0);
-    }
-    void associateGroups(int first, int last) {
-        bool isFirst = true;
-        for (Group& group : groups_) {
-            if (group.id >= first && group.id <= last) {
-                group.dynamic = !isFirst;
-                isFirst = false;
-            }
-        }
-    }
-    void deletePtr(const void* p) {
-        for (Group& group : groups_)
-            if (group.isPointerPresent(p))
-                group.stateInvalid();
-    }
-    int newID() { return ++lastGroupID_; }
-    void setUndoGroupLimit(int limit) {
-        groupLimit_ = limit;
-        if (current_ == groups_.size())
-            respectLimits(false);
-    }
-    void setUndoMemoryLimit(int limit) {
-        memoryLimit_ = limit;
-        if (current_ == groups_.size())
-            respectLimits(false);
-    }
-    int getUndoGroupLimit() const { return groupLimit_; }
-    int getUndoMemoryLimit() const { return memoryLimit_; }
-
-    void destroy(std::size_t i) {
-        groups_[i].getNumBytesUsed();
-        activity(true);
-        for (const Command& command : groups_[i].commands)
-            world_.log += "commit " + command.script.tag + '\n';
-        for (const Command& command : groups_[i].commands)
-            world_.log += "delete " + command.script.tag + '\n';
-        groups_.erase(groups_.begin() + static_cast<std::ptrdiff_t>(i));
-        if (i < current_)
-            --current_;
-        activity(false);
-    }
-
-private:
-    void activity(bool begins) {
-        world_.log += (begins ? "begin " : "end ") + std::to_string(groups_.size()) +
-                      (active_ ? " active\n" : "\n");
-    }
-    int getNumBytesUsed() const {
+struct Manager {
+    int bytes(const Group& group) {
         long long sum = 0;
-        for (const Group& group : groups_)
-            sum += group.getNumBytesUsed();
+        for (const Command& command : group.commands)
+            sum += command.script.bytes;
+        world.sizesAsked += static_cast<int>(group.commands.size());
         return static_cast<int>(std::min<long long>(sum, INT_MAX));
     }
-    void respectLimits(bool makeRoom) {
-        if (groupLimit_ != 0) {
-            while ((makeRoom ? groupLimit_ - 1 : groupLimit_) < getNumGroups(true)) {
-                if (groups_.empty() || !groups_[0].freeable)
-                    break;
-                deleteFirstGroup();
-            }
-        }
-        if (memoryLimit_ != 0) {
-            while (memoryLimit_ < getNumBytesUsed()) {
-                if (groups_.empty() || !groups_[0].freeable)
-                    break;
-                deleteFirstGroup();
-            }
-        }
-        current_ = groups_.size();
+    int bytes() {
+        long long sum = 0;
+        for (const Group& group : groups)
+            sum += bytes(group);
+        return static_cast<int>(std::min<long long>(sum, INT_MAX));
     }
-    void deleteFirstGroup() {
-        const bool wasDynamic = groups_[0].dynamic;
-        destroy(0);
-        while (!wasDynamic && !groups_.empty() && groups_[0].dynamic)
-            destroy(0);
+    int numChains() const {
+        const auto isFirst = [](const Group& group) { return !group.dynamic; };
+        return static_cast<int>(std::count_if(groups.begin(), groups.end(), isFirst)) +
+               (!groups.empty() && groups[0].dynamic);
+    }
+    bool isAtEnd() const { return current == groups.size(); }
+
+    /// Does or undoes.
+    bool turn(bool forward) {
+        bytes();
+        if (forward ? isAtEnd() : current == 0)
+            return true;
+        world.activity(true, groups.size(), active = true);
+        std::size_t count = 0;
+        bool succeeded, goesOn;
+        do {
+            const std::size_t i = forward ? current : current - 1;
+            count += groups[i].commands.size();
+            succeeded = turn(groups[i], forward);
+            if (!succeeded) {
+                clear();
+                break;
+            }
+            current = forward ? current + 1 : i;
+            goesOn = forward ? !isAtEnd() && groups[current].dynamic : i != 0 && groups[i].dynamic;
+        } while (goesOn);
+        world.activity(false, groups.size(), true);
+        active = false;
+        return count == 0 ? turn(forward) : succeeded;
+    }
+    bool turn(Group& group, bool forward) {
+        bytes(group);
+        if (!group.isValid() || group.lastWas(forward))
+            return group.isValid();
+        const std::size_t count = group.commands.size();
+        for (std::size_t i = 0; i < count; ++i) {
+            if (!turn(group.commands[forward ? i : count - 1 - i], forward)) {
+                group.stateInvalid();
+                return false;
+            }
+        }
+        group.record(forward);
+        return true;
+    }
+    bool turn(Command& command, bool forward) {
+        if (!command.isValid() || command.lastWas(forward))
+            return command.isValid();
+        ++world.sizesAsked;
+        const bool succeeded = world.run(command.script, command.runs, forward);
+        command.record(forward);
+        if (!succeeded)
+            command.stateInvalid();
+        return succeeded;
     }
 
-    World& world_;
-    std::vector<Group> groups_;
-    std::size_t current_ = 0;
-    int lastGroupID_ = 0;
-    int groupLimit_ = 0;
-    int memoryLimit_ = 10000000;
-    bool active_ = false;
+    bool newGroup(bool dynamic) {
+        if (groupLimit < 0)
+            return false;
+        while (!isAtEnd())
+            destroy(current);
+        while (!groups.empty() && !groups.back().isValid() && groups.back().freeable)
+            destroy(groups.size() - 1);
+        respectLimits(true);
+        groups.emplace_back(++lastID, dynamic);
+        current = groups.size();
+        return true;
+    }
+    void respectLimits(bool makeRoom) {
+        const int limit = makeRoom ? groupLimit - 1 : groupLimit;
+        const auto mayGo = [&] { return !groups.empty() && groups[0].freeable; };
+        while (groupLimit != 0 && limit < numChains() && mayGo())
+            deleteFirstGroup();
+        while (memoryLimit != 0 && memoryLimit < bytes() && mayGo())
+            deleteFirstGroup();
+        current = groups.size();
+    }
+    void deleteFirstGroup() {
+        const bool wasDynamic = groups[0].dynamic;
+        destroy(0);
+        while (!wasDynamic && !groups.empty() && groups[0].dynamic)
+            destroy(0);
+    }
+    void setLimit(int& limit, int value) {
+        limit = value;
+        if (isAtEnd())
+            respectLimits(false);
+    }
+    void deleteLastGroup() {
+        if (!isAtEnd() || groups.empty())
+            return;
+        if (groups.back().commands.empty())
+            destroy(groups.size() - 1);
+        else
+            clear();
+    }
+    void clear() {
+        while (!groups.empty())
+            destroy(0);
+    }
+    void destroy(std::size_t i) {
+        bytes(groups[i]);
+        world.activity(true, groups.size(), active);
+        for (const char* last : {"commit ", "delete "})
+            for (const Command& command : groups[i].commands)
+                world.log += last + command.script.tag + '\n';
+        groups.erase(groups.begin() + static_cast<std::ptrdiff_t>(i));
+        if (i < current)
+            --current;
+        world.activity(false, groups.size(), active);
+    }
+    bool willGroupBeUndone(int id) const {
+        for (std::size_t i = current; i-- > 0;)
+            if (groups[i].id <= id || !groups[i].dynamic)
+                return groups[i].id <= id;
+        return false;
+    }
+
+    World world{};
+    std::vector<Group> groups{};
+    std::size_t current = 0;
+    int lastID = 0;
+    int groupLimit = 0;
+    int memoryLimit = 10'000'000;
+    bool active = false;
 };
 
 /// A command of the real history.
@@ -354,7 +239,7 @@ public:
 
 private:
     World& world_;
-    Script script_;
+    const Script script_;
     int runs_ = 0;
 };
 
@@ -362,198 +247,167 @@ private:
 class Trial {
 public:
     explicit Trial(unsigned int seed) : random_(seed) {
-        real_->activitySignal.connect(this, &Trial::observe);
+        real_->activitySignal.connectOwned([this](bool begins) {
+            world_.activity(begins, std::size_t(real_->getNumGroups(false)),
+                            real_->currentlyActive());
+        });
     }
 
     void run(int steps) {
-        for (int i = 0; i < steps && !testing::Test::HasFailure(); ++i) {
+        for (int i = 0; i < steps; ++i) {
             step();
-            ASSERT_EQ(realWorld_.log, twinWorld_.log) << "step " << i;
-            ASSERT_EQ(realWorld_.document, twinWorld_.document) << "step " << i;
-            ASSERT_EQ(realWorld_.sizesAsked, twinWorld_.sizesAsked) << "step " << i;
-            const int id = lastID_ - below(12);
-            ASSERT_EQ(seen(*real_, id), seen(twin_, id)) << "step " << i;
-            realWorld_.log.clear();
-            twinWorld_.log.clear();
-            realWorld_.sizesAsked = twinWorld_.sizesAsked;
+            compare();
+            ASSERT_FALSE(testing::Test::HasFailure()) << "step " << i;
         }
     }
 
-    /// How often undoIt() and doIt() failed.
+    /// How often undoing and doing failed.
     int failures() const { return failures_; }
 
 private:
     int below(int n) { return static_cast<int>(random_() % static_cast<unsigned int>(n)); }
-
-    void observe(bool begins) {
-        realWorld_.log += (begins ? "begin " : "end ") +
-                          std::to_string(real_->getNumGroups(false)) +
-                          (real_->currentlyActive() ? " active\n" : "\n");
-    }
-
-    /// Does the same to both sides, which must give the same result.
-    template<class Operation>
-    void both(Operation operation) {
-        if constexpr (std::is_void_v<decltype(operation(twin_))>) {
-            operation(*real_);
-            operation(twin_);
-        } else {
-            const auto result = operation(*real_);
-            ASSERT_EQ(result, operation(twin_));
-        }
-    }
-
-    /// The same to one group of both sides, if there is any.
-    template<class Operation>
-    void bothGroups(Operation operation) {
-        const int count = twin_.getNumGroups(false);
-        if (count == 0)
-            return;
-        const int i = below(2 * count) - count;
-        both([&](auto& manager) { return operation(*manager.getGroup(i)); });
-    }
+    int oneOf(std::initializer_list<int> all) { return all.begin()[below(int(all.size()))]; }
+    const void* pointer() { return &objects_[below(12)]; }
 
     void step() {
         const int kind = below(100);
-        const bool flag = below(2) == 0;
         if (kind < 25)
-            newGroup();
-        else if (kind < 30)
-            addCommand(below(2 * (1 + twin_.getNumGroups(false))));
+            addGroup(below(3) == 0, below(4));
         else if (kind < 50)
-            turn([](auto& manager) { return manager.undoIt(); });
-        else if (kind < 64)
-            turn([](auto& manager) { return manager.doIt(); });
-        else if (kind < 67)
-            both([n = pick({-1, 0, 0, 1, 2, 5, 8})](auto& m) { m.setUndoGroupLimit(n); });
-        else if (kind < 70)
-            both([n = pick({-1, 0, 2000, 9000, 30000})](auto& m) { m.setUndoMemoryLimit(n); });
-        else if (kind < 74)
-            bothGroups([p = pointer()](auto& group) { group.declarePtr(p); });
+            note(real_->undoIt(), twin_.turn(false));
+        else if (kind < 65)
+            note(real_->doIt(), twin_.turn(true));
+        else if (kind < 68)
+            setLimit(&zeUndo::Manager::setUndoGroupLimit, twin_.groupLimit,
+                     oneOf({-1, 0, 0, 0, 1, 3, 8}));
+        else if (kind < 71)
+            setLimit(&zeUndo::Manager::setUndoMemoryLimit, twin_.memoryLimit,
+                     oneOf({-1, 0, 0, 9000, 30000}));
+        else if (kind < 73)
+            deletePtr(pointer());
         else if (kind < 76)
-            both([p = pointer()](auto& manager) { manager.deletePtr(p); });
-        else if (kind < 79)
-            bothGroups([is = below(3) != 0](auto& group) { group.setGroupFreeable(is); });
-        else if (kind < 83)
-            bothGroups([flag](auto& group) { group.setGroupDynamic(flag); });
-        else if (kind < 86)
-            both([first = lastID_ - below(9), n = below(5) - 1](auto& manager) {
-                manager.associateGroups(first, first + n);
-            });
+            associate(twin_.lastID - below(9), below(5) - 1);
+        else if (kind < 78)
+            real_->deleteLastGroup(), twin_.deleteLastGroup();
+        else if (kind == 78)
+            EXPECT_EQ(real_->newID(), ++twin_.lastID);
+        else if (!twin_.groups.empty())
+            stepOfGroup(kind, below(int(twin_.groups.size())));
+    }
+
+    void stepOfGroup(int kind, int i) {
+        zeUndo::Group* real = real_->getGroup(i);
+        Group& group = twin_.groups[std::size_t(i)];
+        const bool flag = below(3) == 0;
+        if (kind < 84)
+            addCommand(real, group);
         else if (kind < 88)
-            both([](auto& manager) { manager.deleteLastGroup(); });
-        else if (kind < 90)
-            deleteOneGroup();
-        else if (kind < 92)
-            bothGroups([flag](auto& group) { return flag ? group.doIt() : group.undoIt(); });
-        else if (kind == 92)
-            bothGroups([](auto& group) {
-                if (auto* command = group.getCommand(0))
-                    command->stateInvalid();
-            });
-        else if (kind == 93)
-            both([](auto& manager) { return manager.newID(); });
-        else if (kind == 94 && below(10) == 0)
-            both([](auto& manager) { manager.clearAllGroups(); });
+            real->setGroupDynamic(flag), group.dynamic = flag;
+        else if (kind < 91)
+            real->setGroupFreeable(!flag), group.freeable = !flag;
+        else if (kind < 95)
+            real->declarePtr(*group.pointers.insert(pointer()).first);
+        else if (kind < 97)
+            note(flag ? real->doIt() : real->undoIt(), twin_.turn(group, flag));
+        else if (kind < 99)
+            delete real, twin_.destroy(std::size_t(i));
+        else if (!group.commands.empty())
+            real->getCommand(0)->stateInvalid(), group.commands[0].stateInvalid();
     }
 
-    int pick(std::vector<int> choices) {
-        return choices[static_cast<std::size_t>(below(static_cast<int>(choices.size())))];
+    void note(bool result, bool expected) {
+        EXPECT_EQ(result, expected);
+        failures_ += !expected;
     }
 
-    const void* pointer() {
-        const int i = below(12);
-        return i == 0 ? nullptr : &objects_[i];
+    void setLimit(void (zeUndo::Manager::*set)(int), int& limit, int value) {
+        (real_.get()->*set)(value);
+        twin_.setLimit(limit, value);
     }
 
-    template<class Operation>
-    void turn(Operation operation) {
-        both([&](auto& manager) {
-            const bool succeeded = operation(manager);
-            failures_ += !succeeded;
-            return succeeded;
-        });
+    void deletePtr(const void* p) {
+        real_->deletePtr(p);
+        for (Group& group : twin_.groups)
+            if (group.pointers.contains(p))
+                group.stateInvalid();
     }
 
-    void newGroup() {
-        const bool isDynamic = below(3) == 0;
-        both([&](auto& manager) { return manager.newGroup("step", isDynamic) != nullptr; });
-        for (int n = below(4); n > 0; --n)
-            addCommand(twin_.getNumGroups(false) - 1);
+    void associate(int first, int n) {
+        real_->associateGroups(first, first + n);
+        bool dynamic = false;
+        for (Group& group : twin_.groups)
+            if (group.id >= first && group.id <= first + n)
+                group.dynamic = std::exchange(dynamic, true);
     }
 
-    /// To the group at this position, in each of the ways; the change is made first.
-    void addCommand(int i) {
-        Group* group = twin_.getGroup(i);
-        if (!group)
-            return;
-        zeUndo::Group* realGroup = real_->getGroup(i);
-        const Script script{std::to_string(++lastTag_), static_cast<unsigned int>(below(1000)),
+    void addGroup(bool dynamic, int numCommands) {
+        zeUndo::Group* real = real_->newGroup("step", dynamic);
+        ASSERT_EQ(real != nullptr, twin_.newGroup(dynamic));
+        for (; real && numCommands > 0; --numCommands)
+            addCommand(real, twin_.groups.back());
+    }
+
+    /// In both ways. The change is made first.
+    void addCommand(zeUndo::Group* real, Group& group) {
+        const Script script{std::to_string(++lastTag_), unsigned(below(1000)),
                             below(1000) == 0 ? INT_MAX : below(3000),
                             below(100) == 0 ? 1 + below(4) : 0};
-        for (World* world : {&realWorld_, &twinWorld_}) {
-            int runs = -2; // none that fails
-            world->run(script, runs, true);
-        }
+        world_.change(script, true);
+        twin_.world.change(script, true);
         if (below(2) == 0)
-            new RealCommand(realGroup, realWorld_, script);
+            new RealCommand(real, world_, script);
         else
-            realGroup->addCommand(new RealCommand(nullptr, realWorld_, script));
-        group->commands.push_back({{}, &twinWorld_, script, group->getNumCommands() + 1});
+            real->addCommand(new RealCommand(nullptr, world_, script));
+        group.commands.emplace_back(script);
     }
 
-    void deleteOneGroup() {
-        if (const int count = twin_.getNumGroups(false); count != 0) {
-            const int i = below(count);
-            delete real_->getGroup(i);
-            twin_.destroy(static_cast<std::size_t>(i));
+    void compare() {
+        EXPECT_EQ(world_.log, twin_.world.log);
+        EXPECT_EQ(world_.document, twin_.world.document);
+        EXPECT_EQ(world_.sizesAsked, twin_.world.sizesAsked);
+        const int count = static_cast<int>(twin_.groups.size());
+        ASSERT_EQ(real_->getNumGroups(false), count);
+        EXPECT_EQ(real_->getNumGroups(true), twin_.numChains());
+        EXPECT_EQ(real_->undoAvailable(), twin_.current != 0);
+        EXPECT_EQ(real_->doAvailable(), !twin_.isAtEnd());
+        const int id = twin_.lastID - below(12);
+        EXPECT_EQ(real_->willGroupBeUndone(id), twin_.willGroupBeUndone(id));
+        EXPECT_TRUE(!real_->getGroup(count) && !real_->getGroup(-count - 1));
+        const bool waits = !twin_.isAtEnd();
+        EXPECT_EQ(real_->getCurrentGroup(), waits ? real_->getGroup(int(twin_.current)) : nullptr);
+        for (int i = 0; i < count; ++i)
+            compare(real_->getGroup(i), twin_.groups[std::size_t(i)], i - count);
+        world_.log.clear();
+        twin_.world.log.clear();
+        world_.sizesAsked = twin_.world.sizesAsked;
+    }
+
+    void compare(zeUndo::Group* real, const Group& group, int fromEnd) {
+        EXPECT_EQ(real, real_->getGroup(fromEnd));
+        EXPECT_EQ(real, real_->findGroupWithID(group.id));
+        EXPECT_EQ(flags(*real), group.flags);
+        EXPECT_EQ(real->isGroupDynamic(), group.dynamic);
+        EXPECT_EQ(real->getNumBytesUsed(), twin_.bytes(group));
+        const int count = static_cast<int>(group.commands.size());
+        ASSERT_EQ(real->getNumCommands(), count);
+        EXPECT_TRUE(!real->getCommand(count) && !real->getCommand(-1));
+        for (int i = 0; i < count; ++i) {
+            EXPECT_EQ(real->getCommand(i)->getID(), i + 1);
+            EXPECT_EQ(flags(*real->getCommand(i)), group.commands[std::size_t(i)].flags);
         }
     }
 
-    static int word(const zeUndo::State& state) {
+    static int flags(const zeUndo::State& state) {
         return state.hasBeenDone() | state.hasBeenUndone() << 1 | state.lastWasDoIt() << 2 |
                state.lastWasUndoIt() << 3 | state.isValid() << 4;
     }
-    static int word(const State& state) { return static_cast<int>(state.flags); }
-
-    /// All that one side answers.
-    template<class Side>
-    std::vector<int> seen(Side& side, int id) {
-        auto idOf = [](auto* group) { return group ? group->getID() : 0; };
-        const int count = side.getNumGroups(false);
-        std::vector<int> answers{count,
-                                 side.getNumGroups(true),
-                                 side.undoAvailable(),
-                                 side.doAvailable(),
-                                 idOf(side.getCurrentGroup()),
-                                 idOf(side.findGroupWithID(id)),
-                                 side.willGroupBeUndone(id),
-                                 side.getUndoGroupLimit(),
-                                 side.getUndoMemoryLimit(),
-                                 idOf(side.getGroup(count)),
-                                 idOf(side.getGroup(-count - 1))};
-        for (int i = 0; i < count; ++i) {
-            auto& group = *side.getGroup(i);
-            lastID_ = group.getID();
-            answers.insert(answers.end(),
-                           {group.getID(), word(group), group.isGroupDynamic(),
-                            group.isGroupFreeable(), group.getNumCommands(),
-                            group.getNumBytesUsed(), idOf(side.getGroup(i - count)),
-                            group.isPointerPresent(&objects_[1]), group.getCommand(-1) != nullptr});
-            for (int c = 0; auto* command = group.getCommand(c); ++c)
-                answers.insert(answers.end(), {command->getID(), word(*command)});
-        }
-        return answers;
-    }
 
     std::mt19937 random_;
-    World realWorld_;
-    World twinWorld_;
+    World world_; ///< Of the real history.
     std::unique_ptr<zeUndo::Manager> real_{zeUndo::newManager()};
-    Manager twin_{twinWorld_};
-    char objects_[12] = {};
+    Manager twin_;
+    const char objects_[12] = {};
     int lastTag_ = 0;
-    int lastID_ = 0;
     int failures_ = 0;
 };
 

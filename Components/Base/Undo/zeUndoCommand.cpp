@@ -7,7 +7,7 @@
 #include <new>
 
 #include "Base/Undo/zeUndoGroup.h"
-#include "Base/Undo/zeUndoReport.h"
+#include "Base/Undo/zeUndoReportImpl.h"
 
 namespace zeUndo {
 
@@ -32,7 +32,7 @@ Command::Command(Group* group, const char* name) : Command(name) {
 
 Command::~Command() {
     if (id_ != 0)
-        zeUndoReport("    zeUndo::Command: delete (%s, 0x%p)\n", name_, static_cast<void*>(this));
+        report("    zeUndo::Command: delete (%s, 0x%p)\n", name_, static_cast<void*>(this));
     std::free(name_);
 }
 
@@ -49,13 +49,12 @@ bool Command::doIt() {
         stateDone();
         return true;
     }
-    zeUndoReport("    + zeUndo::Command: doIt (%s, 0x%p), %d bytes\n", name_,
-                 static_cast<void*>(this), getNumBytesUsed());
+    report("    + zeUndo::Command: doIt (%s, 0x%p), %d bytes\n", name_, static_cast<void*>(this),
+           getNumBytesUsed());
     const bool succeeded = doCommand();
     stateDone(); // a command that failed counts as done, too
     if (!succeeded) {
-        zeUndoReport("    - zeUndo::Command: 'do' of %s returned failure.  Marking invalid.\n",
-                     name_);
+        report("    - zeUndo::Command: 'do' of %s returned failure.  Marking invalid.\n", name_);
         stateInvalid();
     }
     return succeeded;
@@ -68,13 +67,12 @@ bool Command::undoIt() {
         stateUndone();
         return true;
     }
-    zeUndoReport("    - zeUndo::Command: undoIt (%s, 0x%p), %d bytes\n", name_,
-                 static_cast<void*>(this), getNumBytesUsed());
+    report("    - zeUndo::Command: undoIt (%s, 0x%p), %d bytes\n", name_, static_cast<void*>(this),
+           getNumBytesUsed());
     const bool succeeded = undoCommand();
     stateUndone();
     if (!succeeded) {
-        zeUndoReport("    - zeUndo::Command: undo of %s returned failure.  Marking invalid.\n",
-                     name_);
+        report("    - zeUndo::Command: undo of %s returned failure.  Marking invalid.\n", name_);
         stateInvalid();
     }
     return succeeded;
@@ -83,7 +81,7 @@ bool Command::undoIt() {
 void Command::addToGroup(Group* group) {
     id_ = group->newID();
     group->addCommand(this);
-    zeUndoReport("    zeUndo::Command: new (%s, 0x%p)\n", name_, static_cast<void*>(this));
+    report("    zeUndo::Command: new (%s, 0x%p)\n", name_, static_cast<void*>(this));
 }
 
 const char* Command::getName() const {

@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "Base/Undo/zeUndoManager.h"
-#include "Base/Undo/zeUndoReport.h"
+#include "Base/Undo/zeUndoReportImpl.h"
 #include "Base/Utility/zeUtilWrap.h"
 
 namespace zeUndo {
@@ -18,11 +18,11 @@ int saturatedSize(long long bytes) {
 
 GroupImpl::GroupImpl(Manager* manager, const char* name)
     : id_(manager->newID()), manager_(manager), name_(name) {
-    zeUndoReport("  zeUndo::Group: new group (%s)\n", getName());
+    report("  zeUndo::Group: new group (%s)\n", getName());
 }
 
 GroupImpl::~GroupImpl() {
-    zeUndoReport("  zeUndo::Group: delete group (%s) - %d bytes\n", getName(), getNumBytesUsed());
+    report("  zeUndo::Group: delete group (%s) - %d bytes\n", getName(), getNumBytesUsed());
     manager_->activitySignal.send(true);
     for (std::size_t i = 0; i < commands_.size(); ++i)
         commands_[i]->commit();
@@ -43,10 +43,10 @@ void GroupImpl::deleteCommands() {
 // In both directions the commands are counted anew at each step, since a command may, against the
 // rules, add another one.
 bool GroupImpl::doIt() {
-    zeUndoReport("  + zeUndo::Group: doIt() - (%s) %d commands %d bytes.\n", getName(),
-                 getNumCommands(), getNumBytesUsed());
+    report("  + zeUndo::Group: doIt() - (%s) %d commands %d bytes.\n", getName(), getNumCommands(),
+           getNumBytesUsed());
     if (!isValid()) {
-        zeUndoReport("  ! zeUndo::Group: doIt() - (%s) invalid group.\n", getName());
+        report("  ! zeUndo::Group: doIt() - (%s) invalid group.\n", getName());
         return false;
     }
     if (lastWasDoIt())
@@ -59,10 +59,10 @@ bool GroupImpl::doIt() {
 }
 
 bool GroupImpl::undoIt() {
-    zeUndoReport("  - zeUndo::Group: undoIt() - (%s) %d commands %d bytes.\n", getName(),
-                 getNumCommands(), getNumBytesUsed());
+    report("  - zeUndo::Group: undoIt() - (%s) %d commands %d bytes.\n", getName(),
+           getNumCommands(), getNumBytesUsed());
     if (!isValid()) {
-        zeUndoReport("  ! zeUndo::Group: undoIt() - (%s) invalid group.\n", getName());
+        report("  ! zeUndo::Group: undoIt() - (%s) invalid group.\n", getName());
         return false;
     }
     if (lastWasUndoIt())
@@ -77,8 +77,8 @@ bool GroupImpl::undoIt() {
 
 // The commands that ran are not rolled back: another failure would not be far.
 bool GroupImpl::failed(const char* format, std::size_t index) {
-    zeUndoReport(format, static_cast<int>(index), commands_[index]->getName());
-    zeUndoReport("  ! zeUndo::Group: marking group (%s) invalid.\n", getName());
+    report(format, static_cast<int>(index), commands_[index]->getName());
+    report("  ! zeUndo::Group: marking group (%s) invalid.\n", getName());
     stateInvalid();
     return false;
 }
@@ -152,8 +152,8 @@ bool GroupImpl::isPointerPresent(const void* p) const {
 void GroupImpl::deletePtr(const void* p) {
     if (!isPointerPresent(p))
         return;
-    zeUndoReport("!   zeUndo::Group: pointer 0x%p declared by group has been destroyed\n", p);
-    zeUndoReport("!   zeUndo::Group: marking group (%s) invalid.\n", getName());
+    report("!   zeUndo::Group: pointer 0x%p declared by group has been destroyed\n", p);
+    report("!   zeUndo::Group: marking group (%s) invalid.\n", getName());
     stateInvalid();
 }
 

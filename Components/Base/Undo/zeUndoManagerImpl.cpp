@@ -5,7 +5,7 @@
 #include <cassert>
 #include <memory>
 
-#include "Base/Undo/zeUndoReport.h"
+#include "Base/Undo/zeUndoReportImpl.h"
 #include "Base/Utility/zeUtilWrap.h"
 
 namespace zeUndo {
@@ -19,34 +19,34 @@ ManagerImpl::~ManagerImpl() {
 bool ManagerImpl::undoIt() {
     assert(!active_);
     for (;;) {
-        zeUndoReport("- zeUndo::Manager: undoIt() - %d groups, %d bytes used\n",
-                     getNumGroups(false), getNumBytesUsed());
+        report("- zeUndo::Manager: undoIt() - %d groups, %d bytes used\n", getNumGroups(false),
+               getNumBytesUsed());
         if (!undoAvailable()) {
-            zeUndoReport("- zeUndo::Manager: undoIt() - at beginning of queue.\n");
+            report("- zeUndo::Manager: undoIt() - at beginning of queue.\n");
             return true;
         }
         bool isEmpty = true;
         const bool succeeded = undoChain(isEmpty);
         if (!isEmpty)
             return succeeded;
-        zeUndoReport("- zeUndo::Manager: undoIt() - empty group, undoing again.\n");
+        report("- zeUndo::Manager: undoIt() - empty group, undoing again.\n");
     }
 }
 
 bool ManagerImpl::doIt() {
     assert(!active_);
     for (;;) {
-        zeUndoReport("+ zeUndo::Manager: doIt() - %d groups, %d bytes used\n", getNumGroups(false),
-                     getNumBytesUsed());
+        report("+ zeUndo::Manager: doIt() - %d groups, %d bytes used\n", getNumGroups(false),
+               getNumBytesUsed());
         if (!doAvailable()) {
-            zeUndoReport("+ zeUndo::Manager: doIt() - at end of queue.\n");
+            report("+ zeUndo::Manager: doIt() - at end of queue.\n");
             return true;
         }
         bool isEmpty = true;
         const bool succeeded = doChain(isEmpty);
         if (!isEmpty)
             return succeeded;
-        zeUndoReport("+ zeUndo::Manager: doIt() - empty group, doing again.\n");
+        report("+ zeUndo::Manager: doIt() - empty group, doing again.\n");
     }
 }
 
@@ -97,8 +97,8 @@ Group* ManagerImpl::newGroup(const char* name, bool dynamic) {
     assert(name && !active_);
     if (groupLimit_ < 0)
         return nullptr;
-    zeUndoReport("--------------------------------------------------------\n");
-    zeUndoReport("zeUndo::newGroup (%s, dynamic = %d)\n", name, dynamic);
+    report("--------------------------------------------------------\n");
+    report("zeUndo::newGroup (%s, dynamic = %d)\n", name, dynamic);
     pruneUndoneGroups();
     pruneTrailingInvalidGroups();
     if (groups_.last())
@@ -184,7 +184,7 @@ void ManagerImpl::deleteLastGroup() {
     assert(!active_);
     if (doAvailable() || !groups_.last())
         return;
-    zeUndoReport("zeUndo::Manager: deleteLastGroup()\n");
+    report("zeUndo::Manager: deleteLastGroup()\n");
     if (groups_.last()->getNumCommands() == 0)
         delete groups_.last();
     else
@@ -197,14 +197,14 @@ void ManagerImpl::clearAllGroups() {
 }
 
 void ManagerImpl::deleteAllGroups() {
-    zeUndoReport("zeUndo::Manager: clearAllGroups()\n");
+    report("zeUndo::Manager: clearAllGroups()\n");
     while (groups_.first())
         delete groups_.first(); // leaves the queue by itself
     current_ = nullptr;
 }
 
 void ManagerImpl::associateGroups(int first, int last) {
-    zeUndoReport("zeUndo::Manager: associateGroups (%d, %d)\n", first, last);
+    report("zeUndo::Manager: associateGroups (%d, %d)\n", first, last);
     bool isChainBegun = false;
     for (GroupImpl* group = groups_.first(); group; group = group->next()) {
         if (group->getID() < first || group->getID() > last)
@@ -260,13 +260,13 @@ void ManagerImpl::unregisterGroup(Group* group) {
 void ManagerImpl::pruneUndoneGroups() {
     if (!current_)
         return;
-    zeUndoReport("zeUndo::Manager: pruneUndoneGroups()\n");
+    report("zeUndo::Manager: pruneUndoneGroups()\n");
     while (current_)
         delete current_; // the next one takes its place
 }
 
 void ManagerImpl::pruneTrailingInvalidGroups() {
-    zeUndoReport("zeUndo::Manager: pruneTrailingInvalidGroups()\n");
+    report("zeUndo::Manager: pruneTrailingInvalidGroups()\n");
     while (groups_.last() && !groups_.last()->isValid() && groups_.last()->isGroupFreeable()) {
         delete groups_.last();
         current_ = nullptr;
@@ -310,7 +310,7 @@ void ManagerImpl::deleteFirstGroup() {
 void ManagerImpl::currentGroupIsInvalid() {
     if (!groups_.first())
         return;
-    zeUndoReport("zeUndo::Manager: currentGroupIsInvalid()\n");
+    report("zeUndo::Manager: currentGroupIsInvalid()\n");
     deleteAllGroups();
 }
 
