@@ -31,11 +31,24 @@ void lookup(State& s, const Table& table, Names names, Find find) {
     bench::items(s, names.size());
 }
 
-bool openAll() {
+template<class Use>
+bool openAll(Use use) {
     bool opened = true;
-    for (const auto& entry : std::filesystem::directory_iterator(bench::program() + "/plug-ins"))
-        opened &= dlopen(entry.path().c_str(), RTLD_LAZY) != nullptr;
+    for (const auto& entry : std::filesystem::directory_iterator(bench::program() + "/plug-ins")) {
+        void* library = dlopen(entry.path().c_str(), RTLD_LAZY);
+        opened &= library != nullptr;
+        use(library);
+    }
     return opened;
+}
+
+/// The same as the loader looks up and calls.
+void install(void* library) {
+    for (const char* missing : {"initializePlugin", "getPluginProxyName"})
+        bench::require(!dlsym(library, missing) && dlerror(), missing);
+    void* function = dlsym(library, "installPluginServices");
+    bench::require(function, "the function that installs");
+    reinterpret_cast<void (*)(void*)>(function)(nullptr); // services without a proxy
 }
 
 const bool registered = [] {
@@ -55,7 +68,8 @@ const bool registered = [] {
             });
         });
     }
-    bench::regScan("dlopen", openAll);
+    bench::regScan("dlopen_and_install", [] { return openAll(install); });
+    bench::regScan("limit_dlopen", [] { return openAll([](void*) {}); });
     return true;
 }();
 

@@ -185,7 +185,7 @@ TEST_F(Notebook, OpensPlugInsOnFirstUse) {
     const Result result = shell("./notebook --verbose --file '<x>' < script");
     EXPECT_EQ(result.out, "html\ntext\n# A <b>&\"c\n- d\\xff e\n\n####### f\n");
     EXPECT_EQ(std::regex_replace(result.err, std::regex("[0-9.]+ seconds"), "N seconds"),
-              "reading <x>\n    <x>: a new file\n    N seconds\nopening the plug-in "
+              "reading <x>\n    N seconds\n<x>: a new file\nopening the plug-in "
               "exportHtml.so\n    N seconds\n"
               "opening the plug-in exportText.so\n    N seconds\n"
               "note: there are changes that were not saved\n");

@@ -2,8 +2,6 @@
 // A drawing plug-in that writes each call to standard error, and when it is closed.
 
 #include <cstdio>
-#include <cstdlib>
-#include <string>
 
 #include "Base/DebugDraw/zeDebugDraw.h"
 
@@ -12,42 +10,36 @@ namespace {
 using zeLinear::Point;
 using zeString::CString;
 
+void write(const char* what, const Point& a, const Point& b = {}, const char* text = "") {
+    std::fprintf(stderr, "%s %g %g %s\n", what, a.x, b.x, text);
+}
+
 struct Writer : zeDebugDraw::BaseIFace {
-    ~Writer() override { std::fprintf(stderr, "destroyed\n"); }
+    ~Writer() override { std::fputs("destroyed\n", stderr); }
 
-    void drawPoint(const Point& p) override { write("drawPoint", p); }
-    void drawAddPoint(const Point& p) override { write("drawAddPoint", p); }
-    void drawLine(const Point& a, const Point& b) override {
-        write("drawLine", a), write(" to", b);
+    void drawPoint(const Point& p) override { write("point", p); }
+    void drawAddPoint(const Point& p) override { write("addPoint", p); }
+    void drawLine(const Point& a, const Point& b) override { write("line", a, b); }
+    void drawAddLine(const Point& a, const Point& b) override { write("addLine", a, b); }
+    void drawAnnotation(const Point& at, const CString& text) override {
+        write("text", at, {}, text.asChar());
     }
-    void drawAddLine(const Point& a, const Point& b) override {
-        write("drawAddLine", a), write(" to", b);
-    }
-    void drawAnnotation(const Point& at, const CString& text) override { write(text.asChar(), at); }
     void drawAddAnnotation(const Point& at, const CString& text) override {
-        write(("added " + std::string(text.asChar())).c_str(), at);
+        write("addText", at, {}, text.asChar());
     }
-    void highlit() override { std::fprintf(stderr, "highlit\n"); }
-    void clear() override { std::fprintf(stderr, "clear\n"); }
-    void show() override { std::fprintf(stderr, "show\n"); }
-    void show(const CString& text) override { std::fprintf(stderr, "show %s\n", text.asChar()); }
-
-    static void write(const char* what, const Point& p) {
-        std::fprintf(stderr, "%s %g %g %g\n", what, p.x, p.y, p.z);
-    }
+    void highlit() override { std::fputs("highlit\n", stderr); }
+    void clear() override { std::fputs("clear\n", stderr); }
+    void show() override { std::fputs("show\n", stderr); }
+    void show(const CString& text) override { write("show", {}, {}, text.asChar()); }
 } writer;
 
 } // namespace
 
-extern "C" {
-
-ZEBASE_API void uninitializePlugin() {
-    std::fprintf(stderr, "closed\n");
+extern "C" ZEBASE_API void uninitializePlugin() {
+    std::fputs("closed\n", stderr);
 }
 
-ZEBASE_API zeDebugDraw::BaseIFace* getDebugDrawIFace() {
-    std::fprintf(stderr, "asked\n");
-    return std::getenv("NO_DRAWING") ? nullptr : &writer;
+extern "C" ZEBASE_API zeDebugDraw::BaseIFace* getDebugDrawIFace() {
+    std::fputs("asked\n", stderr);
+    return &writer;
 }
-
-} // extern "C"

@@ -1,42 +1,38 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// A folder with copies of the test plug-ins under any names. Each copy is a library of its own.
+/// A folder with copies of the test plug-in under any names. Each copy is a library of its own.
 
 #pragma once
 
 #include <dlfcn.h>
 
 #include <filesystem>
-#include <string>
-#include <vector>
+#include <utility>
 
 #include "Base/Plugin/zePluginPluginLoader.h"
 #include "Support/TempFolder.h"
 
-#include "Plugin/plugins/exporter.h"
+#include "Plugin/exporter.h"
 
 using Lines = std::vector<std::string>;
 
 class PluginFolder : public TempFolder {
 public:
     /// Beside the test, from where code may surely be run: temporary folders can forbid it.
-    PluginFolder() : TempFolder(PLUGINS) { journal().clear(); }
+    PluginFolder() : TempFolder(std::filesystem::path(PLUGIN).parent_path()) { journal().clear(); }
 
-    /// Copies a test plug-in ("plain", "bare", "declaration") and returns the full name of the
-    /// copy.
-    std::string add(const std::string& plugin, const std::string& name) const {
+    /// Copies the plug-in, or another library, and returns the full name of the copy.
+    std::string add(const std::string& name, const char* library = PLUGIN) const {
         std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
-        std::filesystem::copy_file(std::string(PLUGINS "/") + plugin + ".so", path(name));
+        std::filesystem::copy_file(library, path(name));
         return path(name);
     }
 };
 
 inline bool isMapped(const std::string& path) {
     void* handle = dlopen(path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
-    if (handle)
-        dlclose(handle);
-    return handle;
+    return handle && dlclose(handle) == 0;
 }
 
 /// What happened since the last call.

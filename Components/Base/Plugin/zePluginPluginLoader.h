@@ -7,8 +7,8 @@
 ///
 /// @code
 /// zePlugin::PluginLoader loader;
-/// const ze::Reference<zePlugin::Plugin> none = loader.load("/etc/passwd");
-/// assert(!none && loader.getError() == L"/etc/passwd: invalid ELF header");
+/// const ze::Reference<zePlugin::Plugin> none = loader.load("/dev/null");
+/// assert(!none && loader.getError() == L"Plugin: could not load plugin: /dev/null\n");
 /// @endcode
 
 #pragma once

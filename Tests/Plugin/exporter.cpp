@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-#include "Plugin/plugins/exporter.h"
+#include "Plugin/exporter.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -26,5 +26,3 @@ Exporter::~Exporter() = default;
 zeString::IString Exporter::getType() const {
     return L"exporter";
 }
-
-ExportError::~ExportError() = default;

@@ -23,19 +23,9 @@ public:
     virtual std::string run() = 0;
 };
 
-struct ZEBASE_API ExportError {
-    explicit ExportError(std::string reason) : text(std::move(reason)) {}
-    virtual ~ExportError();
-    std::string text;
-};
-
-/// Hidden in each of the libraries, as all that is compiled with -fvisibility=hidden.
+/// Hidden in each library, as all that is compiled with -fvisibility=hidden.
 struct Shape {
     virtual ~Shape() = default;
 };
-struct Circle : Shape {
-    int radius = 5;
-};
-struct ShapeError {
-    int code;
-};
+struct Circle : Shape {};
+struct ShapeError {};
