@@ -71,7 +71,8 @@ if(ZEBASE_APPLICATIONS)
 scenefile keeps models from OBJ files in documents of typed packets, with
 compression, checksums and protected saves, and gets them out again exactly.
 zepackage keeps files as the entries of one package, atlas packs rectangles,
-and occlusion computes how much light reaches the vertices of a model."
+occlusion computes how much light reaches the vertices of a model, and notebook
+edits text line by line, with undo, and exporters in plug-ins."
     PACKAGE_DEPENDS "${runtime_package} (>= ${PROJECT_VERSION})")
 endif()
 include(CPack)

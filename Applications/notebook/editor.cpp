@@ -96,7 +96,7 @@ void Editor::edit(const std::string& name, std::size_t at, std::size_t count, Li
     ++lastVersion_;
     zeUndo::Group* group = group_;
     if (group == nullptr)
-        group = history_->newGroup(isOpen_ ? name_.c_str() : name.c_str(), isAdded);
+        group = history_->newGroup((isOpen_ ? name_ : name).substr(0, 60).c_str(), isAdded);
     group_ = isOpen_ ? group : nullptr;
     if (group != nullptr) // unless the history is switched off
         group->addCommand(edit.release());

@@ -37,6 +37,8 @@ public:
     /// Edits belong to one step of this name from here to end().
     void begin(const std::string& name);
     void end();
+    /// Throws a Failure between them.
+    void requireClosed() const;
 
     /// Replaces `count` lines from `at` on by others, as a part of the open step, or as a step of
     /// this name, which can be added to the step before. Throws a Failure, and changes nothing, if
@@ -62,8 +64,6 @@ public:
     void setMemoryLimit(int limit);
 
 private:
-    void requireClosed() const;
-
     Text text_;
     std::size_t textLimit_ = std::size_t{256} << 20;
     std::uint64_t lastVersion_ = 0;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// Commands as they come in: lines and their words.
+/// Commands as they come in: lines, words and numbers.
 
 #pragma once
 
@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -20,6 +21,7 @@
 #include "Shared/message.h"
 #include "Shared/output.h"
 #include "Shared/save.h"
+#include "Shared/terminal.h"
 
 namespace notebook {
 
@@ -92,5 +94,33 @@ private:
 
     std::string_view text_;
 };
+
+/// A line of the text as it may be printed: tabs stay.
+inline std::string shown(std::string_view line) {
+    std::string result;
+    for (std::size_t tab = 0; (tab = line.find('\t')) != std::string_view::npos;) {
+        result += app::visible(line.substr(0, tab)) + '\t';
+        line.remove_prefix(tab + 1);
+    }
+    return result + app::visible(line);
+}
+
+/// A whole number, or nothing.
+inline std::optional<std::size_t> parsed(std::string_view word, std::size_t least,
+                                         std::size_t most) {
+    std::size_t number = 0;
+    const char* const last = word.data() + word.size();
+    const auto [end, error] = std::from_chars(word.data(), last, number);
+    const bool isGood = error == std::errc() && end == last && number >= least && number <= most;
+    return isGood ? std::optional(number) : std::nullopt;
+}
+
+/// The same; throws a Failure if it is none.
+inline std::size_t numberFrom(const std::string& word, std::size_t least, std::size_t most) {
+    if (const auto number = parsed(word, least, most))
+        return *number;
+    throw app::Failure(app::message("notebook.no_number", "'{1}' is not a number from {2} to {3}",
+                                    {word, std::to_string(least), std::to_string(most)}));
+}
 
 } // namespace notebook

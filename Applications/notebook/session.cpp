@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <climits>
 #include <cstdint>
+#include <exception>
+#include <functional>
 #include <new>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -19,6 +22,7 @@
 #include "Shared/terminal.h"
 #include "notebook/command.h"
 #include "notebook/editor.h"
+#include "notebook/file.h"
 #include "notebook/input.h"
 
 namespace notebook {
@@ -27,32 +31,6 @@ namespace {
 
 using app::Failure;
 using app::message;
-
-/// A line of the text as it may be printed: tabs stay.
-std::string shown(std::string_view line) {
-    std::string result;
-    for (std::size_t tab = 0; (tab = line.find('\t')) != std::string_view::npos;) {
-        result += app::visible(line.substr(0, tab)) + '\t';
-        line.remove_prefix(tab + 1);
-    }
-    return result + app::visible(line);
-}
-
-/// A whole number, or nothing.
-std::optional<std::size_t> parsed(std::string_view word, std::size_t least, std::size_t most) {
-    std::size_t number = 0;
-    const char* const last = word.data() + word.size();
-    const auto [end, error] = std::from_chars(word.data(), last, number);
-    const bool isGood = error == std::errc() && end == last && number >= least && number <= most;
-    return isGood ? std::optional(number) : std::nullopt;
-}
-
-std::size_t numberFrom(const std::string& word, std::size_t least, std::size_t most) {
-    if (const auto number = parsed(word, least, most))
-        return *number;
-    throw Failure(message("notebook.no_number", "'{1}' is not a number from {2} to {3}",
-                          {word, std::to_string(least), std::to_string(most)}));
-}
 
 /// Lines from `first` up to `end`, counted from 0.
 struct Range {
@@ -130,10 +108,12 @@ private:
             throw Failure(message("notebook.changed", "there are changes that were not saved "
                                                       "(a \"!\" behind the command drops them)"));
     }
-    /// What is made of the text must not take its place.
-    void refuseOwnFile(const std::string& file) const {
-        if (file == name_ || (target_ && target_->isSameFile(file)))
-            throw Failure(message("notebook.own_file", "{1}: is the file of the text", {file}));
+    /// Writes a file, which no signal breaks off at a terminal: it would cost the text.
+    void write(const std::function<void()>& call) const {
+        std::optional<app::HeldSignals> held;
+        if (interrupt_)
+            held.emplace();
+        call();
     }
 
     /// The lines that follow, up to ".". One more dot stands before a line of dots alone.
@@ -252,11 +232,13 @@ private:
     void exportText(Words& words) {
         const std::string format = words.next();
         const std::string file = takeFile(words);
-        refuseOwnFile(file);
-        const std::string text = exported(format, name_, lines());
-        app::saveFile(app::Target(file), [&](int descriptor) {
-            if (!app::writeAll(descriptor, text))
-                throw Failure(app::systemMessage(errno));
+        file_.refuse(file);
+        const std::string text = exported(format, file_.name(), lines());
+        write([&] {
+            app::saveFile(app::Target(file), [&](int descriptor) {
+                if (!app::writeAll(descriptor, text))
+                    throw Failure(app::systemMessage(errno));
+            });
         });
     }
 
@@ -267,9 +249,11 @@ private:
 
     void draw(Words& words) {
         const std::string file = takeFile(words);
-        refuseOwnFile(file);
-        app::saveFile(app::Target(file), [&](const std::string& name) {
-            drawInto(name, lines(), editor_.newestGroups());
+        file_.refuse(file);
+        write([&] {
+            app::saveFile(app::Target(file), [&](const std::string& name) {
+                drawInto(name, lines(), editor_.newestGroups());
+            });
         });
     }
 
@@ -283,9 +267,8 @@ private:
     const bool keepsGoing_;
     Input input_;
     Editor editor_;
-    std::string name_;                  ///< Of the file; empty if there is none.
-    std::optional<app::Target> target_; ///< The file as it was when it was read or written.
-    std::uint64_t saved_ = 0;           ///< The version of the text that is in the file.
+    File file_;
+    std::uint64_t saved_ = 0; ///< The version of the text that is in the file.
     std::optional<app::InterruptFlag> interrupt_;
     std::string line_; ///< The command, which names its step.
     bool isAdded_ = false;
@@ -346,10 +329,10 @@ bool Session::attempt(const std::string& line) {
             runCommand(words);
         app::flushResults();
         return true;
-    } catch (const Failure& failure) {
-        reason = failure.what();
     } catch (const std::bad_alloc&) {
         reason = message("shared.no_memory", "out of memory");
+    } catch (const std::exception& error) { // also one that a plug-in lets out
+        reason = error.what();
     }
     app::report("notebook", input_.place() + reason);
     while (linesFollow_ && !input_.isTerminal() && input_.line("", longest).value_or(".") != ".") {
@@ -421,49 +404,28 @@ void Session::replace(Words& words) {
 }
 
 void Session::open(Words& words) {
-    const std::string file = takeFile(words);
+    const std::string name = takeFile(words);
     requireSaved();
-    if (file == app::standardStream)
-        throw Failure(message("notebook.no_stream", "standard input holds the commands"));
-    app::libraryFilename(file); // or it could not be saved
-    const app::Step step("read", message("notebook.reading", "reading {1}", {file}));
-    const app::Target target(file);
-    std::optional<Text> text = readText(file, editor_.textLimit());
+    editor_.requireClosed();
+    std::optional<Text> text = file_.read(name, editor_.textLimit());
     const bool isNew = !text;
     editor_.replace(std::move(text).value_or(Text()));
-    name_ = file;
-    target_ = target;
     saved_ = editor_.text().version();
-    note(isNew ? message("notebook.new", "{1}: a new file", {file})
+    note(isNew ? message("notebook.new", "{1}: a new file", {name})
                : message("notebook.opened", "{1}: {2} lines",
-                         {file, std::to_string(lines().size())}));
+                         {name, std::to_string(lines().size())}));
     if (editor_.text().lacksLastLineEnd())
         note(message("notebook.no_end", "note: the last line has no line end, and will have none"));
-    for (const std::string& left : app::leftoverNotes(file))
+    for (const std::string& left : app::leftoverNotes(name))
         note(left);
 }
 
-/// The own file is replaced if nobody has changed it since it was read, another one if it is new.
 void Session::save(Words& words) {
-    const std::string file = words.isEmpty() ? name_ : words.rest();
-    if (file.empty())
-        throw Failure(message("notebook.no_file", "the name of a file is missing"));
-    const bool isOwn = file == name_ && target_;
-    const app::Target target = isOwn && !isForced_ ? *target_ : app::Target(file);
-    if (!isOwn && !isForced_ && target.exists())
-        throw Failure(
-            message("notebook.exists", "{1}: is there already: \"save!\" replaces it", {file}));
-    std::optional<app::HeldSignals> held;
-    if (interrupt_)
-        held.emplace();
-    {
-        const app::Step step("write", message("notebook.writing", "writing {1}", {target.name()}));
-        app::saveFile(target, [&](int descriptor) { writeText(editor_.text(), descriptor); });
-    }
-    if (target.isStandardOutput())
+    Words name = words.isEmpty() ? Words(file_.name()) : words;
+    const std::string file = takeFile(name);
+    write([&] { file_.write(editor_.text(), file, isForced_); });
+    if (file == app::standardStream)
         return;
-    name_ = file;
-    target_.emplace(file);
     saved_ = editor_.text().version();
     note(message("notebook.saved", "{1}: {2} lines written",
                  {file, std::to_string(lines().size())}));

@@ -2,19 +2,9 @@
 
 #include "notebook/text.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <iterator>
 #include <new>
-
-#include "Base/Utility/zeUtilDescriptor.h"
-
-#include "Shared/failure.h"
-#include "Shared/message.h"
-#include "Shared/save.h"
 
 namespace notebook {
 
@@ -78,54 +68,6 @@ bool Text::exchange(Patch& patch, std::size_t limit) {
     bytes_ = size;
     std::swap(version_, patch.version);
     return true;
-}
-
-std::optional<Text> readText(const std::string& path, std::size_t limit) {
-    using app::message;
-    const zeUtil::Descriptor file(zeUtil::retried(
-        [&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
-    if (!file.isOpen() && errno == ENOENT)
-        return std::nullopt;
-    struct stat status = {};
-    if (!file.isOpen() || fstat(file.get(), &status) != 0)
-        throw app::Failure(message("notebook.not_opened", "{1}: cannot be opened: {2}",
-                                   {path, app::systemMessage(errno)}));
-    if (!S_ISREG(status.st_mode))
-        throw app::Failure(message("notebook.not_read", "{1}: cannot be read: {2}",
-                                   {path, message("shared.not_regular", "not a regular file")}));
-    std::string bytes;
-    auto size = static_cast<std::size_t>(status.st_size); // what is beyond the limit is not read
-    for (ssize_t got = 1; got != 0 && size <= limit; size = bytes.size()) {
-        char block[65536];
-        got = zeUtil::retried([&] { return read(file.get(), block, sizeof block); });
-        if (got < 0)
-            throw app::Failure(message("notebook.not_read", "{1}: cannot be read: {2}",
-                                       {path, app::systemMessage(errno)}));
-        bytes.append(block, static_cast<std::size_t>(got));
-    }
-    if (size > limit)
-        throw app::Failure(message("notebook.too_large",
-                                   "{1}: is larger than the {2} bytes that a text may have",
-                                   {path, std::to_string(limit)}));
-    return Text(bytes);
-}
-
-void writeText(const Text& text, int descriptor) {
-    constexpr std::size_t block = 65536;
-    std::string bytes;
-    const auto write = [&] {
-        if (!app::writeAll(descriptor, bytes))
-            throw app::Failure(app::systemMessage(errno));
-        bytes.clear();
-    };
-    for (const std::string& line : text.lines()) {
-        bytes.append(line).push_back('\n');
-        if (bytes.size() > block && &line != &text.lines().back())
-            write();
-    }
-    if (text.lacksLastLineEnd() && !bytes.empty())
-        bytes.pop_back();
-    write();
 }
 
 } // namespace notebook

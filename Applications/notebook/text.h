@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -49,11 +48,5 @@ private:
     std::uint64_t version_ = 0;
     bool lacksLastLineEnd_ = false;
 };
-
-/// Reads a regular file of up to `limit` bytes; nothing if there is no such file. Throws a Failure.
-std::optional<Text> readText(const std::string& path, std::size_t limit);
-
-/// Writes all lines. Throws a Failure.
-void writeText(const Text& text, int descriptor);
 
 } // namespace notebook

