@@ -53,8 +53,8 @@ endfunction()
 ze_package(Runtime ${runtime_package} libs "foundation library for Linux applications (shared library)
 zeBase holds what applications and their plug-ins share: strings and their
 conversion, containers, signals, threads, files and saves that never cost the
-old document, documents of typed packets with filters, packages, a program's
-frame, and linear algebra.
+old document, documents of typed packets with filters, packages, TCP, undo,
+plug-ins, a program's frame, and linear algebra.
 This package holds the library that programs run with."
   PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 install(FILES cmake/debian/lintian-overrides RENAME ${runtime_package}
@@ -62,17 +62,18 @@ install(FILES cmake/debian/lintian-overrides RENAME ${runtime_package}
 ze_package(Development libzebase-dev libdevel "foundation library for Linux applications (development files)
 zeBase holds what applications and their plug-ins share: strings and their
 conversion, containers, signals, threads, files and saves that never cost the
-old document, documents of typed packets with filters, packages, a program's
-frame, and linear algebra.
+old document, documents of typed packets with filters, packages, TCP, undo,
+plug-ins, a program's frame, and linear algebra.
 This package holds the headers, and what CMake and pkg-config need."
   PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")
 if(ZEBASE_APPLICATIONS)
   ze_package(Tools zebase-tools utils "programs over the zeBase foundation library
 scenefile keeps models from OBJ files in documents of typed packets, with
 compression, checksums and protected saves, and gets them out again exactly.
-zepackage keeps files as the entries of one package, atlas packs rectangles,
-occlusion computes how much light reaches the vertices of a model, and notebook
-edits text line by line, with undo, and exporters in plug-ins."
+zepackage keeps files as the entries of one package, relay keeps documents for
+others on the network, notebook edits text with undo and exporters in plug-ins,
+atlas packs rectangles, and occlusion computes how much light reaches the
+vertices of a model."
     PACKAGE_DEPENDS "${runtime_package} (>= ${PROJECT_VERSION})")
 endif()
 include(CPack)
