@@ -11,11 +11,10 @@
 #include <utility>
 
 #include "Base/Plugin/zePluginPluginLoader.h"
+#include "Base/Plugin/zePluginServiceManager.h"
 #include "Support/TempFolder.h"
 
 #include "Plugin/exporter.h"
-
-using Lines = std::vector<std::string>;
 
 class PluginFolder : public TempFolder {
 public:
@@ -44,8 +43,6 @@ inline std::string narrow(const zeString::IString& text) {
     return text.asUTF8();
 }
 
-/// The function of this name and type in a plug-in.
-template<class Function>
-Function* symbol(zePlugin::Plugin& plugin, const char* name) {
-    return reinterpret_cast<Function*>(plugin.getSymbol(name));
+inline zePlugin::ServiceManager& manager() {
+    return zePlugin::ServiceManager::getInstance();
 }
