@@ -7,14 +7,21 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <utility>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "Base/Plugin/zePluginPluginLoader.h"
 #include "Base/Plugin/zePluginServiceManager.h"
 #include "Support/TempFolder.h"
 
 #include "Plugin/exporter.h"
+
+using testing::ElementsAre;
 
 class PluginFolder : public TempFolder {
 public:
