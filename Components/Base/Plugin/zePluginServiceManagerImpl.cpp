@@ -43,8 +43,8 @@ void ServiceForType::removeAll() {
         Service::destroyReference(service);
 }
 
-/// Somebody destroyed a service that is listed, or there were no connection. Its reference must not
-/// destroy it again, whatever its count is.
+/// Somebody destroyed a service while it is listed: remove() and removeAll() end the connection
+/// first. Its reference must not destroy it again, whatever its count is.
 void ServiceForType::serviceDestroyed(Service* service) {
     const ze::Reference<Service> dying = takeOut(service);
     dying->ref();
