@@ -5,6 +5,7 @@
 #include <elf.h>
 #include <sys/stat.h>
 
+#include <array>
 #include <functional>
 
 #include "Support/OrdinaryUser.h"
@@ -52,9 +53,7 @@ TEST(Plugin, SaysWhyAFileIsNoPlugin) {
     mkfifo(folder.path("fifo.so").c_str(), 0600); // would wait for a writer
     const std::string secret = open.write("secret.so", ""),
                       refused = "Plugin: could not load plugin: ";
-    const struct {
-        std::string path, text;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {folder.path("none.so"), ""},
         {"", ""},
         {folder.write("empty.so", ""), folder.path("empty.so") + ": file too short"},
@@ -124,9 +123,7 @@ TEST(Plugin, RunsItsFunctionsAroundItsLifeAndThrows) {
 TEST(PluginProxy, SaysOnceWhyTheRealPluginCannotBeLoaded) {
     const PluginFolder folder;
     const std::string bare = folder.add("serviceDecl_bare.so", BARE);
-    const struct {
-        std::string path, text, lookup;
-    } cases[] = {
+    const std::array<std::string, 3> cases[] = {
         {folder.add("serviceDecl_none.so"),
          "The proxy plugin does not exist: " + folder.path("none.so"), ""},
         {folder.add("serviceDecl_empty.so"), folder.write("empty.so", "") + ": file too short", ""},
