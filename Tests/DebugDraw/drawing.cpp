@@ -10,36 +10,32 @@ namespace {
 using zeLinear::Point;
 using zeString::CString;
 
-void write(const char* what, const Point& a, const Point& b = {}, const char* text = "") {
-    std::fprintf(stderr, "%s %g %g %s\n", what, a.x, b.x, text);
+void write(const char* what, const Point& a = {}, const Point& b = {}, const CString& text = {}) {
+    std::fprintf(stderr, "%s %g %g %s\n", what, a.x, b.x, text.asChar());
 }
 
 struct Writer : zeDebugDraw::BaseIFace {
-    ~Writer() override { std::fputs("destroyed\n", stderr); }
+    ~Writer() override { write("destroyed"); }
 
     void drawPoint(const Point& p) override { write("point", p); }
     void drawAddPoint(const Point& p) override { write("addPoint", p); }
     void drawLine(const Point& a, const Point& b) override { write("line", a, b); }
     void drawAddLine(const Point& a, const Point& b) override { write("addLine", a, b); }
-    void drawAnnotation(const Point& at, const CString& text) override {
-        write("text", at, {}, text.asChar());
-    }
-    void drawAddAnnotation(const Point& at, const CString& text) override {
-        write("addText", at, {}, text.asChar());
-    }
-    void highlit() override { std::fputs("highlit\n", stderr); }
-    void clear() override { std::fputs("clear\n", stderr); }
-    void show() override { std::fputs("show\n", stderr); }
-    void show(const CString& text) override { write("show", {}, {}, text.asChar()); }
+    void drawAnnotation(const Point& p, const CString& t) override { write("text", p, {}, t); }
+    void drawAddAnnotation(const Point& p, const CString& t) override { write("add", p, {}, t); }
+    void highlit() override { write("highlit"); }
+    void clear() override { write("clear"); }
+    void show() override { write("show"); }
+    void show(const CString& text) override { write("show", {}, {}, text); }
 } writer;
 
 } // namespace
 
 extern "C" ZEBASE_API void uninitializePlugin() {
-    std::fputs("closed\n", stderr);
+    write("closed");
 }
 
 extern "C" ZEBASE_API zeDebugDraw::BaseIFace* getDebugDrawIFace() {
-    std::fputs("asked\n", stderr);
+    write("asked");
     return &writer;
 }

@@ -26,9 +26,10 @@ TEST(DebugDrawDeathTest, ForwardsEachCallUntilTheEndOfTheProcess) {
             std::exit(0);
         },
         testing::ExitedWithCode(0),
-        testing::Eq(std::string("asked\npoint 1 0 \naddPoint 4 0 \nline 1 4 \naddLine 4 1 \n"
-                                "text 1 0 here\naddText 4 0 there\nhighlit\nclear\nshow\n"
-                                "show 0 0 view\nclosed\ndestroyed\n")));
+        testing::Eq(std::string(
+            "asked 0 0 \npoint 1 0 \naddPoint 4 0 \nline 1 4 \naddLine 4 1 \ntext 1 0 here\n"
+            "add 4 0 there\nhighlit 0 0 \nclear 0 0 \nshow 0 0 \nshow 0 0 view\nclosed 0 0 \n"
+            "destroyed 0 0 \n")));
 }
 
 TEST(DebugDrawDeathTest, EndsTheProcessWithoutAPlugin) {

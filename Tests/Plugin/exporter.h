@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// What the test program and its plug-ins share: a library that both link, and types of this header
-/// alone, which each compiles by itself.
+/// What the test program and its plug-ins share. The types are of this header alone: each library
+/// compiles them by itself, hidden.
 
 #pragma once
 
@@ -10,22 +10,17 @@
 #include <vector>
 
 #include "Base/Plugin/zePluginService.h"
+#include "Base/Utility/zeUtilError.h"
 
-/// What happened, in order: plug-ins add lines such as "a.so initialized".
-ZEBASE_API std::vector<std::string>& journal();
+using Lines = std::vector<std::string>;
 
-/// Exported, with an out-of-line virtual: one type information in the process.
-class ZEBASE_API Exporter : public zePlugin::Service {
-public:
+/// The program's: what happened, in order. Plug-ins add lines such as "a.so initialized".
+ZEBASE_API Lines& journal();
+
+struct Exporter : zePlugin::Service {
     using Service::Service;
-    ~Exporter() override;
-    zeString::IString getType() const override; // "exporter"
+    zeString::IString getType() const override { return L"exporter"; }
     virtual std::string run() = 0;
 };
 
-/// Hidden in each library, as all that is compiled with -fvisibility=hidden.
-struct Shape {
-    virtual ~Shape() = default;
-};
-struct Circle : Shape {};
-struct ShapeError {};
+struct Refusal : zeUtil::Error {};

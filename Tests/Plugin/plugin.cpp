@@ -4,30 +4,31 @@
 
 #include <dlfcn.h>
 
-#include <filesystem>
+#include <cstring>
 #include <sstream>
 
 #include "Base/Plugin/zePluginServiceManager.h"
-#include "Base/Utility/zeUtilError.h"
 
 #include "Plugin/exporter.h"
 
 namespace {
 
-std::string ownName() {
+const char* ownName() {
     static const char here = 0;
     Dl_info info{};
     dladdr(&here, &info);
-    return std::filesystem::path(info.dli_fname).filename().string();
+    return std::strrchr(info.dli_fname, '/') + 1;
+}
+
+void note(const char* what) {
+    journal().push_back(ownName() + std::string(what));
 }
 
 struct Static {
     ~Static() {
         zePlugin::Service::destroyReference(kept);
-        journal().push_back(name + " gone");
+        note(" gone");
     }
-    std::string name = ownName();
-    std::string realName = name.substr(name.find('_') + 1);
     ze::Reference<Exporter> kept;
 } object;
 
@@ -37,8 +38,7 @@ public:
     ~Declared() override {
         const auto& manager = zePlugin::ServiceManager::getInstance(); // at exit, too
         const bool listed = manager.getService(L"exporter", getName()) == this;
-        journal().push_back(getName().asUTF8() +
-                            std::string(listed ? " is still listed" : " destroyed"));
+        journal().push_back(getName().asUTF8() + std::string(listed ? " listed" : " destroyed"));
     }
     std::string run() override {
         void* text = getPluginProxy()->getMainPlugin()->getSymbol("text");
@@ -51,28 +51,28 @@ public:
 extern "C" {
 
 ZEBASE_API void initializePlugin() {
-    journal().push_back(object.name + " initialized");
+    note(" initialized");
 }
 
 ZEBASE_API void uninitializePlugin() {
-    journal().push_back(ownName() + " uninitialized"); // at exit without the object
+    note(" uninitialized");
 }
 
 ZEBASE_API const char* getPluginProxyName() {
-    return object.realName.c_str();
+    return std::strchr(ownName(), '_') + 1;
 }
 
 ZEBASE_API void installPluginServices(zePlugin::PluginProxy* proxy) {
-    std::istringstream names(object.realName.substr(0, object.realName.find('.')));
-    for (std::string name; std::getline(names, name, '+');)
-        if (!name.empty()) {
-            const ze::Reference<Exporter> service(new Declared(name.c_str(), proxy));
-            service->registerService(); // a refused one ends here
-        }
+    const char* realName = std::strchr(ownName(), '_') + 1;
+    std::istringstream names(std::string(realName, std::strcspn(realName, ".")));
+    for (std::string name; std::getline(names, name, '+');) {
+        const ze::Reference<Exporter> service(new Declared(name.c_str(), proxy));
+        service->registerService(); // a refused one ends here
+    }
 }
 
 ZEBASE_API const char* text() {
-    return object.name.c_str();
+    return ownName();
 }
 
 ZEBASE_API void keep(Exporter* service) {
@@ -81,18 +81,11 @@ ZEBASE_API void keep(Exporter* service) {
 
 /// Leaves a function of this library in a signal of the program's.
 ZEBASE_API void listen(zePlugin::Plugin* plugin) {
-    plugin->unloadSignal.connectOwned(
-        [note = object.name + " is unloaded"](zePlugin::Plugin*) { journal().push_back(note); });
+    plugin->unloadSignal.connectOwned([](zePlugin::Plugin*) { note(" is unloaded"); });
 }
 
-ZEBASE_API Shape* makeShape() {
-    return new Circle;
-}
-
-ZEBASE_API void fail(bool withShape) {
-    if (withShape)
-        throw ShapeError();
-    throw zeUtil::Error(7, "from a plug-in");
+ZEBASE_API void fail() {
+    throw Refusal();
 }
 
 } // extern "C"

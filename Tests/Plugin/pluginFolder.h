@@ -7,15 +7,21 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <utility>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include "Base/Plugin/zePluginPluginLoader.h"
+#include "Base/Plugin/zePluginServiceManager.h"
 #include "Support/TempFolder.h"
 
 #include "Plugin/exporter.h"
 
-using Lines = std::vector<std::string>;
+using testing::ElementsAre;
 
 class PluginFolder : public TempFolder {
 public:
@@ -44,8 +50,6 @@ inline std::string narrow(const zeString::IString& text) {
     return text.asUTF8();
 }
 
-/// The function of this name and type in a plug-in.
-template<class Function>
-Function* symbol(zePlugin::Plugin& plugin, const char* name) {
-    return reinterpret_cast<Function*>(plugin.getSymbol(name));
+inline zePlugin::ServiceManager& manager() {
+    return zePlugin::ServiceManager::getInstance();
 }

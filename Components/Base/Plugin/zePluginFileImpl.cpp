@@ -31,6 +31,16 @@ bool isLibrary(const Elf64_Ehdr& header) {
            header.e_ident[EI_CLASS] == ELFCLASS64 && header.e_phentsize == sizeof(Elf64_Phdr);
 }
 
+/// Whether a file of `size` bytes has what is to be mapped of it. A segment without content takes a
+/// page of the file only where it begins within one: linkers give it any place, also behind the
+/// file's end.
+bool holds(std::size_t size, const Elf64_Phdr& segment) {
+    constexpr std::size_t page = 4096;
+    if (segment.p_filesz == 0)
+        return segment.p_vaddr % page == 0 || segment.p_offset / page * page < size;
+    return segment.p_offset <= size && segment.p_filesz <= size - segment.p_offset;
+}
+
 /// Whether a library ends before what is to be mapped of it.
 bool isCutOff(const char* path, std::size_t size) {
     const zeUtil::Descriptor file(retried([&] { return ::open(path, O_RDONLY | O_CLOEXEC); }));
@@ -41,14 +51,15 @@ bool isCutOff(const char* path, std::size_t size) {
     if (!readAt(file, header.e_phoff, segments.data(), segments.size() * sizeof segments[0]))
         return false; // the dynamic linker cannot read them either
     return std::any_of(segments.begin(), segments.end(), [size](const Elf64_Phdr& segment) {
-        return segment.p_type == PT_LOAD &&
-               (segment.p_offset > size || segment.p_filesz > size - segment.p_offset);
+        return segment.p_type == PT_LOAD && !holds(size, segment);
     });
 }
 
 } // namespace
 
 bool canBeOpened(const char* path, const zeOS::FileStatus& status) {
+    if (!std::strchr(path, '/'))
+        return true; // it is looked for elsewhere: this is not the file
     if (!status.isFile())
         return status.isDirectory();
     return !isCutOff(path, static_cast<std::size_t>(status.size()));

@@ -25,7 +25,8 @@
 /// unopened.
 ///
 /// **Names.** The file is found by its path in UTF-8. A path without a "/" is not looked for in the
-/// current directory, but where the system keeps libraries: write "./x.so".
+/// current directory, but where the system keeps libraries: write "./x.so". The dynamic linker
+/// replaces "$ORIGIN", "$LIB" and "$PLATFORM" in a path.
 ///
 /// Threads: all plug-ins, proxies and services belong to one thread, usually the one that starts
 /// the program; counts and signals are not locked.

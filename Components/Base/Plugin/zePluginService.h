@@ -82,9 +82,10 @@ public:
         service = ze::Reference<T>();
     }
 
-    /// Sent at the start of the destructor. Only what Service itself declares can be used then: the
-    /// derived object is gone. **The count is 0**: a callback that makes a ze::Reference to the
-    /// service destroys it twice.
+    /// Sent at the start of the destructor. The derived object is gone then: the name, the proxy
+    /// and the flags can be asked for, but getType(), and so ServiceManager::removeService(), ends
+    /// the process. **The count is 0**: a callback that makes a ze::Reference to the service
+    /// destroys it twice.
     zeRTB::SignalArg<Service*> destroyedSignal;
 
 private:

@@ -89,7 +89,7 @@ IString ServiceManager::getServiceType(int type) const {
 }
 
 int ServiceManager::getServiceIndex(const IString& type) const {
-    return impl_->find(type);
+    return impl_->getServiceType(type, false);
 }
 
 unsigned int ServiceManager::getNumServices(int type) const {
@@ -97,7 +97,7 @@ unsigned int ServiceManager::getNumServices(int type) const {
 }
 
 unsigned int ServiceManager::getNumServices(const IString& type) const {
-    const int index = impl_->find(type);
+    const int index = impl_->getServiceType(type, false);
     return index == -1 ? npos : getNumServices(index);
 }
 
@@ -106,20 +106,20 @@ Service* ServiceManager::getService(int type, int index) const {
 }
 
 Service* ServiceManager::getService(int type, const IString& name) const {
-    return impl_->type(type).find(name);
+    return impl_->type(type).findService(name);
 }
 
 Service* ServiceManager::getService(const IString& type, const IString& name) const {
-    const int index = impl_->find(type);
+    const int index = impl_->getServiceType(type, false);
     return index == -1 ? nullptr : getService(index, name);
 }
 
 bool ServiceManager::addService(Service* service) {
     if (!service)
         return false;
-    ServiceForType& type = impl_->findOrMake(service->getType());
+    ServiceForType& type = impl_->type(impl_->getServiceType(service->getType(), true));
     ze::Reference<Service> kept; // where `service` takes its own place
-    if (Service* old = type.find(service->getName())) {
+    if (Service* old = type.findService(service->getName())) {
         if (!old->getAllowOverride()) {
             zeOS::AppOutput::getInstance().status.printf(
                 1, "Registration of a service failed.  The name is already used: %s\n",
@@ -138,8 +138,8 @@ bool ServiceManager::addService(Service* service) {
 void ServiceManager::removeService(Service* service) {
     if (!service)
         return;
-    ServiceForType& type = impl_->findOrMake(service->getType());
-    if (Service* named = type.find(service->getName()))
+    ServiceForType& type = impl_->type(impl_->getServiceType(service->getType(), true));
+    if (Service* named = type.findService(service->getName()))
         type.remove(named);
 }
 

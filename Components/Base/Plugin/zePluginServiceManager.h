@@ -92,9 +92,10 @@ public:
     ///
     /// Each directory of zeOS::AppMain::getPluginDirectories() is searched, with all that lies
     /// below it; or, if `subDirectory` is not empty, the directory of that name in each. What does
-    /// not exist is passed over. A file whose name begins with "serviceDecl_", and goes on before
-    /// its last ".", is loaded as a proxy and its services are installed; files that end in ".pdb",
-    /// ".debug" and ".dSYM" are not. So "serviceDecl_text.so" counts, "serviceDecl_.so" does not.
+    /// not exist is passed over. A file of whatever kind whose name begins with "serviceDecl_", and
+    /// goes on before its last ".", is loaded as a proxy and its services are installed; files that
+    /// end in ".pdb", ".debug" and ".dSYM" are not. So "serviceDecl_text.so" counts,
+    /// "serviceDecl_.so" does not.
     /// **The order within a directory is that of the disk**, so that it is open which of two
     /// plug-ins with the same service comes first, and wins.
     ///

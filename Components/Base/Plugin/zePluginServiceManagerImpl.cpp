@@ -15,7 +15,7 @@ ServiceForType::~ServiceForType() {
     removeAll();
 }
 
-Service* ServiceForType::find(const IString& name) const {
+Service* ServiceForType::findService(const IString& name) const {
     const auto found = byName_.find(view(name));
     return found == byName_.end() ? nullptr : found->second;
 }
@@ -43,11 +43,9 @@ void ServiceForType::removeAll() {
         Service::destroyReference(service);
 }
 
-/// Somebody destroyed a service that is listed. Its reference must not destroy it again, whatever
-/// its count is.
+/// Somebody destroyed a service while it is listed: remove() and removeAll() end the connection
+/// first. Its reference must not destroy it again, whatever its count is.
 void ServiceForType::serviceDestroyed(Service* service) {
-    if (find(service->getName()) != service)
-        return;
     const ze::Reference<Service> dying = takeOut(service);
     dying->ref();
     dying->ref();
@@ -75,17 +73,15 @@ ServiceManagerImpl::~ServiceManagerImpl() {
         types[i]->removeAll();
 }
 
-int ServiceManagerImpl::find(const IString& name) const {
-    const auto found = byName_.find(view(name));
-    return found == byName_.end() ? -1 : found->second;
-}
-
-ServiceForType& ServiceManagerImpl::findOrMake(const IString& name) {
-    if (const int index = find(name); index != -1)
-        return type(index);
+int ServiceManagerImpl::getServiceType(const IString& name, bool create) {
+    if (const auto found = byName_.find(view(name)); found != byName_.end())
+        return found->second;
+    if (!create)
+        return -1;
+    const int index = static_cast<int>(types.size());
     types.emplace_back(new ServiceForType(name));
-    byName_.emplace(view(types.back()->typeName), static_cast<int>(types.size()) - 1);
-    return *types.back();
+    byName_.emplace(view(types.back()->typeName), index);
+    return index;
 }
 
 } // namespace zePlugin

@@ -32,7 +32,7 @@ public:
     ~ServiceForType() override;
 
     /// The service of this name, or null.
-    Service* find(const zeString::IString& name) const;
+    Service* findService(const zeString::IString& name) const;
     void add(Service* service);
     /// Removes a service of the list.
     void remove(Service* service);
@@ -55,10 +55,8 @@ class ServiceManagerImpl : public ze::ImplBase {
 public:
     ~ServiceManagerImpl() override;
 
-    /// The index of a type, or -1.
-    int find(const zeString::IString& name) const;
-    /// The type of this name, which is made if it is new.
-    ServiceForType& findOrMake(const zeString::IString& name);
+    /// The index of a type. One that is new is made, or gives -1 without `create`.
+    int getServiceType(const zeString::IString& name, bool create);
 
     ServiceForType& type(int index) const { return *types[static_cast<std::size_t>(index)]; }
 
