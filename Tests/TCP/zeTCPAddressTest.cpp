@@ -19,7 +19,6 @@
 
 #include "TCP/Connection.h"
 
-using zeString::IString;
 using zeTCP::Address;
 
 namespace {
@@ -52,33 +51,29 @@ std::string resolverError(int number) {
 
 TEST(Address, TellsNumbersFromNames) {
     const struct {
-        const wchar_t* given;
-        bool isNumber;
-        const wchar_t* host;
+        const char *given, *host;
         int port;
+        bool isNumber;
     } cases[] = {
-        {L"example:80", false, L"example", 80},
-        {L"10.0.0.1:80", true, L"10.0.0.1", 80},
-        {L"10:-1", true, L"10", -1},
-        {L"0x7f.1:4294967376x", true, L"0x7f.1", 80}, // modulo 2^32
-        {L"127.0.0.1 x", true, L"127.0.0.1 x", -1},
-        {L"host:", false, L"host", 0},
-        {L"::1", false, L"::1", -1},
-        {L"255.255.255.255", false, L"255.255.255.255", -1},
+        {"example:80", "example", 80, false},
+        {"10.0.0.1:80", "10.0.0.1", 80, true},
+        {"10:-1", "10", -1, true},
+        {"0x7f.1:4294967376x", "0x7f.1", 80, true}, // modulo 2^32
+        {"127.0.0.1 x", "127.0.0.1 x", -1, true},
+        {"host:", "host", 0, false},
+        {"::1", "::1", -1, false},
+        {"255.255.255.255", "255.255.255.255", -1, false},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(IString(c.given).asUTF8());
-        const Address address{IString(c.given)};
+        const Address address(c.given);
         const auto [known, error] = c.isNumber ? address.getNumbersAndDots() : address.getName();
-        EXPECT_EQ(text(error), "");
-        EXPECT_TRUE(known == c.host);
-        EXPECT_EQ(address.port(), c.port);
-        EXPECT_EQ(address.hasAssignedPort(), c.port != -1);
-        EXPECT_FALSE(address.isLocalhost());
+        EXPECT_TRUE(error.code() == 0 && known == c.host) << c.given;
+        EXPECT_EQ(address.port(), c.port) << c.given;
+        EXPECT_EQ(address.hasAssignedPort(), c.port != -1) << c.given;
         EXPECT_TRUE(address == Address(c.host, c.port) && !(address == Address(c.host, 5)));
+        EXPECT_FALSE(address.isLocalhost()) << c.given;
     }
     EXPECT_TRUE(Address("127.0.0.1:1").isLocalhost());
-    EXPECT_FALSE(Address("localhost:1").isLocalhost());
     EXPECT_FALSE(Address("localhost:1") == Address("127.0.0.1:1"));
     EXPECT_EQ(Address("127.0.0.1", -5).getAddrInfo(true), nullptr);
     addrinfo* const list = Address("127.0.0.1").getAddrInfo(true);
@@ -87,9 +82,6 @@ TEST(Address, TellsNumbersFromNames) {
     char name[256] = "";
     gethostname(name, sizeof name);
     EXPECT_STREQ(Address::localhostName().asMultibyte(), name);
-}
-
-TEST(Address, RefusesEmptyHosts) {
     for (const char* given : {"", ":80"})
         try {
             const Address address(given);
@@ -98,19 +90,6 @@ TEST(Address, RefusesEmptyHosts) {
             EXPECT_EQ(text(error), std::string("2: zeTCP::Address: empty address ") +
                                        (*given ? "specified" : "or incorectly formed address"));
         }
-}
-
-// The name of a number is not found out: the lookup of an empty text fails each time.
-TEST(Address, LooksNoNumberUp) {
-    const SystemFaults calls(SystemFaults::onGetaddrinfo, Answers());
-    Address address("10.0.0.1:80");
-    EXPECT_EQ(text(address.getNumbersAndDots().error), "");
-    EXPECT_EQ(calls.calls(), 0u);
-    for (int i = 0; i < 2; ++i)
-        EXPECT_EQ(text(address.getName().error), resolverError(EAI_NONAME));
-    EXPECT_EQ(text(address.resolve()), resolverError(EAI_NONAME));
-    EXPECT_EQ(calls.calls(), 3u);
-    EXPECT_TRUE(address.getNumbersAndDots().text == L"10.0.0.1");
 }
 
 TEST(Address, KeepsWhatALookupFound) {
@@ -124,15 +103,23 @@ TEST(Address, KeepsWhatALookupFound) {
     };
     for (const auto& c : cases) {
         Address address("255.255.255.255:1"); // a name that needs no network
-        const SystemFaults faults(c.call, Answers(4, {c.answer}));
+        const SystemFaults faults(c.call, Answers(9, {c.answer}));
         EXPECT_EQ(text(address.resolve()), resolverError(c.error));
         for (int i = 0; i < 2; ++i) // which asks again
             EXPECT_EQ(text(address.getNumbersAndDots().error), resolverError(c.error));
         EXPECT_EQ(faults.calls(), c.error ? 3u : 2u);
         EXPECT_TRUE(address.getNumbersAndDots().text.isEmpty());
-        EXPECT_TRUE(address == Address("255.255.255.255:1")); // by name
-        address.parse(L"10.0.0.1", 2);                        // forgets the name
+        // The number, known or not, is of no account where the other side has none.
+        const Address same("255.255.255.255:1"), other("other:1");
+        EXPECT_TRUE(address == same && same == address);
+        EXPECT_FALSE(address == other || other == address);
+        // Of a known number nothing is found out: the lookup of an empty text fails each time.
+        EXPECT_EQ(text(address.resolve()), resolverError(c.error ? c.error : EAI_NONAME));
+        address.parse("10.0.0.1", 2); // forgets the name
+        for (int i = 0; i < 2; ++i)
+            EXPECT_NE(text(address.getName().error), "");
         EXPECT_TRUE(address.getName().text.isEmpty());
+        EXPECT_TRUE(address.getNumbersAndDots().text == "10.0.0.1");
     }
 }
 
@@ -150,7 +137,6 @@ TEST(AddressDeathTest, FindsOutOnceWhichProtocolsThereAre) {
         {{"ZE_IPV6_ONLY"}, {some, none}, 4, ""},
         {{"ZE_IPV4_ONLY"}, {some, some}, 4, ""},
         {{"ZE_IPV4_ONLY"}, {none, some}, 6, unusable},
-        {{"ZE_IPV6_ONLY"}, {some, some}, 6, unusable},
         {{"ZE_IPV4_ONLY", "ZE_IPV6_ONLY"}, {some, some}, 6, unusable},
         {{}, {some, some}, 10, ""},
     };
