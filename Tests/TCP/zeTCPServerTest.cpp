@@ -62,6 +62,8 @@ bool enterNetwork() {
 
 /// For a fresh process: what a server and its client meet in a network of their own.
 [[noreturn]] void endWithReport(const char* variable, bool loopbackOnly) {
+    unsetenv("ZE_IPV4_ONLY");
+    unsetenv("ZE_IPV6_ONLY");
     setenv(variable, "", 1);
     if (!enterNetwork())
         _exit(std::fputs("no network", stderr) >= 0);
@@ -144,7 +146,7 @@ TEST(Server, ListensWhenItIsToAccept) {
         server.setLoopbackOnly();
         zeTCP::Socket* socket = nullptr;
         const zeUtil::Error error = server.accept(&socket, "1ms");
-        const bool isInUse = c.port == 0 && error.code() == 3; // what IPv6 got, for IPv4
+        const bool isInUse = c.port == 0 && error.code() == 3; // for IPv4 what IPv6 got
         EXPECT_EQ(text(error), isInUse ? text(error) : c.error);
         EXPECT_EQ(socket, nullptr);
         EXPECT_EQ(server.getPort() > 0, server.isListening() && c.call == onBind);
