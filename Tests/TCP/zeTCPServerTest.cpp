@@ -53,7 +53,7 @@ bool enterNetwork() {
     if (::unshare(CLONE_NEWNET) != 0 && ::unshare(CLONE_NEWUSER | CLONE_NEWNET) != 0)
         return false;
     const zeUtil::Descriptor fd(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    ifreq request = {"lo", {}};
+    ifreq request = {{"lo"}, {}};
     request.ifr_flags = IFF_UP;
     int hasNoIPv6 = 1;
     std::ifstream("/proc/sys/net/ipv6/conf/lo/disable_ipv6") >> hasNoIPv6;
@@ -112,12 +112,12 @@ TEST(Server, ChoosesAPortThatNobodyElseGets) {
     ClientSocket late(connection.address()), last(connection.address());
     EXPECT_NE(late.connect().code(), 0); // that of IPv4, also where "::1" answers
     EXPECT_EQ(late.descriptor() != -1, server.isListening());
-    {
-        const SystemFaults faults(onGetaddrinfo, {{EAI_AGAIN}}); // of "127.0.0.1": goes on, too
+    { // a failing lookup of "127.0.0.1": goes on, too
+        const SystemFaults faults(SystemFaults::onGetaddrinfo, {{EAI_AGAIN}});
         EXPECT_EQ(last.connect().code() == 0, server.isListening());
     }
     ClientSocket remote(zeTCP::Address("127.0.0.2", 1));
-    const SystemFaults faults(onConnect, {{ENETUNREACH}});
+    const SystemFaults faults(SystemFaults::onConnect, {{ENETUNREACH}});
     EXPECT_EQ(text(remote.connect()), "4: connect() failed: Network is unreachable");
 }
 
