@@ -28,27 +28,19 @@ namespace {
 
 volatile std::sig_atomic_t alarmed = -1; ///< What the handler of SIGALRM writes to.
 
-/// Interrupts what waits again and again. No time stops it.
-void alarmEvery(timeval time) {
-    struct sigaction action = {};
-    action.sa_handler = [](int) { ::send(alarmed, "x", 1, MSG_DONTWAIT); };
-    ::sigaction(SIGALRM, &action, nullptr);
-    const itimerval timer = {time, time};
-    ::setitimer(ITIMER_REAL, &timer, nullptr);
-}
-
 } // namespace
 
 TEST(Waiting, HasNoLimitAtZeroAndEndsInTimeUnderSignals) {
     Pair pair;
     const int fd = pair.here.descriptor();
-    alarmEvery({0, 5000});
+    const itimerval often = {{0, 5000}, {0, 5000}}, never = {};
+    std::signal(SIGALRM, [](int) { ::send(alarmed, "x", 1, MSG_DONTWAIT); });
+    ::setitimer(ITIMER_REAL, &often, nullptr);
     EXPECT_EQ(doSelect(fd, "60ms"), 0);    // goes on for the rest of the time
     EXPECT_EQ(text(pair.here.wait()), ""); // ended by a signal
     alarmed = pair.fds[1];
     EXPECT_TRUE(pair.here.dataAvailable()); // as soon as the handler has sent something
-    alarmEvery({0, 0});
-    alarmed = -1;
+    ::setitimer(ITIMER_REAL, &never, nullptr);
     Pair silent;
     silent.here.setTimeout("1ms");
     EXPECT_EQ(text(silent.here.wait()), ""); // the time is over
@@ -71,11 +63,8 @@ TEST(Waiting, FindsWhatIsReadable) {
     EXPECT_FALSE(ready.isReadable(first.here) || ready.isReadable(none));
     EXPECT_TRUE(ready.isReadable(second.here) && ready.isReadable(third.here));
     ready.reset();
-    EXPECT_FALSE(ready.isReadable(second.here));
     EXPECT_EQ(text(ready.wait("1ms")), ""); // nothing was added: the time runs out
-    ready.add(first.here);
-    EXPECT_EQ(text(ready.wait("1ms")), "");
-    EXPECT_FALSE(ready.isReadable(first.here));
+    EXPECT_FALSE(ready.isReadable(second.here));
 
     std::vector<Socket*> out = {&none};
     EXPECT_EQ(text(waitReadable(in, out, "10s")), "");
@@ -94,7 +83,6 @@ TEST(Waiting, FindsWhatIsReadable) {
     EXPECT_EQ(errno, EBADF);
     ::close(second.fds[0]); // behind the socket's back
     EXPECT_EQ(text(waitReadable(in, out, "10s")), "1: select() failed");
-    EXPECT_EQ(zeTCP::setLinger(-1), 0);
 }
 
 TEST(Waiting, TakesDescriptorsBeyondThoseOfASet) {

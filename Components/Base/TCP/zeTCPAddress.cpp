@@ -127,11 +127,11 @@ const IString& Address::localhostName() {
 }
 
 zeUtil::Error Address::resolve() {
-    IString name = name_;
+    // Where the number is known, the empty name goes in, though a name may be known as well: the
+    // lookup fails, and callers get that error.
+    IString name = numericKnown_ ? IString() : name_;
     IString numeric = numeric_;
-    // For a number, the empty name goes in: the lookup fails, and callers get that error.
-    zeUtil::Error error =
-        numericKnown_ ? lookUp(name, numeric, addressToName) : lookUp(name, numeric, nameToAddress);
+    zeUtil::Error error = lookUp(name, numeric, numericKnown_ ? addressToName : nameToAddress);
     if (error.code() == 0) {
         name_ = name;
         numeric_ = numeric;

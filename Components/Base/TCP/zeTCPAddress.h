@@ -76,8 +76,9 @@ public:
     static const zeString::IString& localhostName();
 
     /// Looks up the address of a name, and stores both texts unless that fails. getNumbersAndDots()
-    /// will look up again. Of an address given as a number it always fails with code 1, as
-    /// getName() does. May block as the name service does.
+    /// will look up again. Once the number is known, given or found by getNumbersAndDots(), it
+    /// always fails with code 1, as getName() does for a number. May block as the name service
+    /// does.
     zeUtil::Error resolve();
 
     /// The number, looked up at the first call for a name. A lookup goes there and back, so that
