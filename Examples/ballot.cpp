@@ -60,18 +60,18 @@ bool answer(zeTCP::Socket& client, Votes& votes) {
     return client.write((choice + ": " + count).c_str()).code() == 0;
 }
 
-/// Accepts a client that waits. What is readable may be half a message: nobody may hold up the
-/// others for longer than a second.
-bool admit(zeTCP::Server& server, Clients& clients) {
+/// Accepts a client that waits, unless it has gone again. What is readable may be half a message:
+/// whoever stops in the middle of one holds up the others for a second, and is sent away.
+zeUtil::Error admit(zeTCP::Server& server, Clients& clients) {
     const auto [socket, error] = server.accept(zeUtil::Interval("1s"));
     if (!socket)
-        return error.code() == 0; // gone again
+        return error;
     clients.emplace_back(socket);
     socket->setNoDelay(true); // each message is answered: see Documentation/network.md
     const timeval limit = {1, 0};
     setsockopt(socket->descriptor(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
     setsockopt(socket->descriptor(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
-    return true;
+    return {};
 }
 
 int serve(int toCome) {
@@ -96,8 +96,8 @@ int serve(int toCome) {
         });
         if (!ready.isReadable(server))
             continue;
-        if (!admit(server, clients))
-            return 1;
+        if (const zeUtil::Error error = admit(server, clients); error.code() != 0)
+            return fail(error);
         --toCome;
     }
     return 0;

@@ -54,7 +54,8 @@ public:
     void close() override;
 
     /// Returns what the stream delivered, even if it failed after that. bufferEOF and 0 if it
-    /// failed without a byte, whatever the reason; bufferIOError and 0 without a stream.
+    /// failed without a byte, whatever the reason; bufferIOError and 0 without a stream, and -1 if
+    /// it claims to have delivered more than it was asked for.
     int read(char* destination, int n) override;
 
     /// bufferIOError if the stream fails, whatever the reason, or without a stream.

@@ -64,7 +64,8 @@ public:
     void close() override;
 
     /// Returns what the socket delivered, even if the connection ended after that. bufferIOError
-    /// and 0 if it ended without a byte, or without a socket.
+    /// and 0 if it ended without a byte, or without a socket; -1 if a derived socket claims to have
+    /// delivered more than it was asked for.
     int read(char* destination, int n) override;
 
     /// bufferIOError if the socket fails, or without a socket.

@@ -80,7 +80,8 @@ public:
 ///   - `ioBadFile`: header, list of types or a packet cannot be understood, a packet is too large
 ///     for memory, or the file ends early;
 ///   - `ioChecksumError`: a checksummed block is damaged;
-///   - `ioOpenError`, `ioError`: the stream did not open or failed, or memory ran out;
+///   - `ioOpenError`, `ioError`: the stream did not open or failed (the end of a connection is a
+///     failure), or memory ran out;
 ///   - `ioHalted`: the visitor stopped the check.
 ///
 /// A file without a list of types can be checked only with the `registry` that is to read it; it is

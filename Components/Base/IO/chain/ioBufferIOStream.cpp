@@ -31,6 +31,8 @@ int ioBufferIOStream::read(char* destination, int n) {
     // Streams have no common code for their end: any failure without a byte is one.
     if (lastError_.code() != 0 && got == 0)
         setStatus(bufferEOF);
+    else if (got < 0)
+        setStatus(bufferIOError);
     return got;
 }
 

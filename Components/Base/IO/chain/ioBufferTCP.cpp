@@ -30,7 +30,7 @@ int ioBufferTCP::read(char* destination, int n) {
     }
     const int got = ioReadFrom(*socket_, destination, n, lastError_);
     // A connection may have broken: its end is never an orderly end of a file.
-    if (lastError_.code() != 0 && got == 0)
+    if (got < 0 || (lastError_.code() != 0 && got == 0))
         setStatus(bufferIOError);
     return got;
 }

@@ -6,11 +6,10 @@
 
 #pragma once
 
-#include <algorithm>
-
 #include "Base/OS/zeOSIOStream.h"
 
-/// Reads up to `n` bytes, whose number may be above 0 even if `result` is an error.
+/// Reads up to `n` bytes, whose number may be above 0 even if `result` is an error; -1 from a
+/// stream that claims to have read more, so that nobody knows what it did.
 inline int ioReadFrom(zeOS::IOStream& stream, char* destination, int n, zeUtil::Error& result) {
     const unsigned long wanted = static_cast<unsigned>(n);
     unsigned long got = 0;
@@ -19,7 +18,7 @@ inline int ioReadFrom(zeOS::IOStream& stream, char* destination, int n, zeUtil::
     } catch (const zeUtil::Error& thrown) {
         result = thrown;
     }
-    return static_cast<int>(std::min(got, wanted));
+    return got <= wanted ? static_cast<int>(got) : -1;
 }
 
 /// Writes `n` bytes.
