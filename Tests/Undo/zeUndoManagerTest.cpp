@@ -2,11 +2,11 @@
 
 #include "Base/Undo/zeUndoManager.h"
 
-#include <pthread.h>
-
+#include <climits>
 #include <functional>
 #include <memory>
 #include <new>
+#include <set>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -29,11 +29,17 @@ protected:
     public:
         Letter(zeUndo::Group* group, std::string& log, char letter)
             : Command(group, nullptr), log_(log), letter_(letter) {}
-        ~Letter() override { log_ += '~'; }
+        ~Letter() override {
+            log_ += '~';
+            farewell();
+        }
         bool doCommand() override { return run('A'); }
         bool undoCommand() override { return run('a'); }
         void commit() override { log_ += '!'; }
+        int getNumBytesUsed() const override { return size; }
         std::function<bool()> body = [] { return true; };
+        std::function<void()> farewell = [] {};
+        int size = 1;
 
     private:
         bool run(char base) {
@@ -68,7 +74,7 @@ using UndoManagerDeathTest = UndoManager;
 TEST(UndoTwin, AnswersAsTheManagerDoes) {
     twin::Trial trial(1);
     trial.run(20000);
-    EXPECT_GT(trial.failures(), 40);
+    EXPECT_GT(trial.failures, 40);
 }
 
 TEST_F(UndoManager, LosesEverythingToAFailure) {
@@ -79,58 +85,48 @@ TEST_F(UndoManager, LosesEverythingToAFailure) {
     EXPECT_FALSE(manager->undoIt());
     EXPECT_EQ(log, "(d)(cb(!~)(!!~~)(!~))") << "what ran before the failure is not rolled back";
     EXPECT_FALSE(manager->undoAvailable() || manager->doAvailable());
-}
-
-TEST_F(UndoManager, CountsAnInvalidGroupWithoutCommandsAsEmpty) {
     add("a");
     manager->newGroup("empty", false)->stateInvalid();
-    EXPECT_TRUE(manager->undoIt());
+    EXPECT_TRUE(manager->undoIt()) << "an invalid group without commands counts as empty";
     EXPECT_EQ(manager->getNumGroups(false), 0) << "it costs as much all the same";
 }
 
-TEST_F(UndoManager, PassesOverManyEmptyGroupsOnASmallStack) {
-    manager->setUndoMemoryLimit(0);
-    add("a");
-    for (int i = 0; i < 2000; ++i)
+TEST_F(UndoManager, PassesOverEmptyGroupsInALoop) {
+    std::set<const void*> depths; // of the stack
+    manager->activitySignal.connectOwned([&](bool) { depths.insert(__builtin_frame_address(0)); });
+    for (int i = 0; i < 3; ++i)
         manager->newGroup("empty", false);
-    pthread_attr_t small;
-    pthread_attr_init(&small);
-    pthread_attr_setstacksize(&small, 96 * 1024); // 48 bytes for each group
-    pthread_t thread;
-    const auto undoAndDo = [](void* history) -> void* {
-        Manager& all = *static_cast<Manager*>(history);
-        EXPECT_TRUE(all.undoIt());
-        EXPECT_FALSE(all.undoAvailable());
-        EXPECT_TRUE(all.doIt() && all.doIt());
-        EXPECT_FALSE(all.doAvailable());
-        return nullptr;
-    };
-    ASSERT_EQ(pthread_create(&thread, &small, undoAndDo, manager.get()), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&small);
+    EXPECT_TRUE(manager->undoIt() && !manager->undoAvailable());
+    EXPECT_TRUE(manager->doIt() && !manager->doAvailable());
+    EXPECT_LE(depths.size(), 4u) << "beginning and ending, undoing and doing";
+    manager.reset();
 }
 
 TEST_F(UndoManager, AnswersWhileItWorksAndWhileGroupsDie) {
-    add("a")->body = [this] {
-        EXPECT_TRUE(manager->currentlyActive());
-        EXPECT_EQ(manager->getGroup(0), manager->findGroupWithID(1));
-        return true;
+    Letter* letter = add("a");
+    letter->body = [this] { return manager->currentlyActive() && manager->getGroup(0); };
+    EXPECT_TRUE(manager->undoIt());
+    letter->farewell = [this] { // the group counts until it has left the queue
+        EXPECT_EQ(manager->getNumGroups(false), 1);
+        EXPECT_EQ(manager->getGroup(0)->getNumCommands(), 0) << "but its commands do not";
+        EXPECT_EQ(manager->getGroup(0)->getNumBytesUsed(), 0);
     };
-    manager->undoIt();
-    struct Asks : zeUndo::Command {
-        Asks(Manager& itsManager, zeUndo::Group* group)
-            : Command(group, "asks"), manager(itsManager) {}
-        ~Asks() override { // a dying group counts until it has left the queue, without its commands
-            EXPECT_EQ(manager.getNumGroups(false), 1);
-            EXPECT_EQ(manager.getGroup(0)->getNumCommands(), 0);
-            EXPECT_EQ(manager.getGroup(0)->getNumBytesUsed(), 0);
-        }
-        bool doCommand() override { return true; }
-        bool undoCommand() override { return true; }
-        Manager& manager;
-    };
-    new Asks(*manager, manager->newGroup("dies", false));
     manager->clearAllGroups();
+    EXPECT_EQ(manager->getNumGroups(false), 0);
+}
+
+TEST_F(UndoManager, FindsNoCommandBeyondTheEndsAndNoSizeBeyondAnInt) {
+    manager->setUndoMemoryLimit(INT_MAX);
+    for (int i = 0; i < 2; ++i) {
+        zeUndo::Group* group = manager->newGroup("large", false);
+        for (char letter : {'a', 'b'})
+            (new Letter(group, log, letter))->size = INT_MAX - 1;
+        EXPECT_EQ(group->getNumBytesUsed(), INT_MAX);
+        EXPECT_EQ(group->getCommand(1)->getID(), 2);
+        for (int position : {2, 3, INT_MAX, -1, -2, INT_MIN})
+            EXPECT_EQ(group->getCommand(position), nullptr);
+    }
+    EXPECT_EQ(manager->getNumGroups(false), 2);
 }
 
 TEST_F(UndoManager, StaysWholeWhenMemoryRunsOut) {

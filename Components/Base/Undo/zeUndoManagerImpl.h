@@ -36,8 +36,8 @@ public:
     int getUndoMemoryLimit() const override;
     bool currentlyActive() const override;
 
-    /// Takes a group that is being destroyed out of the queue. If it is `current_`, the next one
-    /// takes that place.
+    /// Takes a group that is being destroyed out of the queue; one that is not in it is ignored. If
+    /// it is `current_`, the next one takes that place.
     virtual void unregisterGroup(Group* group);
 
     /// The sum over the groups, at most 2,147,483,647.
@@ -45,6 +45,7 @@ public:
 
 private:
     GroupImpl* beforeCurrent() const;
+    GroupImpl* foundInQueue(const Group* group) const;
     int getNumDistinctGroupGroups() const;
     bool undoChain(bool& isEmpty);
     bool doChain(bool& isEmpty);
