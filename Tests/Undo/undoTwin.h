@@ -31,40 +31,27 @@ struct Log {
             text += ' ' + std::to_string(number);
         text += '\n';
     }
-    void group(const zeUndo::State& state, std::initializer_list<int> more) {
-        note("group", {state.hasBeenDone(), state.hasBeenUndone(), state.lastWasDoIt(),
-                       state.lastWasUndoIt(), state.isValid()});
-        note("", more);
-    }
 
     std::string text;
     int sizesAsked = 0;
 };
 
+/// Fails in the run with this number, from 1; 0 for never.
 class Command : public zeUndo::Command {
 public:
-    /// Fails in the run numbered `failingRun`, from 1; 0 for never.
-    Command(zeUndo::Group* group, Log& log, int tag, int bytes, int failingRun)
-        : zeUndo::Command(group, "command"),
+    Command(Log& log, int tag, int bytes, int failingRun)
+        : zeUndo::Command(nullptr, "command"),
           log_(log),
           tag_(tag),
           bytes_(bytes),
           runsLeft_(failingRun) {}
     ~Command() override { log_.note("delete", {tag_}); }
-    bool doCommand() override { return run("do"); }
-    bool undoCommand() override { return run("undo"); }
+    bool doCommand() override { return log_.note("do", {tag_}), --runsLeft_ != 0; }
+    bool undoCommand() override { return log_.note("undo", {tag_}), --runsLeft_ != 0; }
     void commit() override { log_.note("commit", {tag_}); }
-    int getNumBytesUsed() const override {
-        ++log_.sizesAsked;
-        return bytes_;
-    }
+    int getNumBytesUsed() const override { return ++log_.sizesAsked, bytes_; }
 
 private:
-    bool run(const char* what) {
-        log_.note(what, {tag_});
-        return --runsLeft_ != 0;
-    }
-
     Log& log_;
     int tag_, bytes_, runsLeft_;
 };
@@ -158,6 +145,13 @@ struct Manager {
             deleteFirstGroup();
         current = groups.size();
     }
+    void setUndoGroupLimit(int limit) { setLimit(groupLimit, limit); }
+    void setUndoMemoryLimit(int limit) { setLimit(memoryLimit, limit); }
+    void setLimit(int& limit, int value) {
+        limit = value;
+        if (isAtEnd())
+            respectLimits(groupLimit);
+    }
     void deleteFirstGroup() {
         const bool wasDynamic = groups[0].dynamic;
         destroy(0);
@@ -178,6 +172,23 @@ struct Manager {
         groups.erase(groups.begin() + static_cast<std::ptrdiff_t>(i));
         current -= i < current;
         activity(false);
+    }
+    void deleteLastGroup() {
+        if (isAtEnd() && !groups.empty() && groups.back().commands.empty())
+            destroy(current - 1);
+        else if (isAtEnd())
+            clear();
+    }
+    void deletePtr(const void* p) {
+        for (Group& group : groups)
+            if (group.pointers.contains(p))
+                group.stateInvalid();
+    }
+    void associateGroups(int first, int last) {
+        bool dynamic = false;
+        for (Group& group : groups)
+            if (group.id >= first && group.id <= last)
+                group.dynamic = std::exchange(dynamic, true);
     }
     bool willGroupBeUndone(int id) const {
         for (std::size_t i = current; i-- > 0;)
@@ -214,87 +225,69 @@ public:
         }
     }
 
-    int failures = 0; ///< How often undoing and doing failed.
-
 private:
     int below(int n) { return static_cast<int>(random_() % static_cast<unsigned int>(n)); }
 
     void step(int kind) {
-        if (kind < 25) {
-            const bool dynamic = below(3) == 0;
-            zeUndo::Group* real = real_->newGroup("step", dynamic);
-            ASSERT_EQ(real != nullptr, twin_.newGroup(dynamic));
-            for (int n = real ? below(4) : 0; n > 0; --n)
-                addCommand(real, twin_.groups.back());
-        } else if (kind < 65) {
-            const bool forward = kind < 40;
-            turned(forward ? real_->doIt() : real_->undoIt(), twin_.turn(forward));
-        } else if (kind < 71) {
-            constexpr int groups[] = {-1, 0, 0, 0, 1, 3, 8}, bytes[] = {-1, 0, 0, 9000, 30000};
-            if (kind < 68)
-                real_->setUndoGroupLimit(twin_.groupLimit = groups[below(7)]);
-            else
-                real_->setUndoMemoryLimit(twin_.memoryLimit = bytes[below(5)]);
-            if (twin_.isAtEnd())
-                twin_.respectLimits(twin_.groupLimit);
-        } else if (kind < 73) {
-            const void* p = &objects_[below(12)];
-            real_->deletePtr(p);
-            for (Group& group : twin_.groups)
-                if (group.pointers.contains(p))
-                    group.stateInvalid();
-        } else if (kind < 76) {
-            const int first = twin_.lastID - below(9), last = first + below(5) - 1;
-            real_->associateGroups(first, last);
-            bool dynamic = false;
-            for (Group& group : twin_.groups)
-                if (group.id >= first && group.id <= last)
-                    group.dynamic = std::exchange(dynamic, true);
-        } else if (kind < 78) {
-            real_->deleteLastGroup();
-            if (twin_.isAtEnd() && !twin_.groups.empty() && twin_.groups.back().commands.empty())
-                twin_.destroy(twin_.current - 1);
-            else if (twin_.isAtEnd())
-                twin_.clear();
-        } else if (!twin_.groups.empty()) {
+        constexpr int groupLimits[] = {-1, 0, 0, 0, 1, 3, 8},
+                      memoryLimits[] = {-1, 0, 0, 9000, 30000};
+        const int groupLimit = groupLimits[below(7)], memoryLimit = memoryLimits[below(5)];
+        const int first = twin_.lastID - below(9), last = first + below(5) - 1;
+        const char* p = &objects_[below(12)];
+        if (kind < 25)
+            newGroup(below(3) == 0);
+        else if (kind < 65)
+            EXPECT_EQ(kind < 40 ? real_->doIt() : real_->undoIt(), twin_.turn(kind < 40));
+        else if (kind < 68)
+            inBoth([=](auto& manager) { manager.setUndoGroupLimit(groupLimit); });
+        else if (kind < 71)
+            inBoth([=](auto& manager) { manager.setUndoMemoryLimit(memoryLimit); });
+        else if (kind < 73)
+            inBoth([=](auto& manager) { manager.deletePtr(p); });
+        else if (kind < 76)
+            inBoth([=](auto& manager) { manager.associateGroups(first, last); });
+        else if (kind < 78)
+            inBoth([](auto& manager) { manager.deleteLastGroup(); });
+        else if (!twin_.groups.empty())
             stepOfGroup(kind, below(twin_.numGroups()));
-        }
+    }
+
+    template<class Operation>
+    void inBoth(Operation operation) {
+        operation(*real_);
+        operation(twin_);
+    }
+
+    void newGroup(bool dynamic) {
+        zeUndo::Group* real = real_->newGroup("step", dynamic);
+        ASSERT_EQ(real != nullptr, twin_.newGroup(dynamic));
+        for (int n = real ? below(4) : 0; n > 0; --n)
+            addCommand(real, twin_.groups.back());
     }
 
     void stepOfGroup(int kind, int i) {
         zeUndo::Group* real = real_->getGroup(i);
         Group& group = twin_.groups[static_cast<std::size_t>(i)];
         const bool flag = below(3) == 0;
-        if (kind < 84) {
+        if (kind < 84)
             addCommand(real, group);
-        } else if (kind < 88) {
+        else if (kind < 88)
             real->setGroupDynamic(group.dynamic = flag);
-        } else if (kind < 91) {
+        else if (kind < 91)
             real->setGroupFreeable(group.freeable = !flag);
-        } else if (kind < 95) {
+        else if (kind < 95)
             real->declarePtr(*group.pointers.insert(&objects_[below(12)]).first);
-        } else if (kind < 98) {
-            turned(flag ? real->doIt() : real->undoIt(), twin_.turn(group, flag));
-        } else {
-            delete real;
-            twin_.destroy(static_cast<std::size_t>(i));
-        }
-    }
-
-    void turned(bool result, bool expected) {
-        ASSERT_EQ(result, expected);
-        failures += !expected;
+        else if (kind < 98)
+            EXPECT_EQ(flag ? real->doIt() : real->undoIt(), twin_.turn(group, flag));
+        else
+            delete real, twin_.destroy(static_cast<std::size_t>(i));
     }
 
     void addCommand(zeUndo::Group* real, Group& group) {
         const int tag = ++lastTag_, bytes = below(3000);
         const int failingRun = below(50) == 0 ? 1 + below(4) : 0;
-        if (below(2) == 0)
-            new Command(real, log_, tag, bytes, failingRun);
-        else
-            real->addCommand(new Command(nullptr, log_, tag, bytes, failingRun));
-        group.commands.push_back(
-            std::make_unique<Command>(nullptr, twin_.log, tag, bytes, failingRun));
+        real->addCommand(new Command(log_, tag, bytes, failingRun));
+        group.commands.push_back(std::make_unique<Command>(twin_.log, tag, bytes, failingRun));
     }
 
     void describe() {
@@ -303,8 +296,8 @@ private:
                   {log_.sizesAsked, count, real_->getNumGroups(true), real_->undoAvailable(),
                    real_->doAvailable(), real_->willGroupBeUndone(id)});
         for (int i = 0; zeUndo::Group* group = real_->getGroup(i); ++i) {
-            log_.group(*group, {group == real_->getCurrentGroup(), group->getID(),
-                                group->isGroupDynamic(), group->getNumCommands()});
+            log_.note("group", {group == real_->getCurrentGroup(), group->getID(),
+                                group->isGroupDynamic(), group->isValid()});
             EXPECT_EQ(group, real_->getGroup(i - count));
             EXPECT_EQ(group, real_->findGroupWithID(group->getID()));
         }
@@ -313,8 +306,8 @@ private:
                        {twin_.log.sizesAsked, twin_.numGroups(), twin_.numChains(),
                         twin_.current != 0, !twin_.isAtEnd(), twin_.willGroupBeUndone(id)});
         for (std::size_t i = 0; const Group& group : twin_.groups)
-            twin_.log.group(group, {i++ == twin_.current, group.id, group.dynamic,
-                                    static_cast<int>(group.commands.size())});
+            twin_.log.note("group",
+                           {i++ == twin_.current, group.id, group.dynamic, group.isValid()});
     }
 
     std::mt19937 random_;
