@@ -6,6 +6,7 @@
 
 #pragma once
 
+#include <charconv>
 #include <cstddef>
 #include <initializer_list>
 #include <memory>
@@ -27,8 +28,9 @@ namespace twin {
 struct Log {
     void note(const char* what, std::initializer_list<int> numbers) {
         text += what;
+        char digits[12] = {' '};
         for (const int number : numbers)
-            text += ' ' + std::to_string(number);
+            text.append(digits, std::to_chars(digits + 1, digits + 12, number).ptr);
         text += '\n';
     }
 
@@ -229,24 +231,24 @@ private:
     int below(int n) { return static_cast<int>(random_() % static_cast<unsigned int>(n)); }
 
     void step(int kind) {
-        constexpr int groupLimits[] = {-1, 0, 0, 0, 1, 3, 8},
+        constexpr int groupLimits[] = {-1, 0, 0, 0, 1, 3, 8, 8},
                       memoryLimits[] = {-1, 0, 0, 9000, 30000};
-        const int groupLimit = groupLimits[below(7)], memoryLimit = memoryLimits[below(5)];
+        const int groupLimit = groupLimits[below(8)], memoryLimit = memoryLimits[below(5)];
         const int first = twin_.lastID - below(9), last = first + below(5) - 1;
-        const char* p = &objects_[below(12)];
-        if (kind < 25)
+        const char* p = &objects_[below(4)];
+        if (kind < 30)
             newGroup(below(3) == 0);
-        else if (kind < 65)
-            EXPECT_EQ(kind < 40 ? real_->doIt() : real_->undoIt(), twin_.turn(kind < 40));
-        else if (kind < 68)
+        else if (kind < 62)
+            EXPECT_EQ(kind < 45 ? real_->doIt() : real_->undoIt(), twin_.turn(kind < 45));
+        else if (kind < 63)
             inBoth([=](auto& manager) { manager.setUndoGroupLimit(groupLimit); });
-        else if (kind < 71)
+        else if (kind < 64)
             inBoth([=](auto& manager) { manager.setUndoMemoryLimit(memoryLimit); });
-        else if (kind < 73)
+        else if (kind < 66)
             inBoth([=](auto& manager) { manager.deletePtr(p); });
-        else if (kind < 76)
+        else if (kind < 69)
             inBoth([=](auto& manager) { manager.associateGroups(first, last); });
-        else if (kind < 78)
+        else if (kind < 70)
             inBoth([](auto& manager) { manager.deleteLastGroup(); });
         else if (!twin_.groups.empty())
             stepOfGroup(kind, below(twin_.numGroups()));
@@ -269,14 +271,14 @@ private:
         zeUndo::Group* real = real_->getGroup(i);
         Group& group = twin_.groups[static_cast<std::size_t>(i)];
         const bool flag = below(3) == 0;
-        if (kind < 84)
+        if (kind < 80)
             addCommand(real, group);
-        else if (kind < 88)
+        else if (kind < 84)
             real->setGroupDynamic(group.dynamic = flag);
-        else if (kind < 91)
+        else if (kind < 88)
             real->setGroupFreeable(group.freeable = !flag);
         else if (kind < 95)
-            real->declarePtr(*group.pointers.insert(&objects_[below(12)]).first);
+            real->declarePtr(*group.pointers.insert(&objects_[below(4)]).first);
         else if (kind < 98)
             EXPECT_EQ(flag ? real->doIt() : real->undoIt(), twin_.turn(group, flag));
         else
@@ -285,7 +287,7 @@ private:
 
     void addCommand(zeUndo::Group* real, Group& group) {
         const int tag = ++lastTag_, bytes = below(3000);
-        const int failingRun = below(50) == 0 ? 1 + below(4) : 0;
+        const int failingRun = below(200) == 0 ? 1 + below(4) : 0;
         real->addCommand(new Command(log_, tag, bytes, failingRun));
         group.commands.push_back(std::make_unique<Command>(twin_.log, tag, bytes, failingRun));
     }
@@ -314,7 +316,7 @@ private:
     Log log_; ///< Of the real history.
     std::unique_ptr<zeUndo::Manager> real_{zeUndo::newManager()};
     Manager twin_;
-    const char objects_[12] = {};
+    const char objects_[4] = {};
     int lastTag_ = 0;
 };
 

@@ -24,8 +24,8 @@ namespace {
 class UndoManager : public testing::Test {
 protected:
     struct Letter : zeUndo::Command {
-        Letter(zeUndo::Group* group, std::string& itsLog, char itsLetter)
-            : Command(group, nullptr), log(itsLog), letter(itsLetter) {}
+        Letter(zeUndo::Group* group, std::string& itsLog, char itsLetter, std::string name = "")
+            : Command(group, name.c_str()), log(itsLog), letter(itsLetter) {}
         ~Letter() override { log += '~', farewell(); }
         bool doCommand() override { return log += char(letter - 'a' + 'A'), body(); }
         bool undoCommand() override { return log += letter, body(); }
@@ -113,13 +113,23 @@ TEST_F(UndoManager, FindsNoCommandBeyondTheEndsAndNoSizeBeyondAnInt) {
         EXPECT_EQ(group->getCommand(position), nullptr);
 }
 
+TEST_F(UndoManager, KeepsCopiesOfTheNamesOfCommands) {
+    for (const char* name :
+         {"", "fifteen bytes..", "sixteen bytes...", "a longer name than those"}) {
+        const Letter command(nullptr, log, 'a', name);
+        EXPECT_STREQ(command.getName(), name);
+        EXPECT_EQ(&command.log, &log) << "and they do not run over";
+    }
+}
+
 TEST_F(UndoManager, StaysWholeWhenMemoryRunsOut) {
     add("a");
     bool isDone = false;
     for (std::size_t n = 1; !isDone; ++n) {
         failAllocation(n);
         try {
-            add("a name that needs memory of its own");
+            zeUndo::Group* group = manager->newGroup("a name that needs memory of its own", false);
+            new Letter(group, log, 'b', "a name that needs memory of its own");
             isDone = true;
         } catch (const std::bad_alloc&) {
         }

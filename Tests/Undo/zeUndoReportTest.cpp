@@ -113,6 +113,7 @@ zeUndo::Manager: clearAllGroups()
     three->declarePtr(this);
     manager->deletePtr(&folder); // was not declared
     manager->deletePtr(this);
+    EXPECT_TRUE(three->isPointerPresent(this)) << "it stays declared";
     EXPECT_FALSE(three->doIt() || three->undoIt());
     manager->associateGroups(1, 2);
     manager->deleteLastGroup();

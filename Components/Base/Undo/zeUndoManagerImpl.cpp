@@ -3,6 +3,7 @@
 #include "Base/Undo/zeUndoManagerImpl.h"
 
 #include <cassert>
+#include <initializer_list>
 #include <memory>
 
 #include "Base/Undo/zeUndoReportImpl.h"

@@ -63,7 +63,7 @@ private:
 
     zeRTB::SignalClient signalClient_;
     zeUtil::LinkedList<GroupImpl> groups_; ///< Owned; the oldest first.
-    /// The groups before it are done, it and those behind it undone; null if none is.
+    /// The groups before it are done, it and those after it undone; null if none is.
     GroupImpl* current_ = nullptr;
     int lastGroupID_ = 0;
     int groupLimit_ = 0; ///< In chains; 0 for no limit, negative for no undo.
