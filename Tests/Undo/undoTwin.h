@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// The undo history once more, in vectors and positions and without a thought of speed, and random
-/// operations that a manager must answer as this twin does.
+/// The queue of groups once more, in vectors and positions and without a thought of speed, and
+/// random operations that a manager must answer as this twin does.
 
 #pragma once
 
-#include <algorithm>
-#include <climits>
+#include <charconv>
 #include <cstddef>
 #include <initializer_list>
 #include <memory>
@@ -25,131 +24,107 @@
 
 namespace twin {
 
-/// What a command does, on either side.
-struct Script {
-    std::string tag;
-    unsigned int value;
-    int bytes;
-    int failingRun; ///< From 1; 0 for none.
-};
-
-/// What the commands of one side work on, and what happened to them.
-struct World {
-    /// Each run is one to one, and the order of runs shows in the result.
-    void change(const Script& script, bool forward) {
-        constexpr unsigned int factor = 31, inverse = 3186588639; // modulo 2^32
-        document = forward ? document * factor + script.value : (document - script.value) * inverse;
-    }
-    bool run(const Script& script, int& runs, bool forward) {
-        log += (forward ? "do " : "undo ") + script.tag + '\n';
-        if (++runs == script.failingRun)
-            return false;
-        change(script, forward);
-        return true;
-    }
-    void activity(bool begins, std::size_t numGroups, bool active) {
-        log += (begins ? "begin " : "end ") + std::to_string(numGroups) + (active ? "*\n" : "\n");
+/// What happened on one side, line by line, and how often commands were asked for their size.
+struct Log {
+    void note(const char* what, std::initializer_list<int> numbers) {
+        text += what;
+        char digits[12] = {' '};
+        for (const int number : numbers)
+            text.append(digits, std::to_chars(digits + 1, digits + 12, number).ptr);
+        text += '\n';
     }
 
-    unsigned int document = 0;
-    std::string log;
+    std::string text;
     int sizesAsked = 0;
 };
 
-/// The flags of zeUndo::State.
-struct State {
-    bool isValid() const { return (flags & 0x10) != 0; }
-    bool lastWas(bool forward) const { return (flags & (forward ? 0x04 : 0x08)) != 0; }
-    void record(bool forward) { flags = forward ? (flags & ~0x08) | 0x05 : (flags & ~0x04) | 0x0A; }
-    void stateInvalid() { flags &= ~0x10; }
+/// Fails in the run with this number, from 1; 0 for never.
+class Command : public zeUndo::Command {
+public:
+    Command(Log& log, int tag, int bytes, int failingRun)
+        : zeUndo::Command(nullptr, "command"),
+          log_(log),
+          tag_(tag),
+          bytes_(bytes),
+          runsLeft_(failingRun) {}
+    ~Command() override { log_.note("delete", {tag_}); }
+    bool doCommand() override { return log_.note("do", {tag_}), --runsLeft_ != 0; }
+    bool undoCommand() override { return log_.note("undo", {tag_}), --runsLeft_ != 0; }
+    void commit() override { log_.note("commit", {tag_}); }
+    int getNumBytesUsed() const override { return ++log_.sizesAsked, bytes_; }
 
-    int flags = 0x10;
+private:
+    Log& log_;
+    int tag_, bytes_, runsLeft_;
 };
 
-struct Command : State {
-    explicit Command(Script itsScript) : script(std::move(itsScript)) {}
-
-    Script script;
-    int runs = 0;
-};
-
-struct Group : State {
-    Group(int itsId, bool isDynamic) : id(itsId), dynamic(isDynamic) {}
-
+struct Group : zeUndo::State {
     int id;
     bool dynamic;
     bool freeable = true;
-    std::vector<Command> commands;
-    std::set<const void*> pointers;
+    std::set<const void*> pointers{};
+    std::vector<std::unique_ptr<Command>> commands{};
 };
 
 struct Manager {
-    int bytes(const Group& group) {
-        long long sum = 0;
-        for (const Command& command : group.commands)
-            sum += command.script.bytes;
-        world.sizesAsked += static_cast<int>(group.commands.size());
-        return static_cast<int>(std::min<long long>(sum, INT_MAX));
+    int bytes(const Group& group) const {
+        int sum = 0;
+        for (const auto& command : group.commands)
+            sum += command->getNumBytesUsed();
+        return sum;
     }
-    int bytes() {
-        long long sum = 0;
+    int bytes() const {
+        int sum = 0;
         for (const Group& group : groups)
             sum += bytes(group);
-        return static_cast<int>(std::min<long long>(sum, INT_MAX));
+        return sum;
     }
     int numChains() const {
-        const auto isFirst = [](const Group& group) { return !group.dynamic; };
-        return static_cast<int>(std::count_if(groups.begin(), groups.end(), isFirst)) +
-               (!groups.empty() && groups[0].dynamic);
+        int count = !groups.empty() && groups[0].dynamic;
+        for (const Group& group : groups)
+            count += !group.dynamic;
+        return count;
     }
     bool isAtEnd() const { return current == groups.size(); }
+    void activity(bool begins) { log.note("activity", {begins, active, numGroups()}); }
+    int numGroups() const { return static_cast<int>(groups.size()); }
 
-    /// Does or undoes.
     bool turn(bool forward) {
         bytes();
         if (forward ? isAtEnd() : current == 0)
             return true;
-        world.activity(true, groups.size(), active = true);
-        std::size_t count = 0;
-        bool succeeded, goesOn;
+        active = true;
+        activity(true);
+        bool isEmpty = true, succeeded, goesOn;
         do {
             const std::size_t i = forward ? current : current - 1;
-            count += groups[i].commands.size();
+            isEmpty = isEmpty && groups[i].commands.empty();
             succeeded = turn(groups[i], forward);
             if (!succeeded) {
                 clear();
                 break;
             }
-            current = forward ? current + 1 : i;
+            current = forward ? i + 1 : i;
             goesOn = forward ? !isAtEnd() && groups[current].dynamic : i != 0 && groups[i].dynamic;
         } while (goesOn);
-        world.activity(false, groups.size(), true);
+        activity(false);
         active = false;
-        return count == 0 ? turn(forward) : succeeded;
+        return isEmpty ? turn(forward) : succeeded;
     }
     bool turn(Group& group, bool forward) {
         bytes(group);
-        if (!group.isValid() || group.lastWas(forward))
+        if (!group.isValid() || (forward ? group.lastWasDoIt() : group.lastWasUndoIt()))
             return group.isValid();
         const std::size_t count = group.commands.size();
         for (std::size_t i = 0; i < count; ++i) {
-            if (!turn(group.commands[forward ? i : count - 1 - i], forward)) {
+            Command& command = *group.commands[forward ? i : count - 1 - i];
+            if (!(forward ? command.doIt() : command.undoIt())) {
                 group.stateInvalid();
                 return false;
             }
         }
-        group.record(forward);
+        forward ? group.stateDone() : group.stateUndone();
         return true;
-    }
-    bool turn(Command& command, bool forward) {
-        if (!command.isValid() || command.lastWas(forward))
-            return command.isValid();
-        ++world.sizesAsked;
-        const bool succeeded = world.run(command.script, command.runs, forward);
-        command.record(forward);
-        if (!succeeded)
-            command.stateInvalid();
-        return succeeded;
     }
 
     bool newGroup(bool dynamic) {
@@ -159,19 +134,25 @@ struct Manager {
             destroy(current);
         while (!groups.empty() && !groups.back().isValid() && groups.back().freeable)
             destroy(groups.size() - 1);
-        respectLimits(true);
-        groups.emplace_back(++lastID, dynamic);
+        respectLimits(groupLimit - 1);
+        groups.push_back({{}, ++lastID, dynamic});
         current = groups.size();
         return true;
     }
-    void respectLimits(bool makeRoom) {
-        const int limit = makeRoom ? groupLimit - 1 : groupLimit;
+    void respectLimits(int numGroups) {
         const auto mayGo = [&] { return !groups.empty() && groups[0].freeable; };
-        while (groupLimit != 0 && limit < numChains() && mayGo())
+        while (groupLimit != 0 && numGroups < numChains() && mayGo())
             deleteFirstGroup();
         while (memoryLimit != 0 && memoryLimit < bytes() && mayGo())
             deleteFirstGroup();
         current = groups.size();
+    }
+    void setUndoGroupLimit(int limit) { setLimit(groupLimit, limit); }
+    void setUndoMemoryLimit(int limit) { setLimit(memoryLimit, limit); }
+    void setLimit(int& limit, int value) {
+        limit = value;
+        if (isAtEnd())
+            respectLimits(groupLimit);
     }
     void deleteFirstGroup() {
         const bool wasDynamic = groups[0].dynamic;
@@ -179,33 +160,37 @@ struct Manager {
         while (!wasDynamic && !groups.empty() && groups[0].dynamic)
             destroy(0);
     }
-    void setLimit(int& limit, int value) {
-        limit = value;
-        if (isAtEnd())
-            respectLimits(false);
-    }
-    void deleteLastGroup() {
-        if (!isAtEnd() || groups.empty())
-            return;
-        if (groups.back().commands.empty())
-            destroy(groups.size() - 1);
-        else
-            clear();
-    }
     void clear() {
         while (!groups.empty())
             destroy(0);
     }
     void destroy(std::size_t i) {
         bytes(groups[i]);
-        world.activity(true, groups.size(), active);
-        for (const char* last : {"commit ", "delete "})
-            for (const Command& command : groups[i].commands)
-                world.log += last + command.script.tag + '\n';
+        activity(true);
+        for (const auto& command : groups[i].commands)
+            command->commit();
+        for (auto& command : groups[i].commands)
+            command.reset();
         groups.erase(groups.begin() + static_cast<std::ptrdiff_t>(i));
-        if (i < current)
-            --current;
-        world.activity(false, groups.size(), active);
+        current -= i < current;
+        activity(false);
+    }
+    void deleteLastGroup() {
+        if (isAtEnd() && !groups.empty() && groups.back().commands.empty())
+            destroy(current - 1);
+        else if (isAtEnd())
+            clear();
+    }
+    void deletePtr(const void* p) {
+        for (Group& group : groups)
+            if (group.pointers.contains(p))
+                group.stateInvalid();
+    }
+    void associateGroups(int first, int last) {
+        bool dynamic = false;
+        for (Group& group : groups)
+            if (group.id >= first && group.id <= last)
+                group.dynamic = std::exchange(dynamic, true);
     }
     bool willGroupBeUndone(int id) const {
         for (std::size_t i = current; i-- > 0;)
@@ -214,7 +199,7 @@ struct Manager {
         return false;
     }
 
-    World world{};
+    Log log{};
     std::vector<Group> groups{};
     std::size_t current = 0;
     int lastID = 0;
@@ -223,192 +208,116 @@ struct Manager {
     bool active = false;
 };
 
-/// A command of the real history.
-class RealCommand : public zeUndo::Command {
-public:
-    RealCommand(zeUndo::Group* group, World& world, const Script& script)
-        : Command(group, script.tag.c_str()), world_(world), script_(script) {}
-    ~RealCommand() override { world_.log += "delete " + script_.tag + '\n'; }
-    bool doCommand() override { return world_.run(script_, runs_, true); }
-    bool undoCommand() override { return world_.run(script_, runs_, false); }
-    void commit() override { world_.log += "commit " + script_.tag + '\n'; }
-    int getNumBytesUsed() const override {
-        ++world_.sizesAsked;
-        return script_.bytes;
-    }
-
-private:
-    World& world_;
-    const Script script_;
-    int runs_ = 0;
-};
-
 /// A manager and its twin, which get the same random operations.
 class Trial {
 public:
     explicit Trial(unsigned int seed) : random_(seed) {
         real_->activitySignal.connectOwned([this](bool begins) {
-            world_.activity(begins, std::size_t(real_->getNumGroups(false)),
-                            real_->currentlyActive());
+            log_.note("activity", {begins, real_->currentlyActive(), real_->getNumGroups(false)});
         });
     }
 
     void run(int steps) {
         for (int i = 0; i < steps; ++i) {
-            step();
-            compare();
+            step(below(100));
+            describe();
+            ASSERT_EQ(log_.text, twin_.log.text) << "step " << i;
             ASSERT_FALSE(testing::Test::HasFailure()) << "step " << i;
+            log_ = twin_.log = {};
         }
     }
 
-    /// How often undoing and doing failed.
-    int failures() const { return failures_; }
-
 private:
     int below(int n) { return static_cast<int>(random_() % static_cast<unsigned int>(n)); }
-    int oneOf(std::initializer_list<int> all) { return all.begin()[below(int(all.size()))]; }
-    const void* pointer() { return &objects_[below(12)]; }
 
-    void step() {
-        const int kind = below(100);
-        if (kind < 25)
-            addGroup(below(3) == 0, below(4));
-        else if (kind < 50)
-            note(real_->undoIt(), twin_.turn(false));
-        else if (kind < 65)
-            note(real_->doIt(), twin_.turn(true));
-        else if (kind < 68)
-            setLimit(&zeUndo::Manager::setUndoGroupLimit, twin_.groupLimit,
-                     oneOf({-1, 0, 0, 0, 1, 3, 8}));
-        else if (kind < 71)
-            setLimit(&zeUndo::Manager::setUndoMemoryLimit, twin_.memoryLimit,
-                     oneOf({-1, 0, 0, 9000, 30000}));
-        else if (kind < 73)
-            deletePtr(pointer());
-        else if (kind < 76)
-            associate(twin_.lastID - below(9), below(5) - 1);
-        else if (kind < 78)
-            real_->deleteLastGroup(), twin_.deleteLastGroup();
-        else if (kind == 78)
-            EXPECT_EQ(real_->newID(), ++twin_.lastID);
+    void step(int kind) {
+        constexpr int groupLimits[] = {-1, 0, 0, 0, 1, 3, 8, 8},
+                      memoryLimits[] = {-1, 0, 0, 9000, 30000};
+        const int groupLimit = groupLimits[below(8)], memoryLimit = memoryLimits[below(5)];
+        const int first = twin_.lastID - below(9), last = first + below(5) - 1;
+        const char* p = &objects_[below(4)];
+        if (kind < 30)
+            newGroup(below(3) == 0);
+        else if (kind < 62)
+            EXPECT_EQ(kind < 45 ? real_->doIt() : real_->undoIt(), twin_.turn(kind < 45));
+        else if (kind < 63)
+            inBoth([=](auto& manager) { manager.setUndoGroupLimit(groupLimit); });
+        else if (kind < 64)
+            inBoth([=](auto& manager) { manager.setUndoMemoryLimit(memoryLimit); });
+        else if (kind < 66)
+            inBoth([=](auto& manager) { manager.deletePtr(p); });
+        else if (kind < 69)
+            inBoth([=](auto& manager) { manager.associateGroups(first, last); });
+        else if (kind < 70)
+            inBoth([](auto& manager) { manager.deleteLastGroup(); });
         else if (!twin_.groups.empty())
-            stepOfGroup(kind, below(int(twin_.groups.size())));
+            stepOfGroup(kind, below(twin_.numGroups()));
+    }
+
+    template<class Operation>
+    void inBoth(Operation operation) {
+        operation(*real_);
+        operation(twin_);
+    }
+
+    void newGroup(bool dynamic) {
+        zeUndo::Group* real = real_->newGroup("step", dynamic);
+        ASSERT_EQ(real != nullptr, twin_.newGroup(dynamic));
+        for (int n = real ? below(4) : 0; n > 0; --n)
+            addCommand(real, twin_.groups.back());
     }
 
     void stepOfGroup(int kind, int i) {
         zeUndo::Group* real = real_->getGroup(i);
-        Group& group = twin_.groups[std::size_t(i)];
+        Group& group = twin_.groups[static_cast<std::size_t>(i)];
         const bool flag = below(3) == 0;
-        if (kind < 84)
+        if (kind < 80)
             addCommand(real, group);
+        else if (kind < 84)
+            real->setGroupDynamic(group.dynamic = flag);
         else if (kind < 88)
-            real->setGroupDynamic(flag), group.dynamic = flag;
-        else if (kind < 91)
-            real->setGroupFreeable(!flag), group.freeable = !flag;
+            real->setGroupFreeable(group.freeable = !flag);
         else if (kind < 95)
-            real->declarePtr(*group.pointers.insert(pointer()).first);
-        else if (kind < 97)
-            note(flag ? real->doIt() : real->undoIt(), twin_.turn(group, flag));
-        else if (kind < 99)
-            delete real, twin_.destroy(std::size_t(i));
-        else if (!group.commands.empty())
-            real->getCommand(0)->stateInvalid(), group.commands[0].stateInvalid();
-    }
-
-    void note(bool result, bool expected) {
-        EXPECT_EQ(result, expected);
-        failures_ += !expected;
-    }
-
-    void setLimit(void (zeUndo::Manager::*set)(int), int& limit, int value) {
-        (real_.get()->*set)(value);
-        twin_.setLimit(limit, value);
-    }
-
-    void deletePtr(const void* p) {
-        real_->deletePtr(p);
-        for (Group& group : twin_.groups)
-            if (group.pointers.contains(p))
-                group.stateInvalid();
-    }
-
-    void associate(int first, int n) {
-        real_->associateGroups(first, first + n);
-        bool dynamic = false;
-        for (Group& group : twin_.groups)
-            if (group.id >= first && group.id <= first + n)
-                group.dynamic = std::exchange(dynamic, true);
-    }
-
-    void addGroup(bool dynamic, int numCommands) {
-        zeUndo::Group* real = real_->newGroup("step", dynamic);
-        ASSERT_EQ(real != nullptr, twin_.newGroup(dynamic));
-        for (; real && numCommands > 0; --numCommands)
-            addCommand(real, twin_.groups.back());
-    }
-
-    /// In both ways. The change is made first.
-    void addCommand(zeUndo::Group* real, Group& group) {
-        const Script script{std::to_string(++lastTag_), unsigned(below(1000)),
-                            below(1000) == 0 ? INT_MAX : below(3000),
-                            below(100) == 0 ? 1 + below(4) : 0};
-        world_.change(script, true);
-        twin_.world.change(script, true);
-        if (below(2) == 0)
-            new RealCommand(real, world_, script);
+            real->declarePtr(*group.pointers.insert(&objects_[below(4)]).first);
+        else if (kind < 98)
+            EXPECT_EQ(flag ? real->doIt() : real->undoIt(), twin_.turn(group, flag));
         else
-            real->addCommand(new RealCommand(nullptr, world_, script));
-        group.commands.emplace_back(script);
+            delete real, twin_.destroy(static_cast<std::size_t>(i));
     }
 
-    void compare() {
-        EXPECT_EQ(world_.log, twin_.world.log);
-        EXPECT_EQ(world_.document, twin_.world.document);
-        EXPECT_EQ(world_.sizesAsked, twin_.world.sizesAsked);
-        const int count = static_cast<int>(twin_.groups.size());
-        ASSERT_EQ(real_->getNumGroups(false), count);
-        EXPECT_EQ(real_->getNumGroups(true), twin_.numChains());
-        EXPECT_EQ(real_->undoAvailable(), twin_.current != 0);
-        EXPECT_EQ(real_->doAvailable(), !twin_.isAtEnd());
-        const int id = twin_.lastID - below(12);
-        EXPECT_EQ(real_->willGroupBeUndone(id), twin_.willGroupBeUndone(id));
-        EXPECT_TRUE(!real_->getGroup(count) && !real_->getGroup(-count - 1));
-        const bool waits = !twin_.isAtEnd();
-        EXPECT_EQ(real_->getCurrentGroup(), waits ? real_->getGroup(int(twin_.current)) : nullptr);
-        for (int i = 0; i < count; ++i)
-            compare(real_->getGroup(i), twin_.groups[std::size_t(i)], i - count);
-        world_.log.clear();
-        twin_.world.log.clear();
-        world_.sizesAsked = twin_.world.sizesAsked;
+    void addCommand(zeUndo::Group* real, Group& group) {
+        const int tag = ++lastTag_, bytes = below(3000);
+        const int failingRun = below(200) == 0 ? 1 + below(4) : 0;
+        real->addCommand(new Command(log_, tag, bytes, failingRun));
+        group.commands.push_back(std::make_unique<Command>(twin_.log, tag, bytes, failingRun));
     }
 
-    void compare(zeUndo::Group* real, const Group& group, int fromEnd) {
-        EXPECT_EQ(real, real_->getGroup(fromEnd));
-        EXPECT_EQ(real, real_->findGroupWithID(group.id));
-        EXPECT_EQ(flags(*real), group.flags);
-        EXPECT_EQ(real->isGroupDynamic(), group.dynamic);
-        EXPECT_EQ(real->getNumBytesUsed(), twin_.bytes(group));
-        const int count = static_cast<int>(group.commands.size());
-        ASSERT_EQ(real->getNumCommands(), count);
-        EXPECT_TRUE(!real->getCommand(count) && !real->getCommand(-1));
-        for (int i = 0; i < count; ++i) {
-            EXPECT_EQ(real->getCommand(i)->getID(), i + 1);
-            EXPECT_EQ(flags(*real->getCommand(i)), group.commands[std::size_t(i)].flags);
+    void describe() {
+        const int count = real_->getNumGroups(false), id = twin_.lastID - below(12);
+        log_.note("state",
+                  {log_.sizesAsked, count, real_->getNumGroups(true), real_->undoAvailable(),
+                   real_->doAvailable(), real_->willGroupBeUndone(id)});
+        for (int i = 0; zeUndo::Group* group = real_->getGroup(i); ++i) {
+            log_.note("group", {group == real_->getCurrentGroup(), group->getID(),
+                                group->isGroupDynamic(), group->isValid()});
+            EXPECT_EQ(group, real_->getGroup(i - count));
+            EXPECT_EQ(group, real_->findGroupWithID(group->getID()));
         }
-    }
-
-    static int flags(const zeUndo::State& state) {
-        return state.hasBeenDone() | state.hasBeenUndone() << 1 | state.lastWasDoIt() << 2 |
-               state.lastWasUndoIt() << 3 | state.isValid() << 4;
+        EXPECT_EQ(real_->getGroup(-count - 1), nullptr);
+        twin_.log.note("state",
+                       {twin_.log.sizesAsked, twin_.numGroups(), twin_.numChains(),
+                        twin_.current != 0, !twin_.isAtEnd(), twin_.willGroupBeUndone(id)});
+        for (std::size_t i = 0; const Group& group : twin_.groups)
+            twin_.log.note("group",
+                           {i++ == twin_.current, group.id, group.dynamic, group.isValid()});
     }
 
     std::mt19937 random_;
-    World world_; ///< Of the real history.
+    Log log_; ///< Of the real history.
     std::unique_ptr<zeUndo::Manager> real_{zeUndo::newManager()};
     Manager twin_;
-    const char objects_[12] = {};
+    const char objects_[4] = {};
     int lastTag_ = 0;
-    int failures_ = 0;
 };
 
 } // namespace twin

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <climits>
 #include <cstring>
 #include <memory>
 #include <utility>
@@ -77,7 +78,8 @@ void zeRegistryValue::getData(unsigned int& number) const {
 void zeRegistryValue::getData(zeString::IString& text) const {
     requireText(type_, "Data of type %d cannot be converted to zeString::IString");
     const char* bytes = size_ != 0 ? reinterpret_cast<const char*>(data_) : "";
-    const zeString::CString terminated(bytes, static_cast<int>(strnlen(bytes, size_)));
+    const unsigned long limit = std::min<unsigned long>(size_, INT_MAX); // of a string's length
+    const zeString::CString terminated(bytes, static_cast<int>(strnlen(bytes, limit)));
     text.assign(terminated.asChar(), zeString::EncodingUTF8);
 }
 

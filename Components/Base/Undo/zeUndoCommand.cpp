@@ -2,27 +2,21 @@
 
 #include "Base/Undo/zeUndoCommand.h"
 
-#include <cstdlib>
+#include <cstddef>
 #include <cstring>
-#include <new>
 
 #include "Base/Undo/zeUndoGroup.h"
 #include "Base/Undo/zeUndoReportImpl.h"
 
 namespace zeUndo {
 
-namespace {
-
-char* copied(const char* text) {
-    char* copy = strdup(text);
-    if (!copy)
-        throw std::bad_alloc();
-    return copy;
+Command::Command(const char* name) {
+    if (!name)
+        return;
+    const std::size_t size = std::strlen(name) + 1;
+    name_ = size <= sizeof shortName_ ? shortName_ : new char[size];
+    std::memcpy(name_, name, size);
 }
-
-} // namespace
-
-Command::Command(const char* name) : name_(name ? copied(name) : nullptr) {}
 
 // Delegates, so that the destructor runs if the group runs out of memory.
 Command::Command(Group* group, const char* name) : Command(name) {
@@ -33,7 +27,8 @@ Command::Command(Group* group, const char* name) : Command(name) {
 Command::~Command() {
     if (id_ != 0)
         report("    zeUndo::Command: delete (%s, 0x%p)\n", name_, static_cast<void*>(this));
-    std::free(name_);
+    if (name_ != shortName_)
+        delete[] name_;
 }
 
 int Command::getNumBytesUsed() const {

@@ -108,7 +108,8 @@ private:
     ZEBASE_HIDDEN explicit Command(const char* name);
 
     int id_ = 0;
-    char* name_; ///< Owned; may be null.
+    char* name_ = nullptr; ///< Null, shortName_, or an owned block.
+    char shortName_[16];   ///< Names of up to 15 bytes need no block.
 };
 
 } // namespace zeUndo

@@ -5,7 +5,7 @@
 ///
 /// For each step that the user can undo, the application asks for a group, performs the change and
 /// adds the commands that can turn it back. undoIt() and doIt() then walk through the queue. What
-/// is before the position is done; what is behind it is undone, waits to be done again, and is
+/// is before the position is done; what is after it is undone, waits to be done again, and is
 /// deleted when newGroup() begins new work.
 ///
 /// **What is thrown away.** Everything undone, at newGroup(). The oldest chains, when a limit of
@@ -98,7 +98,7 @@ public:
     /// the newest and counts as done. `name`, not null, is copied; it is meant for the user, and
     /// appears in the trace file. Null if the limit of groups is negative. Before that, deletes
     /// what is undone, invalid freeable groups at the end, and the oldest chains as far as the
-    /// limits want it: one chain must fit in, and the memory of the new group is not known yet.
+    /// limits require: one more chain must fit; the memory of the new group is not known yet.
     virtual Group* newGroup(const char* name, bool dynamic) = 0;
 
     /// The group at a position: 0 is the oldest, 1 the next; -1 is the newest, -2 the one before.
@@ -150,7 +150,8 @@ public:
     /// may hold; 0 means no limit. Takes effect at once if nothing waits to be done again, or else
     /// with the next newGroup(). The oldest chains go, up to one whose first group is not freeable.
     /// A negative limit of groups switches undo off: newGroup() gives null from then on. Call
-    /// clearAllGroups() first. At first there is no limit of groups, and one of 10,000,000 bytes.
+    /// clearAllGroups() first. With a negative limit of bytes, each newGroup() drops all that is
+    /// older. At first there is no limit of groups, and one of 10,000,000 bytes.
     virtual void setUndoGroupLimit(int limit) = 0;
     virtual void setUndoMemoryLimit(int limit) = 0;
     /// @}

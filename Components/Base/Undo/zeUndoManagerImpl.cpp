@@ -3,6 +3,7 @@
 #include "Base/Undo/zeUndoManagerImpl.h"
 
 #include <cassert>
+#include <initializer_list>
 #include <memory>
 
 #include "Base/Undo/zeUndoReportImpl.h"
@@ -249,12 +250,25 @@ bool ManagerImpl::currentlyActive() const {
     return active_;
 }
 
-// Every group in the queue is one of newGroup(), the only caller is the group's own signal.
 void ManagerImpl::unregisterGroup(Group* group) {
-    auto* dying = static_cast<GroupImpl*>(group);
+    GroupImpl* dying = foundInQueue(group);
+    if (!dying)
+        return;
     if (current_ == dying)
         current_ = dying->next();
     groups_.remove(dying);
+}
+
+/// The group at this address; null if it is not in the queue. The manager itself deletes at the
+/// ends and at the position only, so that deleting many of many groups stays cheap.
+GroupImpl* ManagerImpl::foundInQueue(const Group* group) const {
+    for (GroupImpl* likely : {groups_.first(), current_, groups_.last()})
+        if (likely == group)
+            return likely;
+    GroupImpl* found = groups_.first();
+    while (found && found != group)
+        found = found->next();
+    return found;
 }
 
 void ManagerImpl::pruneUndoneGroups() {

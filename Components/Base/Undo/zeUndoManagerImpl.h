@@ -36,8 +36,8 @@ public:
     int getUndoMemoryLimit() const override;
     bool currentlyActive() const override;
 
-    /// Takes a group that is being destroyed out of the queue. If it is `current_`, the next one
-    /// takes that place.
+    /// Takes a group that is being destroyed out of the queue; one that is not in it is ignored. If
+    /// it is `current_`, the next one takes that place.
     virtual void unregisterGroup(Group* group);
 
     /// The sum over the groups, at most 2,147,483,647.
@@ -45,6 +45,7 @@ public:
 
 private:
     GroupImpl* beforeCurrent() const;
+    GroupImpl* foundInQueue(const Group* group) const;
     int getNumDistinctGroupGroups() const;
     bool undoChain(bool& isEmpty);
     bool doChain(bool& isEmpty);
@@ -62,7 +63,7 @@ private:
 
     zeRTB::SignalClient signalClient_;
     zeUtil::LinkedList<GroupImpl> groups_; ///< Owned; the oldest first.
-    /// The groups before it are done, it and those behind it undone; null if none is.
+    /// The groups before it are done, it and those after it undone; null if none is.
     GroupImpl* current_ = nullptr;
     int lastGroupID_ = 0;
     int groupLimit_ = 0; ///< In chains; 0 for no limit, negative for no undo.

@@ -22,10 +22,10 @@
 #include "Base/Strings/zeStringPrintf.h"
 #include "Base/zeBaseExport.h"
 
-/// Opens the file, to append to it, and writes a line that divides it from what is there. The path
-/// must be writable: otherwise the process ends by a write to a null file. A file that was open is
-/// closed. The new one is closed when the process exits.
+/// Opens the file for appending, and writes a line that separates new reports from what is there.
+/// The path must be writable: otherwise the process ends by a write to a null file. A file that was
+/// open is closed. The new one is closed when the process exits.
 ZEBASE_API void zeUndoReportInit(const char* path);
 
-/// Writes a text of at most 1,023 bytes, of which the rest is cut; see above for percent signs.
+/// Writes the formatted text, cut after 1,023 bytes; see above for percent signs.
 ZEBASE_API void zeUndoReport(const char* format, ...) ZEBASE_FORMAT(1, 2);
