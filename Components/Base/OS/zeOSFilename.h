@@ -50,8 +50,8 @@ class CString;
 
 namespace zeOS {
 
-/// A place among the elements of a path: the root if the path is absolute, then each name. It is
-/// valid until the next assignment to the Filename, and models `std::forward_iterator`.
+/// A place among the elements of a path: the root if the path begins with its separator, then each
+/// name. It is valid until the next assignment to the Filename, and models `std::forward_iterator`.
 class FilenameIterator {
 public:
     using value_type = zeString::IString; ///< By value: there is no element to refer to.

@@ -29,12 +29,13 @@
 
 namespace zeOS {
 
-/// The normal form of `path`, read as UTF-8; empty, with `ok` false, if it is not. `ok` may be
-/// null.
+/// The normal form of `path`, read as UTF-8; empty, with `ok` false, if it is not UTF-8 or holds a
+/// terminator. `ok` may be null.
 inline Filename fromPath(const std::filesystem::path& path, bool* ok = nullptr) {
     bool clean = false;
     // Behind another character a byte order mark is part of the name.
     zeString::IString text('/' + path.native(), zeString::EncodingUTF8, &clean);
+    clean = clean && path.native().find('\0') == std::string::npos;
     if (ok)
         *ok = clean;
     return clean ? Filename(text.erase(0, 1)) : Filename();

@@ -43,7 +43,8 @@ class CStringImpl;
 /// name.replace(name.find('.'), zeString::String::npos, ".ze").prepend("new-");
 /// assert(name == "new-mesh.ze");
 /// assert(name.format("%s-%d", "frame", 7) == 7);
-/// const std::string_view view = name + ".ze" == "frame-7.ze" ? name : "";
+/// assert(name + ".ze" == "frame-7.ze");
+/// const std::string_view view = name;
 /// assert(zeString::CString(view.substr(6)) == "7");
 /// @endcode
 class ZEBASE_API CString : public String {

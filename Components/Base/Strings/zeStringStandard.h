@@ -27,9 +27,16 @@
 
 namespace zeString {
 
+/// Whether `T` is an instance of a template for `Char`. What derives from one is not: it may have
+/// conversions of its own.
+template<class T, class Char>
+inline constexpr bool isInstanceFor = false;
+template<template<class...> class Template, class Char, class... More>
+inline constexpr bool isInstanceFor<Template<Char, More...>, Char> = true;
+
 /// A `std::basic_string` or `std::basic_string_view` of `Char`.
 template<class T, class Char>
-concept StandardText = requires(const T& text) {
+concept StandardText = isInstanceFor<T, Char> && requires(const T& text) {
     typename T::traits_type;
     { text.data() } -> std::same_as<const Char*>;
     { text.size() } -> std::same_as<size_t>;
@@ -49,8 +56,9 @@ concept StandardStream = std::same_as<typename T::char_type, char> && requires(T
 /// What compares with a string without becoming one: a `StandardText`, or a pointer to a terminated
 /// text.
 template<class T, class Char>
-concept ComparedText = StandardText<T, Char> || std::same_as < std::decay_t<T>,
-const Char* > || std::same_as<std::decay_t<T>, Char*>;
+concept ComparedText =
+    StandardText<T, Char> || std::same_as<std::decay_t<T>, std::add_pointer_t<const Char>> ||
+    std::same_as<std::decay_t<T>, std::add_pointer_t<Char>>;
 
 /// What `+` and `+=` add to a `String`: a text that its append() takes, or one of its characters.
 /// Numbers and characters of another width, which append() would convert, are refused.

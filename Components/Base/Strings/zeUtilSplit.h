@@ -21,6 +21,7 @@
 
 #pragma once
 
+#include <concepts>
 #include <vector>
 
 #include "Base/Strings/zeStringCString.h"
@@ -43,8 +44,9 @@ ZEBASE_API std::vector<zeString::CString> split(const zeString::CString& text, c
 ZEBASE_API std::vector<zeString::CString> split(const zeString::CString& text, bool (*test)(char),
                                                 bool skipEmpty = false,
                                                 bool keepSeparators = false);
-inline std::vector<zeString::CString> split(const char* text, bool (*test)(char),
-                                            bool skipEmpty = false, bool keepSeparators = false) {
+template<std::same_as<char> Char> // so that nothing is converted to a pointer
+std::vector<zeString::CString> split(const Char* text, bool (*test)(char), bool skipEmpty = false,
+                                     bool keepSeparators = false) {
     return split(zeString::CString(text), test, skipEmpty, keepSeparators);
 }
 ZEBASE_API std::vector<zeString::IString> split(const zeString::IString& text, wchar_t separator,
