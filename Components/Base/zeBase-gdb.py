@@ -11,6 +11,7 @@ import gdb
 import gdb.printing
 
 LONGEST = 200  # characters of a message; strings themselves follow `set print elements`
+DEEPEST = 64  # levels of a tree, which has no more: a damaged one may go in a circle
 
 
 def read(address, layout):
@@ -36,7 +37,8 @@ def known(value):
     type = value.type.strip_typedefs()
     if type.code != gdb.TYPE_CODE_STRUCT or type.fields():
         return value
-    return gdb.default_visualizer(value).to_string()
+    printer = gdb.default_visualizer(value)
+    return printer.to_string() if printer else value
 
 
 class CStringPrinter:
@@ -119,16 +121,22 @@ class TreePrinter:
         node = read(self.tree, '<Q')[0]
         for _ in range(self.count):
             yield node
-            left, right, parent = read(node, '<QQQ')
+            _, right, parent = read(node, '<QQQ')
             if right:  # the next is the first of those
-                while right:
+                for _ in range(DEEPEST):
+                    if not right:
+                        break
                     node, right = right, read(right, '<Q')[0]
             else:  # up, past all links to the right
-                while node == read(parent + 8, '<Q')[0]:
+                for _ in range(DEEPEST):
+                    if node != read(parent + 8, '<Q')[0]:
+                        break
                     node, parent = parent, read(parent + 16, '<Q')[0]
                 node = parent
 
     def children(self):
+        if self.count <= 0:
+            return
         offsets = read(self.table, '<ii')
         for place, node in enumerate(self.nodes()):
             for part in range(2 if self.map else 1):
@@ -149,8 +157,15 @@ class TuplePrinter:
         return f'{type.name.split("::")[-1]}({",".join(parts)})'
 
 
+class Printers(gdb.printing.RegexpCollectionPrettyPrinter):
+    def __call__(self, value):
+        if value.type.strip_typedefs().code in (gdb.TYPE_CODE_REF, gdb.TYPE_CODE_RVALUE_REF):
+            value = value.referenced_value()
+        return super().__call__(value)
+
+
 def printers():
-    of = gdb.printing.RegexpCollectionPrettyPrinter('zeBase')
+    of = Printers('zeBase')
     of.add_printer('CString', '^zeString::CString$', CStringPrinter)
     of.add_printer('IString', '^zeString::IString$', IStringPrinter)
     of.add_printer('Filename', '^zeOS::Filename$', FilenamePrinter)

@@ -27,6 +27,10 @@ EXPECTED = {
     'set': 'ze::RBTreeSet of 9 = {0, 1, 2, 3, 4, 5, 6, 7, 8}',
     'point': 'Point(1,2.5,-3)',
     'vector': 'VectorFlt(0.5,0,1)',
+    'pointRef': 'Point(1,2.5,-3)',
+    'emptyRef': 'ze::RBTreeMap of 0',
+    'keys': 'ze::RBTreeMap of 1 = {[1] = {<No data fields>}}',
+    'unmade': 'ze::RBTreeSet of 0',
 }
 
 

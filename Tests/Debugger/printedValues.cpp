@@ -35,6 +35,13 @@ int main() {
         set.insert(i * 7 % 9);
     const zeLinear::Point point(1, 2.5, -3);
     const zeLinear::VectorFlt vector(0.5, 0, 1);
+    const auto& emptyRef = none;
+    const auto& pointRef = point;
+    struct Nothing {};
+    ze::RBTreeMap<int, Nothing> keys;
+    keys[1] = {};
+    alignas(ze::RBTreeSet<int>) char zeros[sizeof set] = {};
+    const auto& unmade = reinterpret_cast<ze::RBTreeSet<int>&>(zeros);
     look(&bytes, &moved, &taken, &text, &empty, &path, &success, &failure, &bare, &mesh, &shared,
-         &null, &map, &none, &set, &point, &vector);
+         &null, &map, &none, &set, &point, &vector, &emptyRef, &pointRef, &keys, &unmade);
 }

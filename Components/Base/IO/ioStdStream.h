@@ -12,8 +12,10 @@
 /// **Nothing is held back.** Output goes into the chain at once. Input is taken from the chain's
 /// own block, and what the code did not take is still there when the adapter goes, or at sync():
 /// the next call of the stream gives the byte behind the last one taken. Between these two, the
-/// stream must not be used in other ways. An input adapter sees the end of a compressed section as
-/// its end (eofbit), so that a section in the midst of a file can be handed to other code.
+/// stream must not be used in other ways. Bytes can be put back within the block only, so that
+/// unget() right after a get() works, and after a peek() may fail. An input adapter sees the end of
+/// a compressed section as its end (eofbit), so that a section in the midst of a file can be handed
+/// to other code.
 ///
 /// **Errors.** The status of the stream is the error: status(). A failed write or flush sets
 /// badbit. streamEOF and streamCompressEnd set eofbit, and failbit where something was asked for.

@@ -21,7 +21,7 @@
 /// **Blocks.** Input is read ahead in blocks; what was read ahead is lost with the adapter. A
 /// socket waits until it can fill the whole block: in a dialogue, choose a block of 1 byte. Output
 /// goes to the IOStream when a block is full, at flush(), and at the end, when an error can no
-/// longer be seen.
+/// longer be seen. The last byte read can always be put back.
 ///
 /// **Seeking** is not possible, as an IOStream has no positions: seekg() and seekp() fail. tellg()
 /// and tellp() give the number of bytes that passed through the adapter.

@@ -17,10 +17,10 @@
 
 #include <concepts>
 #include <cstddef>
+#include <iosfwd>
 #include <iterator>
 #include <utility>
 
-#include "Base/Strings/zeStringStandard.h"
 #include "Base/Utility/zeRBTreeTypes.h"
 
 namespace ze {
@@ -62,13 +62,13 @@ private:
 };
 
 /// Writes `(key, value)` to a stream of the standard library.
-template<zeString::StandardStream Stream, class Key, class Value>
-requires requires(Stream& stream, const Key& key, const Value& value) {
+template<class Traits, class Key, class Value>
+requires requires(std::basic_ostream<char, Traits>& stream, const Key& key, const Value& value) {
     stream << key << value;
 }
-Stream& operator<<(Stream& stream, const RBTreeEntry<Key, Value>& entry) {
-    stream << '(' << entry.key() << ", " << entry.value() << ')';
-    return stream;
+std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& stream,
+                                             const RBTreeEntry<Key, Value>& entry) {
+    return stream << '(' << entry.key() << ", " << entry.value() << ')';
 }
 
 /// What the iterators of a map give: entries.

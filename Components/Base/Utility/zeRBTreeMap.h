@@ -105,10 +105,11 @@ public:
     /// Inserts or, if the key is there, assigns to its first element, which it returns, and whether
     /// it is new.
     std::pair<Iterator, bool> insertOrAssign(const Key& key, const Value& value) {
-        const auto result = insert(key, value);
-        if (!result.second)
-            result.first->value() = value;
-        return result;
+        const Iterator place = this->lowerBound(key);
+        if (place == this->end() || Less()(key, place->key()))
+            return {insert(place, key, value), true};
+        place->value() = value;
+        return {place, false};
     }
 
     /// Inserts a value made of `arguments` unless the key is there; then none is made.

@@ -41,7 +41,7 @@ public:
     /// Ends the own connection and takes that of `other` over.
     ScopedConnection& operator=(ScopedConnection&& other) noexcept {
         ScopedConnection taken(static_cast<ScopedConnection&&>(other));
-        disconnect();
+        const ScopedConnection ending(static_cast<ScopedConnection&&>(*this)); // ends last of all
         takeConnections(taken);
         return *this;
     }

@@ -25,10 +25,10 @@
 #pragma once
 
 #include <concepts>
+#include <iosfwd>
 #include <typeindex> // declares std::hash
 #include <utility>
 
-#include "Base/Strings/zeStringStandard.h"
 #include "Base/zeBaseExport.h"
 
 namespace ze {
@@ -142,10 +142,10 @@ private:
 };
 
 /// Writes the address of the object to a stream of the standard library.
-template<zeString::StandardStream Stream, class T>
-Stream& operator<<(Stream& stream, const Reference<T>& reference) {
-    stream << static_cast<const void*>(reference.get());
-    return stream;
+template<class Traits, class T>
+std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& stream,
+                                             const Reference<T>& reference) {
+    return stream << static_cast<const void*>(reference.get());
 }
 
 } // namespace ze

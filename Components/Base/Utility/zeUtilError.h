@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstdarg>
+#include <iosfwd>
 
 #include "Base/Strings/zeStringPrintf.h"
 #include "Base/zeBaseExport.h"
@@ -99,12 +100,9 @@ private:
 
 /// Writes the code and, if there is one, the message in UTF-8 to a stream of the standard library:
 /// `2: cannot open scene.ze`. A success without a message is `0`.
-template<class Stream>
-requires requires(Stream& stream) {
-    typename Stream::traits_type;
-    stream.write("", 0) << 0 << "";
-}
-Stream& operator<<(Stream& stream, const Error& error) {
+template<class Traits>
+std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& stream,
+                                             const Error& error) {
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): message() of `error` stays valid
     const Error copy(error);
     stream << copy.code();

@@ -2,6 +2,7 @@
 
 #include "Base/Utility/zeRTBSignal.h"
 
+#include <concepts>
 #include <functional>
 #include <memory>
 #include <new>
@@ -131,10 +132,7 @@ static_assert(!Connects<Shapes*, void (Shapes::*)(std::string&)>, "would change 
 
 static_assert(sizeof(SignalVoid) == sizeof(void*), "a class can embed many signals");
 static_assert(!std::is_copy_constructible_v<SignalVoid>);
-static_assert(sizeof(ScopedConnection) == sizeof(void*));
-static_assert(std::is_nothrow_move_constructible_v<ScopedConnection> &&
-              std::is_nothrow_move_assignable_v<ScopedConnection> &&
-              !std::is_copy_constructible_v<ScopedConnection>);
+static_assert(sizeof(ScopedConnection) == sizeof(void*) && !std::copyable<ScopedConnection>);
 
 } // namespace
 
@@ -347,18 +345,15 @@ TEST_F(SignalScene, ScopedConnectionEndsWhenItIsDropped) {
     std::vector<ScopedConnection> kept;
     for (const char letter : {'A', 'B', 'C'}) // growing moves the others
         kept.push_back(signal->connectScoped([this, letter, counted] { log += letter; }));
-    EXPECT_EQ(fired(), "CBA");
     kept[1] = std::move(kept[0]); // ends B
     auto& same = kept[1];
     kept[1] = std::move(same);
     EXPECT_TRUE(kept[1].connected() && !kept[0].connected());
     EXPECT_EQ(fired(), "CA");
     kept[2].disconnect();
-    EXPECT_EQ(fired(), "A");
-    EXPECT_EQ(counted.use_count(), 2);
+    EXPECT_EQ(fired() + std::to_string(counted.use_count()), "A2");
     signal = (delete signal, new SignalVoid); // the signal goes first
-    EXPECT_FALSE(kept[1].connected());
-    EXPECT_EQ(counted.use_count(), 1);
+    EXPECT_TRUE(!kept[1].connected() && counted.use_count() == 1);
 
     const Shapes constant;
     Derived listener;
@@ -367,8 +362,6 @@ TEST_F(SignalScene, ScopedConnectionEndsWhenItIsDropped) {
                                         signal->connectScoped(global)};
     signal->send();
     EXPECT_EQ(std::exchange(Shapes::log, ""), "global derived v ");
-    signal->disconnectInstance(&listener);
-    EXPECT_FALSE(members[1].connected());
 }
 
 TEST_F(SignalScene, ScopedConnectionMayBeDroppedInsideAFiring) {
@@ -385,15 +378,18 @@ TEST_F(SignalScene, ScopedConnectionMayBeDroppedInsideAFiring) {
     });
     after = signal->connectScoped([this] { log += 'A'; });
     EXPECT_EQ(fired(), "AO");
-    EXPECT_EQ(note.use_count(), 1);
-    EXPECT_FALSE(signal->isConnected());
+    EXPECT_TRUE(note.use_count() == 1 && !signal->isConnected());
     auto owned = std::make_shared<ScopedConnection>(); // by its own callable
     *owned = signal->connectScoped([this, owned] { (log += 'S', owned->disconnect()); });
     owned.reset();
     EXPECT_EQ(fired() + fired(), "S");
     own = signal->connectScoped([&] { signal = (delete signal, new SignalVoid); });
-    EXPECT_EQ(fired(), "");
+    signal->send();
     EXPECT_FALSE(own.connected());
+    const auto anew = [&](void*) { own = signal->connectScoped([this] { log += 'N'; }); };
+    own = signal->connectScoped([last = std::shared_ptr<void>(nullptr, anew)] {});
+    own = {}; // what ends may connect anew
+    EXPECT_EQ(fired(), "N");
 }
 
 TEST(Signal, LeavesNothingBehindWhereMemoryRunsOut) {

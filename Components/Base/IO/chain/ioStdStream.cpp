@@ -153,7 +153,8 @@ ioStdOutputBuf::pos_type ioStdOutputBuf::seekoff(off_type offset, ios_base::seek
                                                  ios_base::openmode which) {
     if (!good() || !(which & ios_base::out) || stream_->top_->getType() != typeOfFile)
         return failed;
-    const long here = stream_->tell();
+    const long here = stream_->tell(); // flushes
+    stream_->promoteBufferStatus();
     if (here < 0 || (offset == 0 && direction == ios_base::cur))
         return here < 0 || !good() ? failed : pos_type(here);
     long base = direction == ios_base::cur ? here : 0;

@@ -29,11 +29,15 @@ StdStreamBuf::~StdStreamBuf() {
 }
 
 StdStreamBuf::int_type StdStreamBuf::underflow() {
-    input_.resize(blockSize_);
+    const bool anyTaken = eback() != gptr();
+    const char last = anyTaken ? gptr()[-1] : '\0';
+    input_.resize(1 + blockSize_); // the byte before the block can be put back
+    char* const block = input_.data() + 1;
     unsigned long done = 0;
-    zeUtil::Error result = stream_->read(input_.data(), blockSize_, &done);
+    zeUtil::Error result = stream_->read(block, blockSize_, &done);
     done = std::min<unsigned long>(done, blockSize_);
-    setg(input_.data(), input_.data(), input_.data() + done);
+    block[-1] = last;
+    setg(anyTaken ? block - 1 : block, block, block + done);
     read_ += static_cast<off_type>(done);
     const bool failed = !result.ok();
     if (failed)
