@@ -8,6 +8,9 @@
 //     $ senddocument receive > port & read p < port; echo cut > /dev/tcp/127.0.0.1/$p
 //     senddocument: no whole document came
 
+#include <sys/socket.h>
+#include <sys/time.h>
+
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -57,14 +60,14 @@ bool send(const Values& values, zeTCP::Socket& socket) {
 /// Takes all that comes until the peer closes its writing side; false if it breaks, or is too much.
 bool takeAll(zeTCP::Socket& socket, zeOS::MemoryIOStream& memory) {
     constexpr unsigned long limit = 1 << 20;
+    const timeval patience = {30, 0}; // for each piece; without it, a silent peer is waited for
+    setsockopt(socket.descriptor(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     zeUtil::Error error;
     memory.openForWrite();
-    for (unsigned long taken = 0; error.code() == 0 && taken <= limit;) {
+    for (unsigned long taken = 0, got = 0; error.code() == 0 && taken <= limit; taken += got) {
         char bytes[4096];
-        unsigned long got = 0;
         error = socket.read(bytes, sizeof bytes, &got);
         memory.write(bytes, got, nullptr);
-        taken += got;
     }
     memory.close();
     return error.code() == 4;
@@ -74,10 +77,8 @@ struct Loader : ioClientReadContext {
     using ioClientReadContext::ioClientReadContext;
     Values values;
 };
-
 struct ValueType : ioPacketType {
     ValueType() : ioPacketType("value") {}
-
     void read(ioClientReadContext& in) override {
         static_cast<Loader&>(in).values.push_back(in.readDouble());
     }
@@ -126,9 +127,8 @@ int sendTo(int port, char** arguments) {
     for (; *arguments; ++arguments)
         values.push_back(std::strtod(*arguments, nullptr));
     zeTCP::ClientSocket server{zeTCP::Address(zeTCP::Address::localhost, port)};
-    const zeUtil::Error connected = server.connect();
-    if (server.descriptor() == -1)
-        return fail(connected.message());
+    if (const zeUtil::Error error = server.connect(); server.descriptor() == -1)
+        return fail(error.message());
     zeString::CString text;
     if (!send(values, server) || server.read(text).code() != 0)
         return fail("the server did not take the document");
