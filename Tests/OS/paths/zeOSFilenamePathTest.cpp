@@ -60,7 +60,8 @@ TEST(FilenameElements, AreSplitAtTheObjectsSeparator) {
     EXPECT_THAT(elements(Filename(L"::a:::b", L':')), ElementsAre(L":", L"a", L"b"));
     EXPECT_THAT(elements(Filename(L":", L':')), ElementsAre(L":"));
     // A copy holds "a//b/", which no assignment makes in slashes.
-    EXPECT_THAT(elements(Filename(Filename(L"a//b/", L'\\'))), ElementsAre(L"a", L"b"));
+    const Filename original(L"a//b/", L'\\');
+    EXPECT_THAT(elements(Filename(original)), ElementsAre(L"a", L"b"));
 }
 
 TEST(Filename, ComparesHashesAndPrintsItsText) {
