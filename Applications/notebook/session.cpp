@@ -53,8 +53,8 @@ bool Session::run() {
 bool Session::attempt(const std::string& line) {
     std::string reason;
     try {
-        if (line.size() > longestCommand)
-            throw Failure(message("notebook.too_long", "the command is too long"));
+        if (line.size() > longestCommand || line.find('\0') != std::string::npos)
+            throw Failure(message("notebook.no_text", "the command is too long or holds a NUL"));
         const std::size_t first = std::min(line.find_first_not_of(' '), line.size());
         line_ = line.substr(first, line.find_last_not_of(' ') + 1 - first);
         isAdded = false;
