@@ -40,7 +40,10 @@ public:
     static constexpr std::size_t textLimit = 200;
     std::size_t editSize = 0; ///< What an edit takes without its lines.
 
+    /// A group that became invalid goes without being undone: what came before may not fit then.
     bool exchange(notebook::Patch& edit) {
+        if (edit.at + edit.count > text.size())
+            return false;
         const auto first = text.begin() + std::ptrdiff_t(edit.at);
         const auto end = first + std::ptrdiff_t(edit.count);
         Lines result(text.begin(), first);
