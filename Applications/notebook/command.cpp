@@ -2,10 +2,13 @@
 
 #include "notebook/command.h"
 
+#include <optional>
+
 #include "Shared/failure.h"
 #include "Shared/message.h"
 #include "Shared/options.h"
 #include "Shared/output.h"
+#include "notebook/session.h"
 
 namespace notebook {
 
@@ -34,20 +37,18 @@ Exit codes: 0 success, 1 a command of a script failed, 2 wrong use.
 
 int runArguments(const std::vector<std::string>& arguments) {
     std::optional<std::string> file;
-    bool keepsGoing = false;
     app::Options options("notebook");
     options.describe(above, below);
     options.declare("file", "string", L"begin with this file, which may be a new one",
                     [&](const auto& words) { file = words[0]; });
-    options.declare("keep-going", "", L"run the rest of a script after a failure, too",
-                    [&](const auto&) { keepsGoing = true; });
-    const bool isGood = !options.parse(arguments) || [&] {
+    if (options.parse(arguments)) {
         if (!options.operands().empty())
-            throw app::UsageError(message("notebook.operands", "there is nothing behind --"));
-        return runCommands(file, keepsGoing);
-    }();
+            throw app::UsageError(message("notebook.operands", "nothing may follow --"));
+        if (!Session(file).run())
+            return 1;
+    }
     app::flushResults();
-    return isGood ? 0 : 1;
+    return 0;
 }
 
 } // namespace

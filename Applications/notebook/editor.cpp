@@ -19,12 +19,11 @@ namespace {
 using app::Failure;
 using app::message;
 
-/// One edit. Doing and undoing it are the same exchange. It fails where the text has become too
-/// large for it meanwhile, and then changes nothing.
+/// One edit: doing and undoing it are the same exchange.
 class Edit : public zeUndo::Command {
 public:
-    Edit(Text& text, const std::size_t& limit, Patch patch)
-        : zeUndo::Command(nullptr, "edit"), text_(text), limit_(limit), patch_(std::move(patch)) {}
+    Edit(Text& text, Patch patch)
+        : zeUndo::Command(nullptr, "edit"), text_(text), patch_(std::move(patch)) {}
 
     bool doCommand() override { return exchange(); }
     bool undoCommand() override { return exchange(); }
@@ -32,7 +31,7 @@ public:
 
 private:
     bool exchange() {
-        if (!text_.exchange(patch_, limit_))
+        if (!text_.exchange(patch_))
             return false;
         const std::size_t bytes =
             sizeof *this + sizeOf(patch_.lines) + patch_.lines.size() * sizeof(std::string);
@@ -41,14 +40,13 @@ private:
     }
 
     Text& text_;
-    const std::size_t& limit_;
     Patch patch_;
     int bytes_ = 0;
 };
 
 } // namespace
 
-Editor::Editor() : history_(zeUndo::newManager()) {
+Editor::Editor(Text text) : text_(std::move(text)), history_(zeUndo::newManager()) {
     setStepLimit(1000);
 }
 
@@ -59,12 +57,6 @@ std::vector<const zeUndo::Group*> Editor::newestGroups() const {
     for (int i = std::min(history_->getNumGroups(false), 1000); i > 0; --i)
         groups.push_back(history_->getGroup(-i));
     return groups;
-}
-
-void Editor::replace(Text text) {
-    requireClosed();
-    history_->clearAllGroups();
-    text_ = std::move(text);
 }
 
 void Editor::requireClosed() const {
@@ -85,21 +77,17 @@ void Editor::end() {
     group_ = nullptr;
 }
 
-void Editor::edit(const std::string& name, std::size_t at, std::size_t count, Lines lines,
-                  bool isAdded) {
+void Editor::edit(const std::string& name, Patch patch, bool isAdded) {
     if (isAdded && (isOpen_ || !history_->undoAvailable()))
         throw Failure(message("notebook.no_step", "there is no step to add to"));
-    auto edit = std::make_unique<Edit>(text_, textLimit_,
-                                       Patch{at, count, std::move(lines), lastVersion_ + 1});
+    auto edit = std::make_unique<Edit>(text_, std::move(patch));
     if (!edit->doIt())
-        refuseSize();
-    ++lastVersion_;
+        throw Failure(message("notebook.text_limit", "the text would become too large"));
     zeUndo::Group* group = group_;
     if (group == nullptr)
-        group = history_->newGroup((isOpen_ ? name_ : name).substr(0, 60).c_str(), isAdded);
+        group = history_->newGroup((isOpen_ ? name_ : name).c_str(), isAdded);
     group_ = isOpen_ ? group : nullptr;
-    if (group != nullptr) // unless the history is switched off
-        group->addCommand(edit.release());
+    group->addCommand(edit.release());
 }
 
 void Editor::undo() {
@@ -107,8 +95,7 @@ void Editor::undo() {
     if (!history_->undoAvailable())
         throw Failure(message("notebook.nothing_done", "there is nothing to undo"));
     if (!history_->undoIt())
-        throw Failure(message("notebook.undo_failed", "the step cannot be undone, and the history "
-                                                      "is gone"));
+        throw Failure(message("notebook.undo_failed", "the undo failed: the history is gone"));
 }
 
 void Editor::redo() {
@@ -116,19 +103,11 @@ void Editor::redo() {
     if (!history_->doAvailable())
         throw Failure(message("notebook.nothing_undone", "there is nothing to redo"));
     if (!history_->doIt())
-        throw Failure(message("notebook.redo_failed", "the step cannot be redone, and the history "
-                                                      "is gone"));
-}
-
-void Editor::refuseSize() const {
-    throw Failure(message("notebook.text_limit", "the text would have more than {1} bytes",
-                          {std::to_string(textLimit_)}));
+        throw Failure(message("notebook.redo_failed", "the redo failed: the history is gone"));
 }
 
 void Editor::setStepLimit(int limit) {
     requireClosed();
-    if (limit < 0)
-        history_->clearAllGroups();
     history_->setUndoGroupLimit(limit);
 }
 

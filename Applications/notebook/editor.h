@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "Base/Undo/zeUndoManager.h"
 
@@ -14,37 +15,32 @@
 
 namespace notebook {
 
-/// A step is one group of the history, or a chain: one group and those that were added to it. It
-/// comes into being with its first edit, so that there are no empty ones, and what was undone can
-/// be redone until something is really changed. Between begin() and end() there are only edits: all
-/// else throws a Failure.
+/// A step is a group of the history, or a chain: one group and those that were added to it. Its
+/// group is made with its first edit, so that none is empty, and what was undone can be redone
+/// until the text is really changed. Between begin() and end() there are only edits: all else
+/// throws a Failure.
 class Editor {
 public:
-    Editor();
-    Editor(const Editor&) = delete;
+    explicit Editor(Text text);
+    Editor(const Editor&) = delete; ///< Commands of the history refer to the text.
     Editor& operator=(const Editor&) = delete;
     ~Editor();
 
     const Text& text() const { return text_; }
     /// The groups, to be looked at.
     zeUndo::Manager& history() { return *history_; }
-    /// The newest ones, up to a thousand, oldest first. Whose last operation was an undo is undone.
+    /// The newest ones, up to a thousand, oldest first. Where the last operation was an undo, the
+    /// group is undone.
     std::vector<const zeUndo::Group*> newestGroups() const;
 
-    /// Another text takes the place of this one, which the history goes with.
-    void replace(Text text);
-
-    /// Edits belong to one step of this name from here to end().
+    /// Edits from here to end() belong to one step of this name.
     void begin(const std::string& name);
     void end();
-    /// Throws a Failure between them.
-    void requireClosed() const;
 
-    /// Replaces `count` lines from `at` on by others, as a part of the open step, or as a step of
-    /// this name, which can be added to the step before. Throws a Failure, and changes nothing, if
-    /// the text would become larger than its limit, or if there is no step before.
-    void edit(const std::string& name, std::size_t at, std::size_t count, Lines lines,
-              bool isAdded = false);
+    /// Replaces lines, as a part of the open step, or as a step of this name, which may be added to
+    /// the step before. Throws a Failure, and changes nothing, if the text would become too large,
+    /// or if there is no step before.
+    void edit(const std::string& name, Patch patch, bool isAdded = false);
 
     /// @{
     /// One step back or forth. Throws a Failure if there is none, or if it fails. Then the text is
@@ -53,20 +49,16 @@ public:
     void redo();
     /// @}
 
-    /// What the text may grow to, in bytes. What is larger already may shrink.
-    std::size_t textLimit() const { return textLimit_; }
-    void setTextLimit(std::size_t limit) { textLimit_ = limit; }
-    static constexpr std::size_t mostText = std::size_t{1} << 30;
-    [[noreturn]] void refuseSize() const;
-    /// The number of steps; 0 is no limit, and -1 switches the history off.
+    /// @{
+    /// How many steps are kept, and the bytes of all of them; 0 is no limit.
     void setStepLimit(int limit);
-    /// The memory of all steps, in bytes; 0 is no limit.
     void setMemoryLimit(int limit);
+    /// @}
 
 private:
+    void requireClosed() const;
+
     Text text_;
-    std::size_t textLimit_ = std::size_t{256} << 20;
-    std::uint64_t lastVersion_ = 0;
     std::unique_ptr<zeUndo::Manager> history_;
     zeUndo::Group* group_ = nullptr; ///< Of the open step, once it has an edit.
     std::string name_;

@@ -4,14 +4,17 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 
 #include "Base/Utility/zeUtilDescriptor.h"
 
 #include "Shared/failure.h"
+#include "Shared/interruption.h"
 #include "Shared/message.h"
 #include "Shared/output.h"
+#include "Shared/terminal.h"
 
 namespace notebook {
 
@@ -20,84 +23,96 @@ namespace {
 using app::Failure;
 using app::message;
 
-std::optional<Text> readText(const std::string& path, std::size_t limit) {
+void note(const std::string& text) {
+    app::messages()(app::normal, "%s\n", app::visible(text).c_str());
+}
+
+std::string lineCount(const Text& text) {
+    return std::to_string(text.lines().size());
+}
+
+[[noreturn]] void failToRead(const std::string& name, const std::string& reason) {
+    throw Failure(message("notebook.not_read", "{1}: cannot be read: {2}", {name, reason}));
+}
+
+/// The content of a regular file; nothing if there is no file.
+std::optional<std::string> readFile(const std::string& name) {
     const zeUtil::Descriptor file(zeUtil::retried(
-        [&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
+        [&] { return open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
     if (!file.isOpen() && errno == ENOENT)
         return std::nullopt;
     struct stat status = {};
     if (!file.isOpen() || fstat(file.get(), &status) != 0)
-        throw Failure(message("notebook.not_opened", "{1}: cannot be opened: {2}",
-                              {path, app::systemMessage(errno)}));
+        failToRead(name, app::systemMessage(errno));
     if (!S_ISREG(status.st_mode))
-        throw Failure(message("notebook.not_read", "{1}: cannot be read: {2}",
-                              {path, message("shared.not_regular", "not a regular file")}));
-    std::string bytes;
-    auto size = static_cast<std::size_t>(status.st_size); // what is beyond the limit is not read
-    for (ssize_t got = 1; got != 0 && size <= limit; size = bytes.size()) {
+        failToRead(name, message("shared.not_regular", "not a regular file"));
+    std::string content;
+    auto size = static_cast<std::size_t>(status.st_size); // what is too large is not read at all
+    for (ssize_t got = 1; got != 0 && size <= Text::mostBytes; size = content.size()) {
         char block[65536];
         got = zeUtil::retried([&] { return read(file.get(), block, sizeof block); });
         if (got < 0)
-            throw Failure(message("notebook.not_read", "{1}: cannot be read: {2}",
-                                  {path, app::systemMessage(errno)}));
-        bytes.append(block, static_cast<std::size_t>(got));
+            failToRead(name, app::systemMessage(errno));
+        content.append(block, static_cast<std::size_t>(got));
     }
-    if (size > limit)
-        throw Failure(message("notebook.too_large",
-                              "{1}: is larger than the {2} bytes that a text may have",
-                              {path, std::to_string(limit)}));
-    return Text(bytes);
+    if (size > Text::mostBytes)
+        failToRead(name, app::systemMessage(EFBIG));
+    return content;
 }
 
-void writeText(const Text& text, int descriptor) {
-    constexpr std::size_t block = 65536;
-    std::string bytes;
-    const auto write = [&] {
-        if (!app::writeAll(descriptor, bytes))
-            throw Failure(app::systemMessage(errno));
-        bytes.clear();
-    };
-    for (const std::string& line : text.lines()) {
-        bytes.append(line).push_back('\n');
-        if (bytes.size() > block && &line != &text.lines().back())
-            write();
-    }
-    if (text.lacksLastLineEnd() && !bytes.empty())
-        bytes.pop_back();
-    write();
+template<class Call>
+void saveUnbroken(const app::Target& target, const Call& call) {
+    std::optional<app::HeldSignals> held;
+    if (isatty(STDIN_FILENO) == 1)
+        held.emplace();
+    app::saveFile(target, call);
 }
 
 } // namespace
 
-std::optional<Text> File::read(const std::string& name, std::size_t limit) {
-    if (name == app::standardStream)
-        throw Failure(message("notebook.no_stream", "standard input holds the commands"));
-    app::libraryFilename(name); // or it could not be written
+Text File::read(const std::string& name) {
     const app::Step step("read", message("notebook.reading", "reading {1}", {name}));
     const app::Target target(name);
-    std::optional<Text> text = readText(name, limit);
+    const std::optional<std::string> content = readFile(name);
+    Text text(content.value_or(""));
     name_ = name;
     target_ = target;
+    note(content ? message("notebook.opened", "{1}: {2} lines", {name, lineCount(text)})
+                 : message("notebook.new", "{1}: a new file", {name}));
+    for (const std::string& left : app::leftoverNotes(name))
+        note(left);
     return text;
 }
 
-void File::write(const Text& text, const std::string& name, bool isForced) {
-    const bool isThis = name == name_ && target_;
-    const app::Target target = isThis && !isForced ? *target_ : app::Target(name);
-    if (!isThis && !isForced && target.exists())
-        throw Failure(
-            message("notebook.exists", "{1}: is there already: \"save!\" replaces it", {name}));
+void File::write(const Text& text, const std::string& name) {
+    const bool isThis = target_ && name == name_;
+    const app::Target target = isThis ? *target_ : app::Target(name);
+    if (!isThis && target.exists())
+        throw Failure(message("notebook.exists", "{1}: is there already", {name}));
     const app::Step step("write", message("notebook.writing", "writing {1}", {target.name()}));
-    app::saveFile(target, [&](int descriptor) { writeText(text, descriptor); });
+    save(target, text.content());
     if (target.isStandardOutput())
         return;
     name_ = name;
     target_.emplace(name);
+    note(message("notebook.saved", "{1}: {2} lines written", {name, lineCount(text)}));
 }
 
-void File::refuse(const std::string& name) const {
+app::Target File::otherTarget(const std::string& name) const {
     if (name == name_ || (target_ && target_->isSameFile(name)))
         throw Failure(message("notebook.own_file", "{1}: is the file of the text", {name}));
+    return app::Target(name);
+}
+
+void save(const app::Target& target, const std::string& bytes) {
+    saveUnbroken(target, [&](int descriptor) {
+        if (!app::writeAll(descriptor, bytes))
+            throw Failure(app::systemMessage(errno));
+    });
+}
+
+void save(const app::Target& target, const std::function<void(const std::string&)>& make) {
+    saveUnbroken(target, make);
 }
 
 } // namespace notebook

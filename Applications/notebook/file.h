@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -14,26 +15,32 @@
 namespace notebook {
 
 /// Remembers the file as it was when it was read or written, so that changes by others are seen.
-/// A call that throws a Failure leaves it as it was.
+/// A call that throws a Failure leaves the file and what is remembered as they were.
 class File {
 public:
     /// Empty as long as there is none.
     const std::string& name() const { return name_; }
 
-    /// Reads the regular file `name`, of up to `limit` bytes, which becomes this one. Nothing, if
-    /// it is a new one.
-    std::optional<Text> read(const std::string& name, std::size_t limit);
+    /// Reads the regular file `name`, which becomes this one; without such a file the text is
+    /// empty.
+    Text read(const std::string& name);
 
-    /// Writes the text into the file `name`, which becomes this one, or to standard output. This
-    /// file is replaced only if nobody has changed it, another one not at all, unless forced.
-    void write(const Text& text, const std::string& name, bool isForced);
+    /// Writes the text into this file, unless somebody else has changed it, or into a new file,
+    /// which becomes this one, or to standard output.
+    void write(const Text& text, const std::string& name);
 
-    /// Throws a Failure for this file: what is made of the text must not take its place.
-    void refuse(const std::string& name) const;
+    /// What is to be made of the text. Throws a Failure for this file: it must not be replaced.
+    app::Target otherTarget(const std::string& name) const;
 
 private:
     std::string name_;
     std::optional<app::Target> target_;
 };
+
+/// @{
+/// The same as app::saveFile(). At a terminal, no signal breaks it off: it would cost the text.
+void save(const app::Target& target, const std::string& bytes);
+void save(const app::Target& target, const std::function<void(const std::string&)>& make);
+/// @}
 
 } // namespace notebook

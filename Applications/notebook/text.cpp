@@ -8,30 +8,6 @@
 
 namespace notebook {
 
-namespace {
-
-std::ptrdiff_t offset(std::size_t index) {
-    return static_cast<std::ptrdiff_t>(index);
-}
-
-/// Exchanges `count` lines at `first` with `others`. If memory is short, it throws before anything
-/// has changed: what may throw comes first, and moving a string does not.
-void exchangeLines(Lines& lines, std::size_t first, std::size_t count, Lines& others) {
-    const std::size_t both = std::min(count, others.size());
-    others.reserve(count);
-    lines.insert(lines.begin() + offset(first + both),
-                 std::make_move_iterator(others.begin() + offset(both)),
-                 std::make_move_iterator(others.end()));
-    const auto behind = lines.begin() + offset(first + others.size());
-    others.resize(both);
-    std::swap_ranges(others.begin(), others.end(), lines.begin() + offset(first));
-    const auto end = behind + offset(count - both);
-    others.insert(others.end(), std::make_move_iterator(behind), std::make_move_iterator(end));
-    lines.erase(behind, end);
-}
-
-} // namespace
-
 std::size_t sizeOf(const Lines& lines) {
     std::size_t size = lines.size();
     for (const std::string& line : lines)
@@ -39,35 +15,51 @@ std::size_t sizeOf(const Lines& lines) {
     return size;
 }
 
-Text::Text(const std::string& bytes)
-    : bytes_(bytes.size()), lacksLastLineEnd_(!bytes.empty() && bytes.back() != '\n') {
-    for (std::size_t at = 0; at < bytes.size();) {
-        const std::size_t end = std::min(bytes.find('\n', at), bytes.size());
-        lines_.push_back(bytes.substr(at, end - at));
+Text::Text(const std::string& content, std::size_t limit)
+    : limit_(limit), lacksLastLineEnd_(!content.empty() && content.back() != '\n') {
+    for (std::size_t at = 0; at < content.size();) {
+        const std::size_t end = std::min(content.find('\n', at), content.size());
+        lines_.push_back(content.substr(at, end - at));
         at = end + 1;
     }
-    bytes_ += lacksLastLineEnd_;
+    bytes_ = sizeOf(lines_);
 }
 
-bool Text::exchange(Patch& patch, std::size_t limit) {
+std::string Text::content() const {
+    std::string content;
+    content.reserve(bytes_);
+    for (const std::string& line : lines_)
+        content.append(line).push_back('\n');
+    if (lacksLastLineEnd_ && !content.empty())
+        content.pop_back();
+    return content;
+}
+
+/// What may throw comes first: moving strings into room that is there does not.
+bool Text::exchange(Patch& patch) try {
     if (patch.at > lines_.size() || patch.count > lines_.size() - patch.at)
         return false;
-    const auto first = lines_.begin() + offset(patch.at);
-    std::size_t size = bytes_ + sizeOf(patch.lines) - patch.count;
-    std::for_each(first, first + offset(patch.count),
-                  [&](const std::string& line) { size -= line.size(); });
-    if (size > bytes_ && size > limit)
+    const std::size_t needed = lines_.size() + patch.lines.size();
+    if (needed > lines_.capacity())
+        lines_.reserve(std::max(needed, 2 * lines_.capacity()));
+    Lines taken(patch.count);
+    const auto first = lines_.begin() + static_cast<std::ptrdiff_t>(patch.at);
+    const auto end = first + static_cast<std::ptrdiff_t>(patch.count);
+    std::size_t bytes = bytes_ + sizeOf(patch.lines) - patch.count;
+    std::for_each(first, end, [&](const std::string& line) { bytes -= line.size(); });
+    if (bytes > limit_ && bytes > bytes_) // what is too large already may shrink
         return false;
-    const std::size_t count = patch.lines.size();
-    try {
-        exchangeLines(lines_, patch.at, patch.count, patch.lines);
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
-    patch.count = count;
-    bytes_ = size;
-    std::swap(version_, patch.version);
+
+    std::swap_ranges(first, end, taken.begin());
+    lines_.insert(lines_.erase(first, end), std::make_move_iterator(patch.lines.begin()),
+                  std::make_move_iterator(patch.lines.end()));
+    patch.count = patch.lines.size();
+    patch.lines = std::move(taken);
+    bytes_ = bytes;
+    ++changes_;
     return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 } // namespace notebook

@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Base/Undo/zeUndoCommand.h"
 #include "Base/Undo/zeUndoGroup.h"
 
 #include "Shared/failure.h"
@@ -24,41 +25,37 @@ class ModelHistory {
 public:
     using Lines = notebook::Lines;
 
-    struct Edit {
-        std::size_t at;
-        std::size_t count;
-        Lines lines;
-    };
     struct Group {
         bool isAdded;
-        std::vector<Edit> edits;
+        std::vector<notebook::Patch> edits;
         bool isValid = true;
+        bool fails = false; ///< Its last command does.
     };
 
     Lines text;
     std::vector<Group> groups;
     std::size_t current = 0;
     int stepLimit = 1000;
-    std::size_t memoryLimit = 10000000;
-    std::size_t textLimit = std::size_t{256} << 20;
+    int memoryLimit = 10000000;
+    static constexpr std::size_t textLimit = 200;
     std::size_t editSize = 0; ///< What an edit takes without its lines.
 
-    bool exchange(Edit& edit) {
+    /// A group that became invalid goes without being undone: what came before may not fit then.
+    bool exchange(notebook::Patch& edit) {
         if (edit.at + edit.count > text.size())
             return false;
-        Lines result(text.begin(), text.begin() + offset(edit.at));
+        const auto first = text.begin() + std::ptrdiff_t(edit.at);
+        const auto end = first + std::ptrdiff_t(edit.count);
+        Lines result(text.begin(), first);
         result.insert(result.end(), edit.lines.begin(), edit.lines.end());
-        result.insert(result.end(), text.begin() + offset(edit.at + edit.count), text.end());
-        if (notebook::sizeOf(result) > std::max(textLimit, notebook::sizeOf(text)))
+        result.insert(result.end(), end, text.end());
+        if (notebook::sizeOf(result) > textLimit)
             return false;
-        Lines taken(text.begin() + offset(edit.at), text.begin() + offset(edit.at + edit.count));
-        edit.count = edit.lines.size();
-        edit.lines = taken;
+        edit = {edit.at, edit.lines.size(), Lines(first, end)};
         text = result;
         return true;
     }
 
-    /// The group that a new edit goes to, or null if the history is switched off.
     void addGroup(bool isAdded) {
         groups.resize(current);
         while (!groups.empty() && !groups.back().isValid)
@@ -68,17 +65,10 @@ public:
         current = groups.size();
     }
 
-    void setLimits(int steps, std::size_t memory) {
-        if (steps < 0)
-            clear();
-        stepLimit = steps;
-        memoryLimit = memory;
-    }
-
     void respectLimits(std::size_t room) {
         while (stepLimit > 0 && !groups.empty() && chains() + room > std::size_t(stepLimit))
             deleteFirst();
-        while (memoryLimit > 0 && bytes() > memoryLimit)
+        while (memoryLimit > 0 && bytes() > std::size_t(memoryLimit))
             deleteFirst();
         current = groups.size();
     }
@@ -108,21 +98,19 @@ public:
     std::size_t bytes() const {
         std::size_t sum = 0;
         for (const Group& group : groups)
-            for (const Edit& edit : group.edits)
+            for (const notebook::Patch& edit : group.edits)
                 sum += editSize + notebook::sizeOf(edit.lines) +
                        edit.lines.size() * sizeof(std::string);
         return sum;
     }
 
 private:
-    static std::ptrdiff_t offset(std::size_t index) { return static_cast<std::ptrdiff_t>(index); }
-
     bool run(Group& group, bool isBack) {
         const std::size_t count = group.edits.size();
-        std::size_t i = 0;
-        while (group.isValid && i < count && exchange(group.edits[isBack ? count - 1 - i : i]))
-            ++i;
-        return i == count;
+        bool isGood = group.isValid && !(group.fails && isBack);
+        for (std::size_t i = 0; isGood && i < count; ++i)
+            isGood = exchange(group.edits[isBack ? count - 1 - i : i]);
+        return isGood && !group.fails;
     }
 
     bool clear() {
@@ -139,11 +127,21 @@ private:
     }
 };
 
+/// A command that cannot be undone.
+class Stuck : public zeUndo::Command {
+public:
+    Stuck() : zeUndo::Command(nullptr, "stuck") { doIt(); }
+
+    bool doCommand() override { return true; }
+    bool undoCommand() override { return false; }
+    int getNumBytesUsed() const override { return 0; }
+};
+
 /// Does the same at random to both, and compares them after each step.
 class Replay {
 public:
     explicit Replay(unsigned int seed) : random_(seed) {
-        editor_.edit("measure", 0, 0, {"line"});
+        editor_.edit("measure", {0, 0, {"line"}});
         model_.editSize =
             static_cast<std::size_t>(editor_.history().getGroup(0)->getNumBytesUsed());
         model_.text = {"line"};
@@ -192,26 +190,26 @@ private:
             toggleStep();
         else if (kind < 97)
             limit();
-        else if (upTo(9) == 0)
-            invalidate();
+        else
+            harm();
     }
 
     void edit(bool isAdded) {
         const std::size_t size = model_.text.size();
         const auto at = static_cast<std::size_t>(upTo(size));
         const auto count = static_cast<std::size_t>(upTo(std::min<std::size_t>(size - at, 3)));
-        notebook::Lines lines(static_cast<std::size_t>(upTo(size < 12 ? 3 : 1)));
-        for (std::string& line : lines)
+        notebook::Patch patch{at, count, notebook::Lines(static_cast<std::size_t>(upTo(3)))};
+        for (std::string& line : patch.lines)
             line.assign(static_cast<std::size_t>(upTo(upTo(9) == 0 ? 40 : 5)),
                         static_cast<char>('a' + upTo(25)));
-        ModelHistory::Edit twin{at, count, lines};
+        notebook::Patch twin = patch;
         const bool isWrong = isAdded && (isOpen_ || model_.current == 0);
         const bool isRefused = isWrong || !model_.exchange(twin);
-        EXPECT_EQ(refuses([&] { editor_.edit("edit", at, count, lines, isAdded); }), isRefused);
+        EXPECT_EQ(refuses([&] { editor_.edit("edit", patch, isAdded); }), isRefused);
         counts_.edits += !isRefused;
         counts_.added += isAdded && !isRefused;
         counts_.refused += isRefused && !isWrong;
-        if (isRefused || model_.stepLimit < 0)
+        if (isRefused)
             return;
         if (!isOpen_ || !hasGroup_)
             model_.addGroup(isAdded);
@@ -244,44 +242,45 @@ private:
             return;
         }
         const std::size_t before = model_.groups.size();
-        const int kind = upTo(2);
-        if (kind == 0)
-            model_.textLimit = static_cast<std::size_t>(20 + upTo(100));
-        else if (kind == 1)
-            model_.setLimits(upTo(15) == 0 ? -1 : upTo(8), model_.memoryLimit);
-        else
-            model_.setLimits(model_.stepLimit, static_cast<std::size_t>(upTo(3000)));
-        if (kind > 0 && model_.current == model_.groups.size())
+        const bool isSteps = upTo(1) == 0;
+        const int most = upTo(isSteps ? 8 : 3000);
+        (isSteps ? model_.stepLimit : model_.memoryLimit) = most;
+        if (model_.current == model_.groups.size())
             model_.respectLimits(0);
-        editor_.setTextLimit(model_.textLimit);
-        if (kind == 1)
-            editor_.setStepLimit(model_.stepLimit);
-        if (kind == 2)
-            editor_.setMemoryLimit(static_cast<int>(model_.memoryLimit));
+        if (isSteps)
+            editor_.setStepLimit(most);
+        else
+            editor_.setMemoryLimit(most);
         counts_.limited += model_.groups.size() < before;
     }
 
-    /// Something dies that a group depends on.
-    void invalidate() {
+    /// Something dies that a group depends on, or a group that is done cannot be undone.
+    void harm() {
         if (model_.groups.empty() || isOpen_)
             return;
         const int i = upTo(model_.groups.size() - 1);
-        editor_.history().getGroup(i)->declarePtr(this);
-        editor_.history().deletePtr(this);
-        model_.groups[static_cast<std::size_t>(i)].isValid = false;
+        ModelHistory::Group& twin = model_.groups[static_cast<std::size_t>(i)];
+        zeUndo::Group* const group = editor_.history().getGroup(i);
+        if (upTo(1) == 0) {
+            group->declarePtr(this);
+            editor_.history().deletePtr(this);
+            twin.isValid = false;
+        } else if (static_cast<std::size_t>(i) < model_.current && !twin.fails) {
+            group->addCommand(new Stuck);
+            twin.fails = true;
+        }
     }
 
     void compare(int i) {
         zeUndo::Manager& history = editor_.history();
         ASSERT_EQ(editor_.text().lines(), model_.text) << i;
-        ASSERT_EQ(editor_.text().bytes(), notebook::sizeOf(model_.text)) << i;
         ASSERT_EQ(history.getNumGroups(false), static_cast<int>(model_.groups.size())) << i;
         ASSERT_EQ(history.undoAvailable(), model_.current > 0) << i;
         ASSERT_EQ(history.doAvailable(), model_.current < model_.groups.size()) << i;
     }
 
     std::mt19937 random_;
-    notebook::Editor editor_;
+    notebook::Editor editor_{notebook::Text({}, ModelHistory::textLimit)};
     ModelHistory model_;
     bool isOpen_ = false;
     bool hasGroup_ = false;
@@ -293,6 +292,6 @@ inline void replay(unsigned int seed, int operations) {
     const Replay::Counts counts = Replay(seed).run(operations);
     for (const int count : {counts.edits, counts.added, counts.refused, counts.undone,
                             counts.redone, counts.failed, counts.limited})
-        EXPECT_GT(count, operations / 1000);
+        EXPECT_GT(count, operations / 2000);
     testing::Test::RecordProperty("edits", counts.edits);
 }

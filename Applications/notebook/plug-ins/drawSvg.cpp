@@ -7,6 +7,7 @@
 // is into the file of the name given, or "debugdraw.svg".
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -37,20 +38,22 @@ std::string attribute(const char* name, double number) {
     return std::string(" ") + name + "=\"" + numberText(number) + "\"";
 }
 
-/// Writes all of it into a file, which is no link, or says why not and leaves none.
+/// Writes a regular file, which is no link, or says why not.
 void writeFile(const char* name, const std::string& bytes) {
     zeUtil::Descriptor file(
-        open(name, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666));
-    const bool isMade = file.isOpen();
+        open(name, O_WRONLY | O_CREAT | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC, 0666));
+    struct stat status = {};
+    const bool isMade =
+        fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode) && ftruncate(file.get(), 0) == 0;
     ssize_t done = isMade ? 0 : -1;
     for (std::size_t at = 0; done >= 0 && at < bytes.size(); at += static_cast<std::size_t>(done))
         done = zeUtil::retried(
             [&] { return write(file.get(), bytes.data() + at, bytes.size() - at); });
     if (done >= 0 && file.close() == 0)
         return;
-    std::perror(name);
+    std::fprintf(stderr, "%s: the drawing cannot be written\n", app::visible(name).c_str());
     if (isMade)
-        unlink(name);
+        unlink(name); // a part of a drawing is none
 }
 
 class SvgDrawing : public zeDebugDraw::BaseIFace {

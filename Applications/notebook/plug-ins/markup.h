@@ -18,22 +18,10 @@ inline std::string escaped(std::string text) {
     std::replace(text.begin(), text.end(), '\t', ' ');
     std::string result;
     for (const char c : app::visible(text))
-        switch (c) {
-        case '&':
-            result += "&amp;";
-            break;
-        case '<':
-            result += "&lt;";
-            break;
-        case '>':
-            result += "&gt;";
-            break;
-        case '"':
-            result += "&quot;";
-            break;
-        default:
+        if (c == '&' || c == '<' || c == '>' || c == '"')
+            result += "&#" + std::to_string(static_cast<int>(c)) + ";";
+        else
             result += c;
-        }
     return result;
 }
 
