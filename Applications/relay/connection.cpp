@@ -59,15 +59,14 @@ void Connection::take(std::string_view bytes) {
 
 void Connection::takeRequest(std::string_view bytes) {
     request_ += bytes;
-    const std::string received = request_;
-    std::string_view rest = received;
+    std::string_view rest = request_;
     const std::optional<Request> request = relay::takeRequest(rest);
     if (!request)
         return;
-    request_ = {};
     begin(*request);
     if (stage_ == Stage::document)
         takeDocument(rest);
+    request_ = {}; // its memory too
 }
 
 void Connection::begin(const Request& request) {
