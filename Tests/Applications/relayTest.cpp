@@ -143,7 +143,7 @@ TEST_F(Relay, StaysInItsFolderWhateverNameIsAsked) {
             EXPECT_THAT(peer.receive(30), StartsWith(refused)) << name;
         }
     for (const char* name : {"folder", "link", "pipe", "none"})
-        EXPECT_EQ(ask(server, std::string("get @got ") + name).code, 1) << name;
+        EXPECT_EQ(ask(server, std::string("get ") + name + " @got").code, 1) << name;
     for (const std::string& name : {std::string("link"), std::string(200, 'n')})
         EXPECT_EQ(ask(server, "put @outside --name " + name).code, 0);
     EXPECT_EQ(ask(server, "put @outside --name folder").code, 1);
@@ -234,7 +234,9 @@ TEST_F(RelaySafety, IsNotHeldUpByClientsThatStandStill) {
     const std::string answer = std::string("\0\2ok\0\x8", 6) + std::to_string(large.size()) + large;
     EXPECT_TRUE(idle.back().receive(answer.size()) == answer); // it reads at last
     idle.pop_back();
-    idle.back().endSending();
+    for (Peer& peer : idle)
+        peer.endSending(); // those that wait for an answer stay: four, each with a file
+    waitFor([&] { return server.openDescriptors() <= before + 8; });
     for (Peer& peer : idle)
         peer.reset();
     waitFor([&] { return server.openDescriptors() <= before; });
