@@ -7,10 +7,9 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 
 #include "Base/IO/ioBufferedStreamOutput.h"
-#include "Base/Strings/zeStringCString.h"
+#include "Base/Strings/zeStringIString.h"
 #include "Base/TCP/zeTCPAddress.h"
 #include "Base/TCP/zeTCPClientSocket.h"
 
@@ -34,26 +33,14 @@ using zeUtil::retried;
 
 constexpr std::size_t blockSize = 65536;
 
-int portOf(const Settings& settings) {
-    if (settings.port != 0 || settings.portFile.empty())
-        return settings.port;
-    std::string line;
-    std::getline(std::ifstream(settings.portFile), line);
-    const auto port = numberFrom(line);
-    if (!port || *port < 1 || *port > 65535)
-        throw app::Failure(
-            message("relay.no_port_in", "{1}: there is no port in it", {settings.portFile}));
-    return static_cast<int>(*port);
-}
-
 /// One request, and its answer. Where the server is silent for as long as the time-out, its
 /// operations throw a Failure.
 class Dialogue {
 public:
     explicit Dialogue(const Settings& settings)
-        : place_(settings.host + ":" + std::to_string(portOf(settings))),
+        : place_(settings.host + ":" + std::to_string(settings.port)),
           maxSize_(settings.maxSize),
-          socket_(zeTCP::Address(app::wide(settings.host), portOf(settings))) {
+          socket_(zeTCP::Address(app::wide(settings.host), settings.port)) {
         const Error error = socket_.connect();
         if (socket_.descriptor() == -1) // the error alone may be that of an address before
             fail(app::oneLine(error.message()));
@@ -65,7 +52,7 @@ public:
 
     void request(const std::string& command, const std::string& name, std::uint64_t size) {
         for (const std::string& text : {std::string(protocol), command, name, std::to_string(size)})
-            check(socket_.write(zeString::CString(text.c_str())));
+            check(socket_.write(text.c_str()));
     }
 
     /// Returns the number, if the server gives one. Throws a Failure with its reason for a refusal.
@@ -132,12 +119,6 @@ void require(bool isDone, const std::string& subject) {
         throw app::Failure(subject + ": " + app::systemMessage(errno));
 }
 
-void requireDocument(int descriptor, const std::string& subject) {
-    if (!isDocument(descriptor))
-        throw app::Failure(message("relay.no_document",
-                                   "{1}: is no document, or is damaged or cut off", {subject}));
-}
-
 void note(const std::string& name, const char* key, const char* english, std::uint64_t size) {
     app::results()(app::normal, "%s\n",
                    app::visible(message(key, english, {name, std::to_string(size)})).c_str());
@@ -145,15 +126,13 @@ void note(const std::string& name, const char* key, const char* english, std::ui
 
 } // namespace
 
-/// The server checks the document as well: it trusts no client.
+/// Whether it is a document, the server finds out.
 void put(const Settings& settings) {
     const std::string& path = settings.words[0];
     const Descriptor file(
         retried([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
     struct stat status = {};
     require(file.isOpen() && fstat(file.get(), &status) == 0, path);
-    requireDocument(file.get(), path);
-    lseek(file.get(), 0, SEEK_SET);
     const auto size = static_cast<std::uint64_t>(status.st_size);
     const std::string name =
         !settings.name.empty() ? settings.name : std::filesystem::path(path).filename().string();
@@ -179,7 +158,8 @@ void get(const Settings& settings) {
         require(file.isOpen(), name);
         dialogue.receive(
             size, [&](std::string_view block) { require(app::writeAll(file.get(), block), name); });
-        requireDocument(file.get(), name);
+        if (!isDocument(file.get()))
+            throw app::Failure(message("relay.no_document", "what came is no document"));
     });
     note(target.name(), "relay.got", "{1}: {2} bytes were received", size);
 }

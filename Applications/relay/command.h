@@ -6,7 +6,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,17 +22,11 @@ struct Settings {
     std::vector<std::string> words; ///< What follows the command.
     std::string name;               ///< Empty: that of the file.
     std::string host = "127.0.0.1";
-    int port = 0;         ///< 0: the system chooses, or the port file says.
-    std::string portFile; ///< Empty: none.
+    int port = 0; ///< 0: the system chooses.
     bool isOpenToAny = false;
     std::uint64_t maxSize = 67108864; ///< Of a document, in bytes.
-    int maxClients = 500;
-    int timeout = 10; ///< In seconds.
+    int timeout = 10;                 ///< In seconds.
 };
-
-/// Nothing if the help or the version was asked for, and has been printed. Throws a UsageError, or
-/// a Failure for a file that cannot be read or written.
-std::optional<Settings> parseArguments(const std::vector<std::string>& arguments);
 
 /// @name The commands
 /// @{

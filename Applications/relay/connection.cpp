@@ -2,15 +2,12 @@
 
 #include "relay/connection.h"
 
-#include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
 
 #include "Shared/failure.h"
-#include "Shared/message.h"
-#include "Shared/output.h"
-#include "Shared/terminal.h"
 
 namespace relay {
 
@@ -24,21 +21,13 @@ constexpr std::size_t leastProgress = 4096;
 
 constexpr int connectionClosed = 4; // the code of zeTCP::Socket::read()
 
-void stopBlocking(zeTCP::Socket& socket) {
-    const int flags = fcntl(socket.descriptor(), F_GETFL);
-    if (flags == -1 || fcntl(socket.descriptor(), F_SETFL, flags | O_NONBLOCK) != 0)
-        throw app::Failure("the connection cannot be used");
-}
-
-void trace(const std::string& text) {
-    app::messages()(app::verbose, "%s\n", app::visible(text).c_str());
-}
-
 } // namespace
 
 Connection::Connection(std::unique_ptr<zeTCP::Socket> socket, Store& store, const Limits& limits)
     : socket_(std::move(socket)), store_(store), limits_(limits) {
-    stopBlocking(*socket_);
+    int yes = 1;
+    if (ioctl(socket_->descriptor(), FIONBIO, &yes) != 0)
+        throw app::Failure("the connection cannot be used");
     socket_->setNoDelay(true); // the end of an answer would wait for what the client sends next
     enter(Stage::request);
 }
@@ -64,7 +53,6 @@ void Connection::take(std::string_view bytes) {
         else if (stage_ == Stage::document)
             takeDocument(bytes);
     } catch (const app::Failure& failure) {
-        trace("refused: " + std::string(failure.what()));
         answer(answers::no, failure.what());
     }
 }
@@ -75,10 +63,10 @@ void Connection::takeRequest(std::string_view bytes) {
     const std::optional<Request> request = relay::takeRequest(rest);
     if (!request)
         return;
-    trace(request->command + " " + request->name);
     begin(*request);
     if (stage_ == Stage::document)
         takeDocument(rest);
+    request_ = {}; // its memory too
 }
 
 void Connection::begin(const Request& request) {
@@ -128,7 +116,6 @@ void Connection::answer(const char* answer, const std::string& detail) {
 /// At the end the client closes the connection first, so that the server keeps no trace of it that
 /// would hold its port for a minute.
 void Connection::send() {
-    isBlocked_ = false;
     if (sent_ == output_.size() && !fillOutput())
         return;
     unsigned long size = 0;
@@ -136,8 +123,8 @@ void Connection::send() {
         socket_->write(output_.data() + sent_, output_.size() - sent_, &size);
     sent_ += size;
     noteMoved(size);
-    isBlocked_ = error.code() != 0; // or it is broken, which the next read tells, or the deadline
-    if (stage_ == Stage::answer && !isSending())
+    hasRoom_ = error.code() == 0; // or it is broken, and then end() comes
+    if (stage_ == Stage::answer && !hasOutput())
         enter(inputEnded_ ? Stage::over : Stage::farewell);
 }
 

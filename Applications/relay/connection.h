@@ -38,9 +38,8 @@ public:
 
     /// Whether it is to be watched for what the client sends.
     bool isReading() const { return !inputEnded_ && !isOver(); }
-    /// Whether there is something to send, and whether the client has to make room for it first.
-    bool isSending() const { return sent_ < output_.size() || unread_ > 0; }
-    bool isBlocked() const { return isBlocked_; }
+    /// Whether something can be sent.
+    bool isSending() const { return hasOutput() && hasRoom_; }
     bool isOver() const { return stage_ == Stage::over; }
 
     /// When it ends unless something moves until then.
@@ -50,10 +49,15 @@ public:
     void receive();
     /// Sends what can be sent now.
     void send();
+    /// The system has room again for what is to be sent.
+    void resume() { hasRoom_ = true; }
+    /// The connection is broken.
+    void end() { enter(Stage::over); }
 
 private:
     enum class Stage { request, document, answer, farewell, over };
 
+    bool hasOutput() const { return sent_ < output_.size() || unread_ > 0; }
     void take(std::string_view bytes);
     void takeRequest(std::string_view bytes);
     void begin(const Request& request);
@@ -73,7 +77,7 @@ private:
     std::uint64_t missing_ = 0;    // and what has yet to come of it
     std::string output_;
     std::size_t sent_ = 0; // of the output
-    bool isBlocked_ = false;
+    bool hasRoom_ = true;
     zeUtil::Descriptor document_; // what the client gets, behind the output,
     std::uint64_t unread_ = 0;    // and how much of it
     std::size_t moved_ = 0;       // since the deadline was set

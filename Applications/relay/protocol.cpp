@@ -67,8 +67,6 @@ const char* nameFault(std::string_view name) {
         return "the name of a document has no slash or backslash";
     if (name.starts_with('.'))
         return "the name of a document does not begin with a dot";
-    if (name.ends_with(".0.tmp") || name.ends_with(".1.tmp")) // zeOS::ProtectedWrite's own
-        return "the name of a document does not end as those of unfinished files do";
     if (app::visible(name) != name)
         return "the name of a document is UTF-8 without control characters";
     return nullptr;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 
+#include <sys/epoll.h>
 #include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -18,7 +19,6 @@
 #include "Shared/interruption.h"
 #include "Shared/message.h"
 #include "Shared/output.h"
-#include "Shared/save.h"
 #include "relay/command.h"
 #include "relay/connection.h"
 
@@ -33,10 +33,6 @@ using Clock = Connection::Clock;
 
 /// The shortest wait: zero would be one without limit.
 const Interval atOnce("1us");
-
-/// How long until a client that had no room is tried again: zeTCP::WaitReadable does not wait for
-/// room.
-constexpr milliseconds blockedPause(10);
 
 /// How long until a connection is tried again that could not be accepted. It stays readable, so
 /// that waiting for it would not wait.
@@ -77,35 +73,68 @@ private:
     zeTCP::ServerSocket socket_;
 };
 
+/// Tells which clients have room again, or are gone. zeTCP::WaitReadable does not wait for room,
+/// but for this: it is readable when there is something to tell.
+class Room {
+public:
+    Room() : socket_(epoll_create1(EPOLL_CLOEXEC)) {
+        if (socket_.descriptor() == -1)
+            throw app::Failure(app::systemMessage(errno));
+    }
+
+    /// Each change is told once. The client leaves by itself when its descriptor is closed. False,
+    /// with an errno, if it cannot be watched.
+    bool watch(Connection& client) {
+        struct epoll_event event = {EPOLLOUT | EPOLLET, {&client}};
+        const int descriptor = client.socket().descriptor();
+        return epoll_ctl(socket_.descriptor(), EPOLL_CTL_ADD, descriptor, &event) == 0;
+    }
+
+    void tell() {
+        struct epoll_event events[64];
+        const int count = epoll_wait(socket_.descriptor(), events, std::size(events), 0);
+        for (int i = 0; i < count; ++i) {
+            auto& client = *static_cast<Connection*>(events[i].data.ptr);
+            client.resume();
+            if (events[i].events & (EPOLLERR | EPOLLHUP))
+                client.end();
+        }
+    }
+
+    const zeTCP::Socket& socket() const { return socket_; }
+
+private:
+    zeTCP::ServerSocket socket_;
+};
+
 /// A server that listens. On all interfaces its result says nothing: see zeTCPServer.h.
 std::unique_ptr<zeTCP::Server> listeningServer(const Settings& settings) {
     constexpr int backlog = 1024;
-    constexpr int portInUse = 3;
-    const int port = settings.port > 0 ? settings.port : -1;
-    for (int triesLeft = 20;; --triesLeft) {
-        auto server = std::make_unique<zeTCP::Server>(port, backlog);
+    // A port that is free for IPv6 may be taken for IPv4: the next one may not.
+    for (int triesLeft = settings.port == 0 ? 20 : 0;; --triesLeft) {
+        auto server =
+            std::make_unique<zeTCP::Server>(settings.port == 0 ? -1 : settings.port, backlog);
         if (!settings.isOpenToAny)
             server->setLoopbackOnly();
         const zeUtil::Error error = server->listen();
         if (error.code() == 0 || (settings.isOpenToAny && server->isListening()))
             return server;
-        // A port that is free for IPv6 may be taken for IPv4: the next one may not.
-        if (error.code() != portInUse || port != -1 || triesLeft == 0)
+        if (triesLeft == 0)
             throw app::Failure(message("relay.no_port", "port {1}: {2}",
                                        {std::to_string(settings.port), error.message()}));
     }
 }
 
-/// How many clients there may be: each has a socket and a file. Raises the process's limit.
-std::size_t clientsWithin(int wanted) {
+/// How many clients are served at once, each with a socket and a file, as far as the process may
+/// open them. Raises the process's limit.
+std::size_t placesForClients() {
+    constexpr rlim_t wanted = 500;
     constexpr rlim_t others = 48;
     struct rlimit limit = {};
     getrlimit(RLIMIT_NOFILE, &limit);
     limit.rlim_cur = limit.rlim_max;
     setrlimit(RLIMIT_NOFILE, &limit);
-    getrlimit(RLIMIT_NOFILE, &limit);
-    const rlim_t most = (std::max(limit.rlim_cur, others + 2) - others) / 2;
-    return std::min(static_cast<rlim_t>(wanted), most);
+    return std::clamp((std::max(limit.rlim_cur, others) - others) / 2, rlim_t{1}, wanted);
 }
 
 /// One thread serves all: it waits until something can be read, and nothing else that it does
@@ -114,7 +143,6 @@ class Loop {
 public:
     Loop(const Settings& settings, Store& store, zeTCP::Server& server)
         : limits_{settings.maxSize, std::chrono::seconds(settings.timeout)},
-          maxClients_(clientsWithin(settings.maxClients)),
           store_(store),
           server_(server) {}
 
@@ -124,6 +152,7 @@ public:
             const bool accepts = clients_.size() < maxClients_ && Clock::now() >= nextAccept_;
             zeTCP::WaitReadable ready;
             ready.add(stop.socket());
+            ready.add(room_.socket());
             if (accepts)
                 ready.add(server_);
             for (const Connection& client : clients_)
@@ -136,6 +165,8 @@ public:
                 usleep(1000); // the wait failed: all that was added counts as readable
                 continue;
             }
+            if (ready.isReadable(room_.socket()))
+                room_.tell();
             serveClients(ready);
             if (accepts && ready.isReadable(server_))
                 accept();
@@ -151,8 +182,7 @@ private:
         for (const Connection& client : clients_) {
             next = std::min(next, client.deadline());
             if (client.isSending())
-                next = std::min(next, Clock::now() +
-                                          (client.isBlocked() ? blockedPause : milliseconds(0)));
+                return atOnce;
         }
         if (next == Clock::time_point::max())
             return {};
@@ -189,8 +219,13 @@ private:
             std::unique_ptr<zeTCP::Socket> client(socket);
             if (error.code() != 0)
                 throw app::Failure(app::oneLine(error.message()));
-            if (client)
-                clients_.emplace_back(std::move(client), store_, limits_);
+            if (!client)
+                return;
+            if (!room_.watch(clients_.emplace_back(std::move(client), store_, limits_))) {
+                const int reason = errno;
+                clients_.pop_back();
+                throw app::Failure(app::systemMessage(reason));
+            }
         } catch (const std::exception& error) {
             app::report("relay", message("relay.no_accept", "a client was not accepted: {1}",
                                          {error.what()}));
@@ -199,27 +234,13 @@ private:
     }
 
     const Limits limits_;
-    const std::size_t maxClients_;
+    const std::size_t maxClients_ = placesForClients();
     Store& store_;
     zeTCP::Server& server_;
+    Room room_;
     std::list<Connection> clients_;
     Clock::time_point nextAccept_{};
 };
-
-/// Tells people and scripts where the server is.
-void announce(const Settings& settings, const std::string& port) {
-    if (settings.isOpenToAny)
-        app::report("", message("relay.any", "warning: every host that reaches this one may read "
-                                             "and write the documents: there is no encryption "
-                                             "and no authentication"));
-    app::results()("%s\n", message("relay.listening", "listening on port {1}", {port}).c_str());
-    app::flushResults();
-    if (!settings.portFile.empty())
-        app::saveFile(app::Target(settings.portFile), [&](int descriptor) {
-            if (!app::writeAll(descriptor, port + "\n"))
-                throw app::Failure(app::systemMessage(errno));
-        });
-}
 
 } // namespace
 
@@ -227,11 +248,15 @@ int serve(const Settings& settings) {
     StopSignals stop;
     Store store(settings.words[0]);
     const std::unique_ptr<zeTCP::Server> server = listeningServer(settings);
-    announce(settings, std::to_string(server->getPort()));
-    const int signal = Loop(settings, store, *server).run(stop);
-    if (!settings.portFile.empty())
-        unlink(settings.portFile.c_str());
-    return signal;
+    Loop loop(settings, store, *server);
+    if (settings.isOpenToAny)
+        app::report("", message("relay.any", "warning: every host that reaches this one may read "
+                                             "and write the documents: there is no encryption "
+                                             "and no authentication"));
+    const std::string port = std::to_string(server->getPort());
+    app::results()("%s\n", message("relay.listening", "listening on port {1}", {port}).c_str());
+    app::flushResults();
+    return loop.run(stop);
 }
 
 } // namespace relay

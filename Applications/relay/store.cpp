@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <vector>
@@ -49,15 +48,13 @@ std::vector<std::string> filesIn(const Descriptor& folder) {
     return names;
 }
 
-/// As Store::newPlace() makes it: what a ProtectedWrite makes of it has the same first 5 bytes.
-constexpr const char* placeFormat = ".%04x.relay";
+/// Under this name uploads are completed, one at a time. No document can have it.
+constexpr const char* place = ".relay";
 
+/// What a ProtectedWrite makes on the way to the place has the same first 5 bytes.
 bool isUnfinished(std::string_view name) {
-    constexpr std::size_t beginning = 5;
-    return name.starts_with('.') && name.size() > beginning &&
-           name.find_first_not_of("0123456789abcdef", 1) >= beginning &&
-           (name.substr(beginning) == ".relay" || name.ends_with(".0.tmp") ||
-            name.ends_with(".1.tmp"));
+    return name == place ||
+           (name.starts_with(".rela") && (name.ends_with(".0.tmp") || name.ends_with(".1.tmp")));
 }
 
 [[noreturn]] void failToKeep() {
@@ -87,7 +84,9 @@ Store::Store(const std::string& folder)
         throw app::Failure(folder + ": cannot be opened: " + app::systemMessage(errno));
     if (retried([&] { return flock(folder_.get(), LOCK_EX | LOCK_NB); }) != 0)
         throw app::Failure(app::message("relay.locked", "{1}: another server has it", {folder}));
-    deleteUnfinished();
+    for (const std::string& name : filesIn(folder_))
+        if (isUnfinished(name))
+            unlinkat(folder_.get(), name.c_str(), 0);
 }
 
 OpenDocument Store::open(const std::string& name) const {
@@ -113,21 +112,10 @@ std::string Store::list() const {
     return lines;
 }
 
-/// Each upload has a name of its own for as long as it may last.
-zeOS::Filename Store::newPlace() {
-    char name[16];
-    std::snprintf(name, sizeof name, placeFormat, uploads_++ % 0x10000);
-    return app::libraryFilename(placeOf(folder_) + "/" + name);
-}
-
-void Store::deleteUnfinished() const {
-    for (const std::string& name : filesIn(folder_))
-        if (isUnfinished(name))
-            unlinkat(folder_.get(), name.c_str(), 0);
-}
-
-Upload::Upload(Store& store, const std::string& name)
-    : store_(store), name_(name), save_(store.newPlace()) {
+Upload::Upload(const Store& store, const std::string& name)
+    : folder_(store.folder_.get()),
+      name_(name),
+      save_(app::libraryFilename(placeOf(store.folder_) + "/" + place)) {
     if (!save_.init())
         throw app::Failure("the document cannot be kept");
     const std::string path = save_.getTempFilename().path().asUTF8();
@@ -143,6 +131,9 @@ void Upload::write(std::string_view bytes) {
         failToKeep();
 }
 
+/// A protected write of the document itself would move the old one aside for a moment: a server
+/// killed then would come back without it. So the new one is completed in a place of its own, and
+/// one rename, which replaces, does the rest.
 void Upload::finish() {
     if (!isDocument(file_.get()))
         throw app::Failure("this is no document, or it is damaged or cut off");
@@ -150,22 +141,13 @@ void Upload::finish() {
         failToKeep();
     if (!save_.finalize())
         throw app::Failure("the document cannot be kept");
-    replaceOld();
-}
-
-/// A protected write of the document itself would move the old one aside for a moment: a server
-/// killed then would come back without it. So the new one is completed under a name that nobody has
-/// yet, and one rename, which replaces, does the rest.
-void Upload::replaceOld() {
-    const int folder = store_.folder_.get();
-    const std::string complete = save_.getMainFilename().basename().asUTF8();
-    if (renameat(folder, complete.c_str(), folder, name_.c_str()) != 0) {
+    if (renameat(folder_, place, folder_, name_.c_str()) != 0) {
         const int reason = errno;
-        unlinkat(folder, complete.c_str(), 0);
+        unlinkat(folder_, place, 0);
         errno = reason;
         failToKeep();
     }
-    retried([&] { return fsync(folder); }); // late failures are no reason to go back
+    retried([&] { return fsync(folder_); }); // late failures are no reason to go back
 }
 
 } // namespace relay

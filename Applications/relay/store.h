@@ -42,18 +42,14 @@ public:
 private:
     friend class Upload;
 
-    zeOS::Filename newPlace();
-    void deleteUnfinished() const;
-
     zeUtil::Descriptor folder_;
-    unsigned int uploads_ = 0;
 };
 
 /// A document on its way into the store. Destroyed before finish(), it leaves nothing behind.
 class Upload {
 public:
-    /// Throws a Failure.
-    Upload(Store& store, const std::string& name);
+    /// The store must outlive it. Throws a Failure.
+    Upload(const Store& store, const std::string& name);
 
     /// Appends to the document. Throws a Failure.
     void write(std::string_view bytes);
@@ -64,9 +60,7 @@ public:
     void finish();
 
 private:
-    void replaceOld();
-
-    Store& store_;
+    int folder_;
     std::string name_;
     zeOS::ProtectedWrite save_;
     zeUtil::Descriptor file_;

@@ -290,7 +290,7 @@ TEST_F(Notebook, DescribesItsCommandsAndOptions) {
         EXPECT_THAT(manual, HasSubstr("\n.B " + command + "\n"));
     }
     EXPECT_EQ(count, 16);
-    expectSameOptionsIn(NOTEBOOK_FOLDER "notebook.1", 7);
+    expectSameOptionsIn(NOTEBOOK_FOLDER "notebook.1");
 }
 
 TEST(NotebookHistory, KeepsUpWithItsModel) {

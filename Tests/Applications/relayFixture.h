@@ -2,13 +2,13 @@
 
 #pragma once
 
-#include <netinet/in.h>
-#include <netinet/tcp.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 
 #include <functional>
 
-#include "Base/TCP/zeTCPDescriptor.h"
+#include "Base/TCP/zeTCPAddress.h"
+#include "Base/TCP/zeTCPClientSocket.h"
 
 #include "Applications/commandFixture.h"
 #include "TCP/Connection.h"
@@ -41,21 +41,22 @@ inline const std::string refused("\0\2no", 4);
 /// A server in a process of its own, which sees to it that no descriptor stays open.
 class RelayServer {
 public:
-    RelayServer(const std::string& folder, const std::string& portFile,
-                const std::vector<std::string>& options, const std::function<void()>& prepare)
+    RelayServer(const std::vector<std::string>& arguments, const PrintedText& printed,
+                const std::function<void()>& prepare)
         : process_(fork()) {
         if (process_ == 0) {
             prepare();
-            std::vector<std::string> arguments = {"serve", folder, "--port-file", portFile};
-            arguments.insert(arguments.end(), options.begin(), options.end());
             process_ = getpid();
             const auto before = openDescriptors();
             const int code = relay::run(arguments);
             _exit(openDescriptors() == before ? code : 99);
         }
-        for (; port_ == 0 && waitpid(process_, nullptr, WNOHANG) == 0; usleep(1000))
-            std::ifstream(portFile) >> port_;
-        if (port_ == 0) // it has ended
+        std::string line;
+        for (; !line.ends_with('\n') && waitpid(process_, nullptr, WNOHANG) == 0; usleep(1000))
+            line += printed.take();
+        if (line.ends_with('\n'))
+            port_ = std::stoi(line.substr(line.rfind(' ')));
+        else // it has ended
             process_ = -1;
     }
     RelayServer(const RelayServer&) = delete;
@@ -87,48 +88,39 @@ private:
 /// A client that does what it likes. No operation waits for more than a minute.
 class Peer {
 public:
-    /// With a small buffer, the system does not read for it.
-    explicit Peer(const RelayServer& server, bool isSmall = false)
-        : socket_(zeTCP::makeSocket(AF_INET)) {
-        const int size = 4096;
-        if (isSmall)
-            setsockopt(socket_.get(), SOL_SOCKET, SO_RCVBUF, &size, sizeof size);
+    explicit Peer(const RelayServer& server)
+        : socket_(zeTCP::Address(zeString::IString(L"127.0.0.1"), server.port())) {
+        socket_.connect();
+        EXPECT_NE(socket_.descriptor(), -1);
         const timeval limit = {60, 0};
-        const int yes = 1;
         for (const int option : {SO_RCVTIMEO, SO_SNDTIMEO})
-            setsockopt(socket_.get(), SOL_SOCKET, option, &limit, sizeof limit);
-        setsockopt(socket_.get(), IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(static_cast<std::uint16_t>(server.port()));
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        EXPECT_EQ(
-            connect(socket_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+            setsockopt(socket_.descriptor(), SOL_SOCKET, option, &limit, sizeof limit);
+        socket_.setNoDelay(true);
     }
 
-    bool send(std::string_view bytes) const {
-        return ::send(socket_.get(), bytes.data(), bytes.size(), 0) ==
-               static_cast<ssize_t>(bytes.size());
+    bool send(std::string_view bytes) {
+        return socket_.write(bytes.data(), bytes.size(), nullptr).code() == 0;
     }
 
     /// So many bytes, or those before the server ends the connection.
-    std::string receive(std::size_t size = 1 << 20) const {
+    std::string receive(std::size_t size = 1 << 20) {
         std::string bytes(size, '\0');
-        const ssize_t n = size > 0 ? recv(socket_.get(), bytes.data(), size, MSG_WAITALL) : 0;
-        return bytes.substr(0, static_cast<std::size_t>(std::max<ssize_t>(n, 0)));
+        unsigned long done = 0;
+        if (size > 0)
+            socket_.read(bytes.data(), size, &done);
+        return bytes.substr(0, done);
     }
 
-    void endSending() const { shutdown(socket_.get(), SHUT_WR); }
+    void endSending() { socket_.close(2); }
 
     /// Ends the connection by a reset.
     void reset() {
-        const linger none = {1, 0};
-        setsockopt(socket_.get(), SOL_SOCKET, SO_LINGER, &none, sizeof none);
-        socket_.close();
+        const sockaddr nobody = {AF_UNSPEC, {}};
+        connect(socket_.descriptor(), &nobody, sizeof nobody);
     }
 
 private:
-    zeUtil::Descriptor socket_;
+    zeTCP::ClientSocket socket_;
 };
 
 /// With a folder "kept" for servers, in memory: a disk would be waited for three times a document.
@@ -141,10 +133,8 @@ protected:
     }
 
     RelayServer serve(
-        const std::vector<std::string>& options = {},
-        const std::function<void()>& prepare = [] {}) const {
-        std::filesystem::remove(path("port")); // of a server that was killed
-        return {path("kept"), path("port"), options, prepare};
+        const char* timeout = "60", const std::function<void()>& prepare = [] {}) const {
+        return {{"serve", path("kept"), "--timeout", timeout}, out_, prepare};
     }
 
     /// Runs a command against a server.

@@ -23,7 +23,7 @@ TEST_F(Relay, ServesFiveHundredClientsAtOnce) {
         for (std::size_t i = 0; i < count; ++i)
             act(i);
     };
-    RelayServer server = serve({"--timeout", "600"});
+    RelayServer server = serve("600");
     std::vector<std::unique_ptr<Peer>> peers(count);
     forEach([&](std::size_t i) { peers[i] = std::make_unique<Peer>(server); });
     forEach([&](std::size_t i) { peers[i]->send(putRequest(nameOf(i), documentOf(i))); });

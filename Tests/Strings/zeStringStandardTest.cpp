@@ -73,7 +73,6 @@ static_assert(makes<IString, bool, const wchar_t*, ByteView, Bytes> == 0);
 static_assert(makes<Bytes, IString> == 0 && !std::is_assignable_v<IString&, Bytes>);
 static_assert(!std::is_convertible_v<Bytes, CString> && !std::is_convertible_v<CString, Bytes>);
 static_assert(!std::is_convertible_v<Wide, IString>);
-static_assert(!zeString::StandardStream<std::wostream> && !zeString::StandardStream<std::istream>);
 
 template<class S>
 using StandardOf = std::conditional_t<std::is_same_v<S, CString>, Bytes, Wide>;

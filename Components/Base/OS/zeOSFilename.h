@@ -194,8 +194,9 @@ public:
         return a.path_ <=> b.path_;
     }
     /// Writes the path in UTF-8 to a `std::ostream`.
-    template<zeString::StandardStream Stream>
-    friend Stream& operator<<(Stream& stream, const Filename& name) {
+    template<class Traits>
+    friend std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& stream,
+                                                        const Filename& name) {
         return stream << name.path_;
     }
 

@@ -278,8 +278,9 @@ public:
     /// @}
 
     /// Writes the bytes to a `std::ostream`.
-    template<StandardStream Stream>
-    friend Stream& operator<<(Stream& stream, const CString& text) {
+    template<class Traits>
+    friend std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& stream,
+                                                        const CString& text) {
         return writeText(stream, text.asChar(), text.length());
     }
 

@@ -404,8 +404,9 @@ public:
     /// @}
 
     /// Writes asUTF8() to a `std::ostream`.
-    template<StandardStream Stream>
-    friend Stream& operator<<(Stream& stream, const IString& text) {
+    template<class Traits>
+    friend std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& stream,
+                                                        const IString& text) {
         const unsigned int size = text.asUTF8StoreSize();
         return writeText(stream, text.asUTF8(), size - 1);
     }

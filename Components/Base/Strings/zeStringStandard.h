@@ -1,20 +1,17 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// How the strings meet the standard library's: its strings, views and streams are known by their
-/// members, so that none of their headers is included here, and who uses none of them pays for
-/// none.
+/// How the strings meet the standard library's: its strings and views are known by their members,
+/// and its streams by their declaration, so that who uses none of them pays for none.
 ///
 /// Threads: any thread may call; a stream belongs to one thread at a time.
 ///
 /// @code
-/// #include <iostream>
 /// #include <string>
 /// #include <string_view>
 /// #include <vector>
 /// static_assert(zeString::StandardText<std::string, char>);
 /// static_assert(zeString::StandardView<std::wstring_view, wchar_t>);
-/// static_assert(zeString::StandardStream<std::ostream>);
 /// static_assert(!zeString::StandardText<std::vector<char>, char>);
 /// @endcode
 
@@ -23,6 +20,7 @@
 #include <stddef.h> // NOLINT(modernize-deprecated-headers): <cstddef> costs each includer more
 
 #include <concepts>
+#include <iosfwd>
 #include <type_traits>
 
 namespace zeString {
@@ -47,12 +45,6 @@ template<class T, class Char>
 concept StandardView = StandardText<T, Char> && std::is_trivially_copyable_v<T> &&
     std::constructible_from<T, const Char*, size_t>;
 
-/// A `std::ostream`, or what derives from it.
-template<class T>
-concept StandardStream = std::same_as<typename T::char_type, char> && requires(T& stream) {
-    stream.write("", 0).flush();
-};
-
 /// What compares with a string without becoming one: a `StandardText`, or a pointer to a terminated
 /// text.
 template<class T, class Char>
@@ -71,8 +63,10 @@ concept AddedText = (std::is_class_v<T> || std::is_array_v<T> || std::is_pointer
 
 /// Writes `length` bytes as `<<` writes a text: in the stream's width, which it sets back to 0,
 /// with its fill character. A failure is noted in the stream.
-template<StandardStream Stream>
-Stream& writeText(Stream& stream, const char* text, unsigned int length) {
+template<class Traits>
+std::basic_ostream<char, Traits>& writeText(std::basic_ostream<char, Traits>& stream,
+                                            const char* text, unsigned int length) {
+    using Stream = std::basic_ostream<char, Traits>;
     const bool left = (stream.flags() & Stream::adjustfield) == Stream::left;
     auto fill = stream.width(0) - static_cast<decltype(stream.width())>(length);
     for (; !left && fill > 0 && stream; --fill)
