@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <map>
+#include <sstream>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -25,6 +26,14 @@ using zeString::IString;
 using zeUtil::split;
 
 namespace {
+
+/// A program's own, which prints names as no library does.
+std::ostream& operator<<(std::ostream& stream, const Filename&) {
+    return stream << "own";
+}
+std::ostream& operator<<(std::ostream& stream, const IString&) {
+    return stream << "own";
+}
 
 template<class From, class... To>
 constexpr bool converts = (std::is_convertible_v<From, To> || ...);
@@ -101,4 +110,11 @@ TEST(OldExpressions, Split) {
     EXPECT_TRUE(split({}, isComma).empty() && split(nullptr, isComma).empty());
     EXPECT_EQ(split(CString("a\0 b", 4), zeString::isSpace)[0].length(), 2u);
     EXPECT_EQ(split(BothWays(), isComma).size(), 2u);
+}
+
+TEST(OldExpressions, Print) {
+    std::ostringstream stream;
+    stream << Filename();
+    stream << IString();
+    EXPECT_EQ(stream.str(), "ownown");
 }
