@@ -67,16 +67,12 @@ TEST_F(MoveableMemoryTest, NeedsAFolderForItsFiles) {
     EXPECT_EQ(allocator.allocate(1), nullptr);
     EXPECT_FALSE(fresh.initializeFiles(L"", L"test"));
     EXPECT_FALSE(fresh.initializeFiles(directory, L""));
-    folder.write("file", "");
-    EXPECT_FALSE(fresh.initializeFiles(
-        zeString::IString(folder.path("file").c_str(), zeString::EncodingUTF8), L"test"));
     EXPECT_FALSE(fresh.initializeFiles(L"/nowhere", L"test"));
     EXPECT_FALSE(fresh.allocate(1));
     EXPECT_TRUE(fresh.initializeFiles(directory, L"test"));
     EXPECT_FALSE(fresh.allocate(0));
     EXPECT_FALSE(fresh.allocate(~0ul)) << "no file is that long";
     EXPECT_TRUE(fresh.allocate(1));
-    std::filesystem::remove(folder.path("file"));
     const Mapping region = fresh.allocate(1);
     EXPECT_TRUE(std::filesystem::is_empty(folder.path())) << "its file has no name";
 }
@@ -124,26 +120,6 @@ TEST_F(MoveableMemoryTest, KeepsOneFileInReserve) {
     EXPECT_TRUE(memory.allocate(1));
 }
 
-TEST_F(MoveableMemoryTest, CountsWhatIsMapped) {
-    Mapping region = memory.allocate(100);
-    EXPECT_EQ(region->getPtr(), nullptr);
-    region->flush(0, 1);
-    region->load(0, 1);
-    region->unmap();
-    void* const bytes = region->map();
-    EXPECT_EQ(region->map(), bytes);
-    EXPECT_EQ(region->getPtr(), bytes);
-    region->load(0, 100);
-    region->flush(0, 100);
-    EXPECT_EQ(statistics(), "1/128M 1/64K 64K");
-    region->unmap();
-    EXPECT_EQ(region->getPtr(), nullptr);
-    EXPECT_EQ(statistics(), "1/128M 1/64K 0K");
-    region->map();
-    region = nullptr;
-    EXPECT_EQ(statistics(), "0/0M 0/0K 64K") << "a region that goes while mapped stays counted";
-}
-
 TEST_F(MoveableMemoryTest, CountsExactlyButForTheDrift) {
     std::vector<Mapping> regions;
     std::mt19937 random(5);
@@ -177,7 +153,6 @@ TEST_F(MoveableMemoryTest, KeepsTheBlockMappedThatWasUsedLast) {
     zeOS::MoveableChunk* const a = allocator.allocate(1);
     zeOS::MoveableChunk* const b = allocator.allocate(mebi); // another block
     zeOS::MoveableChunk* const c = allocator.allocate(1);
-    EXPECT_EQ(allocator.getNumAllocated(), 3);
     char* const first = static_cast<char*>(a->map());
     EXPECT_EQ(static_cast<char*>(c->map()) - first, 32);
     a->unmap();

@@ -47,14 +47,10 @@ TEST(TypeIdName, ReadsMangledNames) {
         {"N3foo3barENS3_3quxE", "foo::bar, foo::qux"},
         {"SsS2_", "std::stringstring"},
         {"3fooS4_", "fooS4_"},
-        {"3fooS0", "fooS0"},
         {"S", "S"},
-        {"Sx", "Sx"},
         // templates
-        {"3fooIiE", "foo<int"},
         {"3fooIN3bar3bazEiEE", "foo<bar::baz, int>"},
         {"St6vectorIiSaIiEE", "std::vector<intstd::allocator<int>>"},
-        {"N2ze9ReferenceIiEE", "ze::Reference<int>"},
         {"P3fooIPiE", "foo<int *"},
         {"P3fooIPiEE", "foo<int *> *"},
         // what is not understood stays
@@ -63,7 +59,6 @@ TEST(TypeIdName, ReadsMangledNames) {
         // what the compiler gives
         {typeid(zeOS::AppOutputStream).name(), "zeOS::AppOutputStream"},
         {typeid(const zeString::CString*).name(), "const zeString::CString *"},
-        {typeid(unsigned long*).name(), "unsigned long *"},
     };
     for (const auto& [mangled, expected] : cases)
         EXPECT_EQ(cleaned(mangled), expected) << (mangled ? mangled : "null");
