@@ -7,11 +7,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Base/OS/zeOSDirectoryIterator.h"
 #include "Base/OS/zeOSFileEntryPoints.h"
 #include "Base/OS/zeOSFileFactory.h"
 #include "Base/OS/zeOSFileOperations.h"
-#include "Base/Utility/zeUtilInitializer.h"
 
 #include "OS/files/FileFixture.h"
 #include "OS/files/MemoryStorage.h"
@@ -55,7 +53,6 @@ TEST_F(Transport, IsAskedForByTheFirstRegisteredFactoryThatKnowsTheName) {
     EXPECT_TRUE(zeOS::doesFileExist(known) && zeOS::isFileWritable(known));
     EXPECT_FALSE(zeOS::doesFileExist(zeOS::Filename(L"mem:y")));
     EXPECT_TRUE(zeOS::doesFileExist(zeOS::Filename(L"/tmp")));
-    EXPECT_EQ(zeUtil::Initializer::initializeAll(), zeUtil::Error());
 }
 
 TEST_F(Transport, RefusesEverythingButTheStreamWhileItIsOpen) {
@@ -74,14 +71,6 @@ TEST_F(Transport, RefusesEverythingButTheStreamWhileItIsOpen) {
     EXPECT_EQ(text(file.query(status, false)), "");
     EXPECT_THAT(memory.log, ElementsAre("open mem:a 4"));
     EXPECT_EQ(text(file.close()), "");
-}
-
-TEST_F(Transport, SaysWhatItDoesNotOffer) {
-    zeOS::FileStatus status;
-    for (const auto& error :
-         {a.openTemp(File::ModeWrite), a.makeTempDirectory(), a.makeDirectoryAll()})
-        EXPECT_EQ(text(error), "-1: This function is not implemented.");
-    EXPECT_EQ(text(File("mem:a").query(status, true)), "-1: This function still not supported.");
 }
 
 TEST_F(Transport, CopiesABlockAtATimeAndClosesTheTargetLast) {
@@ -190,17 +179,4 @@ TEST_F(Transport, DeletesAndCopiesWhatItClaimsInALocalTree) {
     EXPECT_EQ(text(File(at("tree")).deleteSelf(0)), "4: An I/O problem has occurred");
     EXPECT_EQ(memory.entries.count(claimed), 0u);
     EXPECT_TRUE(isThere("tree/sub/x.mem")); // the transport's own affair
-}
-
-TEST_F(Transport, IsWalkedThrough) {
-    memory.entries = {{"mem:a", {}}, {"mem:a\\x", {}}, {"mem:a\\x\\z", "z"}, {"mem:a\\y", "y"}};
-    const auto walk = [] {
-        std::vector<std::string> names;
-        for (zeOS::DirectoryIterator it("mem:a"); it.valid(); it.next())
-            names.emplace_back(it.getName().asMultibyte());
-        return names;
-    };
-    EXPECT_THAT(walk(), ElementsAre("mem:a", "mem:a\\x", "mem:a\\y", "mem:a\\x\\z"));
-    memory.faults = {{"readDir mem:a\\x", File::ErrNoRead}};
-    EXPECT_THAT(walk(), ElementsAre("mem:a", "mem:a\\x", "mem:a\\y"));
 }

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <optional>
@@ -158,23 +159,13 @@ struct KilledSave {
 
 /// Runs the program that kills itself.
 KilledSave runKilled(const SaveFolder& folder, const char* strategy, const std::string& n) {
-    int ends[2];
-    EXPECT_EQ(pipe(ends), 0);
-    const pid_t child = fork();
-    if (child == 0) {
-        dup2(ends[1], STDOUT_FILENO);
-        execl(PROTECTED_SAVE, PROTECTED_SAVE, folder.main.c_str(), folder.temporary().c_str(),
-              strategy, n.c_str(), nullptr);
-        _exit(101);
-    }
-    close(ends[1]);
+    const std::string command = "exec " PROTECTED_SAVE " " + folder.main + " " +
+                                folder.temporary() + " " + strategy + " " + n;
+    std::FILE* const program = popen(command.c_str(), "r");
     std::string output;
-    char block[4096];
-    for (ssize_t got; (got = read(ends[0], block, sizeof block)) > 0;)
-        output.append(block, static_cast<std::size_t>(got));
-    close(ends[0]);
-    int status = 0;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
+    for (int byte; (byte = std::fgetc(program)) != EOF;)
+        output += static_cast<char>(byte);
+    const int status = pclose(program);
     if (WIFSIGNALED(status)) {
         EXPECT_EQ(WTERMSIG(status), SIGKILL);
         return {output, "", folder.state()};
