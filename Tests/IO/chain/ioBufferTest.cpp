@@ -203,6 +203,19 @@ TEST_F(FileLink, OwnsADescriptorThatItUsesButClosesItOnlyWhenTold) {
     EXPECT_EQ(link.getStatus(), ioBuffer::bufferOpenError);
 }
 
+// From the top link to the stream an end rises always.
+TEST(Chain, PromotesAnEndFromLinkToLinkOnlyWhenAskedTo) {
+    std::string bytes;
+    auto* const sink = new MemorySink(true, 4, bytes);
+    ioBufferEncrypt filter(true);
+    filter.chain(sink);
+    sink->setStatus(ioBuffer::bufferEOF);
+    filter.promoteNextBufferStatus(false);
+    EXPECT_TRUE(filter.good());
+    filter.promoteNextBufferStatus(true);
+    EXPECT_EQ(filter.getStatus(), ioBuffer::bufferEOF);
+}
+
 TEST(Chain, IsClosedAndDeletedFromTheTopDown) {
     std::string bytes;
     auto* const sink = new MemorySink(false, 8, bytes);
