@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -13,16 +12,13 @@
 #include "Base/Strings/zeStringTableStringTable.h"
 #include "Support/TempFolder.h"
 
+#include "Fuzz/require.h"
+
 using zeString::IString;
 using zeStringTable::appStringTable;
 using zeStringTable::Key;
 
 namespace {
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 zeUtil::Error load(const std::string& bytes) {
     static const TempFolder folder{TempFolder::memory()};

@@ -5,18 +5,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
 #include "Base/IO/ioBuffer.h"
 
+#include "Fuzz/require.h"
 #include "IO/filters/FilterSupport.h"
 
 namespace {
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 constexpr Switch filter = &ioBufferedStream::FILTER;
 

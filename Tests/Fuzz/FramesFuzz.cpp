@@ -5,23 +5,18 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
 #include "Base/Strings/zeStringCString.h"
 
+#include "Fuzz/require.h"
 #include "TCP/Connection.h"
 
 namespace {
 
 /// The longest frame, and some bytes: what a connection takes before anybody reads.
 constexpr std::size_t maxSize = 70000;
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 /// The frame that the bytes begin with, taken apart in the obvious way; nothing if it is not whole.
 std::string_view firstFrame(std::string_view bytes) {

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <map>
 #include <sstream>
 #include <string>
@@ -15,16 +14,13 @@
 #include "Base/OS/zeOSGetOpt.h"
 #include "Base/Strings/zeStringCString.h"
 
+#include "Fuzz/require.h"
+
 namespace {
 
 using zeOS::GetOpt;
 using zeString::CString;
 using zeString::IString;
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 /// Answers by the name, without a look at the disk.
 class Options : public GetOpt {

@@ -5,20 +5,15 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 
 #include "Base/IO/ioPackageFile.h"
 #include "Support/TempFolder.h"
 
+#include "Fuzz/require.h"
 #include "IO/package/PackageSupport.h"
 
 namespace {
-
-void require(bool condition) {
-    if (!condition)
-        std::abort();
-}
 
 void change(ioPackageFile& package, const zeString::IString& file) {
     if (package.size() > 0)

@@ -4,22 +4,18 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
 #include "Base/OS/zeOSURL.h"
 #include "Base/Strings/zeStringIString.h"
 
+#include "Fuzz/require.h"
+
 using zeOS::URL;
 using zeString::CString;
 
 namespace {
-
-void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 std::string text(const CString& bytes) {
     return std::string(bytes.asChar(), bytes.length());

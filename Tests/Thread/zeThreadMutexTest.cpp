@@ -13,7 +13,6 @@
 
 #include "Base/Thread/zeThreadCondition.h"
 #include "Base/Thread/zeThreadRWLock.h"
-#include "Base/Utility/zeUtilError.h"
 #include "Support/ThreadCalls.h"
 
 #include "Thread/zeThreadTeam.h"
@@ -72,13 +71,6 @@ TEST(Condition, WaitsUntilAPointInTime) {
     while (condition.wait(future) == 0) {
     }
     EXPECT_FALSE(fromNow(0) < future);
-}
-
-TEST(Condition, ReportsThatTheSystemMadeNone) {
-    const ThreadFaults faults(ThreadFaults::onCondInit, 1, ENOMEM);
-    EXPECT_EQ(
-        thrownBy([] { Condition(); }),
-        zeUtil::Error(1, "Cannot initialize pthread condition: %s", "Cannot allocate memory"));
 }
 
 TEST(RWLock, CountsWhoHoldsIt) {

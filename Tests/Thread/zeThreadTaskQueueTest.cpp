@@ -122,8 +122,7 @@ public:
         EXPECT_EQ(std::this_thread::get_id() == forest_.driver, forest_.isSerial);
         EXPECT_EQ(getNumThreads(), 1) << "what a task starts in parallel runs serially";
         for (std::size_t i : node_.pre)
-            EXPECT_EQ(forest_.nodes[i].deleted, forest_.nodes[i].made)
-                << "comes after pre-subtasks";
+            EXPECT_EQ(forest_.nodes[i].deleted, forest_.nodes[i].made); // comes after pre-subtasks
         EXPECT_EQ(node_.asked[1], 0) << "comes before post-subtasks";
         ++node_.executed;
     }

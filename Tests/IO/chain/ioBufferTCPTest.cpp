@@ -46,15 +46,6 @@ bool receive(zeTCP::Socket& socket, const std::string& bytes) {
 
 } // namespace
 
-TEST(SocketStream, CarriesBytesBothWaysEvenOneByOne) {
-    Pair pair;
-    const SF oneByOne(SF::onRecv, std::vector<SF::Answer>(100'000, {0, 1}));
-    EXPECT_EQ(send(pair.here, document), streamOK);
-    EXPECT_TRUE(receive(pair.there, document));
-    EXPECT_EQ(send(pair.there, "an answer"), streamOK); // neither end was closed
-    EXPECT_TRUE(receive(pair.here, "an answer"));
-}
-
 // One thread reads from each socket while another writes to it, more than the connection holds.
 TEST(SocketStream, CarriesBothDirectionsAtOnce) {
     const std::string bytes = randomData(2'000'000);

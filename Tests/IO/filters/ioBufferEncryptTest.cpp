@@ -7,6 +7,7 @@
 #include "Base/IO/filters/ioBlockCipherImpl.h"
 
 #include "IO/filters/FilterSupport.h"
+#include "IO/formats/PacketFileSupport.h"
 
 namespace {
 
@@ -14,13 +15,6 @@ using namespace std::string_literals;
 using ioBlockCipher::Kernel;
 
 constexpr Switch encrypt = &ioBufferedStream::encrypt;
-
-std::string bytesOf(const std::string& hex) {
-    std::string bytes;
-    for (std::size_t i = 0; i < hex.size(); i += 2)
-        bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
-    return bytes;
-}
 
 /// Every kernel of this machine.
 std::vector<Kernel> kernels() {
@@ -31,7 +25,7 @@ std::vector<Kernel> kernels() {
 }
 
 const std::string block = "sixteen bytes or";
-const std::string cipherOfBlock = bytesOf("7e71e6c15db39f37dc659750d8a6edb0");
+const std::string cipherOfBlock = packets::bytes("7e71e6c15db39f37dc659750d8a6edb0");
 
 } // namespace
 
@@ -46,15 +40,15 @@ TEST(BlockCipher, IsRc6) {
     };
     for (const auto& test : cases) {
         unsigned char key[ioBlockCipher::keyBytes];
-        std::copy_n(bytesOf(test.key).begin(), sizeof key, reinterpret_cast<char*>(key));
+        std::copy_n(packets::bytes(test.key).begin(), sizeof key, reinterpret_cast<char*>(key));
         ioBlockCipher::Schedule schedule;
         ioBlockCipher::expandKey(schedule, key, {0xB7E15163, 0x9E3779B9});
         for (const Kernel kernel : kernels()) {
-            std::string bytes = bytesOf(test.plain);
+            std::string bytes = packets::bytes(test.plain);
             ioBlockCipher::encipher(bytes.data(), 1, schedule, kernel);
-            EXPECT_EQ(bytes, bytesOf(test.cipher));
+            EXPECT_EQ(bytes, packets::bytes(test.cipher));
             ioBlockCipher::decipher(bytes.data(), 1, schedule, kernel);
-            EXPECT_EQ(bytes, bytesOf(test.plain));
+            EXPECT_EQ(bytes, packets::bytes(test.plain));
         }
     }
 }

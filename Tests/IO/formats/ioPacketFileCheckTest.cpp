@@ -99,33 +99,6 @@ TEST(PacketFileCheck, TellsWherePacketsLie) {
     EXPECT_EQ(ioPacketFileCheck(input.stream, &listing), ioHalted);
 }
 
-TEST(PacketFileCheck, GoesOnThroughFiltersThatItsVisitorPushes) {
-    struct Unpacking : ioPacketFileVisitor {
-        explicit Unpacking(ioBufferedStreamInput& input) : stream(input) {}
-        bool packet(ioReadContext& context, const ioPacketType& type,
-                    const ioPacketFilePlace&) override {
-            if (std::strcmp(type.getName(), "thing") == 0 && context.readInt() == 7)
-                stream.checksum(true);
-            return true;
-        }
-        ioBufferedStreamInput& stream;
-    };
-    Output output;
-    output.stream.writeString((binaryHeader + thingTypes).c_str());
-    const std::string announcement = bytes("02000000 00000000 04000000 07000000");
-    output.stream.writeData(announcement.data(), 16);
-    output.stream.checksum(true);
-    output.stream.writeData(binaryEnd.data(), 12);
-    output.stream.checksum(false);
-    std::string file = output.bytes();
-    for (const ioStatus expected : {ioOK, ioChecksumError}) {
-        Input input(file);
-        Unpacking visitor(input.stream);
-        EXPECT_EQ(ioPacketFileCheck(input.stream, &visitor), expected);
-        file.back() = 1;
-    }
-}
-
 TEST(PacketFileCheck, NeedsTheReadersRegistryWhereTheFileHasNoList) {
     const std::string file = textHeader + "@\n{ 2 0 }\n" + textEnd;
     Registry registry(false, {{"thing", [](ioClientReadContext&) { FAIL(); }}});

@@ -14,6 +14,8 @@
 #include "Base/IO/ioBuffer.h"
 #include "Base/IO/ioPackageFile.h"
 
+#include "IO/filters/FilterSupport.h"
+
 namespace packages {
 
 using zeString::IString;
@@ -35,10 +37,7 @@ inline std::string content(const ioPackageFileEntry* entry) {
         in.compress(true);
         in.checksum(true);
     }
-    std::string bytes;
-    char block[1000];
-    for (int got; (got = in.readData(block, sizeof block)) > 0;)
-        bytes.append(block, static_cast<std::size_t>(got));
+    const std::string bytes = readAll(in, 1000);
     const ioStreamStatus end = in.getStatus();
     in.close();
     const bool ended = end == streamEOF || end == streamCompressEnd;

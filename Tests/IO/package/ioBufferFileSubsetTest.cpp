@@ -25,33 +25,6 @@ protected:
 
 } // namespace
 
-TEST_F(Slice, IsAFileOfItsOwn) {
-    std::minstd_rand random(3);
-    for (int round = 0; round < 200; ++round) {
-        const long offset = static_cast<long>(random() % 10'000);
-        const long size = 1 + static_cast<long>(random() % 10'000);
-        const std::string expected = bytes.substr(std::size_t(offset), std::size_t(size));
-        ioBufferFileSubset part;
-        part.open(path, offset, size);
-        long at = 0;
-        while (part.good()) {
-            if (random() % 3 == 0) {
-                at = static_cast<long>(random() % unsigned(size));
-                part.flush();
-                ASSERT_TRUE(part.seek(at));
-                ASSERT_EQ(part.tell(), at);
-            }
-            std::string read(random() % 6'000, ' ');
-            read.resize(std::size_t(part.readData(read.data(), int(read.size()))));
-            ASSERT_EQ(read, expected.substr(std::size_t(at), read.size()));
-            at += long(read.size());
-        }
-        EXPECT_EQ(at, size);
-        EXPECT_EQ(part.getStatus(), ioBuffer::bufferEOF);
-        part.close();
-    }
-}
-
 TEST_F(Slice, OpensOnlyWhereTheFileHoldsIt) {
     const std::pair<long, long> cases[] = {
         {0, 20'000},    {19'999, 1},          {19'999, 2},          {0, 20'001},

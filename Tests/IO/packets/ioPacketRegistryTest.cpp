@@ -92,14 +92,10 @@ TEST(PacketRegistry, TakesTheLaterOfTwoTypesWithOneName) {
 }
 
 TEST(SimplePacketRegistry, IsFilledBySlotsNewestFirst) {
-    struct Module {
-        const char* name;
-        void add(ioPacketRegistry* registry) { registry->supportedType(new ioPacketType(name)); }
-    };
-    Module a{"a"}, b{"b"};
     ioSimplePacketRegistry registry(false);
-    registry.registerSignal.connect(&a, &Module::add);
-    registry.registerSignal.connect(&b, &Module::add);
+    for (const char* name : {"a", "b"})
+        registry.registerSignal.connectOwned(
+            [name](ioPacketRegistry* which) { which->supportedType(new ioPacketType(name)); });
     registry.init();
     EXPECT_EQ(registry.lookup("b")->getId(), 2);
     EXPECT_EQ(registry.lookup("a")->getId(), 3);
