@@ -29,7 +29,7 @@ struct Listener {
     void take(std::string) {}
     void change(std::string&) {}
 };
-void global() {}
+[[maybe_unused]] void global() {}
 
 using Map = ze::RBTreeMap<std::string, int>;
 using Numbers = ze::RBTreeMap<int, double>;
