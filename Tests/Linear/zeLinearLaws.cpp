@@ -20,8 +20,7 @@ using namespace zeLinear;
 using std::numbers::pi;
 
 /// The largest entry.
-template<AnyMatrix M>
-double size(const M& a) {
+double size(const AffineMatrix& a) {
     double result = 0;
     for (const auto& row : a.m)
         for (double entry : row)
@@ -46,9 +45,8 @@ public:
     }
 
     /// Any matrix whose condition is good enough.
-    template<class M>
-    M entries() {
-        M m;
+    AffineMatrix entries() {
+        AffineMatrix m;
         do
             for (auto& row : m.m)
                 for (double& entry : row)
@@ -68,8 +66,7 @@ private:
     std::uint64_t state_ = 1;
 };
 
-template<AnyMatrix M>
-double apart(const M& a, const M& b) {
+double apart(const AffineMatrix& a, const AffineMatrix& b) {
     return size(a - b) / size(b);
 }
 
@@ -102,7 +99,7 @@ struct Law {
 const Law laws[] = {
     {"scale, shear, turn = M (decompose)", 1e-10,
      [](Random& r) {
-         const AffineMatrix m = r.entries<AffineMatrix>();
+         const AffineMatrix m = r.entries();
          Point translate;
          Vector scale, rotate, shear;
          if (!stelioDecompose(m, translate, scale, rotate, shear))

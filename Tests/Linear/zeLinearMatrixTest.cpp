@@ -95,18 +95,6 @@ struct Decomposed {
         : ok(stelioDecompose(m, translate, scale, rotate, shear)) {}
 };
 
-template<class T>
-concept Printable = requires(std::ostream& stream, const T& t) {
-    stream << t;
-};
-static_assert(Printable<Line> && !Printable<ParamLine> && !Printable<ParamPlane>);
-
-template<class Axis>
-concept RotatesAbout = requires(AffineMatrix m, Axis axis) {
-    m.rotate(1.0, axis);
-};
-static_assert(RotatesAbout<Line> && RotatesAbout<Normal> && !RotatesAbout<ParamLine>);
-
 } // namespace
 
 TEST(AffineMatrix, LeavesAnOutputThatIsTheInputAlone) {

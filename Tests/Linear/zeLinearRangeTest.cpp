@@ -57,8 +57,7 @@ constexpr double high[] = {4, 5, 6};
 static_assert(stored<Range1d>(0) == Range1d(0, 0) && stored<Range1d>(3L) == Range1d(3, 3) &&
               stored<Range1d>(low) == Range1d(1, 1) && stored<Range1d>(narrow) == Range1d(1, 1) &&
               stored<Range1d>(2, 1) == Range1d(2, 1));
-static_assert(stored<Range2d>(0, 0) == Range2d(Point2(0, 0), Point2(0, 0)) &&
-              stored<Range2d>(1, 2.F) == stored<Range2d>(low) &&
+static_assert(stored<Range2d>(1, 2.F) == stored<Range2d>(low) &&
               stored<Range2d>(narrow) == stored<Range2d>(Point2(1, 2)) &&
               stored<Range2d>(low, high) == Range2d(Point2(1, 2), Point2(4, 5)));
 static_assert(stored<Range3d>(1, 2, 3) == stored<Range3d>(low) &&

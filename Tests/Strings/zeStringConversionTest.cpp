@@ -60,35 +60,37 @@ std::wstring repairedInC(const std::string& bytes) {
     return result;
 }
 
-/// UTF8toWCS against iconv, in the "C" locale, counting and converting; true if they agree.
-bool decodesLikeIconv(const std::string& bytes) {
-    static Twin<char, wchar_t> twin("UCS-4LE", "UTF-8");
-    const auto expected = twin(bytes);
-    const std::wstring text = expected ? *expected : repairedInC(bytes);
-    const auto size = static_cast<unsigned int>(bytes.size());
-    std::wstring dest(bytes.size() + 1, L'#');
+template<bool keepBOM>
+unsigned int fromUtf8(const char* src, unsigned int srcLen, wchar_t* dest, unsigned int destCap,
+                      bool* ok) {
+    return zeString::UTF8toWCS(src, srcLen, dest, destCap, keepBOM, ok);
+}
+
+/// Whether a converter counts and gives what iconv gave, or else this repair.
+template<class From, class To>
+bool agrees(auto convert, const std::basic_string<From>& source,
+            const std::optional<std::basic_string<To>>& expected,
+            const std::basic_string<To>& repaired) {
+    const std::basic_string<To> text = expected.value_or(repaired);
+    const auto size = static_cast<unsigned int>(source.size());
+    std::basic_string<To> dest(source.size() * 6 + 1, '#');
     bool countOk = !expected;
     bool ok = !expected;
-    const unsigned int count = zeString::UTF8toWCS(bytes.data(), size, nullptr, 0, true, &countOk);
-    const unsigned int n =
-        zeString::UTF8toWCS(bytes.data(), size, dest.data(), size + 1, true, &ok);
-    return n == text.size() && count == n && dest.compare(0, n, text) == 0 &&
+    const unsigned int count = convert(source.data(), size, nullptr, 0, &countOk);
+    const unsigned int n = convert(source.data(), size, dest.data(), size * 6 + 1, &ok);
+    return count == text.size() && n == count && dest.compare(0, n, text) == 0 &&
            ok == expected.has_value() && countOk == ok;
 }
 
-/// The same for WCStoUTF8, which has no repair.
+/// Both in the "C" locale.
+bool decodesLikeIconv(const std::string& bytes) {
+    static Twin<char, wchar_t> twin("UCS-4LE", "UTF-8");
+    return agrees(fromUtf8<true>, bytes, twin(bytes), repairedInC(bytes));
+}
+
 bool encodesLikeIconv(const std::wstring& wide) {
     static Twin<wchar_t, char> twin("UTF-8", "UCS-4LE");
-    const auto expected = twin(wide);
-    const std::string text = expected.value_or("");
-    const auto size = static_cast<unsigned int>(wide.size());
-    std::string dest(wide.size() * 6, '#');
-    bool countOk = !expected;
-    bool ok = !expected;
-    const unsigned int count = zeString::WCStoUTF8(wide.data(), size, nullptr, 0, &countOk);
-    const unsigned int n = zeString::WCStoUTF8(wide.data(), size, dest.data(), size * 6, &ok);
-    return count == text.size() && n == count && dest.compare(0, n, text) == 0 &&
-           ok == expected.has_value() && countOk == ok;
+    return agrees(zeString::WCStoUTF8, wide, twin(wide), std::string()); // it has no repair
 }
 
 template<class From, class To>
@@ -116,12 +118,6 @@ void expectConversions(Convert convert, const std::vector<Case<From, To>>& cases
         EXPECT_EQ(dest.substr(0, c.dest.size()), c.dest);
         EXPECT_EQ(dest.back(), To('#'));
     }
-}
-
-template<bool keepBOM>
-unsigned int fromUtf8(const char* src, unsigned int srcLen, wchar_t* dest, unsigned int destCap,
-                      bool* ok) {
-    return zeString::UTF8toWCS(src, srcLen, dest, destCap, keepBOM, ok);
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -126,19 +127,12 @@ TEST(IString, GivesNarrowText) {
     });
     EXPECT_EQ(IString(L"a\u00F6").convertToCString(), CString("a?"));
     EXPECT_EQ(IString(L"a\u00F6").asWCharStoreSize(), 12u);
-    EXPECT_EQ(IString(L"a").asUnicode(), nullptr);
-    EXPECT_EQ(IString(L"a").asUnicodeStoreSize(), 0u);
 }
 
 TEST_F(IStringUtf8, ConvertsInTheLocaleBothWays) {
-    expectFromNarrow({
-        {"Sch\xC3\xB6n", EncodingMultibyte, true, L"Sch\u00F6n"},
-        {"\xC3\xB6\xFF\xC3\xB6", EncodingUTF8, false, L"\u00F6?\u00F6"},
-    });
+    expectFromNarrow({{"\xC3\xB6\xFF\xC3\xB6", EncodingUTF8, false, L"\u00F6?\u00F6"}});
     expectToNarrow({
         {L"a\u00F6z", EncodingMultibyte, true, "a\xC3\xB6z"},
-        // The room for the repair ends before the bad character.
-        {{0xF6, 0xF6, 0xD800}, EncodingMultibyte, false, "\xC3\xB6\xC3\xB6"},
         // Longer than any working space on the stack.
         {std::wstring(500, L'\u00F6'), EncodingUTF8, true, narrowOf(500)},
         {std::wstring(500, L'\u00F6'), EncodingMultibyte, true, narrowOf(500)},
@@ -223,50 +217,35 @@ TEST(IString, TakesEveryOtherNumberAsAWideCharacter) {
 }
 
 TEST(IString, IsMadeFromNarrowTextWhereItIsWanted) {
-    static_assert(!std::is_convertible_v<CString, IString>); // and no byte string is
-    const auto length = [](const IString& s) { return s.length(); };
-    EXPECT_EQ(length("narrow"), 6u);
-    EXPECT_EQ(length({"\xE2\x82\xAC", EncodingUTF8}), 1u);
     IString s("a");
     EXPECT_EQ(s.append("b").prepend("c").insert(1, "d").replace("b", "e"), L"cdae");
     EXPECT_EQ(s.find("ae"), 2u);
-    EXPECT_EQ(s.compare("cdae"), 0);
-    EXPECT_TRUE(s == "cdae" && "cd" < s && equal(s, "cdae") && !equal("cd", s));
-    EXPECT_EQ(CString("a"), "a"); // not taken for a wide string
-    EXPECT_TRUE(equal(CString("a"), "a") && less(CString("a"), "b"));
+    EXPECT_TRUE(s.compare("cdae") == 0 && equal(s, "cdae") && !equal("cd", s));
+    EXPECT_TRUE(equal(CString("a"), "a") && less(CString("a"), "b")); // not taken for wide ones
 }
 
 // And so does every edit that CString has too, which is tested with those.
 TEST(IString, EveryOtherChangeRenewsTheNarrowForm) {
-    using Change = void (*)(IString&);
-    const struct {
-        Change change;
-        const char* after;
-    } cases[] = {
+    const std::pair<void (*)(IString&), const char*> cases[] = {
         {[](IString& s) { s = L"x"; }, "x"},
         {[](IString& s) { s = IString(L"x"); }, "x"},
         {[](IString& s) { s = "x"; }, "x"},
         {[](IString& s) { s.assign("x"); }, "x"},
         {[](IString& s) { s.assign(CString("x")); }, "x"},
         {[](IString& s) { s.assign(CString()); }, ""},
-        {[](IString& s) { s = IString(L"x"); }, "x"},
         {[](IString& s) { (s = std::wstring(L"x")) += 'y'; }, "xy"},
         {[](IString& s) { s.clear(); }, ""},
         {[](IString& s) { s.replace(L"a", L"x"); }, "-xBx-"},
         {[](IString& s) { s.replaceFirst(L"a", L"x"); }, "-xBa-"},
         {[](IString& s) { IString(L"-b-").substr(s, 1); }, "b-"},
         {[](IString& s) { s.substr(s, 1, 2); }, "aB"},
-        {[](IString& s) {
-             IString other(L"x");
-             s.swap(other);
-         },
-         "x"},
+        {[](IString& s) { IString(L"x").swap(s); }, "x"},
     };
     for (const auto& c : cases) {
         IString s(L"-aBa-");
         ASSERT_STREQ(s.asUTF8(), "-aBa-");
-        c.change(s);
-        EXPECT_STREQ(s.asUTF8(), c.after) << "case " << &c - cases;
+        c.first(s);
+        EXPECT_STREQ(s.asUTF8(), c.second) << "case " << &c - cases;
     }
 }
 

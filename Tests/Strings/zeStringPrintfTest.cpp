@@ -4,14 +4,12 @@
 
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
 TEST(Printf, CountsAnExactlyFilledBufferAsFailure) {
-    const struct {
-        std::size_t size;
-        int result;
-    } cases[] = {{4, 2}, {3, -1}, {1, -1}, {0, -1}};
+    const std::pair<std::size_t, int> cases[] = {{4, 2}, {3, -1}, {1, -1}, {0, -1}};
     wchar_t* format = ZL_convert_string_format(L"%s%S");
     for (const auto& [size, result] : cases) {
         char narrow[8] = "";

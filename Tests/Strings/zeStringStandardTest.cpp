@@ -159,20 +159,3 @@ TEST(StandardStrings, PrintEveryByteAndAreDecodedUpToATerminator) {
     IString text(L"old"); // as from a pointer, a text of which nothing remains empties it
     EXPECT_TRUE(text.assign(Bytes("\xEF\xBB\xBF"), EncodingUTF8, &ok).isEmpty() && !ok);
 }
-
-TEST(StandardStrings, SortWithTheAllocationsOfTheirCopiesAlone) {
-    constexpr unsigned int count = 100000;
-    std::vector<CString> bytes;
-    std::vector<IString> wide;
-    for (unsigned int i = 0; i < count; ++i) {
-        const Bytes text = "a text of many bytes " + std::to_string(i * 2654435761u);
-        bytes.emplace_back(text);
-        wide.emplace_back(text, EncodingUTF8);
-    }
-    const std::size_t before = allocationCount();
-    std::ranges::sort(bytes);
-    EXPECT_EQ(allocationCount(), before);
-    std::ranges::sort(wide);
-    EXPECT_LE(allocationCount() - before, 2 * count); // the copy of each, and its text
-    EXPECT_TRUE(std::ranges::equal(bytes, wide, {}, {}, &IString::convertToCString));
-}

@@ -276,11 +276,10 @@ TYPED_TEST(StringTest, KeepsItsContentWhereAFormatGivesNothing) {
     EXPECT_EQ(s.format(static_cast<const Char*>(nullptr)), npos);
     EXPECT_EQ(s.format(static_cast<const String*>(nullptr)), npos);
     // A character that the locale does not have.
-    if constexpr (std::is_same_v<Char, char>) {
-        EXPECT_EQ(s.format(this->text("%S").c_str(), L"\u20AC"), npos);
-    } else {
-        EXPECT_EQ(s.format(this->text("%s").c_str(), "\xE2\x82\xAC"), npos);
-    }
+    if constexpr (std::is_same_v<Char, char>)
+        EXPECT_EQ(s.format("%S", L"\u20AC"), npos);
+    else
+        EXPECT_EQ(s.format(L"%s", "\xE2\x82\xAC"), npos);
     EXPECT_EQ(this->read(s), "kept");
 }
 
@@ -297,16 +296,13 @@ TYPED_TEST(StringTest, FormatsItsOwnTextAndUpToATerminator) {
 
 TEST(CString, IsEmptyAndUsableOnceMovedFrom) {
     static_assert(std::is_nothrow_move_constructible_v<CString>);
-    const struct {
-        void (*change)(CString&);
-        const char* after;
-    } cases[] = {
+    const std::pair<void (*)(CString&), const char*> cases[] = {
         {[](CString& s) { s.erase(7).strip(' ').toUpperCase().reserve(9); }, ""},
         {[](CString& s) { s.format("%d", 42); }, "42"},
         {[](CString& s) { s.append(s).assign(plus(s, s)).insert(0, s); }, ""},
         {[](CString& s) { CString("swapped").swap(s); }, "swapped"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [change, after] : cases) {
         CString source("a text that is too long for the object itself");
         const char* bytes = source.asChar();
         CString first(std::move(source));
@@ -317,8 +313,8 @@ TEST(CString, IsEmptyAndUsableOnceMovedFrom) {
         EXPECT_EQ(target.asChar(), bytes); // nothing was copied
         // NOLINTBEGIN(bugprone-use-after-move): promised to be empty
         EXPECT_TRUE(source.isEmpty() && source == "" && source.find("a") == npos);
-        c.change(source);
-        EXPECT_EQ(CString(source), c.after);
+        change(source);
+        EXPECT_EQ(CString(source), after);
         // NOLINTEND
     }
 }

@@ -3,6 +3,7 @@
 #include "Base/Strings/zeUtilSplit.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -122,19 +123,16 @@ TEST(SplitWithQuotesAndBackslash, ReadsQuotesAndEscapesAnywhere) {
 }
 
 TEST(SplitMultiLines, EndsALineAtEachOfItsTwoCharacters) {
-    const struct {
-        const char* text;
-        Texts lines;
-    } cases[] = {
+    const std::pair<const char*, Texts> cases[] = {
         {"", {""}},
         {"one", {"one"}},
         {"\none\rtwo", {"", "one", "two"}},
         {"a\v\fb", {"a\v\fb"}},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::PrintToString(c.text));
-        EXPECT_EQ(texts(zeUtil::splitMultiLines(c.text)), c.lines);
-        EXPECT_EQ(zeUtil::numMultiLines(c.text), c.lines.size());
+    for (const auto& [text, lines] : cases) {
+        SCOPED_TRACE(testing::PrintToString(text));
+        EXPECT_EQ(texts(zeUtil::splitMultiLines(text)), lines);
+        EXPECT_EQ(zeUtil::numMultiLines(text), lines.size());
     }
 }
 

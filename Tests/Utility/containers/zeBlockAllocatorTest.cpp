@@ -42,8 +42,8 @@ TEST(BlockAllocator, ElementsNeitherOverlapNorMoveWhateverTheirSize) {
     }
 }
 
-TEST(BlockAllocator, HandsOutTheLastFreedFirstAndCounts) {
-    BlockAllocator allocator(16, 4);
+TEST(BlockAllocator, HandsOutTheLastFreedFirstAndSwapsEverything) {
+    BlockAllocator allocator(64, 5), small(8, 2);
     void* a = allocator.alloc();
     void* b = allocator.alloc();
     allocator.free(nullptr);
@@ -53,13 +53,17 @@ TEST(BlockAllocator, HandsOutTheLastFreedFirstAndCounts) {
     EXPECT_EQ(allocator.numAllocated(), 0);
     EXPECT_EQ(allocator.numFreed(), 2);
     EXPECT_EQ(allocator.alloc(), b);
-    EXPECT_EQ(allocator.alloc(), a);
-    EXPECT_EQ(allocator.numFreed(), 0) << "reuse takes it down";
-    allocator.free(a);
-    allocator.freeEverything();
-    EXPECT_EQ(allocator.numAllocated(), 0);
-    EXPECT_EQ(allocator.numFreed(), 0);
-    std::memset(allocator.alloc(), 1, 16);
+    small.swap(allocator);
+    EXPECT_EQ(small.elementSize(), 64u);
+    EXPECT_EQ(small.numAllocated(), 1);
+    EXPECT_EQ(small.alloc(), a);
+    EXPECT_EQ(small.numFreed(), 0) << "reuse takes it down";
+    EXPECT_TRUE(allocator.numAllocated() == 0 && adjacent(allocator));
+    small.free(a);
+    small.freeEverything();
+    EXPECT_EQ(small.numAllocated(), 0);
+    EXPECT_EQ(small.numFreed(), 0);
+    std::memset(small.alloc(), 1, 64);
 }
 
 TEST(BlockAllocator, BlockSizeIsFixedWhileThereIsABlock) {
@@ -74,18 +78,4 @@ TEST(BlockAllocator, BlockSizeIsFixedWhileThereIsABlock) {
     allocator.freeEverything();
     allocator.setNumElementsInBlock(100);
     EXPECT_TRUE(adjacent(allocator));
-}
-
-TEST(BlockAllocator, SwapExchangesEverything) {
-    BlockAllocator small(8, 2), large(64, 5);
-    void* freed = large.alloc();
-    large.alloc();
-    large.free(freed);
-    small.swap(large);
-    EXPECT_EQ(small.elementSize(), 64u);
-    EXPECT_EQ(small.numAllocated(), 1);
-    EXPECT_EQ(small.numFreed(), 1);
-    EXPECT_EQ(small.alloc(), freed);
-    EXPECT_EQ(large.numAllocated(), 0);
-    EXPECT_TRUE(adjacent(large));
 }

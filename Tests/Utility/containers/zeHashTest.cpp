@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -71,11 +72,8 @@ TEST(Hash, StringsHashTheirContentWithZerosInside) {
 }
 
 TEST(Hasher, BeginsAfreshWithEachFlush) {
-    struct Case {
-        std::vector<int> pieces; // how many numbers between one getHash() and the next
-        std::uint32_t hash;
-    };
-    const Case cases[] = {
+    // How many numbers stand between one getHash() and the next.
+    const std::pair<std::vector<int>, std::uint32_t> cases[] = {
         {{0}, 0},
         {{1}, 0xe02e8080u},
         {{16}, 0x26d0e938u},
@@ -84,14 +82,14 @@ TEST(Hasher, BeginsAfreshWithEachFlush) {
         {{40}, 0xf52af0b9u},
         {{3, 0, 2}, 0x843cfdbfu},
     };
-    for (const Case& c : cases) {
+    for (const auto& [pieces, hash] : cases) {
         ze::Hasher hasher;
         std::uint64_t next = 0;
-        for (int piece : c.pieces) {
+        for (int piece : pieces) {
             for (int i = 0; i < piece; ++i)
                 hasher.add(next++ * 0x9E3779B97F4A7C15u);
             hasher.getHash();
         }
-        EXPECT_EQ(hasher.getHash(), c.hash) << c.pieces.front();
+        EXPECT_EQ(hasher.getHash(), hash) << pieces.front();
     }
 }

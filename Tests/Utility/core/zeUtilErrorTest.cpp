@@ -26,10 +26,7 @@ Error fromList(int code, const Char* format, ...) {
 } // namespace
 
 TEST(Error, BuildsItsMessageFromEveryKindOfFormat) {
-    const struct {
-        Error error;
-        const char* message;
-    } cases[] = {
+    const std::pair<Error, const char*> cases[] = {
         {Error(), ""},
         {Error(5, IString(L"plain")), "plain"},
         {Error(5, "%s and %S: %d", "narrow", L"wide", 3), "narrow and wide: 3"},
@@ -40,15 +37,14 @@ TEST(Error, BuildsItsMessageFromEveryKindOfFormat) {
         {Error(5, "%d", int(0)), "0"},
         {Error(5, "%s", "\xC3\xA9"), ""}, // not a character of the "C" locale
     };
-    for (const auto& c : cases) {
-        EXPECT_STREQ(c.error.message(), c.message);
-        EXPECT_EQ(c.error.code(), c.error == Error() ? 0 : 5);
+    for (const auto& [error, message] : cases) {
+        EXPECT_STREQ(error.message(), message);
+        EXPECT_EQ(error.code(), error == Error() ? 0 : 5);
     }
 }
 
 TEST(Error, TellsAnEmptyMessageFromNone) {
     const Error none(5, "");
-    EXPECT_STREQ(none.message(), "");
     EXPECT_EQ(none, Error(5, static_cast<const char*>(nullptr)));
     EXPECT_EQ(none, Error(5, static_cast<const wchar_t*>(nullptr)));
     EXPECT_NE(none, Error(5, IString()));
@@ -65,10 +61,8 @@ TEST(Error, OwnsItsMessage) {
     Error copy = original;
     original = Error(8, "changed");
     Error& same = copy;
-    copy = same;
-    EXPECT_EQ(copy, Error(7, "kept"));
-    const Error moved = std::move(original);
-    EXPECT_EQ(moved, Error(8, "changed"));
+    EXPECT_EQ(copy = same, Error(7, "kept"));
+    EXPECT_EQ(Error(std::move(original)), Error(8, "changed"));
     EXPECT_EQ(original, Error()); // NOLINT(bugprone-use-after-move): promised to be a success
 }
 
@@ -85,7 +79,6 @@ TEST(Error, IsTrueForSuccessAndPrintsItsCodeAndMessage) {
         const std::string before = message;
         EXPECT_EQ(testing::PrintToString(error), text);
         EXPECT_EQ(message, before) << "stays valid";
-        EXPECT_EQ(error.ok(), error.code() == 0);
-        EXPECT_EQ(error ? 0 : 1, error.code() == 0 ? 0 : 1);
+        EXPECT_TRUE(error.ok() == (error.code() == 0) && bool(error) == error.ok());
     }
 }

@@ -97,7 +97,6 @@ struct Shapes {
     double three(std::string_view a, const void*, long c) const {
         return note(a.data()), double(c);
     }
-    void plainThree(const char* a, void*, int) { note(a); }
 
     static int note(const std::string& s) {
         log += s + ' ';
@@ -118,17 +117,6 @@ void globalOverloaded(std::string s) noexcept {
 void global() {
     Shapes::note("global");
 }
-bool globalThree(const char* a, void*, int) {
-    return Shapes::note(a) != 0;
-}
-
-template<class Instance, class Member>
-concept Connects = requires(zeRTB::SignalArg<std::string> signal, Instance i, Member m) {
-    signal.connect(i, m);
-};
-static_assert(Connects<const Shapes*, int (Shapes::*)(const std::string&) const>);
-static_assert(!Connects<const Shapes*, int (Shapes::*)(std::string)>);
-static_assert(!Connects<Shapes*, void (Shapes::*)(std::string&)>, "would change the argument");
 
 static_assert(sizeof(SignalVoid) == sizeof(void*), "a class can embed many signals");
 static_assert(!std::is_copy_constructible_v<SignalVoid>);
@@ -218,24 +206,19 @@ TEST_F(SignalScene, ClientMayDieInsideTheCallbackItIsTiedTo) {
 }
 
 TEST_F(SignalScene, TiedConnectionEndsWithWhicheverSideGoesFirst) {
-    struct Case {
-        const char* name;
-        std::function<void()> end;
+    const std::function<void()> ends[] = {
+        [&] { client = (delete client, new SignalClient); },
+        [&] { signal = (delete signal, new SignalVoid); },
+        [&] { signal->disconnect(self); },
+        [&] { signal->disconnectInstance(&who[0]); },
     };
-    const Case cases[] = {
-        {"client", [&] { client = (delete client, new SignalClient); }},
-        {"signal", [&] { signal = (delete signal, new SignalVoid); }},
-        {"disconnect", [&] { signal->disconnect(self); }},
-        {"disconnectInstance", [&] { signal->disconnectInstance(&who[0]); }},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& end : ends) {
         self = signal->addCallback(make('A'), *client);
         EXPECT_EQ(client->numConnections(), 1);
         EXPECT_EQ(client->findInstance(&who[0]), nullptr) << "the client's half has no function";
         client->disconnectInstance(&who[0]);
         EXPECT_EQ(fired(), "A.");
-        c.end();
+        end();
         EXPECT_FALSE(client->isConnected());
         EXPECT_FALSE(signal->isConnected());
         EXPECT_EQ(alive, 0);
@@ -309,16 +292,14 @@ TEST(Signal, ConnectsFunctionsOfEveryShape) {
     none.connect(&constant, &Shapes::voidless);
     none.connect(client, &constant, &Shapes::voidless);
     none.connect([] { Shapes::note("lambda"); });
-    auto* plain = none.connect(&global);
+    auto* plain = none.connect(global);
     EXPECT_EQ(none.findGlobalCallback(reinterpret_cast<void*>(&global)), plain);
     none.connect(&listener, &Shapes::nothing); // a base's member, called virtually
     zeRTB::Signal3Args<const char*, void*, int> three;
     three.connect(&constant, &Shapes::three);
-    three.connect(&globalThree);
-    three.connect(&listener, &Shapes::plainThree);
     none.send();
     three.send("3", nullptr, 0);
-    EXPECT_EQ(std::exchange(Shapes::log, ""), "derived global lambda v v 3 3 3 ");
+    EXPECT_EQ(std::exchange(Shapes::log, ""), "derived global lambda v v 3 ");
 }
 
 TEST(Signal, OwnsACallable) {
@@ -328,15 +309,11 @@ TEST(Signal, OwnsACallable) {
     const auto add = [shared](int n) { return *shared += n; };
     signal.connectOwned(*client,
                         [kept = std::make_unique<int>(10), add](int n) { add(*kept * n); });
-    auto* connection = signal.connectOwned(add);
     signal.connectOwned(std::ref(add));
     signal.send(1);
-    EXPECT_EQ(*shared, 12);
-    EXPECT_EQ(shared.use_count(), 4); // this one, `add`'s and two copies
-    signal.disconnect(connection);
-    EXPECT_EQ(shared.use_count(), 3);
+    EXPECT_EQ(*shared, 11);
     client.reset();
-    EXPECT_EQ(shared.use_count(), 2);
+    EXPECT_EQ(shared.use_count(), 2); // this one and `add`'s
     EXPECT_EQ(signal.numConnections(), 1);
 }
 

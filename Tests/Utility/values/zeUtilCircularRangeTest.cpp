@@ -4,19 +4,10 @@
 
 #include <algorithm>
 #include <bit>
-#include <ostream>
 #include <random>
 #include <vector>
 
 #include <gtest/gtest.h>
-
-namespace zeUtil {
-
-void PrintTo(const CircularRange& run, std::ostream* out) {
-    *out << '(' << run.start << ", " << run.end << ") of " << run.size;
-}
-
-} // namespace zeUtil
 
 namespace {
 

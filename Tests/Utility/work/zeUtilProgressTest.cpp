@@ -168,16 +168,11 @@ TEST(Progress, AsksListenersUntilSomebodyCancels) {
     progress.getSigCheckCancel().connectOwned([&](Progress* sender) {
         EXPECT_EQ(sender, &progress);
         if (++asked == 3)
-            sender->cancel();
+            phase.cancel();
     });
     EXPECT_FALSE(phase.cancelled());
     EXPECT_FALSE(progress.cancelled());
     for (int i = 0; i < 5; ++i)
-        EXPECT_TRUE(phase.cancelled());
+        EXPECT_TRUE(phase.cancelled() && progress.cancelled());
     EXPECT_EQ(asked, 3) << "the answer sticks, and nobody is asked again";
-
-    Progress other, part;
-    other.subPhase(1, part);
-    part.cancel();
-    EXPECT_TRUE(other.cancelled());
 }
