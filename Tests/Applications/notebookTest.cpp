@@ -129,6 +129,7 @@ TEST_F(Notebook, LosesNoFile) {
     folder_.write("a", "1\n");
     folder_.write("b", "2\n");
     fs::create_symlink("a", path("link"));
+    fs::create_symlink("made", path("dangling"));
     const std::array<const char*, 4> cases[] = {
         {"-file @a", "save @b\n", "1\n", "@b: is there already"},
         {"-file @a", "export text @link\n", "1\n", "@link: is the file of the text"},
@@ -139,13 +140,14 @@ TEST_F(Notebook, LosesNoFile) {
         {"", "save @\xff\n", "1\n", "its name is not UTF-8"},
         {"-file @link", "append\nx\n.\nsave\n", "1\nx\n", "@link: 2 lines written"},
         {"-file @new", "append\nn\n.\nsave\nsave -\n", "1\nx\n", "@new: a new file\n"},
+        {"-file @dangling", "append\nm\n.\nsave\n", "1\nx\n", "@dangling: 1 lines written"},
     };
     for (const auto& [options, text, content, message] : cases) {
         EXPECT_THAT(script(text, options).err, HasSubstr(message)) << text;
         EXPECT_EQ(folder_.read("a"), content) << text;
     }
-    EXPECT_TRUE(fs::is_symlink(path("link")));
-    EXPECT_EQ(folder_.read("new") + folder_.read("b"), "n\n2\n");
+    EXPECT_TRUE(fs::is_symlink(path("link")) && fs::is_symlink(path("dangling")));
+    EXPECT_EQ(folder_.read("new") + folder_.read("b") + folder_.read("made"), "n\n2\nm\n");
 }
 
 TEST_F(Notebook, SavesNothingOverTheChangesOfOthers) {
