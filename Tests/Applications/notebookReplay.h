@@ -28,19 +28,14 @@ public:
     struct Group {
         bool isAdded;
         std::vector<notebook::Patch> edits;
-        bool isValid = true;
         bool fails = false; ///< Its last command does.
     };
 
     Lines text;
     std::vector<Group> groups;
     std::size_t current = 0;
-    int stepLimit = 1000;
-    int memoryLimit = 10000000;
     static constexpr std::size_t textLimit = 200;
-    std::size_t editSize = 0; ///< What an edit takes without its lines.
 
-    /// A group that became invalid goes without being undone: what came before may not fit then.
     bool exchange(notebook::Patch& edit) {
         if (edit.at + edit.count > text.size())
             return false;
@@ -58,18 +53,7 @@ public:
 
     void addGroup(bool isAdded) {
         groups.resize(current);
-        while (!groups.empty() && !groups.back().isValid)
-            groups.pop_back();
-        respectLimits(1);
         groups.push_back({isAdded, {}});
-        current = groups.size();
-    }
-
-    void respectLimits(std::size_t room) {
-        while (stepLimit > 0 && !groups.empty() && chains() + room > std::size_t(stepLimit))
-            deleteFirst();
-        while (memoryLimit > 0 && bytes() > std::size_t(memoryLimit))
-            deleteFirst();
         current = groups.size();
     }
 
@@ -89,25 +73,10 @@ public:
         return true;
     }
 
-    std::size_t chains() const {
-        const auto isStep = [](const Group& group) { return !group.isAdded; };
-        return static_cast<std::size_t>(std::count_if(groups.begin(), groups.end(), isStep)) +
-               (!groups.empty() && groups[0].isAdded);
-    }
-
-    std::size_t bytes() const {
-        std::size_t sum = 0;
-        for (const Group& group : groups)
-            for (const notebook::Patch& edit : group.edits)
-                sum += editSize + notebook::sizeOf(edit.lines) +
-                       edit.lines.size() * sizeof(std::string);
-        return sum;
-    }
-
 private:
     bool run(Group& group, bool isBack) {
         const std::size_t count = group.edits.size();
-        bool isGood = group.isValid && !(group.fails && isBack);
+        bool isGood = !(group.fails && isBack);
         for (std::size_t i = 0; isGood && i < count; ++i)
             isGood = exchange(group.edits[isBack ? count - 1 - i : i]);
         return isGood && !group.fails;
@@ -117,13 +86,6 @@ private:
         groups.clear();
         current = 0;
         return false;
-    }
-
-    void deleteFirst() {
-        const bool isAdded = groups[0].isAdded;
-        do
-            groups.erase(groups.begin());
-        while (!isAdded && !groups.empty() && groups[0].isAdded);
     }
 };
 
@@ -141,16 +103,12 @@ public:
 class Replay {
 public:
     explicit Replay(unsigned int seed) : random_(seed) {
-        editor_.edit("measure", {0, 0, {"line"}});
-        model_.editSize =
-            static_cast<std::size_t>(editor_.history().getGroup(0)->getNumBytesUsed());
-        model_.text = {"line"};
-        model_.addGroup(false);
-        model_.groups[0].edits.push_back({0, 1, {}});
+        editor_.setStepLimit(0);
+        editor_.setMemoryLimit(0);
     }
 
     struct Counts {
-        int edits = 0, added = 0, refused = 0, undone = 0, redone = 0, failed = 0, limited = 0;
+        int edits = 0, added = 0, refused = 0, undone = 0, redone = 0, failed = 0;
     };
 
     /// Stops at the first difference.
@@ -188,9 +146,7 @@ private:
                  model_.current < model_.groups.size(), counts_.redone);
         else if (kind < 92)
             toggleStep();
-        else if (kind < 97)
-            limit();
-        else
+        else if (kind < 94)
             harm();
     }
 
@@ -235,40 +191,15 @@ private:
         hasGroup_ = false;
     }
 
-    /// A limit acts at once if nothing is undone, or else at the next new group.
-    void limit() {
-        if (isOpen_) {
-            EXPECT_TRUE(refuses([&] { editor_.setStepLimit(1); }));
-            return;
-        }
-        const std::size_t before = model_.groups.size();
-        const bool isSteps = upTo(1) == 0;
-        const int most = upTo(isSteps ? 8 : 3000);
-        (isSteps ? model_.stepLimit : model_.memoryLimit) = most;
-        if (model_.current == model_.groups.size())
-            model_.respectLimits(0);
-        if (isSteps)
-            editor_.setStepLimit(most);
-        else
-            editor_.setMemoryLimit(most);
-        counts_.limited += model_.groups.size() < before;
-    }
-
-    /// Something dies that a group depends on, or a group that is done cannot be undone.
+    /// One of the last groups that are done can no longer be undone.
     void harm() {
-        if (model_.groups.empty() || isOpen_)
+        if (model_.current == 0 || isOpen_)
             return;
-        const int i = upTo(model_.groups.size() - 1);
-        ModelHistory::Group& twin = model_.groups[static_cast<std::size_t>(i)];
-        zeUndo::Group* const group = editor_.history().getGroup(i);
-        if (upTo(1) == 0) {
-            group->declarePtr(this);
-            editor_.history().deletePtr(this);
-            twin.isValid = false;
-        } else if (static_cast<std::size_t>(i) < model_.current && !twin.fails) {
-            group->addCommand(new Stuck);
-            twin.fails = true;
-        }
+        const std::size_t i =
+            model_.current - 1 -
+            static_cast<std::size_t>(upTo(std::min<std::size_t>(model_.current - 1, 2)));
+        if (!std::exchange(model_.groups[i].fails, true))
+            editor_.history().getGroup(static_cast<int>(i))->addCommand(new Stuck);
     }
 
     void compare(int i) {
@@ -290,8 +221,7 @@ private:
 /// Of many operations, some of each kind took place.
 inline void replay(unsigned int seed, int operations) {
     const Replay::Counts counts = Replay(seed).run(operations);
-    for (const int count : {counts.edits, counts.added, counts.refused, counts.undone,
-                            counts.redone, counts.failed, counts.limited})
+    for (const int count :
+         {counts.edits, counts.added, counts.refused, counts.undone, counts.redone, counts.failed})
         EXPECT_GT(count, operations / 2000);
-    testing::Test::RecordProperty("edits", counts.edits);
 }

@@ -113,21 +113,12 @@ protected:
     }
 };
 
-/// All six faces, with their outer sides counterclockwise, or clockwise.
-std::string cube(const char* scale, bool isInside) {
-    std::string text;
-    for (int i = 0; i < 8; ++i)
-        for (int k = 0; k < 3; ++k)
-            text += (k == 0 ? "\nv " : " ") +
-                    ((i >> k & 1) != 0 ? std::string(scale) : std::string("0"));
-    const int faces[][4] = {{1, 3, 4, 2}, {5, 6, 8, 7}, {1, 2, 6, 5},
-                            {3, 7, 8, 4}, {1, 5, 7, 3}, {2, 4, 8, 6}};
-    for (const auto& face : faces) {
-        text += "\nf";
-        for (int k = 0; k < 4; ++k)
-            text += " " + std::to_string(face[isInside ? 3 - k : k]);
-    }
-    return text + "\n";
+/// A regular tetrahedron, with its outer sides counterclockwise, or clockwise.
+std::string tetrahedron(const char* scale, bool isInside) {
+    const std::string faces =
+        isInside ? "f 1 3 2\nf 1 4 3\nf 1 2 4\nf 2 3 4\n" : "f 1 2 3\nf 1 3 4\nf 1 4 2\nf 2 4 3\n";
+    return std::regex_replace("v 0 0 0\nv S S 0\nv S 0 S\nv 0 S S\n" + faces, std::regex("S"),
+                              scale);
 }
 
 } // namespace
@@ -148,24 +139,24 @@ TEST(OcclusionShading, AgreesWithClosedForms) {
             << "under a disc at this height: " << depth;
 }
 
-/// The corners of a cube see all from outside and nothing from inside, however large it is. Numbers
-/// of vertices that no face uses do not matter.
+/// The corners of a solid see all from outside and nothing from inside, however large it is.
+/// Numbers of vertices that no face uses do not matter.
 TEST_F(Occlusion, ScalesModelsOfEverySize) {
     for (const char* scale : {"1", "3e-320", "1e-300", "7e300", "-1e307"}) {
         for (const bool isInside : {false, true}) {
             const bool isOpen = isInside == (scale[0] == '-');
             zeUtil::Progress progress;
-            folder_.write("in.obj", cube(scale, isInside) + "v 1e308 -1e308 1e308\n");
+            folder_.write("in.obj", tetrahedron(scale, isInside) + "v 1e308 -1e308 1e308\n");
             const Mesh mesh = makeMesh(scenefile::readObj(folder_.path("in.obj"), false).scene);
-            ASSERT_EQ(mesh.triangles.size(), 12U);
+            ASSERT_EQ(mesh.triangles.size(), 4U);
             const std::vector<double> seen = visibility(mesh, Tree(mesh, progress), 256, progress);
-            ASSERT_EQ(seen.size(), 9U);
-            for (std::size_t i = 0; i < 8; ++i) {
+            ASSERT_EQ(seen.size(), 5U);
+            for (std::size_t i = 0; i < 4; ++i) {
                 EXPECT_NEAR(mesh.normals[i].length(), 1, 1e-12);
                 EXPECT_EQ(seen[i], isOpen ? 1 : 0) << scale << " corner " << i;
             }
-            EXPECT_EQ(mesh.normals[8], Vector::zero);
-            EXPECT_EQ(seen[8], 1);
+            EXPECT_EQ(mesh.normals[4], Vector::zero);
+            EXPECT_EQ(seen[4], 1);
         }
     }
 }
@@ -272,13 +263,8 @@ TEST_F(Occlusion, TakesAPictureOfTheWholeModel) {
 TEST_F(Occlusion, ComparesThreadsWithNone) {
     const Result result = command("-in @in.obj -pic @a.pgm -size 9x9 -compare -threads 2");
     EXPECT_EQ(result.code, 0) << result.err;
-    const char* const number = " +[0-9]+[.][0-9]+";
-    std::string expected = "seconds +1 thread +2 threads +speed-up\n";
-    for (const char* step : {"tree", "visibility", "picture", "all"})
-        expected += std::string(step) + number + number + " +([0-9.]+|-?nan|inf)\n";
-    EXPECT_TRUE(std::regex_match(
-        result.out, std::regex(expected + "the results are the same\n[^]*mean visibility 1.000\n")))
-        << result.out;
+    EXPECT_THAT(result.out, AllOf(StartsWith("seconds   "), HasSubstr("\nvisibility  "),
+                                  HasSubstr("the results are the same\n")));
 }
 
 TEST_F(Occlusion, ExplainsWhatItCannotDoAndWritesNothing) {
@@ -294,12 +280,10 @@ TEST_F(Occlusion, ExplainsWhatItCannotDoAndWritesNothing) {
         {2, "-in @in.obj -out @in.obj", "in.obj are the same file"},
         {2, "-in @in.obj -out @new -pic @new", "new are the same file"},
         {2, "-in @in.obj -pic @new -size 800", "'800' is no size as in 800x600"},
-        {2, "-in @in.obj -pic @new -size 8x16385", "each from 1 to 16384"},
         {2, "-in @in.obj -pic @new -from 0 0 0", "'0 0 0' is no direction"},
         {2, "-in @in.obj -pic @new -rays 0", "'0' is not a number from 1 to 65536"},
         {2, "-in @in.obj -pic @new -threads 1025", "'1025' is not a number from 1 to 1024"},
         {2, "-in @in.obj -compare -serial", "-compare needs -threads 2 or more"},
-        {2, "-in @in.obj -out @new -- more", "there are no files behind --"},
     };
     for (const auto& [code, line, message] : cases) {
         const Result result = command(line);
@@ -317,32 +301,22 @@ TEST_F(Occlusion, EndsOnSIGINTWithoutAnyFileTouched) {
     const std::string output = folder_.path("out.obj");
     const zeUtil::Descriptor model(open(input.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC));
     scenefile::writeObj(scenefile::generateModel(60), model.get());
-    for (const char* threads : {"1", "2"}) {
-        int ends[2];
-        ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
-        const pid_t child = fork();
-        if (child == 0) {
-            dup2(ends[1], STDERR_FILENO);
-            std::signal(SIGINT, SIG_DFL);
-            execl(OCCLUSION, OCCLUSION, "-verbose", "-rays", "65536", "-threads", threads, "-input",
-                  input.c_str(), "-output", output.c_str(), nullptr);
-            _exit(99);
-        }
-        close(ends[1]);
-        std::string said;
-        for (char byte; read(ends[0], &byte, 1) == 1;) {
-            said += byte;
-            if (said.ends_with("computing"))
-                kill(child, SIGINT);
-        }
-        close(ends[0]);
-        int status = 0;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 130) << said;
-        EXPECT_THAT(said, HasSubstr("occlusion: stopped: nothing was written\n"));
-        EXPECT_THAT(filesInFolder(), ElementsAre("in.obj", "out.obj"));
-        EXPECT_EQ(folder_.read("out.obj"), "old");
+    std::signal(SIGINT, SIG_DFL); // what a program inherits
+    const std::string line = "echo $$; exec " OCCLUSION " -verbose -rays 65536 -threads 2 -input " +
+                             input + " -output " + output + " 2>&1";
+    std::FILE* const child = popen(line.c_str(), "re");
+    pid_t process = 0;
+    ASSERT_EQ(std::fscanf(child, "%d", &process), 1);
+    std::string said;
+    for (int byte; (byte = std::getc(child)) != EOF;) {
+        said += static_cast<char>(byte);
+        if (said.ends_with("computing"))
+            kill(process, SIGINT);
     }
+    EXPECT_EQ(WEXITSTATUS(pclose(child)), 130) << said;
+    EXPECT_THAT(said, HasSubstr("occlusion: stopped: nothing was written\n"));
+    EXPECT_THAT(filesInFolder(), ElementsAre("in.obj", "out.obj"));
+    EXPECT_EQ(folder_.read("out.obj"), "old");
 }
 
 TEST_F(Occlusion, DescribesEveryOptionInTheHelpAndTheManual) {

@@ -44,29 +44,22 @@ const std::tuple<std::string, std::string, std::string> edits[] = {
     {"1 0 1\n", "1 4 1\n", "by a method that scenefile does not know"},
     {"1 0 1\n", "1 2 1\n", "type mismatch: got: CharArray (31) expected: Reference (72)"},
     {"1 0 1\n", "1 1 0\n", "byte 0: this is no document"},
-    {"8\n@\n", "8 \n", "byte 0: this is no document"},
-    {"   1 packetFile_EOF", "   3 packetFile_EOF", "byte 0: this is no document"},
     {"packetFile_EOF", "packetFile_string", "damaged or cut off"},
     // packets
-    {"{ 2 0", "{ 9 0", "damaged or cut off"},
     {"{ 2 0", "{ 2 2", "neither"},
     {"{ 2 0", "{ 2 1 1", "second scene, or has a reference"},
     {"{ 2 0", "{ 3 0", "no possible reference"},
-    {"{ 1 0", "{ 2 0 }\n{ 1 0", "second scene"},
     {"{ 1 0", "{ 3 1 999 }\n{ 1 0", "no possible reference"},
     {"{ 1 0", "{ 3 1 1 }\n{ 1 0", "that of a packet before it"},
     {"{ 1 0", "{ 6 1 40 \n  [ 3 ] }\n{ 1 0", "no possible reference"},
-    {"{ 1 0", "{ 6 1 22 \n  [ 7 ] }\n{ 1 0", "nothing refers to what it describes"},
     {"scenefile_scene", "somebodys_scene", "nothing refers"},
     {"scenefile_group", "somebodys_group", "which no packet defines"},
     // references
     {"[ 1 2 ]", "[ 0 2 ]", "root node is reference 0, which cannot be"},
     {"[ 1 2 ]", "[ 2 2 ]", "root node is reference 2, which is something else"},
     {"[ 1 2 ]", "[ 4 2 ]", "the root node has a parent"},
-    {"[ 1 2 ]", "[ 22 2 ]", "root node is reference 22, which no packet defines"},
     // numbers that cannot be
     {"[ 1 3 ]", "[ 2000000000 3 ]", "cannot hold the 2000000000 values"},
-    {"[ 4 0 0 0 1", "[ 4000 0 0 0 1", "cannot hold the"},
     {"5 7 19 ]", "5 7 18 ]", "does not hold as much as"},
     {"0 0 0 1 0 0", "0 0 1e999 1 0 0", "no number, or too large"},
     {"[ ] }\n{ 0", "[ 1 1 1 1 ] }\n{ 0", ""},
@@ -76,8 +69,6 @@ const std::tuple<std::string, std::string, std::string> edits[] = {
     {"[ 2 0 0 0 -4 0 0 0 8 5 6 7 ]", "[ 2 0 0 0 -4 0 0 0 8 5 6 7 8 ] [ 9 ]", ""},
     {"[ 2 0 0 0 -4 0 0 0 8 5 6 7 ]", "[ 2 0 0 0 -4 0 ]", "transform has no inverse"},
     {"0 8 5 6 7 ]", "0 0 5 6 7 ]", "packet 1 (scenefile_node)"},
-    {"0 8 5 6 7 ]", "0 1e-13 5 6 7 ]", "transform has no inverse"},
-    {"0 8 5 6 7 ]", "0 8 5 -1e101 7 ]", "no number, or too large"},
     {"[ 9 1 10 ] \n  [ ]", "[ 9 1 10 ] \n  [ ] \n  [ 1 2 3 2 4 6 0 0 1 0 0 0 ]",
      "packet 3 (scenefile_node)"},
     {"[ 9 1 10 ] \n  [ ]", "[ 9 1 10 ] \n  [ ] \n  [ 1e100 0 0 0 1 0 0 0 1 0 0 0 ]",
@@ -94,7 +85,6 @@ const std::tuple<std::string, std::string, std::string> edits[] = {
     {"[ 0 1 2 0 0 0 ]", "[ 0 1 2 0 0 -1 ]", "normal index -1 is outside the 1"},
     {"\"house\"", "\"ho\nuse\"", "name cannot stand in an OBJ file"},
     {"\"walls\"", "\"wal ls\"", "names cannot stand in an OBJ file"},
-    {"2 2 0 0 1 0.5", "2 9 0 0 1 0.5", "texture coordinates have 9 numbers"},
 };
 
 } // namespace
