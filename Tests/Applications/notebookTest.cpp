@@ -64,10 +64,10 @@ TEST_F(Notebook, RunsScripts) {
         {"append\na\nb\nc\n.\nchange 2,3\nd\n.\ndelete 1\nprint\n", "     1  d\n", ""},
         {"begin both\nappend\na\n.\nappend\nb\n.\nend\nalso delete 1\nundo\nprint\nredo\nprint\n"
          "history\nundo\nredo\nredo\n",
-         "     1  b\ndone   both (160 bytes)\ndone   + also delete 1 (114 bytes)\n",
+         "     1  b\ndone   both (192 bytes)\ndone   + also delete 1 (130 bytes)\n",
          ":17: there is nothing to redo\n"},
         {"append\na\n.\nalso append\nb\n.\nappend\nc\n.\nlimit steps 1\nhistory\n",
-         "done   append (80 bytes)\n", ""},
+         "done   append (96 bytes)\n", ""},
         {"append\na\n.\ndelete 1\nlimit memory 120\nundo\nundo\n", "",
          ":7: there is nothing to undo\n"},
         {"limit lines 1\n", "", ":1: there is no limit of 'lines'\n"},

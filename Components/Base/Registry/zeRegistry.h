@@ -38,6 +38,7 @@ public:
     explicit zeRegistry(const zeString::IString& path);
     /// The same. Where `readOnly`, values cannot be set, and neither keys nor values deleted.
     zeRegistry(const zeString::IString& path, bool readOnly);
+    /// Stands at the same place, and is read-only if `other` is.
     zeRegistry(const zeRegistry& other);
     zeRegistry& operator=(const zeRegistry&) = delete; ///< Make a copy instead.
     ~zeRegistry();

@@ -29,6 +29,7 @@ namespace zeString {
 /// conversions of its own.
 template<class T, class Char>
 inline constexpr bool isInstanceFor = false;
+/// Such an instance.
 template<template<class...> class Template, class Char, class... More>
 inline constexpr bool isInstanceFor<Template<Char, More...>, Char> = true;
 
