@@ -68,7 +68,7 @@ TEST_F(Notebook, RunsScripts) {
          ":17: there is nothing to redo\n"},
         {"append\na\n.\nalso append\nb\n.\nappend\nc\n.\nlimit steps 1\nhistory\n",
          "done   append (96 bytes)\n", ""},
-        {"append\na\n.\ndelete 1\nlimit memory 120\nundo\nundo\n", "",
+        {"append\na\n.\ndelete 1\nlimit memory 150\nundo\nundo\n", "",
          ":7: there is nothing to undo\n"},
         {"limit lines 1\n", "", ":1: there is no limit of 'lines'\n"},
         {"begin it\nundo\n", "", ":2: a step has begun: end it first\n"},
@@ -209,7 +209,7 @@ TEST_F(Notebook, DrawsLinesAndHistory) {
     EXPECT_EQ(shell(NOTEBOOK " < script").code, 0);
     EXPECT_EQ(
         folder_.read("a.svg"),
-        R"svg(<svg xmlns="http://www.w3.org/2000/svg" viewBox="-2 -5 133.634 13" stroke-width="0.4" font-family="monospace" font-size="1.6">
+        R"svg(<svg xmlns="http://www.w3.org/2000/svg" viewBox="-2 -5 133.947 13" stroke-width="0.4" font-family="monospace" font-size="1.6">
 <g stroke="hsl(210,60%,45%)" fill="hsl(210,60%,45%)">
 <text stroke="none" x="0" y="-2">text</text>
 <line x1="0" y1="0" x2="5" y2="0"/>
@@ -219,15 +219,15 @@ TEST_F(Notebook, DrawsLinesAndHistory) {
 </g>
 <g stroke="hsl(347,60%,45%)" fill="hsl(347,60%,45%)" stroke-width="0.8">
 <text stroke="none" x="110" y="-2">history</text>
-<line x1="110" y1="0" x2="117.634" y2="0"/>
-<text stroke="none" x="118.634" y="0">append</text>
-<line x1="110" y1="2" x2="117.634" y2="2"/>
-<text stroke="none" x="118.634" y="2">also append</text>
+<line x1="110" y1="0" x2="117.947" y2="0"/>
+<text stroke="none" x="118.947" y="0">append</text>
+<line x1="110" y1="2" x2="117.947" y2="2"/>
+<text stroke="none" x="118.947" y="2">also append</text>
 </g>
 <g stroke="hsl(124,60%,45%)" fill="hsl(124,60%,45%)">
 <text stroke="none" x="103" y="4">undone</text>
-<line x1="110" y1="4" x2="118.243" y2="4"/>
-<text stroke="none" x="119.243" y="4">&#60;0&#62;</text>
+<line x1="110" y1="4" x2="118.469" y2="4"/>
+<text stroke="none" x="119.469" y="4">&#60;0&#62;</text>
 </g>
 </svg>
 )svg");
