@@ -210,6 +210,7 @@ public:
     /// The same as erase().
     IString& remove(unsigned int pos = 0, unsigned int n = npos);
     /// Makes the string empty.
+    // NOLINTNEXTLINE(bugprone-exception-escape): only a position behind the end throws
     void clear() noexcept {
         if (!isEmpty())
             erase();

@@ -142,7 +142,7 @@ ioStatus check(ioBufferedStreamInput& stream, ioPacketRegistry& types,
     ioHeader header;
     const std::int64_t size = readStart(stream, header, types);
     if (size < 0 || !header.valid) {
-        stream.promoteBufferStatus(); // which the guard has kept to itself
+        stream.promoteBufferStatus();      // which the guard has kept to itself
         ioReadContextAscii failed(stream); // any context knows what a stream's failure means
         failed.setStatus(ioBadFile);
         failed.promoteStreamStatus(stream);
