@@ -40,7 +40,8 @@ def skip(why):
 
 
 def gdb(*arguments):
-    environment = dict(os.environ, LC_ALL='C', DEBUGINFOD_URLS='', TERM='dumb')
+    environment = dict(os.environ, LC_ALL='C', DEBUGINFOD_URLS='', TERM='dumb',
+                       ASAN_OPTIONS='detect_leaks=0') # which cannot work below a debugger
     return subprocess.run(['gdb', '-nx', '-batch', *arguments], env=environment, stdin=subprocess.DEVNULL,
                           capture_output=True, text=True, errors='replace', check=False)
 
