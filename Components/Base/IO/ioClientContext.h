@@ -5,7 +5,8 @@
 /// the values of a context, and which it extends with state of its own.
 ///
 /// A handle does not own its context, which must outlive it. Each operation forwards to the
-/// context's operation of that name, where it is described.
+/// context's operation of that name, where it is described. Numbers in binary files of this
+/// machine's byte order are read inline.
 ///
 /// Threads: a handle belongs to the thread of its context.
 ///
@@ -26,7 +27,9 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
+#include "Base/IO/ioPacketFileBinary.h"
 #include "Base/IO/ioReadContext.h"
 #include "Base/IO/ioWriteContext.h"
 #include "Base/zeBaseExport.h"
@@ -107,17 +110,17 @@ public:
     /// @{
 
     /// The next value, as ioReadContext reads it.
-    bool readBool() { return context_->readBool(); }
-    unsigned char readChar() { return context_->readChar(); }
-    unsigned char readUChar() { return context_->readUChar(); }
-    short readShort() { return context_->readShort(); }
-    unsigned short readUShort() { return context_->readUShort(); }
-    int readInt() { return context_->readInt(); }
-    unsigned int readUInt() { return context_->readUInt(); }
-    std::int64_t readInt64() { return context_->readInt64(); }
-    std::uint64_t readUInt64() { return context_->readUInt64(); }
-    float readFloat() { return context_->readFloat(); }
-    double readDouble() { return context_->readDouble(); }
+    bool readBool() { return readNumber<&ioReadContext::readBool, unsigned char>() != 0; }
+    unsigned char readChar() { return readNumber<&ioReadContext::readChar>(); }
+    unsigned char readUChar() { return readNumber<&ioReadContext::readUChar>(); }
+    short readShort() { return readNumber<&ioReadContext::readShort>(); }
+    unsigned short readUShort() { return readNumber<&ioReadContext::readUShort>(); }
+    int readInt() { return readNumber<&ioReadContext::readInt>(); }
+    unsigned int readUInt() { return readNumber<&ioReadContext::readUInt>(); }
+    std::int64_t readInt64() { return readNumber<&ioReadContext::readInt64>(); }
+    std::uint64_t readUInt64() { return readNumber<&ioReadContext::readUInt64>(); }
+    float readFloat() { return readNumber<&ioReadContext::readFloat>(); }
+    double readDouble() { return readNumber<&ioReadContext::readDouble>(); }
     const char* readCString() { return context_->readCString(); }
     /// @}
 
@@ -150,6 +153,13 @@ public:
     signed char readRawByte() { return context_->readRawByte(); }
 
 private:
+    /// What the context's `operation` reads: from its plain packet without a virtual call.
+    template<auto operation, class Number = decltype((std::declval<ioReadContext&>().*operation)())>
+    Number readNumber() {
+        ioPacketFileBinaryBuffer* const packet = context_->plainPacket_;
+        return packet ? packet->readNumber<Number>() : (context_->*operation)();
+    }
+
     ioReadContext* context_;
 };
 

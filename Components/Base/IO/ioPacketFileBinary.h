@@ -94,13 +94,16 @@ public:
     void writeBuffer(const char* bytes, unsigned long size);
     /// @}
 
+    /// Reads a number of this machine's byte order; 0 outside the array.
+    template<class Number>
+    Number readNumber() {
+        Number number;
+        get<sizeof(Number)>(reinterpret_cast<char*>(&number));
+        return number;
+    }
     /// @{
     /// Reads so many bytes as they are; zeros outside the array.
-    char read1Byte() {
-        char byte;
-        get<1>(&byte);
-        return byte;
-    }
+    char read1Byte() { return readNumber<char>(); }
     void read2Bytes(char* bytes) { get<2>(bytes); }
     void read4Bytes(char* bytes) { get<4>(bytes); }
     void read8Bytes(char* bytes) { get<8>(bytes); }
@@ -158,20 +161,20 @@ private:
 
     struct Frames;
 
-    ZEBASE_HIDDEN bool resize(int size);
+    // What is rare is not inlined: it would cost what is frequent registers and a guarded stack.
+    [[gnu::noinline]] ZEBASE_HIDDEN bool resize(int size);
     ZEBASE_HIDDEN bool makeRoom(unsigned long size);
-    void putGrowing(std::uint64_t word, unsigned long size);
-    ZEBASE_HIDDEN bool readBody(ioBufferedStreamInput& stream, int length);
+    [[gnu::noinline]] void putGrowing(std::uint64_t word, unsigned long size);
+    [[gnu::noinline]] ZEBASE_HIDDEN bool readLongBody(ioBufferedStreamInput& stream, int length);
     ZEBASE_HIDDEN void writeHeadField(int position, int value);
     ZEBASE_HIDDEN void startMeasured(ioWriteContext* context, char marker, int& lengthPosition);
     ZEBASE_HIDDEN void endMeasured(ioWriteContext* context, int lengthPosition);
     ZEBASE_HIDDEN int readMeasured(ioReadContext* context);
-    ZEBASE_HIDDEN void popFrame();
 
     char* data_; // owned, from calloc
     int capacity_;
     int position_ = 0;
-    Frames* frames_; // owned; never empty while a packet is open
+    Frames* frames_; // owned
 };
 
 /// Writes files in the binary format.

@@ -61,6 +61,7 @@
 
 class ioBufferedStreamInput;
 class ioClientReadContext;
+class ioPacketFileBinaryBuffer;
 
 /// A packet file that is being read. The typed operations are realised by the formats.
 class ZEBASE_API ioReadContext : public ioContext {
@@ -196,6 +197,8 @@ public:
     void resolveRemainingReferences(ioClientReadContext& client);
 
 private:
+    friend class ioClientReadContext; // reads from the plain packet
+
     ZEBASE_HIDDEN void readWholeFile(ioClientReadContext& client);
     ZEBASE_HIDDEN void endChunk();
     [[noreturn]] ZEBASE_HIDDEN void undefinedPacketReference(const ioPacketType& type);
@@ -207,4 +210,11 @@ private:
     int packetsRead_ = 0;
     bool halted_ = false;
     ioReadMethod method_;
+
+protected:
+    /// The current packet, if it is known that every number in it is read as the bytes that lie
+    /// there: by the library's own reader of binary files of this machine's byte order, and not by
+    /// a class derived from it, which may override any operation. Otherwise null. It is the last
+    /// field, since the order of those above is fixed.
+    ioPacketFileBinaryBuffer* plainPacket_ = nullptr;
 };

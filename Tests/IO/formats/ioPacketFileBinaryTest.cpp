@@ -7,12 +7,87 @@
 #include <algorithm>
 #include <array>
 #include <climits>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
 #include "IO/formats/PacketFileSupport.h"
 
 using namespace packets;
+
+namespace {
+
+/// A context with ways of its own to read a head and a value.
+template<class Base>
+struct Overriding : Base {
+    using Base::Base;
+    int readUnbufferedInt(ioBufferedStreamInput& stream) override {
+        ++headNumbers;
+        return Base::readUnbufferedInt(stream);
+    }
+    unsigned int readUInt() override {
+        ++values;
+        return Base::readUInt();
+    }
+    static inline int headNumbers = 0, values = 0;
+};
+
+std::string readValues(ioClientReadContext& client) {
+    std::string values;
+    const auto note = [&](auto value) {
+        values.append(reinterpret_cast<const char*>(&value), sizeof value);
+    };
+    note(client.readBool()), note(client.readChar()), note(client.readUChar());
+    note(client.readShort()), note(client.readUShort()), note(client.readInt());
+    note(client.readUInt()), note(client.readInt64()), note(client.readUInt64());
+    note(client.readFloat()), note(client.readDouble());
+    return values;
+}
+
+/// What a program sees of a file: statuses, values, and what its progress hook is passed.
+using Seen = std::tuple<ioStatus, ioStreamStatus, std::string, std::vector<int>>;
+
+template<class Context>
+Seen readBy(const std::string& packets, int blockSize) {
+    static std::vector<int> totals;
+    totals.clear();
+    std::string values;
+    Input input(thingTypes + packets, blockSize);
+    input.stream.associateProgressFunction([](int total) { totals.push_back(total); });
+    Registry registry(true, {{"thing", [&](ioClientReadContext& client) {
+                                  values += readValues(client);
+                                  client.startSubPacket();
+                                  client.endSubPacket(); // goes to where the length points
+                                  values += readValues(client);
+                              }}});
+    Context context(input.stream);
+    context.associateRegistry(&registry);
+    const ioStatus status = ioClientReadContext(&context).readFile();
+    return {status, input.stream.getStatus(), values, totals};
+}
+
+/// Wherever the file ends, and whatever blocks it comes in. The values are 43 bytes; behind them
+/// stands a damaged length, and behind the second packet what the first has left.
+template<class Context>
+void expectTheSameOfAnOverridingContext(const Form& form) {
+    using Twin = Overriding<Context>;
+    std::string packets =
+        form.thing('\2' + randomData(42) + bytes("'.'7FFFFF7F")) + form.thing("five!") + form.end();
+    EXPECT_EQ(std::get<ioStatus>(readBy<Twin>(packets, 4096)), ioOK);
+    EXPECT_EQ(Twin::headNumbers, 9); // of three heads
+    EXPECT_EQ(Twin::values, 4);
+    for (; !packets.empty(); packets.pop_back())
+        for (const int blockSize : {1, 2, 3, 5, 8, 13, 4096})
+            EXPECT_EQ(readBy<Context>(packets, blockSize), readBy<Twin>(packets, blockSize))
+                << packets.size() << ' ' << blockSize;
+}
+
+} // namespace
+
+TEST(BinaryPackets, AreReadAsByAContextWhoseOperationsAreAllCalled) {
+    expectTheSameOfAnOverridingContext<ioReadContextBinarySameEndian>(forms[0]);
+    expectTheSameOfAnOverridingContext<ioReadContextBinarySwapped>(forms[1]);
+}
 
 TEST(BinaryPackets, TakeMemoryByWhatArrivesAndNotByWhatIsClaimed) {
     const auto peakMegabytes = [] {
@@ -30,10 +105,16 @@ TEST(BinaryPackets, TakeMemoryByWhatArrivesAndNotByWhatIsClaimed) {
 }
 
 TEST(BinaryPackets, ReadZerosWhereverDamagedLengthsLead) {
-    for (const char* length : {"FFFFFF7F", "00000080", "FFFFFFFF", "00000000"}) {
-        const std::string body = bytes(std::string("'.'") + length + "0102");
+    const char* const lengths[] = {"FFFFFF7F", "00000080", "FFFFFFFF", "00000000"};
+    for (int trial = 0; trial < 8; ++trial) {
+        const char* const length = lengths[trial / 2];
+        const Form& form = forms[trial % 2];
+        std::string number = bytes(length);
+        if (form.big)
+            std::reverse(number.begin(), number.end());
+        const std::string body = '.' + number + "\1\2";
         int packets = 0;
-        EXPECT_EQ(readFile(forms[0].file(forms[0].thing(body) + forms[0].thing(body)),
+        EXPECT_EQ(readFile(form.file(form.thing(body) + form.thing(body)),
                            [&](ioClientReadContext& client) {
                                ++packets;
                                client.startSubPacket();

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <deque>
 #include <new>
+#include <typeinfo>
 #include <utility>
 
 #include "Base/IO/ioBuffer.h"
@@ -33,10 +34,65 @@ char* allocate(int capacity, int slack) {
         std::calloc(static_cast<std::size_t>(capacity) + static_cast<std::size_t>(slack), 1));
 }
 
+/// The three numbers of a packet's head.
+struct Head {
+    int id, hasReference, length;
+};
+
+int numberAt(const char* bytes, bool swapped) {
+    std::uint32_t number;
+    std::memcpy(&number, bytes, sizeof number);
+    return static_cast<int>(swapped ? __builtin_bswap32(number) : number);
+}
+
+/// Whether the whole head lies in the stream's block, and nothing keeps the stream from reading it.
+bool holdsHead(ioBufferedStreamInput& stream) {
+    stream.promoteBufferStatus();
+    return stream.buffered().size() >= headSize && stream.getStatus() == streamOK;
+}
+
+/// Reads a head by the context's readUnbufferedInt(), which a derived class may override. That of
+/// the library's own contexts reads four bytes: where the block holds all twelve, they are taken
+/// from there at once.
+Head readHead(ioReadContext& context, ioBufferedStreamInput& stream) {
+    const std::type_info& type = typeid(context);
+    const bool sameEndian = type == typeid(ioReadContextBinarySameEndian);
+    if ((sameEndian || type == typeid(ioReadContextBinarySwapped)) && holdsHead(stream)) {
+        const char* const bytes = stream.buffered().data();
+        stream.skip(headSize);
+        return {numberAt(bytes, !sameEndian), numberAt(bytes + 4, !sameEndian),
+                numberAt(bytes + 8, !sameEndian)};
+    }
+    const int id = context.readUnbufferedInt(stream);
+    const int hasReference = context.readUnbufferedInt(stream);
+    return {id, hasReference, context.readUnbufferedInt(stream)};
+}
+
 } // namespace
 
-/// The innermost is the last. The nodes of a deque hold many, so that a packet allocates none.
-struct ioPacketFileBinaryBuffer::Frames : std::deque<ioSubPacket> {};
+/// The frame of the packet, or of the innermost sub-packet that is open in it, and those around it.
+/// It is all zero while no packet is open.
+struct ioPacketFileBinaryBuffer::Frames {
+    void push() {
+        if (open++ > 0)
+            keep();
+    }
+    void pop() {
+        innermost = {};
+        if (open > 0 && --open > 0)
+            restore();
+    }
+
+    [[gnu::noinline]] void keep() { around.push_back(std::exchange(innermost, {})); }
+    [[gnu::noinline]] void restore() {
+        innermost = around.back();
+        around.pop_back();
+    }
+
+    ioSubPacket innermost;
+    int open = 0;
+    std::deque<ioSubPacket> around;
+};
 
 ioPacketFileBinaryBuffer::ioPacketFileBinaryBuffer()
     : data_(nullptr), capacity_(initialCapacity), frames_(new Frames) {
@@ -60,12 +116,12 @@ void ioPacketFileBinaryBuffer::writePacketStart(ioWriteContext*, int hasReferenc
     writeHeadField(4, hasReference);
     writeHeadField(lengthPosition, 0);
     position_ = headSize;
-    frames_->emplace_back();
+    frames_->push();
 }
 
 void ioPacketFileBinaryBuffer::writePacketEnd(ioWriteContext* context,
                                               ioBufferedStreamOutput& stream) {
-    popFrame();
+    frames_->pop();
     writeHeadField(lengthPosition, position_ - headSize);
     if (isValid())
         stream.writeData(data_, position_);
@@ -78,21 +134,21 @@ void ioPacketFileBinaryBuffer::writeHeadField(int position, int value) {
 }
 
 void ioPacketFileBinaryBuffer::writeChunkStart(ioWriteContext* context) {
-    startMeasured(context, chunkMarker, frames_->back().chunkLengthPosition);
+    startMeasured(context, chunkMarker, frames_->innermost.chunkLengthPosition);
 }
 
 void ioPacketFileBinaryBuffer::writeChunkEnd(ioWriteContext* context) {
-    endMeasured(context, frames_->back().chunkLengthPosition);
+    endMeasured(context, frames_->innermost.chunkLengthPosition);
 }
 
 void ioPacketFileBinaryBuffer::writeSubPacketStart(ioWriteContext* context) {
-    startMeasured(context, subPacketMarker, frames_->back().subPacketLengthPosition);
-    frames_->emplace_back();
+    startMeasured(context, subPacketMarker, frames_->innermost.subPacketLengthPosition);
+    frames_->push();
 }
 
 void ioPacketFileBinaryBuffer::writeSubPacketEnd(ioWriteContext* context) {
-    popFrame();
-    endMeasured(context, frames_->back().subPacketLengthPosition);
+    frames_->pop();
+    endMeasured(context, frames_->innermost.subPacketLengthPosition);
 }
 
 /// The length goes through the context, which may add to it: it counts from there.
@@ -125,27 +181,27 @@ void ioPacketFileBinaryBuffer::writeBuffer(const char* bytes, unsigned long size
 
 int ioPacketFileBinaryBuffer::readPacketStart(ioReadContext* context,
                                               ioBufferedStreamInput& stream) {
-    const int id = context->readUnbufferedInt(stream);
-    const int hasReference = context->readUnbufferedInt(stream);
-    const int length = context->readUnbufferedInt(stream);
+    const Head head = readHead(*context, stream);
     setType(nullptr);
-    if (length < 0 || id < 0)
+    if (head.length < 0 || head.id < 0)
         return 0;
-    setType(context->lookupType(id));
-    if (!readBody(stream, length))
-        setType(nullptr);
+    setType(context->lookupType(head.id));
+    if (head.length > capacity_) [[unlikely]] {
+        if (!readLongBody(stream, head.length))
+            setType(nullptr);
+    } else if (head.length > 0) {
+        stream.readData(data_, head.length);
+    }
     position_ = 0;
-    frames_->emplace_back().end = length;
-    return hasReference;
+    frames_->push();
+    frames_->innermost.end = head.length;
+    return head.hasReference;
 }
 
-/// Reads in one piece what fits the array or is of modest length, and anything longer in pieces, so
-/// that memory grows with the bytes that arrive and not with the number that the file states.
-bool ioPacketFileBinaryBuffer::readBody(ioBufferedStreamInput& stream, int length) {
-    if (length > 0 && length <= capacity_) [[likely]] {
-        stream.readData(data_, length);
-        return true;
-    }
+/// Reads a body that exceeds the array in one piece if it is of modest length, and anything longer
+/// in pieces, so that memory grows with the bytes that arrive and not with the number that the file
+/// states.
+bool ioPacketFileBinaryBuffer::readLongBody(ioBufferedStreamInput& stream, int length) {
     int done = 0;
     int target = std::min(length, std::max(capacity_, trustedLength));
     while (done < length) {
@@ -160,15 +216,15 @@ bool ioPacketFileBinaryBuffer::readBody(ioBufferedStreamInput& stream, int lengt
 }
 
 std::int64_t ioPacketFileBinaryBuffer::packetSize() const {
-    return frames_->empty() ? 0 : std::int64_t{headSize} + frames_->back().end;
+    return frames_->open == 0 ? 0 : std::int64_t{headSize} + frames_->innermost.end;
 }
 
 void ioPacketFileBinaryBuffer::readPacketEnd(ioReadContext*) {
-    popFrame();
+    frames_->pop();
 }
 
 void ioPacketFileBinaryBuffer::readChunkStart(ioReadContext* context) {
-    ioSubPacket& frame = frames_->back();
+    ioSubPacket& frame = frames_->innermost;
     if (position_ >= frame.end) {
         position_ = frame.end;
         frame.validChunk = false;
@@ -179,23 +235,23 @@ void ioPacketFileBinaryBuffer::readChunkStart(ioReadContext* context) {
 }
 
 bool ioPacketFileBinaryBuffer::isValidChunk() {
-    return !frames_->empty() && frames_->back().validChunk;
+    return frames_->innermost.validChunk;
 }
 
 void ioPacketFileBinaryBuffer::readChunkEnd(ioReadContext*) {
     if (isValidChunk())
-        position_ = frames_->back().chunkEnd;
+        position_ = frames_->innermost.chunkEnd;
 }
 
 void ioPacketFileBinaryBuffer::readSubPacketStart(ioReadContext* context) {
-    ioSubPacket& frame = frames_->emplace_back();
-    frame.end = readMeasured(context);
+    frames_->push();
+    frames_->innermost.end = readMeasured(context);
 }
 
 void ioPacketFileBinaryBuffer::readSubPacketEnd(ioReadContext*) {
-    if (!frames_->empty())
-        position_ = frames_->back().end;
-    popFrame();
+    if (frames_->open > 0)
+        position_ = frames_->innermost.end;
+    frames_->pop();
 }
 
 /// Reads a marker, which is not looked at, and a length; returns the position at its end.
@@ -278,9 +334,4 @@ void ioPacketFileBinaryBuffer::putGrowing(std::uint64_t word, unsigned long size
     static_assert(std::endian::native ==
                   std::endian::little); // the value is the word's first bytes
     writeBuffer(reinterpret_cast<const char*>(&word), size);
-}
-
-void ioPacketFileBinaryBuffer::popFrame() {
-    if (!frames_->empty())
-        frames_->pop_back();
 }

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 
-#include <algorithm>
+#include <bit>
+#include <climits>
 #include <type_traits>
+#include <typeinfo>
 
 #include "Base/IO/ioPacketFileBinary.h"
 
@@ -27,15 +29,10 @@ using WordOf = std::conditional_t<sizeof(T) == 2, std::uint16_t,
 
 template<bool Swapped, class T>
 T readValue(ioPacketFileBinaryBuffer& buffer) {
-    T value;
-    auto* const bytes = reinterpret_cast<char*>(&value);
-    if constexpr (sizeof(T) == 2)
-        Swapped ? buffer.read2BytesSwapped(bytes) : buffer.read2Bytes(bytes);
-    else if constexpr (sizeof(T) == 4)
-        Swapped ? buffer.read4BytesSwapped(bytes) : buffer.read4Bytes(bytes);
-    else
-        Swapped ? buffer.read8BytesSwapped(bytes) : buffer.read8Bytes(bytes);
-    return value;
+    auto word = buffer.readNumber<WordOf<T>>();
+    if (Swapped)
+        swap(word);
+    return std::bit_cast<T>(word);
 }
 
 template<class T>
@@ -45,29 +42,24 @@ void readBytes(ioPacketFileBinaryBuffer& buffer, T* values, int count) {
                           static_cast<unsigned long>(count) * sizeof(T));
 }
 
-template<class T>
-void swapInPlace(T* values, int count) {
-    for (int i = 0; i < count; ++i) {
-        WordOf<T> word;
-        std::memcpy(&word, values + i, sizeof word);
-        swap(word);
-        std::memcpy(values + i, &word, sizeof word);
-    }
-}
-
-/// One copy of the whole or, where it must be swapped, piece by piece, so that each is swapped
-/// while it is in the cache.
+/// One copy of the whole, which swaps on its way where it must.
 template<bool Swapped, class T>
 void readArray(ioPacketFileBinaryBuffer& buffer, T* values, int count) {
-    if constexpr (!Swapped)
+    if (!Swapped || count <= 0)
         return readBytes(buffer, values, count);
-    constexpr int piece = 1024;
-    for (int done = 0; done < count; done += piece) {
-        const int n = std::min(count - done, piece);
-        readBytes(buffer, values + done, n);
-        swapInPlace(values + done, n);
-        if (n < piece)
-            break; // `done` must not overflow
+    const unsigned long size = static_cast<unsigned long>(count) * sizeof(T);
+    const int start = buffer.tellPos();
+    const char* from = size <= INT_MAX ? buffer.readBuffer(static_cast<int>(size)) : nullptr;
+    if (!from) { // it reaches out of the packet's memory
+        buffer.seekPos(start);
+        readBytes(buffer, values, count);
+        from = reinterpret_cast<const char*>(values);
+    }
+    for (int i = 0; i < count; ++i) {
+        WordOf<T> word;
+        std::memcpy(&word, from + static_cast<std::size_t>(i) * sizeof word, sizeof word);
+        swap(word);
+        std::memcpy(values + i, &word, sizeof word);
     }
 }
 
@@ -127,6 +119,7 @@ ioPacketFileBuffer* ioReadContextBinary::allocPacket() {
 
 void ioReadContextBinary::setPacket(ioPacketFileBuffer* packet) {
     buffer_ = static_cast<ioPacketFileBinaryBuffer*>(packet);
+    plainPacket_ = typeid(*this) == typeid(ioReadContextBinarySameEndian) ? buffer_ : nullptr;
 }
 
 // ioReadContextBinaryOrdered
