@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// What the peers of packet files share, binary and text: the rows `small_write` and `small_read`.
+/// What the peers of packet files share, binary and text: the rows `small_write` and `small_read`,
+/// in text also `short_write` and `short_read`, of records whose numbers are short.
 /// A peer is a Writer and a Reader, made from the path of a file, with put(const Rec&) and
 /// get(Rec&).
 
@@ -58,10 +59,13 @@ void eachField(Record& r, F&& f) {
     f(r.ref);
 }
 
+/// A workload's records, by their number.
+using Records = const std::vector<Rec>& (*)(size_t);
+
 template<class Writer>
-void writeRecords(const std::string& path) {
+void writeRecords(const std::string& path, Records records) {
     Writer writer(path);
-    for (const Rec& r : bench::recs(recordCount))
+    for (const Rec& r : records(recordCount))
         writer.put(r);
 }
 
@@ -80,21 +84,23 @@ double readRecords(const std::string& path) {
 }
 
 template<class Writer>
-void regWriting(const std::string& peer, const std::string& path) {
-    bench::reg("small_write/" + peer, [path](State& s) {
+void regWriting(const std::string& peer, const std::string& path,
+                const std::string& row = "small_write/", Records records = bench::recs) {
+    bench::reg(row + peer, [path, records](State& s) {
         for (auto _ : s)
-            writeRecords<Writer>(path);
+            writeRecords<Writer>(path, records);
         bench::items(s, recordCount);
     });
 }
 
 template<class Writer, class Reader>
-void regReading(const std::string& peer, const std::string& path) {
-    bench::reg("small_read/" + peer, [path](State& s) {
+void regReading(const std::string& peer, const std::string& path,
+                const std::string& row = "small_read/", Records records = bench::recs) {
+    bench::reg(row + peer, [path, records](State& s) {
         double expected = 0;
-        for (const Rec& r : bench::recs(recordCount))
+        for (const Rec& r : records(recordCount))
             expected += r.id + r.x;
-        writeRecords<Writer>(path);
+        writeRecords<Writer>(path, records);
         bench::require(std::abs(readRecords<Reader>(path) / expected - 1) < 1e-12,
                        "all records came back");
         for (auto _ : s)

@@ -2,6 +2,7 @@
 
 // Text packet files, and the conversion of numbers and formatting of strings beneath them.
 // small: 200,000 records of nine values as text packets, to and from one file (as in packets.cpp).
+// short: the same with short numbers in place of those that need all digits.
 // format_int: one million numbers into a slot. format_string: one message into a fresh string.
 
 #include "Base/Strings/zeStringCString.h"
@@ -16,18 +17,30 @@ constexpr size_t numberCount = 1000000;
 
 const bench::ScratchFile scratch("text");
 
-const bool registered = [] {
-    bench::reg("small_write/ours", [](State& s) {
+void regRecords(const std::string& workload, const std::vector<bench::Rec>& (*records)(size_t)) {
+    const auto write = [records] {
+        bench::writeFile<bench::RecordType>(
+            scratch.path, ioWriteAscii, [records](ioWriteContext& context, const auto* type) {
+                for (const bench::Rec& r : records(bench::recordCount))
+                    bench::RecordType::write(context, type, r);
+            });
+    };
+    bench::reg(workload + "_write/ours", [write](State& s) {
         for (auto _ : s)
-            bench::writeRecords(scratch.path, ioWriteAscii);
+            write();
         bench::items(s, bench::recordCount);
     });
-    bench::reg("small_read/ours", [](State& s) {
-        bench::writeRecords(scratch.path, ioWriteAscii);
+    bench::reg(workload + "_read/ours", [write](State& s) {
+        write();
         for (auto _ : s)
             bench::readRecords(scratch.path);
         bench::items(s, bench::recordCount);
     });
+}
+
+const bool registered = [] {
+    regRecords("small", bench::recs);
+    regRecords("short", bench::shortRecs);
     bench::reg("format_int/ours", [](State& s) {
         bench::Rng random(6);
         std::vector<int> numbers(numberCount);

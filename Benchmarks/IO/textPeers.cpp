@@ -197,16 +197,24 @@ void regMessage(const std::string& peer, Format format) {
     });
 }
 
-const bool registered = [] {
+/// The rows of records as lines of text.
+void regRecords(const std::string& workload, Records records) {
     const std::string& path = scratch.path;
-    regWriting<FprintfWriter>("fprintf", path);
-    regWriting<OstreamWriter>("ostream", path);
-    regWriting<FmtWriter>("fmt", path);
-    regWriting<ToCharsWriter>("limit_to_chars", path);
-    regReading<ToCharsWriter, IstreamReader>("istream", path);
-    regReading<ToCharsWriter, FscanfReader>("fscanf", path);
-    regReading<ToCharsWriter, LineReader<StrtolParser>>("strtol_strtod", path);
-    regReading<ToCharsWriter, LineReader<FromCharsParser>>("limit_from_chars", path);
+    const std::string write = workload + "_write/";
+    regWriting<FprintfWriter>("fprintf", path, write, records);
+    regWriting<OstreamWriter>("ostream", path, write, records);
+    regWriting<FmtWriter>("fmt", path, write, records);
+    regWriting<ToCharsWriter>("limit_to_chars", path, write, records);
+    const std::string read = workload + "_read/";
+    regReading<ToCharsWriter, IstreamReader>("istream", path, read, records);
+    regReading<ToCharsWriter, FscanfReader>("fscanf", path, read, records);
+    regReading<ToCharsWriter, LineReader<StrtolParser>>("strtol_strtod", path, read, records);
+    regReading<ToCharsWriter, LineReader<FromCharsParser>>("limit_from_chars", path, read, records);
+}
+
+const bool registered = [] {
+    regRecords("small", bench::recs);
+    regRecords("short", bench::shortRecs);
 
     static std::vector<int> ints(numberCount);
     bench::Rng random(6);

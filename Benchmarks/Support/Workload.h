@@ -85,6 +85,21 @@ inline const std::vector<Rec>& recs(size_t n) {
     return records;
 }
 
+/// The same with numbers as documents mostly hold them, of two or three decimal places.
+inline const std::vector<Rec>& shortRecs(size_t n) {
+    static std::vector<Rec> records;
+    if (records.size() == n)
+        return records;
+    records = recs(n);
+    for (Rec& r : records) {
+        r.x = std::round(r.x * 1000) / 1000;
+        r.y = std::round(r.y * 100) / 100;
+        r.z = std::round(r.z * 100) / 100;
+        r.w = std::round(r.w * 100) / 100;
+    }
+    return records;
+}
+
 inline std::vector<double> doubles(size_t n, uint64_t seed = 2) {
     Rng random(seed);
     std::vector<double> v(n);

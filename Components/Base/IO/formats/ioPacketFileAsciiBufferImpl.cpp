@@ -15,6 +15,7 @@
 #include <new>
 #include <string>
 
+#include "Base/IO/formats/ioDecimalTextImpl.h"
 #include "Base/IO/ioBuffer.h"
 #include "Base/IO/ioPacketType.h"
 #include "Base/IO/ioReadContext.h"
@@ -24,7 +25,6 @@ namespace {
 
 constexpr int initialCapacity = 50000;
 constexpr int longestInteger = 20; // of 64 bits
-constexpr int longestReal = 32;    // of 16 digits: a sign, a point, "e-308"
 
 constexpr std::string_view chunkStart = "\n  [ ";
 constexpr std::string_view chunkEnd = "] ";
@@ -173,14 +173,12 @@ void ioPacketFileAsciiBuffer::outputULong(unsigned long value) {
 }
 
 void ioPacketFileAsciiBuffer::outputReal(double value, int digits) {
-    if (!makeRoom(longestReal))
+    if (!makeRoom(ioDecimalText::room))
         return;
     if (decimalPoint_ && std::isfinite(value))
-        setCursor(std::to_chars(cursor(), cursor() + longestReal, value, std::chars_format::general,
-                                digits)
-                      .ptr);
+        setCursor(ioDecimalText::write(cursor(), value, digits));
     else
-        position_ += std::snprintf(cursor(), longestReal, "%.*g", digits, value);
+        position_ += std::snprintf(cursor(), ioDecimalText::room, "%.*g", digits, value);
 }
 
 void ioPacketFileAsciiBuffer::outputEscaped(char byte) {
