@@ -128,6 +128,51 @@ char* put(char* at, Decimal decimal) {
     return at + 4;
 }
 
+// Reading
+
+/// The powers of ten that a double holds exactly, as far as a number of 19 digits needs them.
+constexpr auto powersOfTen = [] {
+    std::array<double, 20> powers{1};
+    for (std::size_t i = 1; i < powers.size(); ++i)
+        powers[i] = 10 * powers[i - 1];
+    return powers;
+}();
+static_assert(powersOfTen.back() == 1e19);
+
+/// Reads a number as it mostly stands: a minus sign or none, up to 19 digits with a point or none,
+/// and a blank. Null for others, and where the digits are more than 53 bits.
+///
+/// Those bits and the power of ten are exact, so that their quotient is rounded once, to the double
+/// next to the number: the one that strtod() gives.
+const char* readCommon(const char* at, double& value) {
+    const bool negative = *at == '-';
+    const char* const start = at + negative;
+    std::uint64_t number = 0;
+    const char* end = ioDecimalText::readDigits(start, number);
+    auto digits = end - start;
+    decltype(digits) places = 0;
+    if (*end == '.') {
+        const char* const fraction = end + 1;
+        end = ioDecimalText::readDigits(fraction, number);
+        places = end - fraction;
+        digits += places;
+    }
+    if (*end != ' ' || digits < 1 || digits > 19 || number > std::uint64_t{1} << 53)
+        return nullptr;
+    const double size = static_cast<double>(number) / powersOfTen[static_cast<std::size_t>(places)];
+    value = negative ? -size : size;
+    return end;
+}
+
+/// Whether from_chars() reads the terminated text as strtod() does: no white space, no plus sign,
+/// nothing hexadecimal, no "inf" or "nan".
+bool isPlain(const char* text) {
+    text += *text == '-';
+    if ((*text < '0' || *text > '9') && *text != '.')
+        return false;
+    return *text != '0' || (text[1] != 'x' && text[1] != 'X');
+}
+
 } // namespace
 
 char* ioDecimalText::write(char* at, double value, int digits) {
@@ -141,4 +186,13 @@ char* ioDecimalText::write(char* at, double value, int digits) {
         return at + 1;
     }
     return std::to_chars(at, at + room - 1, value, std::chars_format::general, digits).ptr;
+}
+
+const char* ioDecimalText::read(const char* at, const char* end, double& value) {
+    if (const char* next = readCommon(at, value))
+        return next;
+    if (!isPlain(at))
+        return nullptr;
+    const auto [next, error] = std::from_chars(at, end, value);
+    return error == std::errc() ? next : nullptr;
 }

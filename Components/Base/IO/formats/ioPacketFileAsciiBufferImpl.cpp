@@ -48,17 +48,12 @@ char* putEscaped(char* at, char byte) {
     return at + 1;
 }
 
-bool isDigit(char byte) {
-    return byte >= '0' && byte <= '9';
-}
-
 /// Reads one to 18 digits, which cannot overflow, and returns their end; null where there are none,
 /// or more: those, and everything else, are the C library's.
-const char* readDigits(const char* at, std::uint64_t& value) {
-    const char* const start = at;
-    for (value = 0; isDigit(*at); ++at)
-        value = 10 * value + static_cast<std::uint64_t>(*at - '0');
-    return at != start && at - start <= 18 ? at : nullptr;
+const char* readNatural(const char* at, std::uint64_t& value) {
+    value = 0;
+    const char* const end = ioDecimalText::readDigits(at, value);
+    return end != at && end - at <= 18 ? end : nullptr;
 }
 
 /// Whether numbers are written with "." now. Then the fast conversions, which know no locale, give
@@ -66,15 +61,6 @@ const char* readDigits(const char* at, std::uint64_t& value) {
 bool localeHasPoint() {
     const char* point = nl_langinfo(RADIXCHAR);
     return point[0] == '.' && point[1] == 0;
-}
-
-/// Whether from_chars() reads the terminated text as strtod() does: no white space, no plus sign,
-/// nothing hexadecimal, no "inf" or "nan".
-bool isPlainReal(const char* text) {
-    text += *text == '-';
-    if (!isDigit(*text) && *text != '.')
-        return false;
-    return *text != '0' || (text[1] != 'x' && text[1] != 'X');
 }
 
 /// What a block of the file holds of the packet that is being read.
@@ -231,7 +217,7 @@ int ioPacketFileAsciiBuffer::readFoundPacket(ioReadContext* context,
     if (!readText(stream) || stream.getStatus() != streamOK)
         return 0;
     decimalPoint_ = localeHasPoint();
-    while (startsWith(" ") || startsWith("\n"))
+    while (*cursor() == ' ' || *cursor() == '\n')
         ++position_;
     const int id = static_cast<int>(readLong());
     const int hasReference = static_cast<int>(readLong());
@@ -356,7 +342,7 @@ long ioPacketFileAsciiBuffer::readLong() {
     const char* text = cursor();
     const bool negative = *text == '-';
     std::uint64_t digits;
-    if (const char* end = readDigits(text + negative, digits)) {
+    if (const char* end = readNatural(text + negative, digits)) {
         advanceFrom(end);
         const auto value = static_cast<long>(digits);
         return negative ? -value : value;
@@ -370,7 +356,7 @@ unsigned long ioPacketFileAsciiBuffer::readULong() {
         return 0;
     const char* text = cursor();
     std::uint64_t digits;
-    if (const char* end = readDigits(text, digits)) {
+    if (const char* end = readNatural(text, digits)) {
         advanceFrom(end);
         return digits;
     }
@@ -382,25 +368,19 @@ double ioPacketFileAsciiBuffer::readReal() {
     if (position_ > last_)
         return 0;
     const char* text = cursor();
-    if (decimalPoint_ && isPlainReal(text)) {
-        double value;
-        const auto [end, error] = std::from_chars(text, text_.get() + length_, value);
-        if (error == std::errc()) {
-            advanceFrom(end);
-            return value;
-        }
+    double value;
+    const char* end =
+        decimalPoint_ ? ioDecimalText::read(text, text_.get() + length_ - 1, value) : nullptr;
+    if (!end) {
+        end = text;
+        value = std::strtod(text, nullptr);
     }
-    advanceFrom(text);
-    return std::strtod(text, nullptr);
+    advanceFrom(end);
+    return value;
 }
 
-/// Goes behind the first blank from `at` on, which lies in the packet.
-void ioPacketFileAsciiBuffer::advanceFrom(const char* at) {
-    setCursor(at);
-    if (*at == ' ') [[likely]] {
-        ++position_;
-        return;
-    }
+/// Goes behind the next blank, or behind the packet.
+void ioPacketFileAsciiBuffer::findBlank() {
     const std::string_view text = rest();
     moveBehind(static_cast<int>(std::min(text.find(' '), text.size()) + 1));
 }
@@ -418,7 +398,8 @@ char ioPacketFileAsciiBuffer::readEscaped() {
 }
 
 const char* ioPacketFileAsciiBuffer::readQuoted() {
-    static thread_local std::string result;
+    static thread_local std::string kept;
+    std::string& result = kept; // which of the threads' is looked up once
     result.clear();
     std::string_view text = rest();
     moveBehind(INT_MAX); // unless the string is complete

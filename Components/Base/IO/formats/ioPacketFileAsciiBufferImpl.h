@@ -71,7 +71,14 @@ public:
 
 private:
     bool readText(ioBufferedStreamInput& stream);
-    void advanceFrom(const char* at);
+    /// Goes behind the first blank from `at` on, which lies in the packet.
+    void advanceFrom(const char* at) {
+        const bool blank = *at == ' ';
+        setCursor(at + blank);
+        if (!blank) [[unlikely]]
+            findBlank();
+    }
+    void findBlank();
     void moveBehind(int size);
 
     /// The rest of the packet that is being read; empty behind its end.
