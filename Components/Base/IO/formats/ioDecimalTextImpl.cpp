@@ -139,12 +139,38 @@ constexpr auto powersOfTen = [] {
 }();
 static_assert(powersOfTen.back() == 1e19);
 
+/// Whether eight bytes are digits: each has 3 as its upper half, also with 6 added.
+constexpr bool areDigits(std::uint64_t bytes) {
+    constexpr std::uint64_t upper = 0xf0f0f0f0f0f0f0f0;
+    constexpr std::uint64_t threes = 0x3030303030303030;
+    return (bytes & upper) == threes && ((bytes + 0x0606060606060606) & upper) == threes;
+}
+
+/// The way back from digitBytes(): eight numbers of one digit become four of two, two of four, one.
+constexpr std::uint64_t numberOf(std::uint64_t digits) {
+    const std::uint64_t tens = (digits * 10 + (digits >> 8)) & 0xff00ff00ff00ff;
+    const std::uint64_t thousands = (tens * 100 + (tens >> 16)) & 0xffff0000ffff;
+    return (thousands * 10000 + (thousands >> 32)) & 0xffffffff;
+}
+static_assert(numberOf(digitBytes(12345678)) == 12345678);
+
+/// Appends the digits from `at` on to `number`, eight at once while there are as many bytes.
+const char* readManyDigits(const char* at, const char* end, std::uint64_t& number) {
+    for (std::uint64_t bytes; end - at >= 8; at += sizeof bytes) {
+        std::memcpy(&bytes, at, sizeof bytes);
+        if (!areDigits(bytes))
+            break;
+        number = tenTo8 * number + numberOf(bytes & 0x0f0f0f0f0f0f0f0f);
+    }
+    return ioDecimalText::readDigits(at, number);
+}
+
 /// Reads a number as it mostly stands: a minus sign or none, up to 19 digits with a point or none,
 /// and a blank. Null for others, and where the digits are more than 53 bits.
 ///
 /// Those bits and the power of ten are exact, so that their quotient is rounded once, to the double
 /// next to the number: the one that strtod() gives.
-const char* readCommon(const char* at, double& value) {
+const char* readCommon(const char* at, const char* limit, double& value) {
     const bool negative = *at == '-';
     const char* const start = at + negative;
     std::uint64_t number = 0;
@@ -153,7 +179,7 @@ const char* readCommon(const char* at, double& value) {
     decltype(digits) places = 0;
     if (*end == '.') {
         const char* const fraction = end + 1;
-        end = ioDecimalText::readDigits(fraction, number);
+        end = readManyDigits(fraction, limit, number);
         places = end - fraction;
         digits += places;
     }
@@ -189,7 +215,7 @@ char* ioDecimalText::write(char* at, double value, int digits) {
 }
 
 const char* ioDecimalText::read(const char* at, const char* end, double& value) {
-    if (const char* next = readCommon(at, value))
+    if (const char* next = readCommon(at, end, value))
         return next;
     if (!isPlain(at))
         return nullptr;

@@ -401,23 +401,23 @@ const char* ioPacketFileAsciiBuffer::readQuoted() {
     static thread_local std::string kept;
     std::string& result = kept; // which of the threads' is looked up once
     result.clear();
-    std::string_view text = rest();
-    moveBehind(INT_MAX); // unless the string is complete
-    text.remove_prefix(std::min(text.find('"'), text.size()));
-    if (text.empty())
-        return nullptr;
-    for (std::size_t at = 1; at < text.size(); ++at) {
-        const std::size_t start = at;
-        while (at < text.size() && text[at] != '"' && text[at] != '\\')
+    const char* at = cursor();
+    const char* const end = text_.get() + last_ + 1;
+    setCursor(end); // unless the string is complete
+    while (at < end && *at != '"')
+        ++at;
+    while (++at < end) {
+        const char* const start = at;
+        while (at < end && *at != '"' && *at != '\\')
             ++at;
-        result.append(text, start, at - start);
-        if (text.substr(at, 1) == "\"") {
-            setCursor(text.data() + at);
+        result.append(start, static_cast<std::size_t>(at - start));
+        if (at < end && *at == '"') {
+            setCursor(at);
             moveBehind(2); // the quote and the blank
             return result.c_str();
         }
-        if (++at < text.size()) // behind a backslash
-            result += text[at];
+        if (++at < end) // behind a backslash
+            result += *at;
     }
     return nullptr;
 }
