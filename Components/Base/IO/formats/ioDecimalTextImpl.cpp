@@ -128,8 +128,6 @@ char* put(char* at, Decimal decimal) {
     return at + 4;
 }
 
-// Reading
-
 /// The powers of ten that a double holds exactly, as far as a number of 19 digits needs them.
 constexpr auto powersOfTen = [] {
     std::array<double, 20> powers{1};
@@ -138,66 +136,6 @@ constexpr auto powersOfTen = [] {
     return powers;
 }();
 static_assert(powersOfTen.back() == 1e19);
-
-/// Whether eight bytes are digits: each has 3 as its upper half, also with 6 added.
-constexpr bool areDigits(std::uint64_t bytes) {
-    constexpr std::uint64_t upper = 0xf0f0f0f0f0f0f0f0;
-    constexpr std::uint64_t threes = 0x3030303030303030;
-    return (bytes & upper) == threes && ((bytes + 0x0606060606060606) & upper) == threes;
-}
-
-/// The way back from digitBytes(): eight numbers of one digit become four of two, two of four, one.
-constexpr std::uint64_t numberOf(std::uint64_t digits) {
-    const std::uint64_t tens = (digits * 10 + (digits >> 8)) & 0xff00ff00ff00ff;
-    const std::uint64_t thousands = (tens * 100 + (tens >> 16)) & 0xffff0000ffff;
-    return (thousands * 10000 + (thousands >> 32)) & 0xffffffff;
-}
-static_assert(numberOf(digitBytes(12345678)) == 12345678);
-
-/// Appends the digits from `at` on to `number`, eight at once while there are as many bytes.
-const char* readManyDigits(const char* at, const char* end, std::uint64_t& number) {
-    for (std::uint64_t bytes; end - at >= 8; at += sizeof bytes) {
-        std::memcpy(&bytes, at, sizeof bytes);
-        if (!areDigits(bytes))
-            break;
-        number = tenTo8 * number + numberOf(bytes & 0x0f0f0f0f0f0f0f0f);
-    }
-    return ioDecimalText::readDigits(at, number);
-}
-
-/// Reads a number as it mostly stands: a minus sign or none, up to 19 digits with a point or none,
-/// and a blank. Null for others, and where the digits are more than 53 bits.
-///
-/// Those bits and the power of ten are exact, so that their quotient is rounded once, to the double
-/// next to the number: the one that strtod() gives.
-const char* readCommon(const char* at, const char* limit, double& value) {
-    const bool negative = *at == '-';
-    const char* const start = at + negative;
-    std::uint64_t number = 0;
-    const char* end = ioDecimalText::readDigits(start, number);
-    auto digits = end - start;
-    decltype(digits) places = 0;
-    if (*end == '.') {
-        const char* const fraction = end + 1;
-        end = readManyDigits(fraction, limit, number);
-        places = end - fraction;
-        digits += places;
-    }
-    if (*end != ' ' || digits < 1 || digits > 19 || number > std::uint64_t{1} << 53)
-        return nullptr;
-    const double size = static_cast<double>(number) / powersOfTen[static_cast<std::size_t>(places)];
-    value = negative ? -size : size;
-    return end;
-}
-
-/// Whether from_chars() reads the terminated text as strtod() does: no white space, no plus sign,
-/// nothing hexadecimal, no "inf" or "nan".
-bool isPlain(const char* text) {
-    text += *text == '-';
-    if ((*text < '0' || *text > '9') && *text != '.')
-        return false;
-    return *text != '0' || (text[1] != 'x' && text[1] != 'X');
-}
 
 } // namespace
 
@@ -214,11 +152,24 @@ char* ioDecimalText::write(char* at, double value, int digits) {
     return std::to_chars(at, at + room - 1, value, std::chars_format::general, digits).ptr;
 }
 
-const char* ioDecimalText::read(const char* at, const char* end, double& value) {
-    if (const char* next = readCommon(at, end, value))
-        return next;
-    if (!isPlain(at))
+// The digits and the power of ten are exact, so that their quotient is rounded once, to the double
+// next to the number: the one that strtod() gives.
+const char* ioDecimalText::read(const char* at, double& value) {
+    const bool negative = *at == '-';
+    const char* const start = at + negative;
+    std::uint64_t number = 0;
+    const char* end = readDigits(start, number);
+    auto digits = end - start;
+    decltype(digits) places = 0;
+    if (*end == '.') {
+        const char* const fraction = end + 1;
+        end = readDigits(fraction, number);
+        places = end - fraction;
+        digits += places;
+    }
+    if (*end != ' ' || digits < 1 || digits > 19 || number > std::uint64_t{1} << 53)
         return nullptr;
-    const auto [next, error] = std::from_chars(at, end, value);
-    return error == std::errc() ? next : nullptr;
+    const double size = static_cast<double>(number) / powersOfTen[static_cast<std::size_t>(places)];
+    value = negative ? -size : size;
+    return end;
 }

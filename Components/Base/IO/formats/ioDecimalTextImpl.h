@@ -20,14 +20,14 @@ char* write(char* at, double value, int digits);
 /// Appends the digits at `at` to `number`, which may overflow with the twentieth; returns their
 /// end.
 inline const char* readDigits(const char* at, std::uint64_t& number) {
-    for (; *at >= '0' && *at <= '9'; ++at)
-        number = 10 * number + static_cast<std::uint64_t>(*at - '0');
+    for (unsigned digit; (digit = static_cast<unsigned>(*at) - '0') <= 9; ++at)
+        number = 10 * number + digit;
     return at;
 }
 
-/// Reads the value that strtod() gives for the text from `at` to `end`, behind which stands a 0.
-/// Returns the end of the number; null for what is left to strtod(): white space, a plus sign,
-/// hexadecimal numbers, "inf" and "nan", what is no number, and what is out of range.
-const char* read(const char* at, const char* end, double& value);
+/// Reads a number as it mostly stands, to the value of strtod(): a minus sign or none, up to 19
+/// digits with a point or none, and a blank. Returns the place of the blank; null for other texts,
+/// and where the digits need more than 53 bits.
+const char* read(const char* at, double& value);
 
 } // namespace ioDecimalText

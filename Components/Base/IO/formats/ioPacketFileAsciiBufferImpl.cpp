@@ -63,6 +63,22 @@ bool localeHasPoint() {
     return point[0] == '.' && point[1] == 0;
 }
 
+/// Whether from_chars() reads the terminated text as strtod() does: no white space, no plus sign,
+/// nothing hexadecimal, no "inf" or "nan".
+bool isPlainReal(const char* text) {
+    text += *text == '-';
+    if ((*text < '0' || *text > '9') && *text != '.')
+        return false;
+    return *text != '0' || (text[1] != 'x' && text[1] != 'X');
+}
+
+/// The string that was read last. Not inlined: each mention there would be a call that looks for
+/// the thread's own.
+[[gnu::noinline]] std::string& quotedText() {
+    static thread_local std::string text;
+    return text;
+}
+
 /// What a block of the file holds of the packet that is being read.
 struct PacketPart {
     std::size_t size = 0; // with the right brace
@@ -367,16 +383,29 @@ unsigned long ioPacketFileAsciiBuffer::readULong() {
 double ioPacketFileAsciiBuffer::readReal() {
     if (position_ > last_)
         return 0;
-    const char* text = cursor();
-    double value;
-    const char* end =
-        decimalPoint_ ? ioDecimalText::read(text, text_.get() + length_ - 1, value) : nullptr;
-    if (!end) {
-        end = text;
-        value = std::strtod(text, nullptr);
+    if (decimalPoint_) {
+        double value;
+        if (const char* end = ioDecimalText::read(cursor(), value)) {
+            advanceFrom(end);
+            return value;
+        }
     }
-    advanceFrom(end);
-    return value;
+    return readOtherReal();
+}
+
+/// What is not in the common form, or follows the locale.
+double ioPacketFileAsciiBuffer::readOtherReal() {
+    const char* text = cursor();
+    if (decimalPoint_ && isPlainReal(text)) {
+        double value;
+        const auto [end, error] = std::from_chars(text, text_.get() + length_, value);
+        if (error == std::errc()) {
+            advanceFrom(end);
+            return value;
+        }
+    }
+    advanceFrom(text);
+    return std::strtod(text, nullptr);
 }
 
 /// Goes behind the next blank, or behind the packet.
@@ -398,8 +427,7 @@ char ioPacketFileAsciiBuffer::readEscaped() {
 }
 
 const char* ioPacketFileAsciiBuffer::readQuoted() {
-    static thread_local std::string kept;
-    std::string& result = kept; // which of the threads' is looked up once
+    std::string& result = quotedText();
     result.clear();
     const char* at = cursor();
     const char* const end = text_.get() + last_ + 1;

@@ -79,6 +79,7 @@ private:
             findBlank();
     }
     void findBlank();
+    double readOtherReal();
     void moveBehind(int size);
 
     /// The rest of the packet that is being read; empty behind its end.
