@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 /// @file
-/// Numbers as printf writes them, to compare ioDecimalText with.
+/// Numbers as printf writes and strtod reads them, to compare ioDecimalText with.
 
 #pragma once
 
@@ -9,7 +9,9 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <random>
+#include <string>
 #include <string_view>
 
 #include <gtest/gtest.h>
@@ -18,6 +20,19 @@
 
 namespace decimals {
 
+/// A text with a blank at its end. False if it is left to strtod.
+inline bool expectAsStrtod(const std::string& text) {
+    double value;
+    const char* const end = ioDecimalText::read(text.c_str(), value);
+    if (!end)
+        return false;
+    EXPECT_EQ(end, text.c_str() + text.size() - 1) << text;
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(value),
+              std::bit_cast<std::uint64_t>(std::strtod(text.c_str(), nullptr)))
+        << text;
+    return true;
+}
+
 inline void expectAsPrintf(double value) {
     for (const int digits : {7, 16}) {
         char expected[64];
@@ -25,7 +40,16 @@ inline void expectAsPrintf(double value) {
         char text[ioDecimalText::room];
         const char* const end = ioDecimalText::write(text, value, digits);
         ASSERT_EQ(std::string_view(text, static_cast<std::size_t>(end - text)), expected);
+        expectAsStrtod(expected + std::string(" "));
     }
+}
+
+/// Up to 20 digits, with or without a minus sign and a point.
+inline std::string decimal(std::mt19937_64& random) {
+    std::string text = std::to_string(random() >> random() % 64);
+    if (const std::size_t point = random() % 40; point <= text.size())
+        text.insert(point, ".");
+    return (random() % 2 ? "-" : "") + text + ' ';
 }
 
 /// A number half-way between two of `digits` digits: odd / 2^places has the decimal digits of
@@ -38,9 +62,10 @@ inline double tie(std::mt19937_64& random, int digits) {
 }
 
 /// Any bits; the usual magnitudes; ties; and what documents mostly hold.
-inline void expectRandomAsPrintf(int rounds, unsigned seed) {
+inline void expectRandomNumbers(int rounds, unsigned seed) {
     std::mt19937_64 random(seed);
-    for (int i = 0; i < rounds && !testing::Test::HasFatalFailure(); ++i) {
+    int read = 0;
+    for (int i = 0; i < rounds && !testing::Test::HasFailure(); ++i) {
         const auto any = std::bit_cast<double>(random());
         expectAsPrintf(std::isfinite(any) ? any : 0);
         expectAsPrintf(
@@ -48,7 +73,9 @@ inline void expectRandomAsPrintf(int rounds, unsigned seed) {
         expectAsPrintf(tie(random, random() % 2 ? 16 : 7));
         const auto number = static_cast<double>(random() % 100'000'000 >> random() % 20);
         expectAsPrintf(-number / std::pow(10, random() % 9));
+        read += expectAsStrtod(decimal(random));
     }
+    EXPECT_GT(read, rounds / 2);
 }
 
 } // namespace decimals

@@ -356,13 +356,16 @@ long ioPacketFileAsciiBuffer::readLong() {
     if (position_ > last_)
         return 0;
     const char* text = cursor();
-    const bool negative = *text == '-';
     std::uint64_t digits;
-    if (const char* end = readNatural(text + negative, digits)) {
+    if (const char* end = readNatural(text, digits)) {
         advanceFrom(end);
-        const auto value = static_cast<long>(digits);
-        return negative ? -value : value;
+        return static_cast<long>(digits);
     }
+    if (*text == '-')
+        if (const char* end = readNatural(text + 1, digits)) {
+            advanceFrom(end);
+            return -static_cast<long>(digits);
+        }
     advanceFrom(text);
     return std::strtol(text, nullptr, 10);
 }
@@ -386,7 +389,7 @@ double ioPacketFileAsciiBuffer::readReal() {
     if (decimalPoint_) {
         double value;
         if (const char* end = ioDecimalText::read(cursor(), value)) {
-            advanceFrom(end);
+            setCursor(end + 1);
             return value;
         }
     }
@@ -408,8 +411,8 @@ double ioPacketFileAsciiBuffer::readOtherReal() {
     return std::strtod(text, nullptr);
 }
 
-/// Goes behind the next blank, or behind the packet.
-void ioPacketFileAsciiBuffer::findBlank() {
+void ioPacketFileAsciiBuffer::advanceToBlank(const char* at) {
+    setCursor(at);
     const std::string_view text = rest();
     moveBehind(static_cast<int>(std::min(text.find(' '), text.size()) + 1));
 }

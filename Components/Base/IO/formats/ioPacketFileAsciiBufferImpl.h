@@ -73,12 +73,12 @@ private:
     bool readText(ioBufferedStreamInput& stream);
     /// Goes behind the first blank from `at` on, which lies in the packet.
     void advanceFrom(const char* at) {
-        const bool blank = *at == ' ';
-        setCursor(at + blank);
-        if (!blank) [[unlikely]]
-            findBlank();
+        if (*at == ' ') [[likely]]
+            setCursor(at + 1);
+        else
+            advanceToBlank(at);
     }
-    void findBlank();
+    void advanceToBlank(const char* at);
     double readOtherReal();
     void moveBehind(int size);
 
