@@ -6,11 +6,14 @@
 #include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
-// Numbers of the usual magnitudes are scaled exactly, in 128 bits, and rounded once, which takes
-// the same time for short ones and for those that need all digits. to_chars() writes the others.
+// Writing: numbers of the usual magnitudes are scaled exactly, in 128 bits, and rounded once; short
+// ones take as long as those that need all digits. to_chars() writes the others.
+// Reading: one division of exact operands.
 
 namespace {
 
@@ -26,7 +29,7 @@ constexpr double lowest = 0x1p-56; // 1.4e-17
 constexpr double highest7 = 0x1p23;
 constexpr double highest16 = 0x1p49; // 5.6e14
 
-/// 5 to the power of 0 to 32. No product with the 53 bits of a double overflows.
+/// 5 to the power of 0 to 32. A product with the 53 bits of a double is at most 0.62 of 2^128.
 constexpr auto powersOfFive = [] {
     std::array<Wide, 33> powers{1};
     for (std::size_t i = 1; i < powers.size(); ++i)
@@ -44,8 +47,8 @@ struct Decimal {
 /// Rounds a value of those above to 7 or 16 digits, a tie to the even digit, as printf does.
 ///
 /// With value = mantissa * 2^(binary - 52), value * 10^power = mantissa * 5^power / 2^shift. The
-/// product is exact, so that the shift is the only rounding. By the limits above power is at most
-/// 32 and at least 0 (with 16 digits 1), and shift at least 3.
+/// product is exact, so that the shift is the only rounding. Within the limits above, power is at
+/// least 0 (with 16 digits 1) and at most 32, and shift from 3 to 85.
 Decimal rounded(double value, int digits) {
     constexpr std::uint64_t hiddenBit = std::uint64_t{1} << 52;
     const auto bits = std::bit_cast<std::uint64_t>(value);
@@ -112,7 +115,7 @@ char* put(char* at, Decimal decimal) {
         return at + (length > before ? length + 1 : before);
     }
     if (exponent >= -4) {
-        std::memcpy(at, "0.000", 5);
+        std::string_view("0.000").copy(at, 5);
         at += 1 - exponent;
         store(at, text);
         return at + length;
@@ -152,15 +155,15 @@ char* ioDecimalText::write(char* at, double value, int digits) {
     return std::to_chars(at, at + room - 1, value, std::chars_format::general, digits).ptr;
 }
 
-// The digits and the power of ten are exact, so that their quotient is rounded once, to the double
-// next to the number: the one that strtod() gives.
+// 19 digits fit into 64 bits. Of those, at most 53 bits are exact as a double, and so is the power
+// of ten: their quotient is rounded once, to the double next to the number, as by strtod().
 const char* ioDecimalText::read(const char* at, double& value) {
     const bool negative = *at == '-';
     const char* const start = at + negative;
     std::uint64_t number = 0;
     const char* end = readDigits(start, number);
-    auto digits = end - start;
-    decltype(digits) places = 0;
+    std::ptrdiff_t digits = end - start;
+    std::ptrdiff_t places = 0;
     if (*end == '.') {
         const char* const fraction = end + 1;
         end = readDigits(fraction, number);

@@ -25,9 +25,9 @@ inline const char* readDigits(const char* at, std::uint64_t& number) {
     return at;
 }
 
-/// Reads a number as it mostly stands, to the value of strtod(): a minus sign or none, up to 19
-/// digits with a point or none, and a blank. Returns the place of the blank; null for other texts,
-/// and where the digits need more than 53 bits.
+/// Reads a number in the common form, to the value of strtod(): a minus sign or none, up to 19
+/// digits with or without a point, and a blank. Returns the place of the blank; null for other
+/// texts, which are terminated, and where the digits need more than 53 bits.
 const char* read(const char* at, double& value);
 
 } // namespace ioDecimalText

@@ -72,8 +72,8 @@ bool isPlainReal(const char* text) {
     return *text != '0' || (text[1] != 'x' && text[1] != 'X');
 }
 
-/// The string that was read last. Not inlined: each mention there would be a call that looks for
-/// the thread's own.
+/// The string that was read last on this thread. Not inlined: GCC would look for the thread's own
+/// at each use, by a call.
 [[gnu::noinline]] std::string& quotedText() {
     static thread_local std::string text;
     return text;
