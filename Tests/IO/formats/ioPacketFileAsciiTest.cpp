@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
-#include <random>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -30,7 +29,8 @@ ioStatus readThing(const std::string& elements, const Read& read, int blockSize 
     return readFile(file("{ 2 0 " + elements + "}\n" + textEnd), read, nullptr, blockSize);
 }
 
-// Numbers: the same text as printf, the same values as strtod, strtol and strtoul.
+// Numbers: the same text as printf, the same values as strtod, strtol and strtoul. See also
+// ioDecimalTextTest.cpp.
 
 std::string printed(const char* format, double value) {
     char text[64];
@@ -158,14 +158,6 @@ TEST(TextPackets, FindPacketsAmongOtherText) {
 
 TEST(TextNumbers, AreThoseOfTheCLibrary) {
     expectNumbersAsTheCLibrary(edgeValues());
-    std::mt19937_64 random(1);
-    for (int round = 0; round < 100; ++round) {
-        std::vector<double> values(1000);
-        for (double& value : values) // any bits, and what programs write
-            value = random() % 2 ? std::bit_cast<double>(random())
-                                 : static_cast<double>(random() % 2000000) / 1000 - 1000;
-        expectNumbersAsTheCLibrary(values);
-    }
 }
 
 TEST(TextNumbers, ReadWhateverStandsThereAsTheCLibraryDoes) {
