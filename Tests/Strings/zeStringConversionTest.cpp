@@ -78,8 +78,16 @@ bool agrees(auto convert, const std::basic_string<From>& source,
     bool ok = !expected;
     const unsigned int count = convert(source.data(), size, nullptr, 0, &countOk);
     const unsigned int n = convert(source.data(), size, dest.data(), size * 6 + 1, &ok);
-    return count == text.size() && n == count && dest.compare(0, n, text) == 0 &&
-           ok == expected.has_value() && countOk == ok;
+    if (count != text.size() || n != count || dest.compare(0, n, text) != 0 ||
+        ok != expected.has_value() || countOk != ok)
+        return false;
+    if (!ok || n == 0)
+        return true;
+    // Nothing is written behind the result, and no more room is needed than it takes.
+    std::basic_string<To> exact(n + 16, '#');
+    return dest[n] == To('#') && convert(source.data(), size, exact.data(), n, &ok) == n && ok &&
+           exact == text + std::basic_string<To>(16, '#') &&
+           convert(source.data(), size, exact.data(), n - 1, &ok) != n && !ok;
 }
 
 /// Both in the "C" locale.

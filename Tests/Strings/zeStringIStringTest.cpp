@@ -124,13 +124,21 @@ TEST(IString, GivesNarrowText) {
         {{L'a', 0, L'b'}, EncodingMultibyte, true, "a"},
         {{L'a', 0, L'b'}, EncodingUTF8, true, std::string("a\0b", 3)},
         {{0, L'b'}, EncodingMultibyte, false, ""},
+        // Long texts of which only the last character is not regular.
+        {std::wstring(600, L'\u00F6') + wchar_t(0xD800), EncodingUTF8, false, ""},
+        {std::wstring(600, L'\u00F6') + wchar_t(0x7FFFFFFF), EncodingUTF8, true,
+         narrowOf(600) + "\xFD\xBF\xBF\xBF\xBF\xBF"},
     });
     EXPECT_EQ(IString(L"a\u00F6").convertToCString(), CString("a?"));
     EXPECT_EQ(IString(L"a\u00F6").asWCharStoreSize(), 12u);
 }
 
 TEST_F(IStringUtf8, ConvertsInTheLocaleBothWays) {
-    expectFromNarrow({{"\xC3\xB6\xFF\xC3\xB6", EncodingUTF8, false, L"\u00F6?\u00F6"}});
+    expectFromNarrow({
+        {"\xC3\xB6\xFF\xC3\xB6", EncodingUTF8, false, L"\u00F6?\u00F6"},
+        {"\xEF\xBB\xBF\xFD\xBF\xBF\xBF\xBF\xBF", EncodingUTF8, true, {0x7FFFFFFF}},
+        {narrowOf(500).c_str(), EncodingUTF8, true, std::wstring(500, L'\u00F6')},
+    });
     expectToNarrow({
         {L"a\u00F6z", EncodingMultibyte, true, "a\xC3\xB6z"},
         // Longer than any working space on the stack.

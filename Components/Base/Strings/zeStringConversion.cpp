@@ -215,9 +215,10 @@ unsigned int UTF8toWCS(const char* src, unsigned int srcLen, wchar_t* dest, unsi
             srcLen -= skipped;
     }
     const std::size_t bytes = srcLen == toTerminator ? std::strlen(src) + 1 : srcLen;
-    if (const auto n = detail::decodeUTF8(src, bytes, dest, destCap)) {
+    const std::size_t count = detail::countUTF8(src, bytes);
+    if ((!dest || count <= destCap) && detail::decodeUTF8(src, bytes, dest)) {
         report(ok, true);
-        return static_cast<unsigned int>(*n);
+        return static_cast<unsigned int>(count);
     }
     const auto written =
         dest ? iconvWhole(wideIconvName, utf8IconvName, src, bytes, dest, destCap * sizeof(wchar_t))
@@ -227,8 +228,8 @@ unsigned int UTF8toWCS(const char* src, unsigned int srcLen, wchar_t* dest, unsi
         return static_cast<unsigned int>(*written / sizeof(wchar_t));
     }
     // The repair decodes with the locale, not with UTF-8: what survives depends on the locale.
-    const unsigned int count = destCap == 0 ? srcLen : destCap - 1;
-    return fillWithDefaultWChar(src, dest, static_cast<int>(destCap), static_cast<int>(count));
+    const unsigned int positions = destCap == 0 ? srcLen : destCap - 1;
+    return fillWithDefaultWChar(src, dest, static_cast<int>(destCap), static_cast<int>(positions));
 }
 
 unsigned int WCStoUTF8(const wchar_t* src, unsigned int srcLen, char* dest, unsigned int destCap,

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
@@ -55,29 +56,50 @@ bool extendsAscii(Encoding encoding) {
     return encoding == EncodingUTF8 || detail::localeExtendsAscii();
 }
 
+/// Whether this ASCII text is the same bytes in this encoding: the locale's ends at a terminator.
+bool sameBytes(const std::wstring& ascii, Encoding encoding) {
+    return encoding == EncodingUTF8 ||
+           (detail::localeExtendsAscii() && std::wcslen(ascii.c_str()) == ascii.size());
+}
+
 enum class Outcome { Clean, Lossy, Nothing };
 
-/// Above this length the most bytes that UTF-8 could take are too many to count in 32 bits.
-constexpr std::size_t oneCallLimit = 1 << 28;
+/// Decodes regular UTF-8 without its byte order mark. False, with `wide` as it was, if it is not
+/// regular, or if nothing remains of it.
+bool decodeRegular(std::wstring& wide, const char* src, std::size_t length) {
+    const unsigned int mark = detectUTF8BOM(src, -1);
+    std::wstring text(detail::countUTF8(src + mark, length - mark), L'\0');
+    if (text.empty() || !detail::decodeUTF8(src + mark, length - mark, text.data()))
+        return false;
+    wide = std::move(text);
+    return true;
+}
 
-/// Room for the narrow form, terminator left out; 0 if nothing can be converted. UTF-8 takes at
-/// most six bytes a character, so that counting can be left to the conversion itself. The locale's
-/// repair writes as much as counting found room for.
-std::size_t roomFor(const std::wstring& text, Encoding encoding) {
-    if (encoding == EncodingUTF8 && text.size() < oneCallLimit)
-        return text.size() * 6;
-    return toNarrow(encoding, text, nullptr, 0, nullptr);
+/// Puts the UTF-8 form of regular text in the cache, by pieces that are encoded on the stack.
+bool encodeRegular(std::string& cache, const std::wstring& text) {
+    constexpr std::size_t pieceLength = 256;
+    char piece[pieceLength * 4];
+    cache.clear();
+    for (std::size_t pos = 0; pos < text.size(); pos += pieceLength) {
+        const std::size_t length = std::min(pieceLength, text.size() - pos);
+        const auto size = detail::encodeUTF8(text.data() + pos, length, piece, sizeof piece);
+        if (!size)
+            return false;
+        cache.append(piece, *size);
+    }
+    return true;
 }
 
 /// Puts the narrow form of the text in the cache.
 Outcome fillCache(std::string& cache, const std::wstring& text, Encoding encoding) {
-    if (std::wcslen(text.c_str()) == text.size() &&
-        detail::isAsciiText(text.c_str(), text.size()) && extendsAscii(encoding)) {
+    if (detail::isAsciiText(text.data(), text.size()) && sameBytes(text, encoding)) {
         cache.resize(text.size());
-        detail::copyAscii(text.c_str(), text.size(), cache.data());
+        detail::copyAscii(text.data(), text.size(), cache.data());
         return Outcome::Clean;
     }
-    const std::size_t room = roomFor(text, encoding);
+    if (encoding == EncodingUTF8 && encodeRegular(cache, text))
+        return Outcome::Clean;
+    const std::size_t room = toNarrow(encoding, text, nullptr, 0, nullptr);
     Scratch<char> scratch(room + 1);
     bool clean = false;
     const unsigned int n =
@@ -161,8 +183,10 @@ CString IString::convertToCString() const {
 /// first would do.
 void IString::convertFromMultibyte(const char* src, Encoding encoding, bool* ok) {
     const std::size_t length = std::strlen(src);
-    if (detail::isAsciiText(src, length) && extendsAscii(encoding)) {
+    const bool ascii = detail::isAsciiText(src, length) && extendsAscii(encoding);
+    if (ascii)
         impl_->wideText = std::wstring(src, src + length);
+    if (ascii || (encoding == EncodingUTF8 && decodeRegular(impl_->wideText, src, length))) {
         impl_->changed();
         if (ok)
             *ok = true;
@@ -191,6 +215,7 @@ void IString::convertToMultibyte(Encoding encoding, bool* ok) const {
     if (ok && impl.conversionStatus == IStringImpl::NotRecorded)
         impl.multibyteDirty = true;
     if (impl.multibyteDirty || impl.multibyteEncoding != encoding) {
+        impl.multibyteDirty = true; // also where memory runs out half-way
         const Outcome outcome = fillCache(impl.multibyteCache, impl.wideText, encoding);
         const bool recorded = ok || impl.wideText.empty() || outcome == Outcome::Nothing;
         const int status = outcome == Outcome::Clean ? IStringImpl::Clean : IStringImpl::Lossy;

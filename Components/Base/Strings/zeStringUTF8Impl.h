@@ -10,6 +10,7 @@
 
 #include <emmintrin.h>
 
+#include <bit>
 #include <cstddef>
 #include <optional>
 
@@ -17,17 +18,23 @@ namespace zeString::detail {
 
 constexpr std::size_t asciiBlock = 16;
 
-inline bool isAsciiBlock(const char* src) {
-    return _mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(src))) == 0;
+/// The number of ASCII characters at the front of a block.
+inline std::size_t asciiRun(const char* src) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src));
+    const auto others = static_cast<unsigned int>(_mm_movemask_epi8(bytes));
+    return static_cast<std::size_t>(std::countr_zero(others | 1u << asciiBlock));
 }
 
-inline bool isAsciiBlock(const wchar_t* src) {
+inline std::size_t asciiRun(const wchar_t* src) {
     const auto* in = reinterpret_cast<const __m128i*>(src);
-    const __m128i all =
-        _mm_or_si128(_mm_or_si128(_mm_loadu_si128(in), _mm_loadu_si128(in + 1)),
-                     _mm_or_si128(_mm_loadu_si128(in + 2), _mm_loadu_si128(in + 3)));
-    const __m128i high = _mm_and_si128(all, _mm_set1_epi32(~0x7F));
-    return _mm_movemask_epi8(_mm_cmpeq_epi32(high, _mm_setzero_si128())) == 0xFFFF;
+    const auto isAscii = [in](int i) {
+        const __m128i high = _mm_and_si128(_mm_loadu_si128(in + i), _mm_set1_epi32(~0x7F));
+        return _mm_cmpeq_epi32(high, _mm_setzero_si128());
+    };
+    const __m128i ascii = _mm_packs_epi16(_mm_packs_epi32(isAscii(0), isAscii(1)),
+                                          _mm_packs_epi32(isAscii(2), isAscii(3)));
+    return static_cast<std::size_t>(
+        std::countr_one(static_cast<unsigned int>(_mm_movemask_epi8(ascii))));
 }
 
 inline void copyAsciiBlock(const char* src, wchar_t* dest) {
@@ -61,7 +68,7 @@ template<class Char>
 bool isAsciiText(const Char* src, std::size_t n) {
     std::size_t i = 0;
     for (; n - i >= asciiBlock; i += asciiBlock)
-        if (!isAsciiBlock(src + i))
+        if (asciiRun(src + i) != asciiBlock)
             return false;
     for (; i < n; ++i)
         if (!isAsciiUnit(src[i]))
@@ -84,10 +91,12 @@ void copyAscii(const From* src, std::size_t n, To* dest) {
         dest[i] = static_cast<To>(src[i]);
 }
 
-/// Decodes `n` bytes of UTF-8 into at most `cap` characters, or only counts them without a `dest`.
-/// Nothing if they do not fit, or are not all regular: shortest form, no surrogate, up to U+10FFFF.
-std::optional<std::size_t> decodeUTF8(const char* src, std::size_t n, wchar_t* dest,
-                                      std::size_t cap);
+/// The number of characters of `n` bytes of UTF-8, if they are regular.
+std::size_t countUTF8(const char* src, std::size_t n);
+
+/// Decodes `n` bytes of UTF-8 into room for countUTF8() characters, or only looks at them without a
+/// `dest`. False if they are not all regular: shortest form, no surrogate, up to U+10FFFF.
+bool decodeUTF8(const char* src, std::size_t n, wchar_t* dest);
 
 /// Encodes `n` characters into at most `cap` bytes, or only counts them without a `dest`. Nothing
 /// if they do not fit, or are not all regular: no surrogate, up to U+10FFFF.
