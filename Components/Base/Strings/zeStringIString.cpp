@@ -92,7 +92,10 @@ IString& IString::append(const wchar_t* text) {
 }
 
 IString& IString::append(wchar_t c) {
-    impl_->wideText.push_back(c);
+    std::wstring& text = impl_->wideText;
+    if (text.size() >= text.capacity()) // apart, so that the usual way saves no registers
+        return replaceText(length(), 0, &c, 1);
+    text.push_back(c);
     impl_->changed();
     return *this;
 }

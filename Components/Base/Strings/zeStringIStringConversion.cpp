@@ -82,7 +82,7 @@ bool encodeRegular(std::string& cache, const std::wstring& text) {
     cache.clear();
     for (std::size_t pos = 0; pos < text.size(); pos += pieceLength) {
         const std::size_t length = std::min(pieceLength, text.size() - pos);
-        const auto size = detail::encodeUTF8(text.data() + pos, length, piece, sizeof piece);
+        const auto size = detail::encodeUTF8(text.data() + pos, length, piece);
         if (!size)
             return false;
         cache.append(piece, *size);

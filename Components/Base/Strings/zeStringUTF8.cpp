@@ -10,15 +10,6 @@
 namespace zeString::detail {
 namespace {
 
-/// What one character took from the source and put into the destination, in units of each. Nothing
-/// was taken if the character is for iconv to judge, or does not fit.
-struct Step {
-    std::size_t taken;
-    std::size_t put;
-};
-
-constexpr Step declined = {0, 0};
-
 constexpr bool isContinuation(unsigned char c) {
     return (c & 0xC0) == 0x80;
 }
@@ -60,56 +51,77 @@ constexpr char continuation(unsigned int bits) {
     return static_cast<char>(0x80 | (bits & 0x3F));
 }
 
-/// One character from `n` bytes. There is room for every character that countUTF8() counted.
+/// Encodes a regular character and returns the number of its bytes; 0 if it is not regular.
 template<bool store>
-Step step(const char* src, std::size_t n, wchar_t* dest, std::size_t) {
-    unsigned int c = static_cast<unsigned char>(*src);
-    const std::size_t taken =
-        c < 0x80 ? 1 : decodeSequence(reinterpret_cast<const unsigned char*>(src), n, c);
-    if (store && taken != 0)
-        *dest = static_cast<wchar_t>(c);
-    return {taken, 1};
-}
-
-/// One character into room for `cap` bytes. `store` is false for counting.
-template<bool store>
-Step step(const wchar_t* src, std::size_t, char* dest, std::size_t cap) {
-    const auto c = std::bit_cast<unsigned int>(*src);
-    const std::size_t size = c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
-    if (isSurrogate(c) || c > 0x10FFFF || (store && cap < size))
-        return declined;
-    if constexpr (store) {
-        if (size == 1) {
+inline std::size_t encodeCharacter(unsigned int c, char* dest) {
+    if (c < 0x80) {
+        if constexpr (store)
             dest[0] = static_cast<char>(c);
-        } else if (size == 2) {
+        return 1;
+    }
+    if (c < 0x800) {
+        if constexpr (store) {
             dest[0] = leadByte(0xC0, c >> 6);
             dest[1] = continuation(c);
-        } else if (size == 3) {
+        }
+        return 2;
+    }
+    if (c < 0x10000) {
+        if constexpr (store) {
             dest[0] = leadByte(0xE0, c >> 12);
             dest[1] = continuation(c >> 6);
             dest[2] = continuation(c);
-        } else {
-            dest[0] = leadByte(0xF0, c >> 18);
-            dest[1] = continuation(c >> 12);
-            dest[2] = continuation(c >> 6);
-            dest[3] = continuation(c);
+        }
+        return isSurrogate(c) ? 0 : 3;
+    }
+    if constexpr (store) {
+        dest[0] = leadByte(0xF0, c >> 18);
+        dest[1] = continuation(c >> 12);
+        dest[2] = continuation(c >> 6);
+        dest[3] = continuation(c);
+    }
+    return c < 0x110000 ? 4 : 0;
+}
+
+/// In blocks while they are ASCII, and through any other block character by character.
+template<bool store>
+std::optional<std::size_t> encode(const wchar_t* src, std::size_t n, char* dest) {
+    std::size_t out = 0;
+    for (std::size_t in = 0; in < n;) {
+        std::size_t end = n;
+        if (n - in >= asciiBlock) {
+            end = in + asciiBlock;
+            if (isAsciiBlock(src + in)) {
+                if constexpr (store)
+                    copyAsciiBlock(src + in, dest + out);
+                in = end;
+                out += asciiBlock;
+                continue;
+            }
+        }
+        for (; in < end; ++in) {
+            const auto c = std::bit_cast<unsigned int>(src[in]);
+            const std::size_t size = encodeCharacter<store>(c, store ? dest + out : nullptr);
+            if (size == 0)
+                return std::nullopt;
+            out += size;
         }
     }
-    return {1, size};
+    return out;
 }
 
 /// Goes from one run of ASCII to the next: of a block, copies as much as is ASCII, and then takes
 /// characters one by one up to the next that is.
 ///
-/// A block is stored whole, so behind its run stands what the characters that follow overwrite.
-/// They reach that far: in decoding because there is no more room than characters, in encoding
-/// because each of a block's characters gives at least one byte.
-template<bool store, class From, class To>
-std::optional<std::size_t> transcode(const From* src, std::size_t n, To* dest, std::size_t cap) {
+/// A block is stored whole where there is room for it. What stands behind its run is overwritten by
+/// the characters that follow, since there is no more room than characters.
+template<bool store>
+bool decode(const char* src, std::size_t n, wchar_t* dest, std::size_t room) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(src);
     std::size_t in = 0;
     std::size_t out = 0;
     while (in < n) {
-        if (n - in >= asciiBlock && (!store || cap - out >= asciiBlock)) {
+        if (n - in >= asciiBlock && (!store || room - out >= asciiBlock)) {
             const std::size_t run = asciiRun(src + in);
             if constexpr (store)
                 copyAsciiBlock(src + in, dest + out);
@@ -119,15 +131,17 @@ std::optional<std::size_t> transcode(const From* src, std::size_t n, To* dest, s
                 continue;
         }
         do {
-            const Step done =
-                step<store>(src + in, n - in, store ? dest + out : nullptr, cap - out);
-            if (done.taken == 0)
-                return std::nullopt;
-            in += done.taken;
-            out += done.put;
+            unsigned int c = bytes[in];
+            const std::size_t taken = c < 0x80 ? 1 : decodeSequence(bytes + in, n - in, c);
+            if (taken == 0)
+                return false;
+            if constexpr (store)
+                dest[out] = static_cast<wchar_t>(c);
+            in += taken;
+            ++out;
         } while (in < n && !isAsciiUnit(src[in]));
     }
-    return out;
+    return true;
 }
 
 } // namespace
@@ -155,13 +169,15 @@ std::size_t countUTF8(const char* src, std::size_t n) {
 }
 
 bool decodeUTF8(const char* src, std::size_t n, wchar_t* dest) {
-    return dest ? transcode<true>(src, n, dest, countUTF8(src, n)).has_value()
-                : transcode<false>(src, n, dest, 0).has_value();
+    return dest ? decode<true>(src, n, dest, countUTF8(src, n)) : decode<false>(src, n, nullptr, 0);
 }
 
-std::optional<std::size_t> encodeUTF8(const wchar_t* src, std::size_t n, char* dest,
-                                      std::size_t cap) {
-    return dest ? transcode<true>(src, n, dest, cap) : transcode<false>(src, n, dest, 0);
+std::optional<std::size_t> sizeInUTF8(const wchar_t* src, std::size_t n) {
+    return encode<false>(src, n, nullptr);
+}
+
+std::optional<std::size_t> encodeUTF8(const wchar_t* src, std::size_t n, char* dest) {
+    return encode<true>(src, n, dest);
 }
 
 } // namespace zeString::detail

@@ -25,16 +25,17 @@ inline std::size_t asciiRun(const char* src) {
     return static_cast<std::size_t>(std::countr_zero(others | 1u << asciiBlock));
 }
 
-inline std::size_t asciiRun(const wchar_t* src) {
+inline bool isAsciiBlock(const char* src) {
+    return _mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(src))) == 0;
+}
+
+inline bool isAsciiBlock(const wchar_t* src) {
     const auto* in = reinterpret_cast<const __m128i*>(src);
-    const auto isAscii = [in](int i) {
-        const __m128i high = _mm_and_si128(_mm_loadu_si128(in + i), _mm_set1_epi32(~0x7F));
-        return _mm_cmpeq_epi32(high, _mm_setzero_si128());
-    };
-    const __m128i ascii = _mm_packs_epi16(_mm_packs_epi32(isAscii(0), isAscii(1)),
-                                          _mm_packs_epi32(isAscii(2), isAscii(3)));
-    return static_cast<std::size_t>(
-        std::countr_one(static_cast<unsigned int>(_mm_movemask_epi8(ascii))));
+    const __m128i all =
+        _mm_or_si128(_mm_or_si128(_mm_loadu_si128(in), _mm_loadu_si128(in + 1)),
+                     _mm_or_si128(_mm_loadu_si128(in + 2), _mm_loadu_si128(in + 3)));
+    const __m128i high = _mm_and_si128(all, _mm_set1_epi32(~0x7F));
+    return _mm_movemask_epi8(_mm_cmpeq_epi32(high, _mm_setzero_si128())) == 0xFFFF;
 }
 
 inline void copyAsciiBlock(const char* src, wchar_t* dest) {
@@ -68,7 +69,7 @@ template<class Char>
 bool isAsciiText(const Char* src, std::size_t n) {
     std::size_t i = 0;
     for (; n - i >= asciiBlock; i += asciiBlock)
-        if (asciiRun(src + i) != asciiBlock)
+        if (!isAsciiBlock(src + i))
             return false;
     for (; i < n; ++i)
         if (!isAsciiUnit(src[i]))
@@ -98,9 +99,12 @@ std::size_t countUTF8(const char* src, std::size_t n);
 /// `dest`. False if they are not all regular: shortest form, no surrogate, up to U+10FFFF.
 bool decodeUTF8(const char* src, std::size_t n, wchar_t* dest);
 
-/// Encodes `n` characters into at most `cap` bytes, or only counts them without a `dest`. Nothing
-/// if they do not fit, or are not all regular: no surrogate, up to U+10FFFF.
-std::optional<std::size_t> encodeUTF8(const wchar_t* src, std::size_t n, char* dest,
-                                      std::size_t cap);
+/// The number of bytes that the characters take. Nothing if they are not all regular: no surrogate,
+/// up to U+10FFFF.
+std::optional<std::size_t> sizeInUTF8(const wchar_t* src, std::size_t n);
+
+/// Encodes `n` characters into room for four bytes each, or for sizeInUTF8(), and returns the number
+/// of bytes. Nothing if they are not all regular.
+std::optional<std::size_t> encodeUTF8(const wchar_t* src, std::size_t n, char* dest);
 
 } // namespace zeString::detail
