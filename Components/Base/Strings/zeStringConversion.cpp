@@ -216,7 +216,7 @@ unsigned int UTF8toWCS(const char* src, unsigned int srcLen, wchar_t* dest, unsi
     }
     const std::size_t bytes = srcLen == toTerminator ? std::strlen(src) + 1 : srcLen;
     const std::size_t count = detail::countUTF8(src, bytes);
-    if ((!dest || count <= destCap) && detail::decodeUTF8(src, bytes, dest)) {
+    if ((!dest || count <= destCap) && detail::decodeUTF8(src, bytes, dest, count)) {
         report(ok, true);
         return static_cast<unsigned int>(count);
     }

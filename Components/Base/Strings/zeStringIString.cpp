@@ -15,18 +15,41 @@ namespace zeString {
 
 using detail::view;
 
-IString::IString() : impl_(new IStringImpl) {}
+namespace {
 
-IString::IString(const wchar_t* text) : impl_(new IStringImpl(view(text))) {}
+/// A text cannot leave the room behind its content object, so that the objects change places. Their
+/// caches do not: what is not converted leaves a cache as it was.
+void exchangeTexts(IStringImpl*& a, IStringImpl*& b) noexcept {
+    std::swap(a, b);
+    a->multibyteCache.swap(b->multibyteCache);
+    a->changed();
+    b->changed();
+}
 
-IString::IString(const wchar_t* text, int n) : impl_(new IStringImpl(view(text, n))) {}
+/// Apart from append() of a character, which then saves no registers where there is room.
+[[gnu::noinline]] IString& appendGrowing(IString& string, IStringImpl& impl, wchar_t c) {
+    impl.wideText.push_back(c);
+    impl.changed();
+    return string;
+}
 
-IString::IString(wchar_t c) : impl_(new IStringImpl(1, c)) {}
+} // namespace
 
-IString::IString(unsigned int n, wchar_t c) : impl_(new IStringImpl(n, c)) {}
+IString::IString() : impl_(IStringImpl::make()) {}
+
+IString::IString(const wchar_t* text) : impl_(IStringImpl::make(view(text))) {}
+
+IString::IString(const wchar_t* text, int n) : impl_(IStringImpl::make(view(text, n))) {}
+
+IString::IString(wchar_t c) : impl_(IStringImpl::make({&c, 1})) {}
+
+// A delegating constructor, so that the object is destroyed if the text finds no memory.
+IString::IString(unsigned int n, wchar_t c) : IString() {
+    impl_->wideText.assign(n, c);
+}
 
 IString::IString(const IString& other)
-    : String(other), impl_(new IStringImpl(view(other.asWChar()))) {}
+    : String(other), impl_(IStringImpl::make(view(other.asWChar()))) {}
 
 IString::~IString() {
     delete impl_;
@@ -38,10 +61,8 @@ IString& IString::operator=(const IString& other) {
 
 IString& IString::operator=(IString&& other) noexcept {
     if (this != &other) {
-        impl_->wideText = std::move(other.impl_->wideText);
-        impl_->changed();
+        exchangeTexts(impl_, other.impl_);
         other.impl_->wideText.clear();
-        other.impl_->changed();
     }
     return *this;
 }
@@ -92,9 +113,9 @@ IString& IString::append(const wchar_t* text) {
 }
 
 IString& IString::append(wchar_t c) {
-    std::wstring& text = impl_->wideText;
-    if (text.size() >= text.capacity()) // apart, so that the usual way saves no registers
-        return replaceText(length(), 0, &c, 1);
+    WideText& text = impl_->wideText;
+    if (text.size() + 1 > text.capacity())
+        return appendGrowing(*this, *impl_, c);
     text.push_back(c);
     impl_->changed();
     return *this;
@@ -159,20 +180,20 @@ IString& IString::replace(unsigned int pos, unsigned int n, wchar_t c) {
 }
 
 IString& IString::replace(const IString& from, const IString& to) {
-    const std::wstring& text = impl_->wideText;
-    const std::wstring& pattern = from.impl_->wideText;
-    std::size_t hit = pattern.empty() ? std::wstring::npos : text.find(pattern);
-    if (hit == std::wstring::npos)
+    const WideText& text = impl_->wideText;
+    const WideText& pattern = from.impl_->wideText;
+    std::size_t hit = pattern.empty() ? WideText::npos : text.find(pattern);
+    if (hit == WideText::npos)
         return *this;
     // Into a new text, so that `from` and `to` may be this string.
-    std::wstring result;
+    WideText result(text.get_allocator());
     result.reserve(text.size());
     std::size_t copied = 0;
     do {
         result.append(text, copied, hit - copied).append(to.impl_->wideText);
         copied = hit + pattern.size();
         hit = text.find(pattern, copied);
-    } while (hit != std::wstring::npos);
+    } while (hit != WideText::npos);
     result.append(text, copied);
     impl_->wideText = std::move(result);
     impl_->changed();
@@ -242,7 +263,7 @@ int IString::order(const wchar_t* text) const {
 }
 
 std::size_t IString::hash() const noexcept {
-    return std::hash<std::wstring>()(impl_->wideText);
+    return std::hash<std::wstring_view>()(impl_->wideText);
 }
 
 int IString::collate(const IString& other) const {
@@ -346,10 +367,8 @@ IString& IString::substr(IString& out, unsigned int pos, unsigned int n) const {
 }
 
 void IString::swap(IString& other) {
-    impl_->wideText.swap(other.impl_->wideText);
+    exchangeTexts(impl_, other.impl_);
     impl_->wideText.resize(std::wcslen(asWChar())); // this side receives a copy
-    impl_->changed();
-    other.impl_->changed();
 }
 
 bool IString::isAscii() const {

@@ -6,6 +6,7 @@
 #include <cwchar>
 #include <iterator>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 #include "Base/Strings/zeStringCString.h"
@@ -44,7 +45,7 @@ unsigned int toWide(Encoding encoding, const char* src, std::size_t n, wchar_t* 
                                     : MBStoWCS(src, units(n), dest, units(cap), ok);
 }
 
-unsigned int toNarrow(Encoding encoding, const std::wstring& src, char* dest, std::size_t cap,
+unsigned int toNarrow(Encoding encoding, const WideText& src, char* dest, std::size_t cap,
                       bool* ok) {
     return encoding == EncodingUTF8
                ? WCStoUTF8(src.c_str(), units(src.size()), dest, units(cap), ok)
@@ -57,26 +58,15 @@ bool extendsAscii(Encoding encoding) {
 }
 
 /// Whether this ASCII text is the same bytes in this encoding: the locale's ends at a terminator.
-bool sameBytes(const std::wstring& ascii, Encoding encoding) {
+bool sameBytes(const WideText& ascii, Encoding encoding) {
     return encoding == EncodingUTF8 ||
            (detail::localeExtendsAscii() && std::wcslen(ascii.c_str()) == ascii.size());
 }
 
 enum class Outcome { Clean, Lossy, Nothing };
 
-/// Decodes regular UTF-8 without its byte order mark. False, with `wide` as it was, if it is not
-/// regular, or if nothing remains of it.
-bool decodeRegular(std::wstring& wide, const char* src, std::size_t length) {
-    const unsigned int mark = detectUTF8BOM(src, -1);
-    std::wstring text(detail::countUTF8(src + mark, length - mark), L'\0');
-    if (text.empty() || !detail::decodeUTF8(src + mark, length - mark, text.data()))
-        return false;
-    wide = std::move(text);
-    return true;
-}
-
 /// Puts the UTF-8 form of regular text in the cache, by pieces that are encoded on the stack.
-bool encodeRegular(std::string& cache, const std::wstring& text) {
+bool encodeRegular(std::string& cache, const WideText& text) {
     constexpr std::size_t pieceLength = 256;
     char piece[pieceLength * 4];
     cache.clear();
@@ -91,7 +81,7 @@ bool encodeRegular(std::string& cache, const std::wstring& text) {
 }
 
 /// Puts the narrow form of the text in the cache.
-Outcome fillCache(std::string& cache, const std::wstring& text, Encoding encoding) {
+Outcome fillCache(std::string& cache, const WideText& text, Encoding encoding) {
     if (detail::isAsciiText(text.data(), text.size()) && sameBytes(text, encoding)) {
         cache.resize(text.size());
         detail::copyAscii(text.data(), text.size(), cache.data());
@@ -115,12 +105,54 @@ Outcome fillCache(std::string& cache, const std::wstring& text, Encoding encodin
     return clean ? Outcome::Clean : Outcome::Lossy;
 }
 
+/// Takes the text if it is regular UTF-8 of which something remains without its byte order mark.
+bool takeRegular(WideText& wide, std::string_view src) {
+    src.remove_prefix(detectUTF8BOM(src.data(), -1));
+    const std::size_t count = detail::countUTF8(src.data(), src.size());
+    WideText text(count, L'\0', wide.get_allocator());
+    if (count == 0 || !detail::decodeUTF8(src.data(), src.size(), text.data(), count))
+        return false;
+    wide = std::move(text);
+    return true;
+}
+
+/// Takes the converted text if anything remains of it. A terminator stands behind `src`.
+///
+/// The converters are handed room for as many characters as there are bytes. No text needs more,
+/// and what they write does not depend on more room than they need, so one call does what counting
+/// first would do.
+void takeConverted(IStringImpl& impl, std::string_view src, Encoding encoding, bool* ok) {
+    bool clean = true;
+    if (detail::isAsciiText(src.data(), src.size()) && extendsAscii(encoding)) {
+        impl.wideText = WideText(src.begin(), src.end(), impl.wideText.get_allocator());
+    } else if (encoding != EncodingUTF8 || !takeRegular(impl.wideText, src)) {
+        const std::size_t room = src.size() + 1;
+        Scratch<wchar_t> scratch(room);
+        const auto n = toWide(encoding, src.data(), src.size(), scratch.data(), room, &clean);
+        if (n == 0) {
+            if (ok)
+                *ok = false;
+            return;
+        }
+        impl.wideText.assign(scratch.data(), n);
+    }
+    impl.changed();
+    if (ok)
+        *ok = clean;
+}
+
+/// The content of a string made from narrow text, in one block if it is short.
+IStringImpl* makeConverted(const char* text, Encoding encoding, bool* ok) {
+    const std::string_view src = detail::view(text);
+    std::unique_ptr<IStringImpl> impl(IStringImpl::make(detail::countUTF8(src.data(), src.size())));
+    takeConverted(*impl, src, encoding, ok);
+    return impl.release();
+}
+
 } // namespace
 
-// A delegating constructor, so that the object is destroyed if the conversion throws.
-IString::IString(const char* text, Encoding encoding, bool* ok) : IString() {
-    convertFromMultibyte(text ? text : "", encoding, ok);
-}
+IString::IString(const char* text, Encoding encoding, bool* ok)
+    : impl_(makeConverted(text ? text : "", encoding, ok)) {}
 
 IString::IString(char c, Encoding encoding, bool* ok) : IString(CString(c), encoding, ok) {}
 
@@ -138,10 +170,7 @@ wchar_t IString::widened(char c) {
 
 // Through a temporary: a text of which nothing remains empties this string.
 IString& IString::assign(const char* text, Encoding encoding, bool* ok) {
-    IString converted(text, encoding, ok);
-    impl_->wideText = std::move(converted.impl_->wideText);
-    impl_->changed();
-    return *this;
+    return *this = IString(text, encoding, ok);
 }
 
 IString& IString::assign(const CString& text, Encoding encoding, bool* ok) {
@@ -176,31 +205,8 @@ CString IString::convertToCString() const {
     return CString(asMultibyte());
 }
 
-/// Takes the converted text if anything remains of it.
-///
-/// The converters are handed room for as many characters as there are bytes. No text needs more,
-/// and what they write does not depend on more room than they need, so one call does what counting
-/// first would do.
 void IString::convertFromMultibyte(const char* src, Encoding encoding, bool* ok) {
-    const std::size_t length = std::strlen(src);
-    const bool ascii = detail::isAsciiText(src, length) && extendsAscii(encoding);
-    if (ascii)
-        impl_->wideText = std::wstring(src, src + length);
-    if (ascii || (encoding == EncodingUTF8 && decodeRegular(impl_->wideText, src, length))) {
-        impl_->changed();
-        if (ok)
-            *ok = true;
-        return;
-    }
-    Scratch<wchar_t> scratch(length + 1);
-    const unsigned int n = toWide(encoding, src, length, scratch.data(), length + 1, ok);
-    if (n == 0) {
-        if (ok)
-            *ok = false;
-        return;
-    }
-    impl_->wideText.assign(scratch.data(), n);
-    impl_->changed();
+    takeConverted(*impl_, {src, std::strlen(src)}, encoding, ok);
 }
 
 /// A view has no terminator, which the converters need.

@@ -2,10 +2,16 @@
 
 /// @file
 /// The content of an IString: the wide text, and the narrow form that was last asked for.
+///
+/// A short text lies behind its IStringImpl, in the same block of memory: most strings are made
+/// from a text, live shortly and never grow, and cost one allocation so.
 
 #pragma once
 
 #include <cstdarg>
+#include <cstddef>
+#include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -13,11 +19,67 @@
 
 namespace zeString {
 
-class IStringImpl {
+/// The room for characters behind an IStringImpl, which the text takes while it is free and large
+/// enough. A text that outgrows it lives on the heap, as does one that is made beside it.
+class TextRoom {
 public:
-    IStringImpl() = default;
-    explicit IStringImpl(std::wstring_view text) : wideText(text) {}
-    IStringImpl(std::size_t n, wchar_t c) : wideText(n, c) {}
+    explicit TextRoom(std::size_t n) : free_(n) {}
+    TextRoom(const TextRoom&) = delete;
+    TextRoom& operator=(const TextRoom&) = delete;
+
+    wchar_t* take(std::size_t n) {
+        if (n > free_)
+            return std::allocator<wchar_t>().allocate(n);
+        free_ = 0;
+        return begin();
+    }
+
+    void giveBack(wchar_t* characters, std::size_t n) {
+        if (characters == begin())
+            free_ = n;
+        else
+            std::allocator<wchar_t>().deallocate(characters, n);
+    }
+
+private:
+    wchar_t* begin();
+
+    std::size_t free_; ///< in characters; 0 while the text is here
+};
+
+/// The allocator of a wide text: its room, and the heap.
+template<class Char>
+class TextAllocator {
+public:
+    using value_type = Char;
+
+    explicit TextAllocator(TextRoom& room) noexcept : room_(&room) {}
+    Char* allocate(std::size_t n) { return room_->take(n); }
+    void deallocate(Char* characters, std::size_t n) { room_->giveBack(characters, n); }
+    bool operator==(const TextAllocator& other) const noexcept { return room_ == other.room_; }
+
+private:
+    TextRoom* room_;
+};
+
+using WideText = std::basic_string<wchar_t, std::char_traits<wchar_t>, TextAllocator<wchar_t>>;
+
+class IStringImpl : private TextRoom {
+    /// So many characters, asked for together with the object.
+    struct Room {
+        std::size_t n;
+    };
+
+public:
+    /// An empty text, with room for `n` characters unless they are many.
+    static IStringImpl* make(std::size_t n = 0) {
+        const Room room = roomFor(n);
+        return new (room) IStringImpl(room, {});
+    }
+    static IStringImpl* make(std::wstring_view text) {
+        const Room room = roomFor(text.size());
+        return new (room) IStringImpl(room, text);
+    }
 
     /// Every change of the text but those through at() and format() ends here.
     void changed() {
@@ -31,11 +93,32 @@ public:
 
     enum : int { NotRecorded, Clean, Lossy };
 
-    std::wstring wideText;
+    WideText wideText;
     bool multibyteDirty = true; ///< the cache does not describe the text
     Encoding multibyteEncoding = EncodingMultibyte;
     std::string multibyteCache;
     int conversionStatus = NotRecorded; ///< the outcome of the last conversion, if it was asked for
+
+    static void operator delete(void* block) { ::operator delete(block); }
+
+private:
+    friend class TextRoom;
+
+    static constexpr std::size_t longestInRoom = 63;
+
+    /// Room for a terminator in any case: the address of the room lies within the block.
+    static Room roomFor(std::size_t n) { return {n <= longestInRoom ? n + 1 : 1}; }
+
+    IStringImpl(Room room, std::wstring_view text)
+        : TextRoom(room.n), wideText(text, TextAllocator<wchar_t>(*this)) {}
+    static void* operator new(std::size_t size, Room room) {
+        return ::operator new(size + room.n * sizeof(wchar_t));
+    }
+    static void operator delete(void* block, Room) { ::operator delete(block); }
 };
+
+inline wchar_t* TextRoom::begin() {
+    return reinterpret_cast<wchar_t*>(static_cast<IStringImpl*>(this) + 1);
+}
 
 } // namespace zeString

@@ -24,9 +24,10 @@
 
 namespace zeString::detail {
 
-/// A view parameter that takes no part in deduction, so that strings and literals convert to it.
-template<class Char>
-using ViewOf = std::type_identity_t<std::basic_string_view<Char>>;
+/// A view of the characters of a standard string. As a parameter it takes no part in deduction, so
+/// that strings and literals convert to it.
+template<class Text>
+using ViewOf = std::basic_string_view<typename Text::value_type>;
 
 /// The text at a pointer; a null pointer is an empty text.
 template<class Char>
@@ -58,20 +59,20 @@ int compare(std::basic_string_view<Char> a, std::basic_string_view<Char> b) {
 
 // Searching. Nothing is found in an empty text, and an empty pattern or set is never found.
 
-template<class Char>
-unsigned int find(const std::basic_string<Char>& text, ViewOf<Char> pattern, unsigned int start) {
+template<class Text>
+unsigned int find(const Text& text, ViewOf<Text> pattern, unsigned int start) {
     return pattern.empty() ? String::npos : narrowed(text.find(pattern, start));
 }
 
-template<class Char>
-unsigned int rfind(const std::basic_string<Char>& text, ViewOf<Char> pattern, unsigned int start) {
+template<class Text>
+unsigned int rfind(const Text& text, ViewOf<Text> pattern, unsigned int start) {
     if (text.empty() || pattern.empty())
         return String::npos;
     return narrowed(text.rfind(pattern, start));
 }
 
-template<class Char>
-unsigned int findIf(const std::basic_string<Char>& text, bool (*predicate)(Char),
+template<class Text>
+unsigned int findIf(const Text& text, bool (*predicate)(typename Text::value_type),
                     unsigned int start) {
     for (std::size_t i = start; i < text.size(); ++i)
         if (predicate(text[i]))
@@ -81,8 +82,8 @@ unsigned int findIf(const std::basic_string<Char>& text, bool (*predicate)(Char)
 
 /// A start that is negative as a signed number finds nothing. A start at the length examines the
 /// terminator first; a start beyond it is taken as the length.
-template<class Char>
-unsigned int rfindIf(const std::basic_string<Char>& text, bool (*predicate)(Char),
+template<class Text>
+unsigned int rfindIf(const Text& text, bool (*predicate)(typename Text::value_type),
                      unsigned int start) {
     if (text.empty())
         return String::npos;
@@ -107,15 +108,15 @@ inline void requirePosition(bool valid, const char* text) {
         throw std::out_of_range(text);
 }
 
-template<class Char>
-void insert(std::basic_string<Char>& text, unsigned int pos, ViewOf<Char> added) {
+template<class Text>
+void insert(Text& text, unsigned int pos, ViewOf<Text> added) {
     requirePosition(pos <= text.size(), "basic_string::insert");
     text.insert(pos, added);
 }
 
 /// Returns whether there was anything to erase from: an empty string takes any position.
-template<class Char>
-bool erase(std::basic_string<Char>& text, unsigned int pos, unsigned int n) {
+template<class Text>
+bool erase(Text& text, unsigned int pos, unsigned int n) {
     if (text.empty())
         return false;
     requirePosition(pos <= text.size(), "basic_string::erase");
@@ -123,29 +124,28 @@ bool erase(std::basic_string<Char>& text, unsigned int pos, unsigned int n) {
     return true;
 }
 
-template<class Char>
-void replace(std::basic_string<Char>& text, unsigned int pos, unsigned int n, ViewOf<Char> by) {
+template<class Text>
+void replace(Text& text, unsigned int pos, unsigned int n, ViewOf<Text> by) {
     requirePosition(pos <= text.size(), "basic_string::replace");
     text.replace(pos, n, by);
 }
 
-template<class Char>
-std::basic_string_view<Char> substr(const std::basic_string<Char>& text, unsigned int pos,
-                                    unsigned int n) {
+template<class Text>
+ViewOf<Text> substr(const Text& text, unsigned int pos, unsigned int n) {
     requirePosition(pos <= text.size(), "basic_string::substr");
-    return std::basic_string_view<Char>(text).substr(pos, n);
+    return ViewOf<Text>(text).substr(pos, n);
 }
 
 /// The number of characters at the front for which `drop` holds.
-template<class Char, class Drop>
-unsigned int frontCount(const std::basic_string<Char>& text, Drop drop) {
+template<class Text, class Drop>
+unsigned int frontCount(const Text& text, Drop drop) {
     return narrowed(
         static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), drop) - text.begin()));
 }
 
 /// The length that remains without the characters at the back for which `drop` holds.
-template<class Char, class Drop>
-unsigned int lengthWithoutBack(const std::basic_string<Char>& text, Drop drop) {
+template<class Text, class Drop>
+unsigned int lengthWithoutBack(const Text& text, Drop drop) {
     return narrowed(
         static_cast<std::size_t>(text.rend() - std::find_if_not(text.rbegin(), text.rend(), drop)));
 }
@@ -160,26 +160,27 @@ bool isSpaceCharacter(Char c) {
     return isSpace(c);
 }
 
-template<class Char>
-void toLowerCase(std::basic_string<Char>& text) {
-    for (Char& c : text)
+template<class Text>
+void toLowerCase(Text& text) {
+    for (auto& c : text)
         c = toLower(c);
 }
 
-template<class Char>
-void toUpperCase(std::basic_string<Char>& text) {
-    for (Char& c : text)
+template<class Text>
+void toUpperCase(Text& text) {
+    for (auto& c : text)
         c = toUpper(c);
 }
 
-template<class Char>
-bool isAsciiOnly(const std::basic_string<Char>& text) {
-    return std::all_of(text.begin(), text.end(), [](Char c) { return isAscii(c); });
+template<class Text>
+bool isAsciiOnly(const Text& text) {
+    return std::all_of(text.begin(), text.end(), [](auto c) { return isAscii(c); });
 }
 
 /// The text and its terminator in a block from `malloc`, for the caller to free.
-template<class Char>
-Char* copyToMalloc(const std::basic_string<Char>& text) {
+template<class Text>
+auto copyToMalloc(const Text& text) {
+    using Char = typename Text::value_type;
     const std::size_t bytes = (text.size() + 1) * sizeof(Char);
     void* block = std::malloc(bytes);
     if (!block)

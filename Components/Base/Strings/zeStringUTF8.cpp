@@ -3,6 +3,7 @@
 #include <langinfo.h>
 
 #include <bit>
+#include <optional>
 #include <string_view>
 
 #include "Base/Strings/zeStringUTF8Impl.h"
@@ -116,12 +117,12 @@ std::optional<std::size_t> encode(const wchar_t* src, std::size_t n, char* dest)
 /// A block is stored whole where there is room for it. What stands behind its run is overwritten by
 /// the characters that follow, since there is no more room than characters.
 template<bool store>
-bool decode(const char* src, std::size_t n, wchar_t* dest, std::size_t room) {
+bool decode(const char* src, std::size_t n, wchar_t* dest, std::size_t count) {
     const auto* bytes = reinterpret_cast<const unsigned char*>(src);
     std::size_t in = 0;
     std::size_t out = 0;
     while (in < n) {
-        if (n - in >= asciiBlock && (!store || room - out >= asciiBlock)) {
+        if (n - in >= asciiBlock && (!store || count - out >= asciiBlock)) {
             const std::size_t run = asciiRun(src + in);
             if constexpr (store)
                 copyAsciiBlock(src + in, dest + out);
@@ -168,8 +169,8 @@ std::size_t countUTF8(const char* src, std::size_t n) {
     return count;
 }
 
-bool decodeUTF8(const char* src, std::size_t n, wchar_t* dest) {
-    return dest ? decode<true>(src, n, dest, countUTF8(src, n)) : decode<false>(src, n, nullptr, 0);
+bool decodeUTF8(const char* src, std::size_t n, wchar_t* dest, std::size_t count) {
+    return dest ? decode<true>(src, n, dest, count) : decode<false>(src, n, nullptr, count);
 }
 
 std::optional<std::size_t> sizeInUTF8(const wchar_t* src, std::size_t n) {

@@ -95,16 +95,17 @@ void copyAscii(const From* src, std::size_t n, To* dest) {
 /// The number of characters of `n` bytes of UTF-8, if they are regular.
 std::size_t countUTF8(const char* src, std::size_t n);
 
-/// Decodes `n` bytes of UTF-8 into room for countUTF8() characters, or only looks at them without a
-/// `dest`. False if they are not all regular: shortest form, no surrogate, up to U+10FFFF.
-bool decodeUTF8(const char* src, std::size_t n, wchar_t* dest);
+/// Decodes `n` bytes of UTF-8 into room for the `count` characters that countUTF8() gave, or only
+/// looks at them without a `dest`. False if they are not all regular: shortest form, no surrogate,
+/// up to U+10FFFF.
+bool decodeUTF8(const char* src, std::size_t n, wchar_t* dest, std::size_t count);
 
 /// The number of bytes that the characters take. Nothing if they are not all regular: no surrogate,
 /// up to U+10FFFF.
 std::optional<std::size_t> sizeInUTF8(const wchar_t* src, std::size_t n);
 
-/// Encodes `n` characters into room for four bytes each, or for sizeInUTF8(), and returns the number
-/// of bytes. Nothing if they are not all regular.
+/// Encodes `n` characters into room for four bytes each, or for sizeInUTF8(), and returns the
+/// number of bytes. Nothing if they are not all regular.
 std::optional<std::size_t> encodeUTF8(const wchar_t* src, std::size_t n, char* dest);
 
 } // namespace zeString::detail
