@@ -41,12 +41,9 @@ IString::IString(const wchar_t* text) : impl_(IStringImpl::make(view(text))) {}
 
 IString::IString(const wchar_t* text, int n) : impl_(IStringImpl::make(view(text, n))) {}
 
-IString::IString(wchar_t c) : impl_(IStringImpl::make({&c, 1})) {}
+IString::IString(wchar_t c) : impl_(IStringImpl::make(1, c)) {}
 
-// A delegating constructor, so that the object is destroyed if the text finds no memory.
-IString::IString(unsigned int n, wchar_t c) : IString() {
-    impl_->wideText.assign(n, c);
-}
+IString::IString(unsigned int n, wchar_t c) : impl_(IStringImpl::make(n, c)) {}
 
 IString::IString(const IString& other)
     : String(other), impl_(IStringImpl::make(view(other.asWChar()))) {}

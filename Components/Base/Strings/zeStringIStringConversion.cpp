@@ -105,47 +105,43 @@ Outcome fillCache(std::string& cache, const WideText& text, Encoding encoding) {
     return clean ? Outcome::Clean : Outcome::Lossy;
 }
 
-/// Takes the text if it is regular UTF-8 of which something remains without its byte order mark.
-bool takeRegular(WideText& wide, std::string_view src) {
-    src.remove_prefix(detectUTF8BOM(src.data(), -1));
-    const std::size_t count = detail::countUTF8(src.data(), src.size());
-    WideText text(count, L'\0', wide.get_allocator());
-    if (count == 0 || !detail::decodeUTF8(src.data(), src.size(), text.data(), count))
-        return false;
-    wide = std::move(text);
-    return true;
+/// Converts text in its usual form into as many characters as countUTF8() gave.
+bool convertRegular(WideText& wide, std::string_view src, Encoding encoding) {
+    if (detail::isAsciiText(src.data(), src.size()) && extendsAscii(encoding)) {
+        detail::copyAscii(src.data(), src.size(), wide.data());
+        return true;
+    }
+    return encoding == EncodingUTF8 &&
+           detail::decodeUTF8(src.data(), src.size(), wide.data(), wide.size());
 }
 
-/// Takes the converted text if anything remains of it. A terminator stands behind `src`.
+/// Converts any text. A terminator stands behind it.
 ///
 /// The converters are handed room for as many characters as there are bytes. No text needs more,
 /// and what they write does not depend on more room than they need, so one call does what counting
 /// first would do.
-void takeConverted(IStringImpl& impl, std::string_view src, Encoding encoding, bool* ok) {
-    bool clean = true;
-    if (detail::isAsciiText(src.data(), src.size()) && extendsAscii(encoding)) {
-        impl.wideText = WideText(src.begin(), src.end(), impl.wideText.get_allocator());
-    } else if (encoding != EncodingUTF8 || !takeRegular(impl.wideText, src)) {
-        const std::size_t room = src.size() + 1;
-        Scratch<wchar_t> scratch(room);
-        const auto n = toWide(encoding, src.data(), src.size(), scratch.data(), room, &clean);
-        if (n == 0) {
-            if (ok)
-                *ok = false;
-            return;
-        }
-        impl.wideText.assign(scratch.data(), n);
-    }
-    impl.changed();
-    if (ok)
-        *ok = clean;
+bool convertAny(WideText& wide, std::string_view src, Encoding encoding) {
+    const std::size_t room = src.size() + 1;
+    Scratch<wchar_t> scratch(room);
+    bool clean = false;
+    const unsigned int n = toWide(encoding, src.data(), src.size(), scratch.data(), room, &clean);
+    wide.assign(scratch.data(), n);
+    return clean && n != 0;
 }
 
-/// The content of a string made from narrow text, in one block if it is short.
+/// The content of a string made from narrow text.
 IStringImpl* makeConverted(const char* text, Encoding encoding, bool* ok) {
-    const std::string_view src = detail::view(text);
-    std::unique_ptr<IStringImpl> impl(IStringImpl::make(detail::countUTF8(src.data(), src.size())));
-    takeConverted(*impl, src, encoding, ok);
+    const std::string_view src(text);
+    const std::string_view regular =
+        src.substr(encoding == EncodingUTF8 ? detectUTF8BOM(text, -1) : 0);
+    const std::size_t count = detail::countUTF8(regular.data(), regular.size());
+    std::unique_ptr<IStringImpl> impl(IStringImpl::make(count, L'\0'));
+    // Of nothing remains nothing; of a byte order mark alone neither, but that is an error.
+    const bool clean =
+        (count == 0 ? src.empty() : convertRegular(impl->wideText, regular, encoding)) ||
+        convertAny(impl->wideText, src, encoding);
+    if (ok)
+        *ok = clean;
     return impl.release();
 }
 
@@ -205,8 +201,11 @@ CString IString::convertToCString() const {
     return CString(asMultibyte());
 }
 
+/// Takes the converted text if anything remains of it.
 void IString::convertFromMultibyte(const char* src, Encoding encoding, bool* ok) {
-    takeConverted(*impl_, {src, std::strlen(src)}, encoding, ok);
+    IString converted(src, encoding, ok);
+    if (*src == 0 || !converted.isEmpty())
+        *this = std::move(converted);
 }
 
 /// A view has no terminator, which the converters need.

@@ -71,15 +71,12 @@ class IStringImpl : private TextRoom {
     };
 
 public:
-    /// An empty text, with room for `n` characters unless they are many.
-    static IStringImpl* make(std::size_t n = 0) {
-        const Room room = roomFor(n);
-        return new (room) IStringImpl(room, {});
-    }
-    static IStringImpl* make(std::wstring_view text) {
-        const Room room = roomFor(text.size());
-        return new (room) IStringImpl(room, text);
-    }
+    /// @{
+    /// On the heap, with this text.
+    static IStringImpl* make() { return makeWith(0); }
+    static IStringImpl* make(std::wstring_view text) { return makeWith(text.size(), text); }
+    static IStringImpl* make(std::size_t n, wchar_t c) { return makeWith(n, n, c); }
+    /// @}
 
     /// Every change of the text but those through at() and format() ends here.
     void changed() {
@@ -106,11 +103,16 @@ private:
 
     static constexpr std::size_t longestInRoom = 63;
 
-    /// Room for a terminator in any case: the address of the room lies within the block.
-    static Room roomFor(std::size_t n) { return {n <= longestInRoom ? n + 1 : 1}; }
+    template<class... Content>
+    static IStringImpl* makeWith(std::size_t length, Content... content) {
+        // Room for a terminator in any case: the address of the room lies within the block.
+        const Room room = {length <= longestInRoom ? length + 1 : 1};
+        return new (room) IStringImpl(room, content...);
+    }
 
-    IStringImpl(Room room, std::wstring_view text)
-        : TextRoom(room.n), wideText(text, TextAllocator<wchar_t>(*this)) {}
+    template<class... Content>
+    explicit IStringImpl(Room room, Content... content)
+        : TextRoom(room.n), wideText(content..., TextAllocator<wchar_t>(*this)) {}
     static void* operator new(std::size_t size, Room room) {
         return ::operator new(size + room.n * sizeof(wchar_t));
     }

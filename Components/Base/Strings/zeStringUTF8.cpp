@@ -3,6 +3,8 @@
 #include <langinfo.h>
 
 #include <bit>
+#include <cstdint>
+#include <cstring>
 #include <optional>
 #include <string_view>
 
@@ -11,37 +13,68 @@
 namespace zeString::detail {
 namespace {
 
-constexpr bool isContinuation(unsigned char c) {
-    return (c & 0xC0) == 0x80;
-}
-
 constexpr char lastContinuation = '\xBF'; // as signed bytes, the continuations are the least
 
 constexpr bool isSurrogate(unsigned int c) {
     return (c & 0xFFFFF800) == 0xD800;
 }
 
-/// Decodes the sequence of two to four bytes at `src`, whose first byte is not ASCII, and returns
-/// its length; 0 if it is not regular, or longer than `n`.
-inline std::size_t decodeSequence(const unsigned char* src, std::size_t n, unsigned int& c) {
-    const unsigned int lead = src[0];
-    if (lead < 0xE0) {
-        if (lead < 0xC2 || n < 2 || !isContinuation(src[1]))
-            return 0;
-        c = (lead & 0x1F) << 6 | (src[1] & 0x3Fu);
-        return 2;
+/// ASCII is looked for by so many bytes where other characters are near.
+constexpr int asciiWord = 8;
+
+/// The number of ASCII characters at the front of eight.
+inline int asciiRun(const char* src) {
+    std::uint64_t bytes;
+    std::memcpy(&bytes, src, sizeof bytes);
+    return std::countr_zero(bytes & 0x8080808080808080) / 8;
+}
+
+inline void copyAsciiWord(const char* src, wchar_t* dest) {
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(src));
+    const __m128i words = _mm_unpacklo_epi8(bytes, zero);
+    auto* out = reinterpret_cast<__m128i*>(dest);
+    _mm_storeu_si128(out, _mm_unpacklo_epi16(words, zero));
+    _mm_storeu_si128(out + 1, _mm_unpackhi_epi16(words, zero));
+}
+
+/// The next four bytes, the first one lowest. Behind the last of them follow zeros, which continue
+/// no sequence.
+inline unsigned int nextBytes(const char* src, const char* end) {
+    unsigned int bytes = 0;
+    if (end - src >= static_cast<int>(sizeof bytes))
+        std::memcpy(&bytes, src, sizeof bytes);
+    else
+        for (int shift = 0; src != end; shift += 8)
+            bytes |= static_cast<unsigned int>(static_cast<unsigned char>(*src++)) << shift;
+    return bytes;
+}
+
+/// Six bits of a continuation byte.
+constexpr unsigned int bitsOf(unsigned int bytes, int index) {
+    return bytes >> 8 * index & 0x3F;
+}
+
+/// Decodes the character at the front and returns the number of its bytes; 0 if it is not regular.
+inline int decodeCharacter(unsigned int bytes, unsigned int& c) {
+    if ((bytes & 0x80) == 0) {
+        c = bytes & 0x7F;
+        return 1;
     }
-    if (lead < 0xF0) {
-        if (n < 3 || !isContinuation(src[1]) || !isContinuation(src[2]))
-            return 0;
-        c = (lead & 0x0F) << 12 | (src[1] & 0x3Fu) << 6 | (src[2] & 0x3Fu);
+    if ((bytes & 0xC0E0) == 0x80C0) {
+        c = (bytes & 0x1F) << 6 | bitsOf(bytes, 1);
+        return c < 0x80 ? 0 : 2;
+    }
+    if ((bytes & 0xC0C0F0) == 0x8080E0) {
+        c = (bytes & 0x0F) << 12 | bitsOf(bytes, 1) << 6 | bitsOf(bytes, 2);
         return c < 0x800 || isSurrogate(c) ? 0 : 3;
     }
-    if (lead > 0xF4 || n < 4 || !isContinuation(src[1]) || !isContinuation(src[2]) ||
-        !isContinuation(src[3]))
-        return 0;
-    c = (lead & 0x07) << 18 | (src[1] & 0x3Fu) << 12 | (src[2] & 0x3Fu) << 6 | (src[3] & 0x3Fu);
-    return c < 0x10000 || c > 0x10FFFF ? 0 : 4;
+    if ((bytes & 0xC0C0C0F8) == 0x808080F0) {
+        c = (bytes & 0x07) << 18 | bitsOf(bytes, 1) << 12 | bitsOf(bytes, 2) << 6 |
+            bitsOf(bytes, 3);
+        return c < 0x10000 || c > 0x10FFFF ? 0 : 4;
+    }
+    return 0;
 }
 
 constexpr char leadByte(unsigned int mark, unsigned int bits) {
@@ -111,36 +144,33 @@ std::optional<std::size_t> encode(const wchar_t* src, std::size_t n, char* dest)
     return out;
 }
 
-/// Goes from one run of ASCII to the next: of a block, copies as much as is ASCII, and then takes
-/// characters one by one up to the next that is.
+/// Goes from one run of ASCII to the next: of eight bytes, copies as many as are ASCII, and then
+/// takes characters one by one up to the next that is.
 ///
-/// A block is stored whole where there is room for it. What stands behind its run is overwritten by
-/// the characters that follow, since there is no more room than characters.
+/// Eight characters are stored where there is room for them. What stands behind the run is
+/// overwritten by the characters that follow, since there is no more room than characters.
 template<bool store>
-bool decode(const char* src, std::size_t n, wchar_t* dest, std::size_t count) {
-    const auto* bytes = reinterpret_cast<const unsigned char*>(src);
-    std::size_t in = 0;
-    std::size_t out = 0;
-    while (in < n) {
-        if (n - in >= asciiBlock && (!store || count - out >= asciiBlock)) {
-            const std::size_t run = asciiRun(src + in);
-            if constexpr (store)
-                copyAsciiBlock(src + in, dest + out);
-            in += run;
-            out += run;
-            if (run == asciiBlock)
+bool decode(const char* src, const char* end, wchar_t* dest, wchar_t* destEnd) {
+    while (src != end) {
+        if (end - src >= asciiWord && (!store || destEnd - dest >= asciiWord)) {
+            const int run = asciiRun(src);
+            if constexpr (store) {
+                copyAsciiWord(src, dest);
+                dest += run;
+            }
+            src += run;
+            if (run == asciiWord)
                 continue;
         }
         do {
-            unsigned int c = bytes[in];
-            const std::size_t taken = c < 0x80 ? 1 : decodeSequence(bytes + in, n - in, c);
+            unsigned int c = 0;
+            const int taken = decodeCharacter(nextBytes(src, end), c);
             if (taken == 0)
                 return false;
+            src += taken;
             if constexpr (store)
-                dest[out] = static_cast<wchar_t>(c);
-            in += taken;
-            ++out;
-        } while (in < n && !isAsciiUnit(src[in]));
+                *dest++ = static_cast<wchar_t>(c);
+        } while (src != end && !isAsciiUnit(*src));
     }
     return true;
 }
@@ -170,7 +200,8 @@ std::size_t countUTF8(const char* src, std::size_t n) {
 }
 
 bool decodeUTF8(const char* src, std::size_t n, wchar_t* dest, std::size_t count) {
-    return dest ? decode<true>(src, n, dest, count) : decode<false>(src, n, nullptr, count);
+    return dest ? decode<true>(src, src + n, dest, dest + count)
+                : decode<false>(src, src + n, nullptr, nullptr);
 }
 
 std::optional<std::size_t> sizeInUTF8(const wchar_t* src, std::size_t n) {

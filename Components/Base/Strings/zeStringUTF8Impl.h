@@ -10,20 +10,12 @@
 
 #include <emmintrin.h>
 
-#include <bit>
 #include <cstddef>
 #include <optional>
 
 namespace zeString::detail {
 
 constexpr std::size_t asciiBlock = 16;
-
-/// The number of ASCII characters at the front of a block.
-inline std::size_t asciiRun(const char* src) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src));
-    const auto others = static_cast<unsigned int>(_mm_movemask_epi8(bytes));
-    return static_cast<std::size_t>(std::countr_zero(others | 1u << asciiBlock));
-}
 
 inline bool isAsciiBlock(const char* src) {
     return _mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(src))) == 0;
