@@ -105,43 +105,35 @@ Outcome fillCache(std::string& cache, const WideText& text, Encoding encoding) {
     return clean ? Outcome::Clean : Outcome::Lossy;
 }
 
-/// Converts text in its usual form into as many characters as countUTF8() gave.
-bool convertRegular(WideText& wide, std::string_view src, Encoding encoding) {
-    if (detail::isAsciiText(src.data(), src.size()) && extendsAscii(encoding)) {
-        detail::copyAscii(src.data(), src.size(), wide.data());
-        return true;
-    }
-    return encoding == EncodingUTF8 &&
-           detail::decodeUTF8(src.data(), src.size(), wide.data(), wide.size());
-}
-
 /// Converts any text. A terminator stands behind it.
 ///
 /// The converters are handed room for as many characters as there are bytes. No text needs more,
 /// and what they write does not depend on more room than they need, so one call does what counting
 /// first would do.
-bool convertAny(WideText& wide, std::string_view src, Encoding encoding) {
+void convertAny(WideText& wide, std::string_view src, Encoding encoding, bool* ok) {
     const std::size_t room = src.size() + 1;
     Scratch<wchar_t> scratch(room);
-    bool clean = false;
-    const unsigned int n = toWide(encoding, src.data(), src.size(), scratch.data(), room, &clean);
+    const unsigned int n = toWide(encoding, src.data(), src.size(), scratch.data(), room, ok);
     wide.assign(scratch.data(), n);
-    return clean && n != 0;
+    if (n == 0 && ok)
+        *ok = false;
 }
 
-/// The content of a string made from narrow text.
+/// The content of a string made from narrow text. ASCII and regular UTF-8 are written in place.
 IStringImpl* makeConverted(const char* text, Encoding encoding, bool* ok) {
     const std::string_view src(text);
-    const std::string_view regular =
-        src.substr(encoding == EncodingUTF8 ? detectUTF8BOM(text, -1) : 0);
+    if (ok)
+        *ok = true;
+    if (detail::isAsciiText(src.data(), src.size()) && extendsAscii(encoding))
+        return IStringImpl::make(src);
+    const bool isUTF8 = encoding == EncodingUTF8;
+    const std::string_view regular = src.substr(isUTF8 ? detectUTF8BOM(text, -1) : 0);
     const std::size_t count = detail::countUTF8(regular.data(), regular.size());
     std::unique_ptr<IStringImpl> impl(IStringImpl::make(count, L'\0'));
-    // Of nothing remains nothing; of a byte order mark alone neither, but that is an error.
-    const bool clean =
-        (count == 0 ? src.empty() : convertRegular(impl->wideText, regular, encoding)) ||
-        convertAny(impl->wideText, src, encoding);
-    if (ok)
-        *ok = clean;
+    WideText& wide = impl->wideText;
+    if (!isUTF8 || count == 0 ||
+        !detail::decodeUTF8(regular.data(), regular.size(), wide.data(), count))
+        convertAny(wide, src, encoding, ok);
     return impl.release();
 }
 

@@ -75,6 +75,9 @@ public:
     /// On the heap, with this text.
     static IStringImpl* make() { return makeWith(0); }
     static IStringImpl* make(std::wstring_view text) { return makeWith(text.size(), text); }
+    static IStringImpl* make(std::string_view ascii) {
+        return makeWith(ascii.size(), ascii.begin(), ascii.end());
+    }
     static IStringImpl* make(std::size_t n, wchar_t c) { return makeWith(n, n, c); }
     /// @}
 

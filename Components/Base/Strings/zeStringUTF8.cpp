@@ -57,6 +57,10 @@ constexpr unsigned int bitsOf(unsigned int bytes, int index) {
 
 /// Decodes the character at the front and returns the number of its bytes; 0 if it is not regular.
 inline int decodeCharacter(unsigned int bytes, unsigned int& c) {
+    if ((bytes & 0xC0C0F0) == 0x8080E0) {
+        c = (bytes & 0x0F) << 12 | bitsOf(bytes, 1) << 6 | bitsOf(bytes, 2);
+        return c < 0x800 || isSurrogate(c) ? 0 : 3;
+    }
     if ((bytes & 0x80) == 0) {
         c = bytes & 0x7F;
         return 1;
@@ -64,10 +68,6 @@ inline int decodeCharacter(unsigned int bytes, unsigned int& c) {
     if ((bytes & 0xC0E0) == 0x80C0) {
         c = (bytes & 0x1F) << 6 | bitsOf(bytes, 1);
         return c < 0x80 ? 0 : 2;
-    }
-    if ((bytes & 0xC0C0F0) == 0x8080E0) {
-        c = (bytes & 0x0F) << 12 | bitsOf(bytes, 1) << 6 | bitsOf(bytes, 2);
-        return c < 0x800 || isSurrogate(c) ? 0 : 3;
     }
     if ((bytes & 0xC0C0C0F8) == 0x808080F0) {
         c = (bytes & 0x07) << 18 | bitsOf(bytes, 1) << 12 | bitsOf(bytes, 2) << 6 |
