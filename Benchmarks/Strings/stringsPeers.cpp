@@ -6,6 +6,7 @@
 
 #include <clocale>
 #include <cwchar>
+#include <memory>
 
 #include "Support/Workload.h"
 
@@ -70,6 +71,9 @@ size_t conv(iconv_t d, const void* in, size_t n, void* out, size_t cap) {
     if (iconv(d, &i, &n, &o, &l) == size_t(-1))
         abort();
     return cap - l;
+}
+[[gnu::noinline]] void pushBack(std::wstring& text, wchar_t c) {
+    text.push_back(c);
 }
 const bool registered = [] {
     if (!setlocale(LC_ALL, "C.UTF-8"))
@@ -215,6 +219,14 @@ const bool registered = [] {
             std::wstring o;
             for (int i = 0; i < 1000000; ++i)
                 o.append(1, wchar_t('a' + i % 26));
+            bench::keep(o);
+        }
+    });
+    bench::reg("wstring_append1M/limit_on_the_heap_by_a_call", [](State& s) {
+        for (auto _ : s) {
+            auto o = std::make_unique<std::wstring>();
+            for (int i = 0; i < 1000000; ++i)
+                pushBack(*o, wchar_t('a' + i % 26));
             bench::keep(o);
         }
     });

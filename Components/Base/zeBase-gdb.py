@@ -11,6 +11,7 @@ import gdb
 import gdb.printing
 
 LONGEST = 200  # characters of a message; strings themselves follow `set print elements`
+WIDE = 16  # where an IString's implementation has address and length of its text; a CString's begins with them
 DEEPEST = 64  # levels of a tree, which has no more: a damaged one may go in a circle
 
 
@@ -27,9 +28,9 @@ def field(value, name, offset, layout='<Q'):
     return read(int(value.address) + offset, layout)[0]
 
 
-def text_at(impl):
-    """Address and length of the standard string with which a string's implementation begins."""
-    return read(impl, '<QQ') if impl else (0, 0)
+def text_at(impl, offset):
+    """Address and length of the standard string in a string's implementation."""
+    return read(impl + offset, '<QQ') if impl else (0, 0)
 
 
 def known(value):
@@ -42,12 +43,14 @@ def known(value):
 
 
 class CStringPrinter:
-    def __init__(self, value, character='char'):
+    character = 'char'
+    offset = 0
+
+    def __init__(self, value):
         self.impl = field(value, 'impl_', 8)
-        self.character = character
 
     def to_string(self):
-        address, length = text_at(self.impl)
+        address, length = text_at(self.impl, self.offset)
         if not length:
             return ''
         pointer = gdb.Value(address).cast(gdb.lookup_type(self.character).pointer())
@@ -58,14 +61,13 @@ class CStringPrinter:
 
 
 class IStringPrinter(CStringPrinter):
-    def __init__(self, value):
-        super().__init__(value, 'wchar_t')
+    character = 'wchar_t'
+    offset = WIDE
 
 
-class FilenamePrinter(CStringPrinter):
+class FilenamePrinter(IStringPrinter):
     def __init__(self, value):
         self.impl = read(int(value.address) + 24, '<Q')[0]  # that of the IString at 16
-        self.character = 'wchar_t'
 
 
 class ErrorPrinter:
@@ -76,7 +78,7 @@ class ErrorPrinter:
     def to_string(self):
         if not self.message:
             return f'error {self.code}' if self.code else 'success'
-        address, length = text_at(read(self.message + 8, '<Q')[0])
+        address, length = text_at(read(self.message + 8, '<Q')[0], WIDE)
         shown = min(length, LONGEST)
         memory = gdb.selected_inferior().read_memory(address, 4 * shown) if shown else b''
         text = bytes(memory).decode('utf-32-le', 'backslashreplace')

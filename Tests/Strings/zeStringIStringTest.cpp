@@ -3,7 +3,9 @@
 #include "Base/Strings/zeStringIString.h"
 
 #include <cstdlib>
+#include <new>
 #include <optional>
+#include <random>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -12,6 +14,7 @@
 
 #include "Base/Strings/zeStringCString.h"
 #include "Base/Strings/zeStringCharacter.h"
+#include "Support/AllocationCount.h"
 #include "Support/Locale.h"
 #include "Support/MadeLocale.h"
 
@@ -280,6 +283,89 @@ TEST(IString, CopiesEndAtATerminatorAndAssignmentKeepsIt) {
     IString& same = a;
     a = std::move(same);
     EXPECT_EQ(a, L"wholeab");
+}
+
+// A short text lies in the block of the object that it was made with, and moves about with it.
+TEST(IString, WorksAsAStandardStringWhereverItsTextLies) {
+    const std::size_t before = allocationCount();
+    const IString made("a text of twenty....");
+    const IString copied(made);
+    EXPECT_EQ(allocationCount(), before + 2) << "one each";
+
+    IString strings[4];
+    std::wstring twins[4];
+    std::mt19937 random(20);
+    const auto below = [&](std::size_t n) { return random() % n; };
+    for (int round = 0; round < 5000; ++round) {
+        const std::size_t i = below(4);
+        const std::size_t j = (i + 1 + below(3)) % 4;
+        IString& s = strings[i];
+        IString& other = strings[j];
+        std::wstring& twin = twins[i];
+        std::wstring& otherTwin = twins[j];
+        const std::wstring text(below(below(8) == 0 ? 200 : 70), static_cast<wchar_t>(L'a' + i));
+        const auto pos = static_cast<unsigned int>(below(twin.size() + 1));
+        const auto n = static_cast<unsigned int>(below(80));
+        switch (below(9)) {
+        case 0:
+            s = IString(text.c_str());
+            twin = text;
+            break;
+        case 1:
+            s = std::move(other);
+            twin = std::exchange(otherTwin, L"");
+            break;
+        case 2:
+            s.swap(other);
+            twin.swap(otherTwin);
+            break;
+        case 3:
+            s.assign(IString(other));
+            twin = otherTwin;
+            break;
+        case 4:
+            s.append(other);
+            twin.append(otherTwin);
+            break;
+        case 5:
+            s.replace(pos, n, text.c_str());
+            twin.replace(pos, n, text);
+            break;
+        case 6:
+            s.assign(std::string(text.begin(), text.end()), EncodingUTF8);
+            twin = text;
+            break;
+        case 7:
+            s.replace(L"a", L"bc");
+            for (std::size_t hit = 0; (hit = twin.find(L'a', hit)) != std::wstring::npos; hit += 2)
+                twin.replace(hit, 1, L"bc");
+            break;
+        default:
+            other.substr(s, 0, n);
+            twin = otherTwin.substr(0, n);
+        }
+        if (twin.size() > 300) {
+            s.erase(300);
+            twin.erase(300);
+        }
+        ASSERT_TRUE(s == twin && other == otherTwin) << round;
+    }
+}
+
+TEST(IString, ConvertsAgainWhereMemoryRanOutHalfWay) {
+    const IString s(std::wstring(600, L'\u00F6').c_str());
+    for (std::size_t n = 1, failures = 1; failures > 0; ++n) {
+        failures = 0;
+        EXPECT_EQ(s.asMultibyte(), std::string(600, '?'));
+        try {
+            failAllocation(n);
+            s.asUTF8();
+        } catch (const std::bad_alloc&) {
+            ++failures;
+        }
+        failAllocation(0);
+    }
+    EXPECT_EQ(s.asUTF8(), narrowOf(600));
 }
 
 TEST(IString, ReplacesEveryOccurrenceOnce) {

@@ -26,13 +26,6 @@ void exchangeTexts(IStringImpl*& a, IStringImpl*& b) noexcept {
     b->changed();
 }
 
-/// Apart from append() of a character, which then saves no registers where there is room.
-[[gnu::noinline]] IString& appendGrowing(IString& string, IStringImpl& impl, wchar_t c) {
-    impl.wideText.push_back(c);
-    impl.changed();
-    return string;
-}
-
 } // namespace
 
 IString::IString() : impl_(IStringImpl::make()) {}
@@ -110,10 +103,7 @@ IString& IString::append(const wchar_t* text) {
 }
 
 IString& IString::append(wchar_t c) {
-    WideText& text = impl_->wideText;
-    if (text.size() + 1 > text.capacity())
-        return appendGrowing(*this, *impl_, c);
-    text.push_back(c);
+    impl_->wideText.push_back(c);
     impl_->changed();
     return *this;
 }
