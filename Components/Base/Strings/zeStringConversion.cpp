@@ -242,14 +242,16 @@ unsigned int WCStoUTF8(const wchar_t* src, unsigned int srcLen, char* dest, unsi
         return 0;
     }
     const std::size_t length = srcLen == toTerminator ? std::wcslen(src) + 1 : srcLen;
-    std::optional<std::size_t> written = detail::sizeInUTF8(src, length);
-    if (written && dest && *written <= destCap)
-        detail::encodeUTF8(src, length, dest);
-    else if (!written || dest) {
-        const std::size_t bytes = length * sizeof(wchar_t);
-        written = dest ? iconvWhole(utf8IconvName, wideIconvName, src, bytes, dest, destCap)
-                       : iconvCount(utf8IconvName, wideIconvName, src, bytes, bytes / 2 * 3);
+    const auto size = detail::sizeInUTF8(src, length);
+    if (size && (!dest || *size <= destCap)) {
+        if (dest)
+            detail::encodeUTF8(src, length, dest);
+        report(ok, true);
+        return static_cast<unsigned int>(*size);
     }
+    const std::size_t bytes = length * sizeof(wchar_t);
+    const auto written = dest ? iconvWhole(utf8IconvName, wideIconvName, src, bytes, dest, destCap)
+                              : iconvCount(utf8IconvName, wideIconvName, src, bytes, bytes / 2 * 3);
     if (!written) // no repair in this direction, and no partial result
         return 0;
     report(ok, *written != 0);

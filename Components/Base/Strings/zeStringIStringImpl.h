@@ -3,8 +3,8 @@
 /// @file
 /// The content of an IString: the wide text, and the narrow form that was last asked for.
 ///
-/// A short text lies behind its IStringImpl, in the same block of memory: most strings are made
-/// from a text, live shortly and never grow, and cost one allocation so.
+/// A short text lies behind its IStringImpl, in the same block of memory, so that a string which is
+/// made from a text and does not outgrow it costs one allocation.
 
 #pragma once
 

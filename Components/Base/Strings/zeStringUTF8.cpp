@@ -85,7 +85,8 @@ constexpr char continuation(unsigned int bits) {
     return static_cast<char>(0x80 | (bits & 0x3F));
 }
 
-/// Encodes a regular character and returns the number of its bytes; 0 if it is not regular.
+/// Encodes a character into room for four bytes, or for those that it takes if it is regular, and
+/// returns their number; 0 if it is not regular.
 template<bool store>
 inline std::size_t encodeCharacter(unsigned int c, char* dest) {
     if (c < 0x80) {
@@ -147,8 +148,9 @@ std::optional<std::size_t> encode(const wchar_t* src, std::size_t n, char* dest)
 /// Goes from one run of ASCII to the next: of eight bytes, copies as many as are ASCII, and then
 /// takes characters one by one up to the next that is.
 ///
-/// Eight characters are stored where there is room for them. What stands behind the run is
-/// overwritten by the characters that follow, since there is no more room than characters.
+/// A regular character begins with a byte that countUTF8() counted, so that there is room for it.
+/// Eight are stored where there is room for eight: what stands behind the run is overwritten by the
+/// characters that follow, since there is no more room than characters.
 template<bool store>
 bool decode(const char* src, const char* end, wchar_t* dest, wchar_t* destEnd) {
     while (src != end) {
