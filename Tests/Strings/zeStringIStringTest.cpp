@@ -291,6 +291,7 @@ TEST(IString, WorksAsAStandardStringWhereverItsTextLies) {
     const IString made("a text of twenty....");
     const IString copied(made);
     EXPECT_EQ(allocationCount(), before + 2) << "one each";
+    EXPECT_EQ(copied, made);
 
     IString strings[4];
     std::wstring twins[4];
@@ -348,6 +349,7 @@ TEST(IString, WorksAsAStandardStringWhereverItsTextLies) {
             s.erase(300);
             twin.erase(300);
         }
+        // NOLINTNEXTLINE(bugprone-use-after-move): a string that was moved from is empty
         ASSERT_TRUE(s == twin && other == otherTwin) << round;
     }
 }
