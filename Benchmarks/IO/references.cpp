@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: MIT
 
-// The reference map, with 1 and 5 million pointers.
+// The reference map.
 // insert: each pointer is looked up (a miss) and given the next number, from an empty map; in
-// shuffled
-//   order as objects of a long-lived program lie, and ascending as those of a fresh load.
+//   shuffled order as objects of a long-lived program lie, and ascending as those of a fresh load.
 // find: as many hits, in another shuffled order. teardown by itself.
 // resolve: the reading side: as many definitions in ascending order, each used once before, a
-// forward
-//   reference, and once after.
+//   forward reference, and once after.
 
 #include "Base/IO/ioPacketFile.h"
 #include "Base/Utility/zeReferenceCount.h"
-#include "Support/Workload.h"
+
+#include "IO/referencesWorkload.h"
 
 namespace {
 
@@ -85,13 +84,12 @@ void resolve(State& s, size_t n) {
 }
 
 const bool registered = [] {
-    for (size_t n : {size_t(1000000), size_t(5000000)}) {
-        const std::string size = "/ours/" + std::to_string(n);
-        bench::reg("insert_shuffled" + size, [n](State& s) { insert(s, n, 11); })->MinTime(0.01);
-        bench::reg("insert_ascending" + size, [n](State& s) { insert(s, n, 0); })->MinTime(0.01);
-        bench::reg("find_shuffled" + size, [n](State& s) { find(s, n); })->MinTime(0.01);
-        bench::reg("teardown" + size, [n](State& s) { teardown(s, n); })->MinTime(0.01);
-        bench::reg("resolve" + size, [n](State& s) { resolve(s, n); })->MinTime(0.01);
+    for (size_t n : bench::referenceCounts) {
+        bench::regReferences("insert_shuffled", "ours", n, [n](State& s) { insert(s, n, 11); });
+        bench::regReferences("insert_ascending", "ours", n, [n](State& s) { insert(s, n, 0); });
+        bench::regReferences("find_shuffled", "ours", n, [n](State& s) { find(s, n); });
+        bench::regReferences("teardown", "ours", n, [n](State& s) { teardown(s, n); });
+        bench::regReferences("resolve", "ours", n, [n](State& s) { resolve(s, n); });
     }
     return true;
 }();

@@ -5,8 +5,7 @@
 #include <map>
 #include <unordered_map>
 
-#include "Support/Workload.h"
-
+#include "IO/referencesWorkload.h"
 #include <absl/container/btree_map.h>
 #include <absl/container/flat_hash_map.h>
 namespace {
@@ -24,22 +23,19 @@ void fill(M& m, const std::vector<void*>& p) {
 }
 template<class M>
 void peer(const std::string& name, size_t n) {
-    auto t = "/" + std::to_string(n);
     for (uint64_t seed : {11, 0})
-        bench::reg(std::string(seed ? "insert_shuffled/" : "insert_ascending/") + name + t,
-                   [=](State& s) {
-                       auto p = bench::ptrs(n, seed);
-                       for (auto _ : s) {
-                           auto m = new M;
-                           fill(*m, p);
-                           s.PauseTiming();
-                           delete m;
-                           s.ResumeTiming();
-                       }
-                       items(s, n);
-                   })
-            ->MinTime(0.01);
-    bench::reg("find_shuffled/" + name + t, [=](State& s) {
+        bench::regReferences(seed ? "insert_shuffled" : "insert_ascending", name, n, [=](State& s) {
+            auto p = bench::ptrs(n, seed);
+            for (auto _ : s) {
+                auto m = new M;
+                fill(*m, p);
+                s.PauseTiming();
+                delete m;
+                s.ResumeTiming();
+            }
+            items(s, n);
+        });
+    bench::regReferences("find_shuffled", name, n, [=](State& s) {
         M m;
         fill(m, bench::ptrs(n, 11));
         auto q = bench::ptrs(n, 12);
@@ -50,8 +46,8 @@ void peer(const std::string& name, size_t n) {
             bench::keep(a);
         }
         items(s, n);
-    })->MinTime(0.01);
-    bench::reg("teardown/" + name + t, [=](State& s) {
+    });
+    bench::regReferences("teardown", name, n, [=](State& s) {
         auto p = bench::ptrs(n, 11);
         for (auto _ : s) {
             s.PauseTiming();
@@ -61,7 +57,7 @@ void peer(const std::string& name, size_t n) {
             delete m;
         }
         items(s, n);
-    })->MinTime(0.01);
+    });
 }
 struct Def {
     bool accessed, defined, valid, alias;
@@ -77,13 +73,14 @@ struct Use {
     int off;
 };
 const bool registered = [] {
-    for (size_t n : {size_t(1000000), size_t(5000000)}) {
-        auto t = "/" + std::to_string(n);
-        peer<std::map<void*, int>>("std_map", n);
+    for (size_t n : bench::referenceCounts) {
+        if (n != bench::countRunOnce) { // a minute each, and far behind
+            peer<std::map<void*, int>>("std_map", n);
+            peer<absl::btree_map<void*, int>>("absl_btree_map", n);
+        }
         peer<std::unordered_map<void*, int>>("std_unordered_map", n);
-        peer<absl::btree_map<void*, int>>("absl_btree_map", n);
         peer<absl::flat_hash_map<void*, int>>("absl_flat_hash_map", n);
-        bench::reg("find_shuffled/limit_direct" + t, [=](State& s) {
+        bench::regReferences("find_shuffled", "limit_direct", n, [=](State& s) {
             std::vector<int> m(n * 16, 1);
             auto q = bench::ptrs(n, 12);
             for (auto _ : s) {
@@ -93,8 +90,8 @@ const bool registered = [] {
                 bench::keep(a);
             }
             items(s, n);
-        })->MinTime(0.01);
-        bench::reg("insert_shuffled/limit_direct" + t, [=](State& s) {
+        });
+        bench::regReferences("insert_shuffled", "limit_direct", n, [=](State& s) {
             auto q = bench::ptrs(n, 11);
             for (auto _ : s) {
                 s.PauseTiming();
@@ -111,8 +108,8 @@ const bool registered = [] {
                 s.ResumeTiming();
             }
             items(s, n);
-        })->MinTime(0.01);
-        bench::reg("resolve/limit_array_and_malloc" + t, [=](State& s) {
+        });
+        bench::regReferences("resolve", "limit_array_and_malloc", n, [=](State& s) {
             std::vector<void*> loc(2 * n);
             for (auto _ : s) {
                 std::vector<Def> d(n + 1);
@@ -139,8 +136,8 @@ const bool registered = [] {
                 bench::keep(loc[n]);
             }
             items(s, n);
-        })->MinTime(0.01);
-        bench::reg("resolve/unordered_map_of_vector" + t, [=](State& s) {
+        });
+        bench::regReferences("resolve", "unordered_map_of_vector", n, [=](State& s) {
             std::vector<void*> loc(2 * n);
             for (auto _ : s) {
                 std::unordered_map<int, void*> def;
@@ -158,7 +155,7 @@ const bool registered = [] {
                 bench::keep(loc[n]);
             }
             items(s, n);
-        })->MinTime(0.01);
+        });
     }
     return true;
 }();
