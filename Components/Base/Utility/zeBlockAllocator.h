@@ -30,19 +30,27 @@ namespace ze {
 class ZEBASE_API BlockAllocator {
 public:
     /// An element has at least 8 bytes, a block at least one element.
-    BlockAllocator(unsigned long elementSize, int elementsInBlock);
+    BlockAllocator(unsigned long elementSize, int elementsInBlock)
+        : elementSize_(elementSize < sizeof(void*) ? sizeof(void*) : elementSize) {
+        setNumElementsInBlock(elementsInBlock);
+    }
     BlockAllocator(const BlockAllocator&) = delete; ///< Use swap() to exchange two allocators.
     BlockAllocator& operator=(const BlockAllocator&) = delete;
 
     /// Frees all blocks.
-    ~BlockAllocator();
+    ~BlockAllocator() { freeEverything(); }
 
     /// Sets how many elements the coming blocks hold. Ignored once there is a block, even if all of
     /// its elements were given back.
-    void setNumElementsInBlock(int elementsInBlock);
+    void setNumElementsInBlock(int elementsInBlock) {
+        if (blocks_) // numAllocated_ would not do: the block would be taken for a larger one
+            return;
+        elementsInBlock_ = elementsInBlock < 1 ? 1 : elementsInBlock;
+        blockBytes_ = static_cast<unsigned long>(elementsInBlock_) * elementSize_ + sizeof(Block);
+    }
 
     /// Marks the allocator as lazy. The mark travels with swap() and has no effect of its own.
-    void setLazy();
+    void setLazy() { lazy_ = true; }
 
     /// An uninitialised element: the one freed last, or else the next of the newest block. When the
     /// system is out of memory, the process ends.
@@ -67,7 +75,13 @@ public:
     }
 
     /// Frees all blocks, and so every element.
-    void freeEverything();
+    void freeEverything() {
+        freeBlocks(blocks_);
+        blocks_ = nullptr;
+        freeList_ = nullptr;
+        numAllocated_ = 0;
+        numFreed_ = 0;
+    }
 
     /// Exchanges two allocators; elements keep their addresses.
     void swap(BlockAllocator& other) noexcept;
@@ -90,12 +104,15 @@ private:
 
     void* allocFromBlock() {
         if (!blocks_ || blocks_->handedOut == elementsInBlock_)
-            addBlock();
+            blocks_ = addBlock(blocks_, blockBytes_);
         ++numAllocated_;
         char* elements = reinterpret_cast<char*>(blocks_ + 1);
         return elements + static_cast<unsigned long>(blocks_->handedOut++) * elementSize_;
     }
-    void addBlock();
+
+    // Given values and not the allocator, so that a compiler can keep a local one in registers.
+    static Block* addBlock(Block* previous, unsigned long bytes);
+    static void freeBlocks(Block* newest);
 
     Block* blocks_ = nullptr;
     void* freeList_ = nullptr; // each freed element begins with a pointer to the next
