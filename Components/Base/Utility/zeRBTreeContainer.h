@@ -210,12 +210,12 @@ public:
     const_reverse_iterator crend() const { return rend(); }
 
     /// The first element with that key, or the end.
-    Iterator find(const Key& key) { return Iterator(tree_.findNode(&key)); }
+    Iterator find(const Key& key) { return Iterator(findNode(key)); }
     /// The same, for reading.
-    ConstIterator find(const Key& key) const { return ConstIterator(tree_.findNode(&key)); }
+    ConstIterator find(const Key& key) const { return ConstIterator(findNode(key)); }
 
     /// Whether there is an element with that key.
-    bool contains(const Key& key) const { return tree_.findNode(&key) != tree_.end(); }
+    bool contains(const Key& key) const { return findNode(key) != tree_.end(); }
 
     /// The number of elements with that key.
     int count(const Key& key) const { return tree_.count(&key); }
@@ -281,6 +281,12 @@ protected:
     }
     RBTreeContainer& operator=(const RBTreeContainer&) = delete; ///< The derived class swaps.
     ~RBTreeContainer() = default;
+
+    /// The first node with that key, or the end: the tree's search, in reach of the compiler.
+    Node* findNode(const Key& key) const {
+        Node* const node = Types::typeUtil.lowerBound(&tree_, &key);
+        return node == tree_.end() || Less()(key, Types::keyOf(node)) ? tree_.end() : node;
+    }
 
     /// The place of a node.
     static Iterator iteratorAt(Node* node) { return Iterator(node); }

@@ -79,9 +79,12 @@ public:
 
     /// @{
     /// The value of the first element with that key, or null.
-    Value* getValuePtr(const Key& key) { return static_cast<Value*>(tree_.getValuePtr(&key)); }
+    Value* getValuePtr(const Key& key) {
+        auto* const node = this->findNode(key);
+        return node == tree_.end() ? nullptr : &Types::valueOf(node);
+    }
     const Value* getValuePtr(const Key& key) const {
-        return static_cast<const Value*>(tree_.getValuePtr(&key));
+        return const_cast<RBTreeMap*>(this)->getValuePtr(key);
     }
     /// @}
 
