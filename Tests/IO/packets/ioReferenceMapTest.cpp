@@ -223,6 +223,22 @@ TEST(ReferenceMap, BehavesAsItsSlowTwin) {
     }
 }
 
+TEST(ReferenceMap, KeepsItsNumbersWhileItGrows) {
+    constexpr int count = 200000;
+    const auto map = newMap();
+    std::vector<char> objects(count * 24);
+    const auto object = [&](int i) { return &objects[std::size_t(i) * 24]; };
+    for (int i = 0; i < count; ++i) {
+        ASSERT_EQ(map->findReference(object(i)), -1);
+        if (i % 3 == 0 && i > 0) // between the search in vain and the new number
+            map->associatePtrWithReference(i, object(i - 1) + 8, false);
+        ASSERT_EQ(map->newReference(object(i)), i + 1);
+    }
+    for (int i = 0; i < count; ++i)
+        ASSERT_EQ(map->findReference(object(i)), i + 1);
+    EXPECT_EQ(map->getReferenceDefinition(count), object(count - 1));
+}
+
 TEST(ReferenceMap, TakesHostileNumbersWithinBoundedMemory) {
     TellingType type;
     for (const int reference : {INT_MAX, INT_MAX - 20000, INT_MIN, -1}) {

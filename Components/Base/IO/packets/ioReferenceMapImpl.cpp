@@ -6,30 +6,29 @@
 
 #include "Base/IO/ioPacketType.h"
 
-void ioReferenceUsagePool::addBlock() {
-    // Doubling from 1 KiB up to 512 KiB.
-    const std::size_t count = std::size_t{32} << std::min<std::size_t>(blocks_.size(), 9);
-    blocks_.push_back(std::make_unique_for_overwrite<ioReferenceUsage[]>(count));
-    ioReferenceUsage* const records = blocks_.back().get();
-    for (std::size_t i = count; i-- > 0;)
-        giveBack(&records[i], &records[i]);
+void ioReferenceArena::addSlab(std::size_t bytes) {
+    // Fourfold from 1 KiB up to 1 MiB.
+    const std::size_t usual = std::size_t{1024} << 2 * std::min<std::size_t>(slabs_.size(), 5);
+    const std::size_t size = std::max(bytes, usual);
+    free_ = slabs_.emplace_back(std::make_unique_for_overwrite<char[]>(size)).get();
+    left_ = size;
 }
 
 void ioReferenceDefinition::define(ioPacketType* type, ioReferenceUsagePool& pool) {
-    defined_ = true;
+    ioReferenceUsage* const first = std::exchange(defined_, true) ? nullptr : pending_;
     type_ = type;
     ioReferenceUsage* last = nullptr;
-    for (ioReferenceUsage* record = pending_; record; record = record->next) {
+    for (ioReferenceUsage* record = first; record; record = record->next) {
         resolveUsage(record->location);
         last = record;
     }
     if (last)
-        pool.giveBack(std::exchange(pending_, nullptr), last);
+        pool.giveBack(first, last);
 }
 
 void ioReferenceDefinition::usage(void** location, ioPacketType* type, int offset,
                                   ioReferenceUsagePool& pool) {
-    ++usages_;
+    used_ = true;
     if (location)
         *location = nullptr;
     if (defined_) {
@@ -117,18 +116,19 @@ void ioReferenceMapImpl::resolveReferenceUsage(int reference, void** location, i
 }
 
 void ioReferenceMapImpl::verifyReferenceMap(ioClientReadContext& client) {
-    forEachAccessed([&client](const ioReferenceDefinition& definition) {
+    forEachValid([&client](const ioReferenceDefinition& definition) {
         definition.forEachPending([&](const ioReferenceUsage& usage) {
             if (usage.type)
                 usage.type->handleUnresolvedPtr(client, definition.pointer_, usage.offset);
         });
-        if (definition.defined_ && definition.usages_ == 0 && definition.type_)
-            definition.type_->handleUnreferencedMemory(client, definition.pointer_);
+        ioPacketType* const type = definition.type();
+        if (type && !definition.used_)
+            type->handleUnreferencedMemory(client, definition.pointer_);
     });
 }
 
 void ioReferenceMapImpl::reportUnresolvedPtrs(ioPacketType* type, void (*callback)(void*, int)) {
-    forEachAccessed([type, callback](const ioReferenceDefinition& definition) {
+    forEachValid([type, callback](const ioReferenceDefinition& definition) {
         definition.forEachPending([&](const ioReferenceUsage& usage) {
             if (usage.type == type)
                 callback(usage.location, usage.offset);
@@ -154,10 +154,8 @@ const ioReferenceDefinition* ioReferenceMapImpl::find(int reference) const {
 
 /// The definition of `reference`, which is held, for a change.
 ioReferenceDefinition& ioReferenceMapImpl::access(int reference) {
-    ioReferenceDefinition& definition = definitions_[static_cast<std::size_t>(reference)];
-    definition.accessed_ = true;
     maxAccessed_ = std::max(maxAccessed_, reference);
-    return definition;
+    return definitions_[static_cast<std::size_t>(reference)];
 }
 
 /// Makes room for `reference` and, since references mostly rise, for many after it.
@@ -173,15 +171,15 @@ void ioReferenceMapImpl::growRefList(int reference) {
         definitions_.grow(needed + 20000);
 }
 
-/// Calls `action` with each valid definition that was touched, in rising order. The action may
-/// change the map: definitions stay where they are.
+/// Calls `action` with each valid definition up to the highest that was touched, in rising order.
+/// The action may change the map: definitions stay where they are.
 template<class Action>
-void ioReferenceMapImpl::forEachAccessed(Action action) {
+void ioReferenceMapImpl::forEachValid(Action action) {
     const auto last = static_cast<std::size_t>(maxAccessed_);
     for (std::size_t i = definitions_.nextTouched(1); i < definitions_.size() && i <= last;
          i = definitions_.nextTouched(i + 1)) {
         const ioReferenceDefinition& definition = definitions_[i];
-        if (definition.accessed_ && !definition.invalid_)
+        if (!definition.invalid_)
             action(definition);
     }
 }

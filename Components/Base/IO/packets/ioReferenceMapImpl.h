@@ -7,8 +7,8 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <memory>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -24,14 +24,38 @@ struct ioReferenceUsage {
     int offset; ///< The client's.
 };
 
-/// Where usage records come from and go back to: a free list over blocks, since a file may hold
-/// millions of forward references. Memory is given back when the map goes.
+/// Memory for millions of small objects, which goes with the arena only.
+class ioReferenceArena {
+public:
+    /// `count` objects by `T()`.
+    template<class T>
+    T* make(std::size_t count) {
+        static_assert(std::is_trivially_destructible_v<T> && sizeof(T) % alignment == 0);
+        void* const memory = take(count * sizeof(T));
+        return std::uninitialized_value_construct_n(static_cast<T*>(memory), count) - count;
+    }
+
+private:
+    static constexpr std::size_t alignment = 8;
+
+    void* take(std::size_t bytes) {
+        if (bytes > left_)
+            addSlab(bytes);
+        left_ -= bytes;
+        return std::exchange(free_, free_ + bytes);
+    }
+    void addSlab(std::size_t bytes);
+
+    char* free_ = nullptr; ///< The rest of the last slab,
+    std::size_t left_ = 0; ///< and its bytes.
+    std::vector<std::unique_ptr<char[]>> slabs_;
+};
+
+/// Where usage records come from and go back to.
 class ioReferenceUsagePool {
 public:
     ioReferenceUsage* take() {
-        if (!free_)
-            addBlock();
-        return std::exchange(free_, free_->next);
+        return free_ ? std::exchange(free_, free_->next) : arena_.make<ioReferenceUsage>(1);
     }
 
     /// Takes back the list from `first` to `last`.
@@ -41,13 +65,11 @@ public:
     }
 
 private:
-    void addBlock();
-
     ioReferenceUsage* free_ = nullptr;
-    std::vector<std::unique_ptr<ioReferenceUsage[]>> blocks_;
+    ioReferenceArena arena_;
 };
 
-/// The state of one reference. A new one is all zeros.
+/// The state of one reference.
 class ioReferenceDefinition {
 public:
     void setPointer(void* pointer) { pointer_ = pointer; }
@@ -61,7 +83,7 @@ public:
     /// The object has been read: fills the locations that wait for it.
     void define(ioPacketType* type, ioReferenceUsagePool& pool);
 
-    /// Counts a use and fills `location`, now or later.
+    /// Notes a use and fills `location`, now or later.
     void usage(void** location, ioPacketType* type, int offset, ioReferenceUsagePool& pool);
 
     /// The object has gone. It cannot be undone.
@@ -70,26 +92,30 @@ public:
         pointer_ = nullptr;
     }
 
+    /// Of the packet that defined it; null before.
+    ioPacketType* type() const { return defined_ ? type_ : nullptr; }
+
     /// Calls `action` with each waiting use, newest first. The action may change the map: a
     /// definition that comes meanwhile takes all records away and gets no new ones.
     template<class Action>
     void forEachPending(Action action) const {
-        for (const ioReferenceUsage* record = pending_; record && pending_;) {
+        for (const ioReferenceUsage* record = defined_ ? nullptr : pending_; record && !defined_;) {
             const ioReferenceUsage* const next = record->next;
             action(*record);
             record = next;
         }
     }
 
-    bool accessed_ = false;     ///< The reference has been touched at all.
+    void* pointer_ = nullptr;
+    union {                                   // nothing waits for what is defined
+        ioReferenceUsage* pending_ = nullptr; ///< Newest first; until then.
+        ioPacketType* type_;                  ///< Of the packet that defined it; from then on.
+    };
+    unsigned int textFile_ = 0; ///< The file whose string packet defined it last.
     bool defined_ = false;      ///< The object has been read.
     bool invalid_ = false;      ///< After invalidate().
+    bool used_ = false;         ///< Before or after it was defined.
     bool alias_ = false;        ///< As last associated; nothing reads it.
-    unsigned int textFile_ = 0; ///< The file whose string packet defined it last.
-    std::uint64_t usages_ = 0;
-    void* pointer_ = nullptr;
-    ioPacketType* type_ = nullptr;        ///< Of the packet that defined it.
-    ioReferenceUsage* pending_ = nullptr; ///< Newest first.
 };
 
 /// The definitions by number, in blocks that are made when one of their numbers is first touched,
@@ -106,16 +132,16 @@ public:
     }
 
     ioReferenceDefinition& operator[](std::size_t number) {
-        Block& block = blocks_[number / blockSize];
-        if (!block) [[unlikely]]
-            block = std::make_unique<ioReferenceDefinition[]>(blockSize);
-        return block[number % blockSize];
+        ioReferenceDefinition*& first = blocks_[number / blockSize].first;
+        if (!first) [[unlikely]]
+            first = arena_.make<ioReferenceDefinition>(blockSize);
+        return first[number % blockSize];
     }
 
     /// Null if nothing near `number` was touched.
     const ioReferenceDefinition* find(std::size_t number) const {
         const Block* const block = blocks_.find(number / blockSize);
-        return block && *block ? &(*block)[number % blockSize] : nullptr;
+        return block && block->first ? block->first + number % blockSize : nullptr;
     }
 
     /// The lowest number from `number` on whose block exists; at or beyond size() if there is none.
@@ -129,9 +155,12 @@ public:
 
 private:
     static constexpr std::size_t blockSize = 32;
-    using Block = std::unique_ptr<ioReferenceDefinition[]>;
+    struct Block {
+        ioReferenceDefinition* first = nullptr; ///< Null while none was touched.
+    };
 
     zeVectorOfChunks<Block, 4096> blocks_;
+    ioReferenceArena arena_; ///< Of the definitions.
     std::size_t size_ = 0;
 };
 
@@ -163,7 +192,7 @@ private:
     ioReferenceDefinition& access(int reference);
     void growRefList(int reference);
     template<class Action>
-    void forEachAccessed(Action action);
+    void forEachValid(Action action);
 
     ioPointerTable byPointer_;
     ioReferenceTable definitions_;
