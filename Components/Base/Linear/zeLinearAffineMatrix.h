@@ -31,14 +31,11 @@ namespace zeLinear {
 struct Promise {};
 
 /// An affine map of space.
-struct AffineMatrix : MatrixProducts<AffineMatrix> {
-    using MatrixProducts<AffineMatrix>::preMult;
+struct AffineMatrix : MatrixEntries<AffineMatrix, double, 4, 3> {
+    using MatrixEntries::preMult;
 
     /// The type of a row.
     using Row = Vector;
-
-    /// The entries: m[row][column].
-    double m[4][3];
 
     /// 1 on the diagonal.
     static const AffineMatrix Identity;
@@ -46,16 +43,17 @@ struct AffineMatrix : MatrixProducts<AffineMatrix> {
     /// The identity.
     constexpr AffineMatrix() : AffineMatrix(1.0) {}
     /// `s` on the diagonal, zero elsewhere: 1.0 is the identity, -1.0 the reflection in the origin.
-    constexpr explicit AffineMatrix(double s) : m{{s, 0, 0}, {0, s, 0}, {0, 0, s}, {0, 0, 0}} {}
+    constexpr explicit AffineMatrix(double s)
+        : MatrixEntries{{{s, 0, 0}, {0, s, 0}, {0, 0, s}, {0, 0, 0}}} {}
     /// From 12 numbers, row by row.
     explicit AffineMatrix(const double* entries) : AffineMatrix() { set(entries); }
     /// From rows: the images of the axes, and the translation.
     constexpr AffineMatrix(const Vector& x, const Vector& y, const Vector& z,
                            const Vector& translation)
-        : m{{x.x, x.y, x.z},
-            {y.x, y.y, y.z},
-            {z.x, z.y, z.z},
-            {translation.x, translation.y, translation.z}} {}
+        : MatrixEntries{{{x.x, x.y, x.z},
+                         {y.x, y.y, y.z},
+                         {z.x, z.y, z.z},
+                         {translation.x, translation.y, translation.z}}} {}
     /// Widens each entry.
     constexpr AffineMatrix(const AffineMatrixFlt& other);
     /// Takes the first three columns and ignores the fourth.
@@ -166,14 +164,11 @@ struct AffineMatrix : MatrixProducts<AffineMatrix> {
 };
 
 /// An affine map of the plane.
-struct AffineMatrix2 : MatrixProducts<AffineMatrix2> {
-    using MatrixProducts<AffineMatrix2>::preMult;
+struct AffineMatrix2 : MatrixEntries<AffineMatrix2, double, 3, 2> {
+    using MatrixEntries::preMult;
 
     /// The type of a row.
     using Row = Vector2;
-
-    /// The entries: m[row][column].
-    double m[3][2];
 
     /// 1 on the diagonal.
     static const AffineMatrix2 Identity;
@@ -181,12 +176,12 @@ struct AffineMatrix2 : MatrixProducts<AffineMatrix2> {
     /// The identity.
     constexpr AffineMatrix2() : AffineMatrix2(1.0) {}
     /// `s` on the diagonal, zero elsewhere.
-    constexpr explicit AffineMatrix2(double s) : m{{s, 0}, {0, s}, {0, 0}} {}
+    constexpr explicit AffineMatrix2(double s) : MatrixEntries{{{s, 0}, {0, s}, {0, 0}}} {}
     /// From 6 numbers, row by row.
     explicit AffineMatrix2(const double* entries) : AffineMatrix2() { set(entries); }
     /// From rows: the images of the axes, and the translation.
     constexpr AffineMatrix2(const Vector2& x, const Vector2& y, const Vector2& translation)
-        : m{{x.x, x.y}, {y.x, y.y}, {translation.x, translation.y}} {}
+        : MatrixEntries{{{x.x, x.y}, {y.x, y.y}, {translation.x, translation.y}}} {}
 
     /// Stores 6 numbers, row by row.
     void set(const double* entries) { std::memcpy(m, entries, sizeof m); }
@@ -238,14 +233,11 @@ struct AffineMatrix2 : MatrixProducts<AffineMatrix2> {
 
 /// An affine map of space in single precision, for storing and applying. Build and invert it in
 /// double precision, and convert.
-struct AffineMatrixFlt : MatrixProducts<AffineMatrixFlt> {
-    using MatrixProducts<AffineMatrixFlt>::preMult;
+struct AffineMatrixFlt : MatrixEntries<AffineMatrixFlt, float, 4, 3> {
+    using MatrixEntries::preMult;
 
     /// The type of a row.
     using Row = VectorFlt;
-
-    /// The entries: m[row][column].
-    float m[4][3];
 
     /// 1 on the diagonal.
     static const AffineMatrixFlt Identity;
@@ -253,7 +245,8 @@ struct AffineMatrixFlt : MatrixProducts<AffineMatrixFlt> {
     /// The identity.
     constexpr AffineMatrixFlt() : AffineMatrixFlt(1.0F) {}
     /// `s` on the diagonal, zero elsewhere.
-    constexpr explicit AffineMatrixFlt(float s) : m{{s, 0, 0}, {0, s, 0}, {0, 0, s}, {0, 0, 0}} {}
+    constexpr explicit AffineMatrixFlt(float s)
+        : MatrixEntries{{{s, 0, 0}, {0, s, 0}, {0, 0, s}, {0, 0, 0}}} {}
     /// From 12 numbers, row by row.
     explicit AffineMatrixFlt(const float* entries) : AffineMatrixFlt() {
         std::memcpy(m, entries, sizeof m);
@@ -261,10 +254,10 @@ struct AffineMatrixFlt : MatrixProducts<AffineMatrixFlt> {
     /// From rows: the images of the axes, and the translation.
     constexpr AffineMatrixFlt(const VectorFlt& x, const VectorFlt& y, const VectorFlt& z,
                               const VectorFlt& translation)
-        : m{{x.x, x.y, x.z},
-            {y.x, y.y, y.z},
-            {z.x, z.y, z.z},
-            {translation.x, translation.y, translation.z}} {}
+        : MatrixEntries{{{x.x, x.y, x.z},
+                         {y.x, y.y, y.z},
+                         {z.x, z.y, z.z},
+                         {translation.x, translation.y, translation.z}}} {}
     /// Rounds each entry to single precision.
     constexpr explicit AffineMatrixFlt(const AffineMatrix& other);
     /// Rounds each entry to single precision.

@@ -6,41 +6,51 @@ namespace zeLinear {
 
 namespace {
 
-/// The 2-by-2 minors of rows 0 and 1 (upper) and of rows 2 and 3 (lower), for the column pairs 01,
-/// 02, 03, 12, 13, 23: the determinant and the cofactors of a 4-by-4 matrix come from these.
-struct Minors {
-    double upper[6];
-    double lower[6];
+/// Two numbers that go through the same operations at once; each result is that of the one number.
+using Pair = double __attribute__((vector_size(16)));
 
-    explicit Minors(const ProjMatrix& matrix) {
-        fill(upper, matrix.m[0], matrix.m[1]);
-        fill(lower, matrix.m[2], matrix.m[3]);
+/// What the determinant and the cofactors of a 4-by-4 matrix come from. Rows 0 and 1 are its upper
+/// half, 2 and 3 its lower one, and what both halves have stands in a pair.
+struct Halves {
+    Pair first[4];  ///< Rows 0 and 2, by column.
+    Pair second[4]; ///< Rows 1 and 3.
+    /// The 2-by-2 minors of the half, for the column pairs 01, 02, 03, 12, 13, 23.
+    Pair minors[6];
+    Pair othersMinors[6]; ///< Those of the other half.
+
+    explicit Halves(const ProjMatrix& matrix) {
+        const auto& m = matrix.m;
+        for (int j = 0; j < 4; ++j) {
+            first[j] = Pair{m[0][j], m[2][j]};
+            second[j] = Pair{m[1][j], m[3][j]};
+        }
+        minors[0] = first[0] * second[1] - first[1] * second[0];
+        minors[1] = first[0] * second[2] - first[2] * second[0];
+        minors[2] = first[0] * second[3] - first[3] * second[0];
+        minors[3] = first[1] * second[2] - first[2] * second[1];
+        minors[4] = first[1] * second[3] - first[3] * second[1];
+        minors[5] = first[2] * second[3] - first[3] * second[2];
+        for (int i = 0; i < 6; ++i)
+            othersMinors[i] = Pair{minors[i][1], minors[i][0]};
     }
 
     double determinant() const {
-        return upper[0] * lower[5] - upper[1] * lower[4] + upper[2] * lower[3] +
-               upper[3] * lower[2] - upper[4] * lower[1] + upper[5] * lower[0];
+        const Pair sum = minors[0] * othersMinors[5] - minors[1] * othersMinors[4] +
+                         minors[2] * othersMinors[3] + minors[3] * othersMinors[2] -
+                         minors[4] * othersMinors[1] + minors[5] * othersMinors[0];
+        return sum[0];
     }
 
-private:
-    static void fill(double (&minors)[6], const double (&a)[4], const double (&b)[4]) {
-        minors[0] = a[0] * b[1] - a[1] * b[0];
-        minors[1] = a[0] * b[2] - a[2] * b[0];
-        minors[2] = a[0] * b[3] - a[3] * b[0];
-        minors[3] = a[1] * b[2] - a[2] * b[1];
-        minors[4] = a[1] * b[3] - a[3] * b[1];
-        minors[5] = a[2] * b[3] - a[3] * b[2];
+    /// The cofactors of a row, but for the sign, from the other row of its half and the minors of
+    /// the other half.
+    void cofactors(Pair (&result)[4], const Pair (&partner)[4]) const {
+        const auto& minor = othersMinors;
+        result[0] = partner[1] * minor[5] - partner[2] * minor[4] + partner[3] * minor[3];
+        result[1] = -partner[0] * minor[5] + partner[2] * minor[2] - partner[3] * minor[1];
+        result[2] = partner[0] * minor[4] - partner[1] * minor[2] + partner[3] * minor[0];
+        result[3] = -partner[0] * minor[3] + partner[1] * minor[1] - partner[2] * minor[0];
     }
 };
-
-/// The cofactors of a row, but for the sign, from the other row of its pair and the minors of the
-/// other two.
-Tuple4 cofactors(const double (&partner)[4], const double (&minors)[6]) {
-    return Tuple4(partner[1] * minors[5] - partner[2] * minors[4] + partner[3] * minors[3],
-                  -partner[0] * minors[5] + partner[2] * minors[2] - partner[3] * minors[1],
-                  partner[0] * minors[4] - partner[1] * minors[2] + partner[3] * minors[0],
-                  -partner[0] * minors[3] + partner[1] * minors[1] - partner[2] * minors[0]);
-}
 
 /// Turns row `i` of a frame towards row `j`: the rows of a rotation, multiplied in front.
 template<class M>
@@ -138,23 +148,24 @@ AffineMatrix2 AffineMatrix2::inverse() const {
 // ProjMatrix
 
 double ProjMatrix::det4x4() const {
-    return Minors(*this).determinant();
+    return Halves(*this).determinant();
 }
 
 bool ProjMatrix::invertFast() {
-    const Minors minors(*this);
-    const double det = minors.determinant();
+    const Halves halves(*this);
+    const double det = halves.determinant();
     if (std::fabs(det) < epsilonTol)
         return false;
-    const auto scaled = [](const Tuple4& t, double divisor) {
-        return detail::each<Tuple4>([divisor](double s) { return s / divisor; }, t);
-    };
-    // Rows 0 and 1 pair with the lower minors, 2 and 3 with the upper; the signs alternate.
-    ProjMatrix result(
-        scaled(cofactors(m[1], minors.lower), det), scaled(cofactors(m[0], minors.lower), -det),
-        scaled(cofactors(m[3], minors.upper), det), scaled(cofactors(m[2], minors.upper), -det));
-    result.transpose();
-    *this = result;
+    Pair first[4];
+    Pair second[4];
+    halves.cofactors(first, halves.second);
+    halves.cofactors(second, halves.first);
+    for (int i = 0; i < 4; ++i) { // The inverse is the transpose, and the signs alternate.
+        const Pair even = first[i] / Pair{det, det};
+        const Pair odd = second[i] / Pair{-det, -det};
+        const double row[] = {even[0], odd[0], even[1], odd[1]};
+        std::memcpy(m[i], row, sizeof row);
+    }
     return true;
 }
 

@@ -33,10 +33,14 @@ concept AnyMatrix = AnyProjMatrix<T> || OneOf<T, AffineMatrix, AffineMatrix2, Af
 template<AnyMatrix M>
 using Entry = std::remove_all_extents_t<decltype(M::m)>;
 
-/// The products of a matrix with others of its own type M, which derives from this class. It is
-/// empty, and adds nothing to the size of M.
-template<AnyMatrix M>
-struct MatrixProducts {
+/// The entries of a matrix M, which derives from this class, and its products with others of its
+/// own type. The entries stand here, not in M: GCC 12 keeps a local matrix in memory if it has an
+/// empty base class, and then each copy waits for the stores before it.
+template<AnyMatrix M, class Number, unsigned Rows, unsigned Columns>
+struct MatrixEntries {
+    /// The entries: m[row][column].
+    Number m[Rows][Columns];
+
     /// `result` = `a` times this matrix. It must be neither `a` nor this matrix.
     constexpr void preMult(M& result, const M& a) const {
         result = a * static_cast<const M&>(*this);
@@ -52,8 +56,8 @@ struct MatrixProducts {
         return self = self * a;
     }
 
-    /// Always equal: the entries are those of M.
-    constexpr bool operator==(const MatrixProducts&) const = default;
+    /// Compares the entries exactly.
+    constexpr bool operator==(const MatrixEntries&) const = default;
 };
 
 namespace detail {

@@ -38,14 +38,11 @@ struct RowFlt4 {
 } // namespace detail
 
 /// A projective map of space, which takes homogeneous points to homogeneous points.
-struct ProjMatrix : MatrixProducts<ProjMatrix> {
-    using MatrixProducts<ProjMatrix>::preMult;
+struct ProjMatrix : MatrixEntries<ProjMatrix, double, 4, 4> {
+    using MatrixEntries::preMult;
 
     /// The type of a row.
     using Row = Tuple4;
-
-    /// The entries: m[row][column].
-    double m[4][4];
 
     /// 1 on the diagonal.
     static const ProjMatrix Identity;
@@ -54,15 +51,15 @@ struct ProjMatrix : MatrixProducts<ProjMatrix> {
     constexpr ProjMatrix() : ProjMatrix(1.0) {}
     /// `s` on the whole diagonal, zero elsewhere.
     constexpr explicit ProjMatrix(double s)
-        : m{{s, 0, 0, 0}, {0, s, 0, 0}, {0, 0, s, 0}, {0, 0, 0, s}} {}
+        : MatrixEntries{{{s, 0, 0, 0}, {0, s, 0, 0}, {0, 0, s, 0}, {0, 0, 0, s}}} {}
     /// From 16 numbers, row by row.
     explicit ProjMatrix(const double* entries) : ProjMatrix() { set(entries); }
     /// From rows.
     constexpr ProjMatrix(const Tuple4& x, const Tuple4& y, const Tuple4& z, const Tuple4& w)
-        : m{{x.x, x.y, x.z, x.w},
-            {y.x, y.y, y.z, y.w},
-            {z.x, z.y, z.z, z.w},
-            {w.x, w.y, w.z, w.w}} {}
+        : MatrixEntries{{{x.x, x.y, x.z, x.w},
+                         {y.x, y.y, y.z, y.w},
+                         {z.x, z.y, z.z, z.w},
+                         {w.x, w.y, w.z, w.w}}} {}
     /// With a fourth column of 0, 0, 0, 1.
     constexpr ProjMatrix(const AffineMatrix& affine);
     /// Widens each entry.
@@ -109,14 +106,11 @@ struct ProjMatrix : MatrixProducts<ProjMatrix> {
 };
 
 /// A projective map in single precision.
-struct ProjMatrixFlt : MatrixProducts<ProjMatrixFlt> {
-    using MatrixProducts<ProjMatrixFlt>::preMult;
+struct ProjMatrixFlt : MatrixEntries<ProjMatrixFlt, float, 4, 4> {
+    using MatrixEntries::preMult;
 
     /// The type of a row.
     using Row = detail::RowFlt4;
-
-    /// The entries: m[row][column].
-    float m[4][4];
 
     /// 1 on the diagonal.
     static const ProjMatrixFlt Identity;
@@ -125,15 +119,15 @@ struct ProjMatrixFlt : MatrixProducts<ProjMatrixFlt> {
     constexpr ProjMatrixFlt() : ProjMatrixFlt(1.0F) {}
     /// `s` on the whole diagonal, zero elsewhere.
     constexpr explicit ProjMatrixFlt(float s)
-        : m{{s, 0, 0, 0}, {0, s, 0, 0}, {0, 0, s, 0}, {0, 0, 0, s}} {}
+        : MatrixEntries{{{s, 0, 0, 0}, {0, s, 0, 0}, {0, 0, s, 0}, {0, 0, 0, s}}} {}
     /// From 16 numbers, row by row.
     explicit ProjMatrixFlt(const float* entries) : ProjMatrixFlt() { set(entries); }
     /// From rows.
     constexpr ProjMatrixFlt(const Row& x, const Row& y, const Row& z, const Row& w)
-        : m{{x.x, x.y, x.z, x.w},
-            {y.x, y.y, y.z, y.w},
-            {z.x, z.y, z.z, z.w},
-            {w.x, w.y, w.z, w.w}} {}
+        : MatrixEntries{{{x.x, x.y, x.z, x.w},
+                         {y.x, y.y, y.z, y.w},
+                         {z.x, z.y, z.z, z.w},
+                         {w.x, w.y, w.z, w.w}}} {}
     /// Rounds each entry to single precision.
     constexpr explicit ProjMatrixFlt(const ProjMatrix& other);
 
@@ -176,10 +170,10 @@ constexpr AffineMatrix::AffineMatrix(const Promise&, const ProjMatrix& affine)
 // ProjMatrix
 
 constexpr ProjMatrix::ProjMatrix(const AffineMatrix& affine)
-    : m{{affine.m[0][0], affine.m[0][1], affine.m[0][2], 0},
-        {affine.m[1][0], affine.m[1][1], affine.m[1][2], 0},
-        {affine.m[2][0], affine.m[2][1], affine.m[2][2], 0},
-        {affine.m[3][0], affine.m[3][1], affine.m[3][2], 1}} {}
+    : MatrixEntries{{{affine.m[0][0], affine.m[0][1], affine.m[0][2], 0},
+                     {affine.m[1][0], affine.m[1][1], affine.m[1][2], 0},
+                     {affine.m[2][0], affine.m[2][1], affine.m[2][2], 0},
+                     {affine.m[3][0], affine.m[3][1], affine.m[3][2], 1}}} {}
 
 constexpr ProjMatrix::ProjMatrix(const ProjMatrixFlt& other)
     : ProjMatrix(detail::eachEntry<ProjMatrix>([](float s) -> double { return s; }, other)) {}

@@ -15,6 +15,8 @@ using zeUtil::wrappedSum;
 
 namespace {
 
+using Match = ioCompressTableImpl::Match;
+
 constexpr int blockSize = 4096;
 constexpr int checkGap = 10000;
 
@@ -61,7 +63,7 @@ void ioBufferCompress::finished() {
 void ioBufferCompress::initCompress() {
     table_ = new ioCompressTableImpl;
     started_ = true;
-    currentCode_ = static_cast<unsigned char>(data_[0]);
+    table_->matched = Match::ofByte(static_cast<unsigned char>(data_[0]));
     dataPosition_ = 1;
     inCount_ = 1;
     next_->writeData(magic, sizeof magic);
@@ -73,25 +75,24 @@ void ioBufferCompress::compress() {
     ioCompressTableImpl& table = *table_;
     const char* const end = data_ + dataSize_;
     const int inCountAtEnd = wrappedSum(inCount_, dataSize_ - dataPosition_);
-    auto code = static_cast<unsigned>(currentCode_);
+    Match match = table.matched;
     for (const char* at = data_ + dataPosition_; at != end;) {
         const unsigned byte = static_cast<unsigned char>(*at++);
-        if (const unsigned longer = table.find(code, byte)) {
-            code = longer;
+        if (table.extend(match, byte))
             continue;
-        }
-        output(static_cast<int>(code));
+        output(static_cast<int>(match.code));
         if (freeCode_ < maxMaxCode) {
-            table.add(code, byte, static_cast<unsigned>(freeCode_++));
+            table.add(match, byte, static_cast<unsigned>(freeCode_++));
         } else {
             inCount_ = wrappedSum(inCountAtEnd, static_cast<int>(at - end));
             if (inCount_ >= checkPoint_)
                 cl_block();
         }
-        code = byte;
+        match = Match::ofByte(byte);
     }
     inCount_ = inCountAtEnd;
-    currentCode_ = static_cast<int>(code);
+    table.matched = match;
+    currentCode_ = static_cast<int>(match.code);
 }
 
 /// A negative code writes what is left in the group.

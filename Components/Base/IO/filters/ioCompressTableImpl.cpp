@@ -19,8 +19,15 @@ void ioCompressTableImpl::useSlots(unsigned lastCode) {
     std::memset(slots_, 0, sizeof slots_);
     for (unsigned code = ioCompressFormat::firstFreeCode; code <= lastCode; ++code) {
         findInSlots(keys_[code] & 0xFFFF, keys_[code] >> 16);
-        slots_[place_] = static_cast<std::uint16_t>(code);
+        slots_[freePlace_] = static_cast<std::uint16_t>(code);
     }
+}
+
+bool ioCompressTableImpl::extendInSlots(Match& match, unsigned byte) {
+    const unsigned code = findInSlots(match.code, byte);
+    if (code != 0)
+        match = {twoBytes, code}; // any place that is not oneByte
+    return code != 0;
 }
 
 /// The search as the format defines it.
@@ -34,6 +41,6 @@ unsigned ioCompressTableImpl::findInSlots(unsigned code, unsigned byte) {
         i = i < step ? i + slotCount - step : i - step;
         first = false;
     }
-    place_ = i;
+    freePlace_ = i;
     return found != 0 && keys_[found] == key ? found : 0;
 }

@@ -23,7 +23,9 @@
 /// meets slot 0, and the first string whose search begins there is the one that takes it.
 ///
 /// Use: two quicker tables stand in. One finds strings of two bytes directly, and one, at most half
-/// full, longer strings.
+/// full, longer strings. A string is known by its place there, and the place where the search for a
+/// longer one begins follows from that place and a byte, not from what the table holds: a search
+/// need not wait for the memory that the one before it reads.
 ///
 /// Fallback: when the two zero bytes are added after another string took slot 0, the true table is
 /// worked out from the order in which the strings came, and is used until the next clear(). The
@@ -35,38 +37,55 @@ public:
     /// Forgets all strings.
     void clear();
 
-    /// The code of string `code` with `byte` behind it, or 0.
-    unsigned find(unsigned code, unsigned byte) {
+    /// A string: its place in the quicker tables, if these are in use, and its code.
+    struct Match {
+        std::uint32_t place;
+        std::uint32_t code;
+
+        static Match ofByte(unsigned byte) { return {oneByte, byte}; }
+    };
+
+    /// What was matched so far, kept here from one block to the next.
+    Match matched = {};
+
+    /// Whether `string` with `byte` behind it is in the table; if so, `string` becomes that one.
+    bool extend(Match& match, unsigned byte) {
         if (slotsInUse_) [[unlikely]]
-            return findInSlots(code, byte);
-        if (code < 256) {
-            place_ = code << 8 | byte;
-            return pairs_[place_];
+            return extendInSlots(match, byte);
+        if (match.place == oneByte) {
+            const std::uint32_t pair = match.code << 8 | byte;
+            if (pairs_[pair] == 0)
+                return false;
+            match = {twoBytes + pair, pairs_[pair]};
+            return true;
         }
-        const std::uint32_t tag = tagOf(code, byte);
-        const std::uint32_t first = firstPlace(code, byte);
-        place_ = first;
-        while (const std::uint32_t entry = longer_[place_]) {
-            if (entry >> 16 == tag && isNear(first))
-                return entry & 0xFFFF;
-            place_ = (place_ + 1) % longerSize;
+        const std::uint32_t tag = tagOf(match, byte);
+        const std::uint32_t first = firstPlace(match, byte);
+        std::uint32_t place = first;
+        while (const std::uint32_t entry = longer_[place]) {
+            if (entry >> 16 == tag && isNear(place, first)) {
+                match = {place, entry & 0xFFFF};
+                return true;
+            }
+            place = (place + 1) % longerSize;
         }
-        return 0;
+        freePlace_ = place;
+        return false;
     }
 
-    /// Adds the string that find() has just not found, with the next code.
-    void add(unsigned code, unsigned byte, unsigned newCode) {
-        keys_[newCode] = keyOf(code, byte);
+    /// Adds `string` with `byte` behind it, which extend() has just not found, with the next code.
+    void add(Match match, unsigned byte, unsigned newCode) {
+        keys_[newCode] = keyOf(match.code, byte);
         const auto stored = static_cast<std::uint16_t>(newCode);
         if (slotsInUse_) [[unlikely]]
-            slots_[place_] = stored;
-        else if (needsSlots(code, byte)) [[unlikely]]
+            slots_[freePlace_] = stored;
+        else if (needsSlots(match, byte)) [[unlikely]]
             useSlots(newCode);
-        else if (code < 256)
-            pairs_[place_] = stored;
+        else if (match.place == oneByte)
+            pairs_[match.code << 8 | byte] = stored;
         else
-            longer_[place_] = tagOf(code, byte) << 16 | stored;
-        if (firstSlot(code, byte) == 0) [[unlikely]]
+            longer_[freePlace_] = tagOf(match, byte) << 16 | stored;
+        if (firstSlot(match.code, byte) == 0) [[unlikely]]
             slotZeroTaken_ = true;
     }
 
@@ -74,32 +93,40 @@ private:
     static constexpr unsigned slotCount = 69001;
     static constexpr std::uint32_t longerSize = 1 << 17;
 
+    /// Places of longer strings are those in their table; strings of two bytes follow.
+    static constexpr std::uint32_t twoBytes = longerSize;
+    static constexpr std::uint32_t oneByte = 1 << 18; ///< Of every string of one byte.
+
     static std::uint32_t keyOf(unsigned code, unsigned byte) { return byte << 16 | code; }
     static unsigned firstSlot(unsigned code, unsigned byte) { return byte << 8 ^ code; }
 
-    static std::uint32_t mixed(unsigned code) { return code * 0x9E3B; }
-    static std::uint32_t tagOf(unsigned code, unsigned byte) {
-        return byte << 8 | (mixed(code) & 0xFF);
+    /// Different for all places below oneByte, in its lowest 18 bits.
+    static std::uint32_t mixed(Match match) { return match.place * 0x9E3B; }
+    static std::uint32_t tagOf(Match match, unsigned byte) {
+        return byte << 8 | (mixed(match) >> 10 & 0x80) | (mixed(match) & 0x7F);
     }
-    static std::uint32_t firstPlace(unsigned code, unsigned byte) {
-        return (mixed(code) ^ byte * 0x9E3779B1 >> 15) % longerSize;
+    static std::uint32_t firstPlace(Match match, unsigned byte) {
+        return (mixed(match) ^ byte * 0x9E3779B1 >> 15) % longerSize;
     }
 
-    /// Two strings with the same tag have first places that differ by a multiple of 256. So an
-    /// entry with the right tag is the right one if every entry is less than 256 places from its
+    /// Two strings with the same tag have first places that differ by a multiple of 128. So an
+    /// entry with the right tag is the right one if every entry is less than 128 places from its
     /// first.
-    bool isNear(std::uint32_t first) const { return (place_ - first) % longerSize < 256; }
+    static bool isNear(std::uint32_t place, std::uint32_t first) {
+        return (place - first) % longerSize < 128;
+    }
 
     /// Whether the quicker tables cannot hold the string that is to be added: see the claim above.
-    bool needsSlots(unsigned code, unsigned byte) const {
-        return (keyOf(code, byte) == 0 && slotZeroTaken_) ||
-               (code > 255 && !isNear(firstPlace(code, byte)));
+    bool needsSlots(Match match, unsigned byte) const {
+        return (keyOf(match.code, byte) == 0 && slotZeroTaken_) ||
+               (match.place != oneByte && !isNear(freePlace_, firstPlace(match, byte)));
     }
 
     void useSlots(unsigned lastCode);
+    bool extendInSlots(Match& match, unsigned byte);
     unsigned findInSlots(unsigned code, unsigned byte);
 
-    unsigned place_ = 0; ///< Where find() ended.
+    std::uint32_t freePlace_ = 0; ///< Where the last search ended.
     bool slotsInUse_ = false;
     bool slotZeroTaken_ = false;  ///< In the true table.
     std::uint32_t keys_[1 << 16]; ///< Of each code.
