@@ -91,6 +91,7 @@ private:
     ZEBASE_HIDDEN void initCompress();
     ZEBASE_HIDDEN void compress();
     ZEBASE_HIDDEN void output(int code);
+    ZEBASE_HIDDEN void putIntoGroup(int code);
     ZEBASE_HIDDEN void doneCompress();
     ZEBASE_HIDDEN void cl_block();
     ZEBASE_HIDDEN void writeCodeBuf(int n);

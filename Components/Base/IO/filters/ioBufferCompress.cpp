@@ -95,6 +95,22 @@ void ioBufferCompress::compress() {
     currentCode_ = static_cast<int>(match.code);
 }
 
+/// Puts a code into the group. The bits behind it keep what they held before.
+void ioBufferCompress::putIntoGroup(int code) {
+    const auto offset = static_cast<unsigned>(bitOffset_);
+    unsigned char* const place = group_ + offset / 8;
+    if (codeBits_ == maxBits) { // two whole bytes, so that none need be loaded first
+        const auto bytes = static_cast<std::uint16_t>(code);
+        std::memcpy(place, &bytes, sizeof bytes);
+        return;
+    }
+    const unsigned mask = (1u << codeBits_) - 1;
+    std::uint32_t word;
+    std::memcpy(&word, place, sizeof word);
+    word = (word & ~(mask << offset % 8)) | static_cast<unsigned>(code) << offset % 8;
+    std::memcpy(place, &word, sizeof word);
+}
+
 /// A negative code writes what is left in the group.
 void ioBufferCompress::output(int code) {
     if (code < 0) {
@@ -104,12 +120,7 @@ void ioBufferCompress::output(int code) {
         bitOffset_ = 0;
         return;
     }
-    const auto offset = static_cast<unsigned>(bitOffset_);
-    const unsigned mask = (1u << codeBits_) - 1;
-    std::uint32_t word;
-    std::memcpy(&word, group_ + offset / 8, sizeof word);
-    word = (word & ~(mask << offset % 8)) | static_cast<unsigned>(code) << offset % 8;
-    std::memcpy(group_ + offset / 8, &word, sizeof word);
+    putIntoGroup(code);
     bitOffset_ += codeBits_;
     if (bitOffset_ == codeBits_ * 8) {
         outCount_ = wrappedSum(outCount_, codeBits_);

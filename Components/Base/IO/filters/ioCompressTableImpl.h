@@ -5,6 +5,9 @@
 
 #pragma once
 
+#include <emmintrin.h>
+
+#include <bit>
 #include <cstdint>
 
 /// Codes of strings, each found by the code of the string without its last byte and by that byte.
@@ -61,16 +64,11 @@ public:
         }
         const std::uint32_t tag = tagOf(match, byte);
         const std::uint32_t first = firstPlace(match, byte);
-        std::uint32_t place = first;
-        while (const std::uint32_t entry = longer_[place]) {
-            if (entry >> 16 == tag && isNear(place, first)) {
-                match = {place, entry & 0xFFFF};
-                return true;
-            }
-            place = (place + 1) % longerSize;
+        if (const std::uint32_t code = longer_[first] ^ tag << 16; isCode(code)) {
+            match = {first, code};
+            return true;
         }
-        freePlace_ = place;
-        return false;
+        return extendBehind(match, first, tag);
     }
 
     /// Adds `string` with `byte` behind it, which extend() has just not found, with the next code.
@@ -91,10 +89,11 @@ public:
 
 private:
     static constexpr unsigned slotCount = 69001;
-    static constexpr std::uint32_t longerSize = 1 << 17;
+    static constexpr std::uint32_t longerSize = 1 << 17; ///< Of the first places.
+    static constexpr std::uint32_t nearby = 128;
 
     /// Places of longer strings are those in their table; strings of two bytes follow.
-    static constexpr std::uint32_t twoBytes = longerSize;
+    static constexpr std::uint32_t twoBytes = longerSize + nearby;
     static constexpr std::uint32_t oneByte = 1 << 18; ///< Of every string of one byte.
 
     static std::uint32_t keyOf(unsigned code, unsigned byte) { return byte << 16 | code; }
@@ -109,12 +108,35 @@ private:
         return (mixed(match) ^ byte * 0x9E3779B1 >> 15) % longerSize;
     }
 
-    /// Two strings with the same tag have first places that differ by a multiple of 128. So an
-    /// entry with the right tag is the right one if every entry is less than 128 places from its
-    /// first.
-    static bool isNear(std::uint32_t place, std::uint32_t first) {
-        return (place - first) % longerSize < 128;
+    /// The rest of a search for a longer string. Two strings with the same tag have first places
+    /// that differ by a multiple of `nearby`. So an entry with the right tag is the right one if
+    /// every entry is less than that behind its first place, and the search ends there.
+    bool extendBehind(Match& match, std::uint32_t first, std::uint32_t tag) {
+        for (freePlace_ = first; isNear(freePlace_, first); freePlace_ += 4) {
+            const unsigned ends = taggedOrFree(longer_ + freePlace_, tag);
+            if (ends == 0)
+                continue;
+            freePlace_ += static_cast<std::uint32_t>(std::countr_zero(ends));
+            const std::uint32_t entry = longer_[freePlace_];
+            if (entry == 0)
+                return false;
+            match = {freePlace_, entry & 0xFFFF};
+            return true;
+        }
+        return false;
     }
+
+    /// Of four entries, a bit for each that has this tag or is free.
+    static unsigned taggedOrFree(const std::uint32_t* entries, std::uint32_t tag) {
+        const __m128i four = _mm_loadu_si128(reinterpret_cast<const __m128i*>(entries));
+        const __m128i tags = _mm_set1_epi32(static_cast<int>(tag));
+        const __m128i tagged = _mm_cmpeq_epi32(_mm_srli_epi32(four, 16), tags);
+        const __m128i free = _mm_cmpeq_epi32(four, _mm_setzero_si128());
+        return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(_mm_or_si128(tagged, free))));
+    }
+
+    static bool isCode(std::uint32_t number) { return number - 1 < 0xFFFF; }
+    static bool isNear(std::uint32_t place, std::uint32_t first) { return place - first < nearby; }
 
     /// Whether the quicker tables cannot hold the string that is to be added: see the claim above.
     bool needsSlots(Match match, unsigned byte) const {
@@ -131,6 +153,6 @@ private:
     bool slotZeroTaken_ = false;  ///< In the true table.
     std::uint32_t keys_[1 << 16]; ///< Of each code.
     std::uint16_t pairs_[1 << 16];
-    std::uint32_t longer_[longerSize]; ///< Tag and code.
-    std::uint16_t slots_[slotCount];   ///< Codes.
+    std::uint32_t longer_[longerSize + nearby]; ///< Tag and code.
+    std::uint16_t slots_[slotCount];            ///< Codes.
 };
