@@ -295,9 +295,16 @@ void ManagerImpl::respectLimits(bool makeRoom) {
     current_ = nullptr;
 }
 
+// The chains are counted once: a count after each deletion would make many deletions quadratic.
 void ManagerImpl::respectGroupLimit(int limit) {
-    while (limit < getNumDistinctGroupGroups() && canDeleteFirstGroup())
+    int chains = getNumDistinctGroupGroups();
+    while (limit < chains && canDeleteFirstGroup()) {
+        const bool wasDynamic = groups_.first()->isGroupDynamic();
         deleteFirstGroup();
+        // Of a chain whose first group is gone already, one group at a time is deleted.
+        const bool isChainLeft = wasDynamic && groups_.first() && groups_.first()->isGroupDynamic();
+        chains -= !isChainLeft;
+    }
 }
 
 void ManagerImpl::respectMemoryLimit(int limit) {

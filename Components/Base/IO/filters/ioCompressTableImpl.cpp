@@ -26,7 +26,7 @@ void ioCompressTableImpl::useSlots(unsigned lastCode) {
 bool ioCompressTableImpl::extendInSlots(Match& match, unsigned byte) {
     const unsigned code = findInSlots(match.code, byte);
     if (code != 0)
-        match = {twoBytes, code}; // any place that is not oneByte
+        match.code = code; // the place is not used
     return code != 0;
 }
 

@@ -102,7 +102,7 @@ private:
     /// Different for all places below oneByte, in its lowest 18 bits.
     static std::uint32_t mixed(Match match) { return match.place * 0x9E3B; }
     static std::uint32_t tagOf(Match match, unsigned byte) {
-        return byte << 8 | (mixed(match) >> 10 & 0x80) | (mixed(match) & 0x7F);
+        return byte << 8 | (mixed(match) >> 10 & nearby) | (mixed(match) & (nearby - 1));
     }
     static std::uint32_t firstPlace(Match match, unsigned byte) {
         return (mixed(match) ^ byte * 0x9E3779B1 >> 15) % longerSize;
