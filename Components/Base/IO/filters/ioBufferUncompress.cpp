@@ -117,7 +117,6 @@ void ioBufferCompress::expandUsualCodes() {
     auto groupBits = static_cast<unsigned>(groupBits_);
     auto freeCode = static_cast<unsigned>(freeCode_);
     auto oldCode = static_cast<unsigned>(oldCode_);
-    String old = strings[oldCode];
     while (freeCode <= maxCode) {
         if (bitOffset >= groupBits) {
             if (!next_->good() || next_->count_ - next_->position_ < maxBits)
@@ -133,7 +132,7 @@ void ioBufferCompress::expandUsualCodes() {
             if (code > freeCode)
                 break;
             // A string is defined by itself: the one before and its own first byte once more.
-            strings[code] = old.extended(oldCode, old.first);
+            strings[code] = strings[oldCode].extended(oldCode, strings[oldCode].first);
         } else if (code == clearCode || code == endCode) {
             break;
         }
@@ -144,8 +143,7 @@ void ioBufferCompress::expandUsualCodes() {
         string.write(out, strings);
         out += string.length;
         if (freeCode < maxMaxCode)
-            strings[freeCode++] = old.extended(oldCode, string.first);
-        old = string;
+            strings[freeCode++] = strings[oldCode].extended(oldCode, string.first);
         oldCode = code;
     }
     dataPosition_ = static_cast<int>(out - data_);
@@ -153,7 +151,7 @@ void ioBufferCompress::expandUsualCodes() {
     groupBits_ = static_cast<int>(groupBits);
     freeCode_ = static_cast<int>(freeCode);
     oldCode_ = static_cast<int>(oldCode);
-    finChar_ = old.first;
+    finChar_ = strings[oldCode].first;
 }
 
 int ioBufferCompress::getcode() {
