@@ -44,16 +44,14 @@ struct AffineMatrix : MatrixEntries<AffineMatrix, double, 4, 3> {
     constexpr AffineMatrix() : AffineMatrix(1.0) {}
     /// `s` on the diagonal, zero elsewhere: 1.0 is the identity, -1.0 the reflection in the origin.
     constexpr explicit AffineMatrix(double s)
-        : MatrixEntries{{{s, 0, 0}, {0, s, 0}, {0, 0, s}, {0, 0, 0}}} {}
+        : AffineMatrix(Vector(s, 0, 0), Vector(0, s, 0), Vector(0, 0, s), Vector::zero) {}
     /// From 12 numbers, row by row.
     explicit AffineMatrix(const double* entries) : AffineMatrix() { set(entries); }
     /// From rows: the images of the axes, and the translation.
     constexpr AffineMatrix(const Vector& x, const Vector& y, const Vector& z,
-                           const Vector& translation)
-        : MatrixEntries{{{x.x, x.y, x.z},
-                         {y.x, y.y, y.z},
-                         {z.x, z.y, z.z},
-                         {translation.x, translation.y, translation.z}}} {}
+                           const Vector& translation) {
+        x.get(m[0]), y.get(m[1]), z.get(m[2]), translation.get(m[3]);
+    }
     /// Widens each entry.
     constexpr AffineMatrix(const AffineMatrixFlt& other);
     /// Takes the first three columns and ignores the fourth.
@@ -176,12 +174,14 @@ struct AffineMatrix2 : MatrixEntries<AffineMatrix2, double, 3, 2> {
     /// The identity.
     constexpr AffineMatrix2() : AffineMatrix2(1.0) {}
     /// `s` on the diagonal, zero elsewhere.
-    constexpr explicit AffineMatrix2(double s) : MatrixEntries{{{s, 0}, {0, s}, {0, 0}}} {}
+    constexpr explicit AffineMatrix2(double s)
+        : AffineMatrix2(Vector2(s, 0), Vector2(0, s), Vector2::zero) {}
     /// From 6 numbers, row by row.
     explicit AffineMatrix2(const double* entries) : AffineMatrix2() { set(entries); }
     /// From rows: the images of the axes, and the translation.
-    constexpr AffineMatrix2(const Vector2& x, const Vector2& y, const Vector2& translation)
-        : MatrixEntries{{{x.x, x.y}, {y.x, y.y}, {translation.x, translation.y}}} {}
+    constexpr AffineMatrix2(const Vector2& x, const Vector2& y, const Vector2& translation) {
+        x.get(m[0]), y.get(m[1]), translation.get(m[2]);
+    }
 
     /// Stores 6 numbers, row by row.
     void set(const double* entries) { std::memcpy(m, entries, sizeof m); }
@@ -246,18 +246,17 @@ struct AffineMatrixFlt : MatrixEntries<AffineMatrixFlt, float, 4, 3> {
     constexpr AffineMatrixFlt() : AffineMatrixFlt(1.0F) {}
     /// `s` on the diagonal, zero elsewhere.
     constexpr explicit AffineMatrixFlt(float s)
-        : MatrixEntries{{{s, 0, 0}, {0, s, 0}, {0, 0, s}, {0, 0, 0}}} {}
+        : AffineMatrixFlt(VectorFlt(s, 0, 0), VectorFlt(0, s, 0), VectorFlt(0, 0, s),
+                          VectorFlt::zero) {}
     /// From 12 numbers, row by row.
     explicit AffineMatrixFlt(const float* entries) : AffineMatrixFlt() {
         std::memcpy(m, entries, sizeof m);
     }
     /// From rows: the images of the axes, and the translation.
     constexpr AffineMatrixFlt(const VectorFlt& x, const VectorFlt& y, const VectorFlt& z,
-                              const VectorFlt& translation)
-        : MatrixEntries{{{x.x, x.y, x.z},
-                         {y.x, y.y, y.z},
-                         {z.x, z.y, z.z},
-                         {translation.x, translation.y, translation.z}}} {}
+                              const VectorFlt& translation) {
+        x.get(m[0]), y.get(m[1]), z.get(m[2]), translation.get(m[3]);
+    }
     /// Rounds each entry to single precision.
     constexpr explicit AffineMatrixFlt(const AffineMatrix& other);
     /// Rounds each entry to single precision.

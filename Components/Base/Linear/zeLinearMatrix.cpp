@@ -6,7 +6,7 @@ namespace zeLinear {
 
 namespace {
 
-/// Two numbers that go through the same operations at once; each result is that of the one number.
+/// Two numbers that go through the same operations at once, with the results of each by itself.
 using Pair = double __attribute__((vector_size(16)));
 
 /// What the determinant and the cofactors of a 4-by-4 matrix come from. Rows 0 and 1 are its upper

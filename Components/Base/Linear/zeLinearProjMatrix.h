@@ -33,6 +33,7 @@ struct RowFlt4 {
 
     constexpr RowFlt4(float x0, float y0, float z0, float w0) : x(x0), y(y0), z(z0), w(w0) {}
     constexpr explicit RowFlt4(const float* xyzw) : RowFlt4(xyzw[0], xyzw[1], xyzw[2], xyzw[3]) {}
+    constexpr void get(float* xyzw) const { xyzw[0] = x, xyzw[1] = y, xyzw[2] = z, xyzw[3] = w; }
 };
 
 } // namespace detail
@@ -51,15 +52,14 @@ struct ProjMatrix : MatrixEntries<ProjMatrix, double, 4, 4> {
     constexpr ProjMatrix() : ProjMatrix(1.0) {}
     /// `s` on the whole diagonal, zero elsewhere.
     constexpr explicit ProjMatrix(double s)
-        : MatrixEntries{{{s, 0, 0, 0}, {0, s, 0, 0}, {0, 0, s, 0}, {0, 0, 0, s}}} {}
+        : ProjMatrix(Tuple4(s, 0, 0, 0), Tuple4(0, s, 0, 0), Tuple4(0, 0, s, 0),
+                     Tuple4(0, 0, 0, s)) {}
     /// From 16 numbers, row by row.
     explicit ProjMatrix(const double* entries) : ProjMatrix() { set(entries); }
     /// From rows.
-    constexpr ProjMatrix(const Tuple4& x, const Tuple4& y, const Tuple4& z, const Tuple4& w)
-        : MatrixEntries{{{x.x, x.y, x.z, x.w},
-                         {y.x, y.y, y.z, y.w},
-                         {z.x, z.y, z.z, z.w},
-                         {w.x, w.y, w.z, w.w}}} {}
+    constexpr ProjMatrix(const Tuple4& x, const Tuple4& y, const Tuple4& z, const Tuple4& w) {
+        x.get(m[0]), y.get(m[1]), z.get(m[2]), w.get(m[3]);
+    }
     /// With a fourth column of 0, 0, 0, 1.
     constexpr ProjMatrix(const AffineMatrix& affine);
     /// Widens each entry.
@@ -119,15 +119,13 @@ struct ProjMatrixFlt : MatrixEntries<ProjMatrixFlt, float, 4, 4> {
     constexpr ProjMatrixFlt() : ProjMatrixFlt(1.0F) {}
     /// `s` on the whole diagonal, zero elsewhere.
     constexpr explicit ProjMatrixFlt(float s)
-        : MatrixEntries{{{s, 0, 0, 0}, {0, s, 0, 0}, {0, 0, s, 0}, {0, 0, 0, s}}} {}
+        : ProjMatrixFlt(Row(s, 0, 0, 0), Row(0, s, 0, 0), Row(0, 0, s, 0), Row(0, 0, 0, s)) {}
     /// From 16 numbers, row by row.
     explicit ProjMatrixFlt(const float* entries) : ProjMatrixFlt() { set(entries); }
     /// From rows.
-    constexpr ProjMatrixFlt(const Row& x, const Row& y, const Row& z, const Row& w)
-        : MatrixEntries{{{x.x, x.y, x.z, x.w},
-                         {y.x, y.y, y.z, y.w},
-                         {z.x, z.y, z.z, z.w},
-                         {w.x, w.y, w.z, w.w}}} {}
+    constexpr ProjMatrixFlt(const Row& x, const Row& y, const Row& z, const Row& w) {
+        x.get(m[0]), y.get(m[1]), z.get(m[2]), w.get(m[3]);
+    }
     /// Rounds each entry to single precision.
     constexpr explicit ProjMatrixFlt(const ProjMatrix& other);
 
@@ -170,10 +168,10 @@ constexpr AffineMatrix::AffineMatrix(const Promise&, const ProjMatrix& affine)
 // ProjMatrix
 
 constexpr ProjMatrix::ProjMatrix(const AffineMatrix& affine)
-    : MatrixEntries{{{affine.m[0][0], affine.m[0][1], affine.m[0][2], 0},
-                     {affine.m[1][0], affine.m[1][1], affine.m[1][2], 0},
-                     {affine.m[2][0], affine.m[2][1], affine.m[2][2], 0},
-                     {affine.m[3][0], affine.m[3][1], affine.m[3][2], 1}}} {}
+    : ProjMatrix(Tuple4(affine.m[0][0], affine.m[0][1], affine.m[0][2], 0),
+                 Tuple4(affine.m[1][0], affine.m[1][1], affine.m[1][2], 0),
+                 Tuple4(affine.m[2][0], affine.m[2][1], affine.m[2][2], 0),
+                 Tuple4(affine.m[3][0], affine.m[3][1], affine.m[3][2], 1)) {}
 
 constexpr ProjMatrix::ProjMatrix(const ProjMatrixFlt& other)
     : ProjMatrix(detail::eachEntry<ProjMatrix>([](float s) -> double { return s; }, other)) {}

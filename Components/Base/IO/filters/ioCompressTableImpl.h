@@ -51,7 +51,7 @@ public:
     /// What was matched so far, kept here from one block to the next.
     Match matched = {};
 
-    /// Whether `string` with `byte` behind it is in the table; if so, `string` becomes that one.
+    /// Whether `match` with `byte` behind it is in the table; if so, `match` becomes that string.
     bool extend(Match& match, unsigned byte) {
         if (slotsInUse_) [[unlikely]]
             return extendInSlots(match, byte);
@@ -71,7 +71,7 @@ public:
         return extendBehind(match, first, tag);
     }
 
-    /// Adds `string` with `byte` behind it, which extend() has just not found, with the next code.
+    /// Adds `match` with `byte` behind it, which extend() has just not found, with the next code.
     void add(Match match, unsigned byte, unsigned newCode) {
         keys_[newCode] = keyOf(match.code, byte);
         const auto stored = static_cast<std::uint16_t>(newCode);
@@ -90,16 +90,18 @@ public:
 private:
     static constexpr unsigned slotCount = 69001;
     static constexpr std::uint32_t longerSize = 1 << 17; ///< Of the first places.
-    static constexpr std::uint32_t nearby = 128;
+    static constexpr std::uint32_t nearby =
+        128; ///< What an entry is less than behind its first place.
 
-    /// Places of longer strings are those in their table; strings of two bytes follow.
+    /// Places of longer strings are those in their table; those of strings of two bytes follow.
     static constexpr std::uint32_t twoBytes = longerSize + nearby;
     static constexpr std::uint32_t oneByte = 1 << 18; ///< Of every string of one byte.
 
     static std::uint32_t keyOf(unsigned code, unsigned byte) { return byte << 16 | code; }
     static unsigned firstSlot(unsigned code, unsigned byte) { return byte << 8 ^ code; }
 
-    /// Different for all places below oneByte, in its lowest 18 bits.
+    /// Its lowest 18 bits are different for all places below oneByte. The tag holds 8 of them and
+    /// the byte; with the byte, the first place holds the others.
     static std::uint32_t mixed(Match match) { return match.place * 0x9E3B; }
     static std::uint32_t tagOf(Match match, unsigned byte) {
         return byte << 8 | (mixed(match) >> 10 & nearby) | (mixed(match) & (nearby - 1));
@@ -108,9 +110,9 @@ private:
         return (mixed(match) ^ byte * 0x9E3779B1 >> 15) % longerSize;
     }
 
-    /// The rest of a search for a longer string. Two strings with the same tag have first places
-    /// that differ by a multiple of `nearby`. So an entry with the right tag is the right one if
-    /// every entry is less than that behind its first place, and the search ends there.
+    /// The rest of a search for a longer string. The first places of two strings with the same tag
+    /// differ, and by a multiple of `nearby`. Every entry is less than that behind its first place.
+    /// So one with the right tag, no farther behind the first place of the string, is the string's.
     bool extendBehind(Match& match, std::uint32_t first, std::uint32_t tag) {
         for (freePlace_ = first; isNear(freePlace_, first); freePlace_ += 4) {
             const unsigned ends = taggedOrFree(longer_ + freePlace_, tag);
