@@ -1,6 +1,6 @@
 """The lines of the group "growth" as an SVG: a panel for each part of the library, nanoseconds an item
-against the number of items, both axes logarithmic, so that a cost that grows with the size would rise by a
-decade a decade.
+against the number of items. Both axes are logarithmic: a line that rises by a decade a decade would mean a cost
+that is quadratic.
 """
 import math
 
@@ -12,6 +12,10 @@ SIZES = {1000: "1k", 10000: "10k", 100000: "100k", 1000000: "1M", 5000000: "5M"}
 
 def text(x, y, words, anchor="middle", colour="#333", weight="normal"):
     return f'<text x="{x:.1f}" y="{y:.1f}" text-anchor="{anchor}" fill="{colour}" font-weight="{weight}">{words}</text>'
+
+
+def duration(ns):
+    return f"{ns:g} ns" if ns < 1000 else f"{ns / 1000:g} us"
 
 
 def line(x1, y1, x2, y2, colour):
@@ -44,7 +48,7 @@ class Panel:
         for decade in self.decades:
             y = self.y(10 ** decade)
             yield line(self.left + LEFT, y, right, y, "#ddd")
-            yield text(self.left + LEFT - 6, y + 4, f"{10.0 ** decade:g} ns", "end")
+            yield text(self.left + LEFT - 6, y + 4, duration(10.0 ** decade), "end")
         for size, name in SIZES.items():
             if self.sizes[0] <= size <= self.sizes[1]:
                 yield text(self.x(size), self.top + PANEL_HEIGHT - BOTTOM + 18, name)
