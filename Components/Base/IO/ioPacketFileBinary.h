@@ -94,7 +94,8 @@ public:
     void writeBuffer(const char* bytes, unsigned long size);
     /// @}
 
-    /// Reads a number of this machine's byte order; 0 outside the array.
+    /// Reads a number of this machine's byte order; 0 outside the array. Not for bool, of which
+    /// most bytes are no value.
     template<class Number>
     Number readNumber() {
         Number number;

@@ -7,9 +7,12 @@
 #include <algorithm>
 #include <array>
 #include <climits>
+#include <new>
 #include <tuple>
 
 #include <gtest/gtest.h>
+
+#include "Support/AllocationCount.h"
 
 #include "IO/formats/PacketFileSupport.h"
 
@@ -146,6 +149,32 @@ TEST(BinaryPackets, ReadZerosWhereverDamagedLengthsLead) {
         buffer.seekPos(position);
         EXPECT_STREQ(buffer.readText(), "");
     }
+}
+
+TEST(BinaryPackets, CanBeLeftAndReadOnWhereMemoryRunsOutInASubPacket) {
+    const Form& form = forms[0];
+    int failures = 0, packets = 0;
+    const auto read = [&](ioClientReadContext& client) {
+        ++packets;
+        int levels = 0;
+        for (; levels < 60; ++levels) {
+            failAllocation(1);
+            try {
+                client.startSubPacket();
+            } catch (const std::bad_alloc&) {
+                ++failures;
+                failAllocation(0);
+                client.startSubPacket();
+            }
+            failAllocation(0);
+        }
+        for (; levels >= -failures; --levels) // those that failed, too
+            client.endSubPacket();
+    };
+    const std::string thing = form.thing(std::string(600, '\0'));
+    EXPECT_EQ(readFile(form.file(thing + thing), read), ioOK);
+    EXPECT_GT(failures, 3); // of the state of chunks, and of the frames
+    EXPECT_EQ(packets, 2);
 }
 
 TEST(BinaryPackets, AreDroppedIfTheyExceedTheirLength) {

@@ -90,8 +90,9 @@ Head readHead(ioReadContext& context, ioBufferedStreamInput& stream) {
 /// It is all zero while no packet is open.
 struct ioPacketFileBinaryBuffer::Frames {
     void push() {
-        if (open++ > 0)
-            keep();
+        if (open > 0)
+            keep(); // may throw, and has then changed nothing
+        ++open;
     }
     void pop() {
         innermost = {};
@@ -99,7 +100,10 @@ struct ioPacketFileBinaryBuffer::Frames {
             restore();
     }
 
-    [[gnu::noinline]] void keep() { around.push_back(std::exchange(innermost, {})); }
+    [[gnu::noinline]] void keep() {
+        around.push_back(innermost);
+        innermost = {};
+    }
     [[gnu::noinline]] void restore() {
         innermost = around.back();
         around.pop_back();
