@@ -219,7 +219,9 @@ private:
     ioPacketFileBinaryBuffer* buffer_ = nullptr;
 };
 
-/// Reads files in the binary format: what does not depend on the byte order.
+/// Reads files in the binary format: what does not depend on the byte order. Classes that derive
+/// from it and from those below may override any operation. Compile them with run-time type
+/// information, by which they are told from the library's own.
 class ZEBASE_API ioReadContextBinary : public ioReadContext {
 public:
     /// The stream stays the caller's; `method` is the one that the header asked for.
