@@ -206,6 +206,16 @@ TEST(IString, TakesAByteAsItsConstructorDoes) {
     EXPECT_EQ(withTerminator.find('\0'), 2u);
 }
 
+TEST(IString, ConvertsAnEmptyTextInEveryCodeSet) {
+    const support::MadeLocale locale("SHIFT_JIS");
+    if (!locale.isSet())
+        GTEST_SKIP() << "localedef cannot make SHIFT_JIS";
+    expectFromNarrow({{"", EncodingMultibyte, true, L""}});
+    expectToNarrow({{L"", EncodingMultibyte, true, ""}});
+    IString s(L"before");
+    EXPECT_EQ(s.assign(CString()), L"");
+}
+
 // Numbers, and types that convert to a character, go where a wide character is wanted as they are.
 TEST(IString, TakesEveryOtherNumberAsAWideCharacter) {
     enum Letter { letter = 0xE9 };

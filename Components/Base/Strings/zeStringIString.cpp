@@ -17,8 +17,8 @@ using detail::view;
 
 namespace {
 
-/// A text cannot leave the room behind its content object, so that the objects change places. Their
-/// caches do not: what is not converted leaves a cache as it was.
+/// A text cannot leave the room behind its content object, so that the objects change places. Each
+/// string keeps its own cache: where a conversion gives nothing, the earlier bytes stay in it.
 void exchangeTexts(IStringImpl*& a, IStringImpl*& b) noexcept {
     std::swap(a, b);
     a->multibyteCache.swap(b->multibyteCache);

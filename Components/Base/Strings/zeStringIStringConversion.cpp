@@ -57,10 +57,12 @@ bool extendsAscii(Encoding encoding) {
     return encoding == EncodingUTF8 || detail::localeExtendsAscii();
 }
 
-/// Whether this ASCII text is the same bytes in this encoding: the locale's ends at a terminator.
-bool sameBytes(const WideText& ascii, Encoding encoding) {
-    return encoding == EncodingUTF8 ||
-           (detail::localeExtendsAscii() && std::wcslen(ascii.c_str()) == ascii.size());
+/// Whether the text consists of the same bytes in this encoding. An empty one does in each; in the
+/// locale's, a text ends at a terminator.
+bool isSameBytes(const WideText& text, Encoding encoding) {
+    return text.empty() ||
+           (detail::isAsciiText(text.data(), text.size()) && extendsAscii(encoding) &&
+            (encoding == EncodingUTF8 || std::wcslen(text.c_str()) == text.size()));
 }
 
 enum class Outcome { Clean, Lossy, Nothing };
@@ -82,7 +84,7 @@ bool encodeRegular(std::string& cache, const WideText& text) {
 
 /// Puts the narrow form of the text in the cache.
 Outcome fillCache(std::string& cache, const WideText& text, Encoding encoding) {
-    if (detail::isAsciiText(text.data(), text.size()) && sameBytes(text, encoding)) {
+    if (isSameBytes(text, encoding)) {
         cache.resize(text.size());
         detail::copyAscii(text.data(), text.size(), cache.data());
         return Outcome::Clean;
@@ -124,15 +126,17 @@ IStringImpl* makeConverted(const char* text, Encoding encoding, bool* ok) {
     const std::string_view src(text);
     if (ok)
         *ok = true;
-    if (detail::isAsciiText(src.data(), src.size()) && extendsAscii(encoding))
+    if (src.empty() || (detail::isAsciiText(src.data(), src.size()) && extendsAscii(encoding)))
         return IStringImpl::make(src);
     const bool isUTF8 = encoding == EncodingUTF8;
     const std::string_view regular = src.substr(isUTF8 ? detectUTF8BOM(text, -1) : 0);
+    // Of text in the locale's encoding this is only a guess, which is right where that is UTF-8.
     const std::size_t count = detail::countUTF8(regular.data(), regular.size());
     std::unique_ptr<IStringImpl> impl(IStringImpl::make(count, L'\0'));
     WideText& wide = impl->wideText;
-    if (!isUTF8 || count == 0 ||
-        !detail::decodeUTF8(regular.data(), regular.size(), wide.data(), count))
+    const bool isDecoded = isUTF8 && count != 0 &&
+                           detail::decodeUTF8(regular.data(), regular.size(), wide.data(), count);
+    if (!isDecoded)
         convertAny(wide, src, encoding, ok);
     return impl.release();
 }
@@ -193,7 +197,7 @@ CString IString::convertToCString() const {
     return CString(asMultibyte());
 }
 
-/// Takes the converted text if anything remains of it.
+/// Takes the converted text if anything remains of it, or if there was none.
 void IString::convertFromMultibyte(const char* src, Encoding encoding, bool* ok) {
     IString converted(src, encoding, ok);
     if (*src == 0 || !converted.isEmpty())

@@ -4,7 +4,8 @@
 /// The content of an IString: the wide text, and the narrow form that was last asked for.
 ///
 /// A short text lies behind its IStringImpl, in the same block of memory, so that a string which is
-/// made from a text and does not outgrow it costs one allocation.
+/// made from a text and does not outgrow it costs one allocation. The text is a standard string all
+/// the same: its allocator hands out that room first, and the heap otherwise.
 
 #pragma once
 
@@ -19,8 +20,8 @@
 
 namespace zeString {
 
-/// The room for characters behind an IStringImpl, which the text takes while it is free and large
-/// enough. A text that outgrows it lives on the heap, as does one that is made beside it.
+/// The room for characters behind an IStringImpl. One text at a time has it; what does not fit, or
+/// is made while the room is taken, lives on the heap.
 class TextRoom {
 public:
     explicit TextRoom(std::size_t n) : free_(n) {}
@@ -42,12 +43,15 @@ public:
     }
 
 private:
-    wchar_t* begin();
+    wchar_t* begin(); ///< right behind the IStringImpl, whose base this is
 
-    std::size_t free_; ///< in characters; 0 while the text is here
+    std::size_t free_; ///< in characters; 0 while a text is here
 };
 
-/// The allocator of a wide text: its room, and the heap.
+/// The allocator of a wide text: the room of its IStringImpl, and the heap.
+///
+/// Those of two objects are unequal, so that assigning one text to another copies it. Such texts
+/// must not be swapped; exchange the objects.
 template<class Char>
 class TextAllocator {
 public:
@@ -104,6 +108,7 @@ public:
 private:
     friend class TextRoom;
 
+    /// Small, since the room stays where a text has outgrown it.
     static constexpr std::size_t longestInRoom = 63;
 
     template<class... Content>
@@ -121,6 +126,8 @@ private:
     }
     static void operator delete(void* block, Room) { ::operator delete(block); }
 };
+
+static_assert(alignof(IStringImpl) >= alignof(wchar_t));
 
 inline wchar_t* TextRoom::begin() {
     return reinterpret_cast<wchar_t*>(static_cast<IStringImpl*>(this) + 1);

@@ -17,7 +17,6 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <type_traits>
 
 #include "Base/Strings/zeStringCharacter.h"
 #include "Base/Strings/zeStringString.h"
