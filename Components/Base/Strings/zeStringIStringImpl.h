@@ -37,7 +37,7 @@ public:
 
     void giveBack(wchar_t* characters, std::size_t n) {
         if (characters == begin())
-            free_ = n;
+            free_ = n; // the rest, if a shorter text had it, is lost
         else
             std::allocator<wchar_t>().deallocate(characters, n);
     }
