@@ -100,6 +100,18 @@ TEST_F(UndoManager, AnswersWhileItWorksAndWhileGroupsDie) {
     manager->clearAllGroups();
 }
 
+TEST_F(UndoManager, CountsTheChainsAnewWhenAnObserverJoinsThem) {
+    for (const char* name : {"a", "b", "c", "d", "e"})
+        add(name);
+    manager->activitySignal.connectOwned([this](bool begins) {
+        if (!begins)
+            manager->associateGroups(3, 5);
+    });
+    manager->setUndoGroupLimit(2);
+    EXPECT_EQ(log, "(!~)") << "b, and c to e as one";
+    EXPECT_EQ(manager->getNumGroups(false), 4);
+}
+
 TEST_F(UndoManager, FindsNoCommandBeyondTheEndsAndNoSizeBeyondAnInt) {
     manager->setUndoMemoryLimit(INT_MAX);
     for (const char* name : {"a", "large name of more than fifteen bytes"})

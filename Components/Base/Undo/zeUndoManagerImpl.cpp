@@ -295,16 +295,18 @@ void ManagerImpl::respectLimits(bool makeRoom) {
     current_ = nullptr;
 }
 
-// The chains are counted once: a count after each deletion would make many deletions quadratic.
+// Counted anew after each deletion, since observers of it may change the queue.
 void ManagerImpl::respectGroupLimit(int limit) {
-    int chains = getNumDistinctGroupGroups();
-    while (limit < chains && canDeleteFirstGroup()) {
-        const bool wasDynamic = groups_.first()->isGroupDynamic();
+    while (hasMoreChainsThan(limit) && canDeleteFirstGroup())
         deleteFirstGroup();
-        // Of a chain whose first group is gone already, one group at a time is deleted.
-        const bool isChainLeft = wasDynamic && groups_.first() && groups_.first()->isGroupDynamic();
-        chains -= !isChainLeft;
-    }
+}
+
+/// Counts no farther than it must: dropping most of a long queue then stays cheap.
+bool ManagerImpl::hasMoreChainsThan(int limit) const {
+    int count = groups_.first() && groups_.first()->isGroupDynamic();
+    for (const GroupImpl* group = groups_.first(); group && count <= limit; group = group->next())
+        count += !group->isGroupDynamic();
+    return count > limit;
 }
 
 void ManagerImpl::respectMemoryLimit(int limit) {

@@ -55,6 +55,7 @@ private:
     void pruneTrailingInvalidGroups();
     void respectLimits(bool makeRoom);
     void respectGroupLimit(int limit);
+    bool hasMoreChainsThan(int limit) const;
     void respectMemoryLimit(int limit);
     bool canDeleteFirstGroup() const;
     void deleteFirstGroup();
