@@ -38,7 +38,7 @@ struct Halves {
         const Pair sum = minors[0] * othersMinors[5] - minors[1] * othersMinors[4] +
                          minors[2] * othersMinors[3] + minors[3] * othersMinors[2] -
                          minors[4] * othersMinors[1] + minors[5] * othersMinors[0];
-        return sum[0];
+        return sum[0]; // sum[1] has the same terms, added in the opposite order
     }
 
     /// The cofactors of a row, but for the sign, from the other row of its half and the minors of

@@ -64,6 +64,7 @@ public:
         }
         const std::uint32_t tag = tagOf(match, byte);
         const std::uint32_t first = firstPlace(match, byte);
+        // What is left of an entry with this tag is its code; of another, or of a free place, none.
         if (const std::uint32_t code = longer_[first] ^ tag << 16; isCode(code)) {
             match = {first, code};
             return true;
@@ -90,8 +91,7 @@ public:
 private:
     static constexpr unsigned slotCount = 69001;
     static constexpr std::uint32_t longerSize = 1 << 17; ///< Of the first places.
-    static constexpr std::uint32_t nearby =
-        128; ///< What an entry is less than behind its first place.
+    static constexpr std::uint32_t nearby = 128; ///< Entries are less behind their first place.
 
     /// Places of longer strings are those in their table; those of strings of two bytes follow.
     static constexpr std::uint32_t twoBytes = longerSize + nearby;
