@@ -8,6 +8,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <new>
 #include <random>
 #include <tuple>
 #include <vector>
@@ -17,6 +18,7 @@
 
 #include "Base/IO/ioClientContext.h"
 #include "Base/IO/ioPacketType.h"
+#include "Support/AllocationCount.h"
 
 namespace {
 
@@ -258,6 +260,24 @@ TEST(ReferenceMap, TakesHostileNumbersWithinBoundedMemory) {
         EXPECT_EQ(told.size(), reference > 0 ? 1u : 0u);
         EXPECT_EQ(location, reference > 0 ? &object : nullptr);
         EXPECT_EQ(map->findReference(&object), reference > 0 ? reference : -1);
+    }
+}
+
+TEST(ReferenceMap, IsAsItWasWhenMemoryRunsOut) {
+    TellingType type;
+    for (std::size_t n = 1; n <= 8; ++n) {
+        const auto map = newMap();
+        failAllocation(n);
+        try {
+            map->resolveReferenceUsage(2000, nullptr, &type, 7);
+        } catch (const std::bad_alloc&) {
+            failAllocation(0);
+            EXPECT_EQ(map->getReferenceDefinition(2000), nullptr);
+            EXPECT_TRUE(verify(*map).empty());
+            map->resolveReferenceUsage(2000, nullptr, &type, 7);
+        }
+        failAllocation(0);
+        EXPECT_THAT(verify(*map), ElementsAre(Event(&type, nullptr, 7)));
     }
 }
 

@@ -127,8 +127,8 @@ public:
 
     /// Raises the size; a lower one changes nothing.
     void grow(std::size_t size) {
+        blocks_.grow((size + blockSize - 1) / blockSize); // first, since memory may run out
         size_ = std::max(size_, size);
-        blocks_.grow((size_ + blockSize - 1) / blockSize);
     }
 
     ioReferenceDefinition& operator[](std::size_t number) {
