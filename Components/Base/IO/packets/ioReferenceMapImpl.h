@@ -30,7 +30,8 @@ public:
     /// `count` objects by `T()`.
     template<class T>
     T* make(std::size_t count) {
-        static_assert(std::is_trivially_destructible_v<T> && sizeof(T) % alignment == 0);
+        static_assert(std::is_trivially_destructible_v<T>);
+        static_assert(alignof(T) <= alignment && sizeof(T) % alignment == 0);
         void* const memory = take(count * sizeof(T));
         return std::uninitialized_value_construct_n(static_cast<T*>(memory), count) - count;
     }
