@@ -265,16 +265,23 @@ TEST(ReferenceMap, TakesHostileNumbersWithinBoundedMemory) {
 
 TEST(ReferenceMap, IsAsItWasWhenMemoryRunsOut) {
     TellingType type;
-    for (std::size_t n = 1; n <= 8; ++n) {
+    int object = 0;
+    for (std::size_t n = 1; n <= 12; ++n) {
         const auto map = newMap();
+        const auto fill = [&] {
+            map->associatePtrWithReference(2000, &object, false);
+            map->resolveReferenceUsage(40000, nullptr, &type, 7);
+        };
         failAllocation(n);
         try {
-            map->resolveReferenceUsage(2000, nullptr, &type, 7);
+            fill();
         } catch (const std::bad_alloc&) {
             failAllocation(0);
-            EXPECT_EQ(map->getReferenceDefinition(2000), nullptr);
+            const bool associated = map->findReference(&object) == 2000;
+            EXPECT_EQ(map->getReferenceDefinition(2000), associated ? &object : nullptr);
+            EXPECT_EQ(map->getReferenceDefinition(40000), nullptr);
             EXPECT_TRUE(verify(*map).empty());
-            map->resolveReferenceUsage(2000, nullptr, &type, 7);
+            fill();
         }
         failAllocation(0);
         EXPECT_THAT(verify(*map), ElementsAre(Event(&type, nullptr, 7)));

@@ -53,8 +53,8 @@ void ioReferenceMapImpl::associatePtrWithReference(int reference, void* pointer,
         return;
     if (!holds(reference))
         growRefList(reference);
-    byPointer_[pointer] = reference;
     ioReferenceDefinition& definition = access(reference);
+    byPointer_[pointer] = reference; // the last that may run out of memory
     definition.setPointer(pointer);
     definition.alias_ = alias;
 }
