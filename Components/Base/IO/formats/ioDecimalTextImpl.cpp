@@ -155,8 +155,8 @@ char* ioDecimalText::write(char* at, double value, int digits) {
     return std::to_chars(at, at + room - 1, value, std::chars_format::general, digits).ptr;
 }
 
-// 19 digits fit into 64 bits. Of those, at most 53 bits are exact as a double, and so is the power
-// of ten: their quotient is rounded once, to the double next to the number, as by strtod().
+// 19 digits fit into 64 bits. A double holds integers up to 2^53 exactly, and the power of ten too:
+// their quotient is rounded once, to the double nearest to the number, as by strtod().
 const char* ioDecimalText::read(const char* at, double& value) {
     const bool negative = *at == '-';
     const char* const start = at + negative;

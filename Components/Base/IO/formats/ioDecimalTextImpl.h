@@ -26,8 +26,9 @@ inline const char* readDigits(const char* at, std::uint64_t& number) {
 }
 
 /// Reads a number in the common form, to the value of strtod(): a minus sign or none, up to 19
-/// digits with or without a point, and a blank. Returns the place of the blank; null for other
-/// texts, which are terminated, and where the digits need more than 53 bits.
+/// digits with or without a point, and a blank. Returns the place of the blank; null for a text in
+/// another form, and where the digits make a number above 2^53. Reads up to the first byte that
+/// does not fit the form: a text without a blank needs a terminator.
 const char* read(const char* at, double& value);
 
 } // namespace ioDecimalText

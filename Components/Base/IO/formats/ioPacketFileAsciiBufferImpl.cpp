@@ -72,8 +72,8 @@ bool isPlainReal(const char* text) {
     return *text != '0' || (text[1] != 'x' && text[1] != 'X');
 }
 
-/// The string that was read last on this thread. Not inlined: GCC would look for the thread's own
-/// at each use, by a call.
+/// The string that was read last on this thread. Not inlined: GCC would look up the thread's copy
+/// again, by a call, at each use.
 [[gnu::noinline]] std::string& quotedText() {
     static thread_local std::string text;
     return text;
