@@ -49,8 +49,12 @@ class Measured:
 
     def ratio(self, peer):
         ratios = [ours / theirs for ours, theirs in zip(self.times, peer.times)]
-        spread = f" ({min(ratios):.2f} to {max(ratios):.2f})" if len(ratios) > 1 else ""
-        return f"{self.time / peer.time:.2f}{spread}"
+        spread = f" ({short(min(ratios))} to {short(max(ratios))})" if len(ratios) > 1 else ""
+        return short(self.time / peer.time) + spread
+
+
+def short(ratio):
+    return f"{ratio:.2f}" if ratio >= 0.1 else f"{ratio:.1g}"
 
 
 def read(path):
